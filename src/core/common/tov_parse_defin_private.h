@@ -11,6 +11,9 @@ struct tov_schema {
     KT_vhash *document;
     KT_vhash *host_internals; // null until a write first needs it
     KT_strpool *strpool;
+    // Counts the operations that may have changed either tree, failed ones too: what is derived from the document
+    // holds as long as this number stays the same. A read that creates an empty record is no change.
+    uint64_t change_count;
 };
 
 // A flag that is true exactly when the argument's low byte is 1, whatever the upper bytes hold.
@@ -43,8 +46,65 @@ void _tov_schema__check_pk(KT_context *ctx, tov_schema *schema, const char *tbl_
 void _tov_schema__check_foreignkeys(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                     KT_vhash **foreignkeys) noexcept;
 void _tov_schema__get_checks(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash **checks) noexcept;
+
+// Lookups that start from a table record (tbl) already at hand, so that a walk over many columns searches only once
+// for each. They find, create and report exactly what the lookups by id do; tbl_id goes with tbl, as the caller of
+// the public operation passed it.
+
+// The table's prepared columns, created empty when absent.
+void _tov_tbl__get_cols(KT_context *ctx, KT_vhash *tbl, KT_vhash **cols) noexcept;
+void _tov_schema__get_col_in_tbl(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
+                                 const char *col_id, KT_vhash **col) noexcept;
+// The n-th table, and the n-th pair of a table's cols (from _tov_tbl__get_cols()): the id, optional, and the record
+// that a lookup by this id finds. An n that is not below the count is KT_ERR_OUT_OF_RANGE.
+void _tov_schema__get_nth_tbl(KT_context *ctx, tov_schema *schema, uint32_t n, const char **tbl_id,
+                              KT_vhash **tbl) noexcept;
+void _tov_schema__get_nth_col_in_tbl(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
+                                     const KT_vhash *cols, uint32_t n, const char **col_id, KT_vhash **col) noexcept;
+
 // The host internals, created when the schema has none yet.
 void _tov_schema__ensure_host_internals(KT_context *ctx, tov_schema *schema, KT_vhash **host_internals) noexcept;
+// A table's entry in one map of the host internals, such as "collations", under the id as it stands: created with all
+// that is missing on the way, or null when any level is absent.
+void _tov_schema__ensure_host_entry(KT_context *ctx, tov_schema *schema, const char *map_key, const char *tbl_id,
+                                    KT_vhash **entry) noexcept;
+void _tov_schema__check_host_entry(KT_context *ctx, tov_schema *schema, const char *map_key, const char *tbl_id,
+                                   KT_vhash **entry) noexcept;
+
+// Readers of a column record (col) already at hand; the public operation of the same name says what they answer.
+// Outputs called optional there are optional here.
+
+void _tov_col__get_type(KT_context *ctx, const KT_vhash *col, const char **abstract_type,
+                        const char **sqlite_typeof) noexcept;
+void _tov_col__get_type_field_bool(KT_context *ctx, const KT_vhash *col, const char *field, KT_bool *has,
+                                   KT_bool *value) noexcept;
+void _tov_col__get_type_field_int32(KT_context *ctx, const KT_vhash *col, const char *field, int32_t absent_value,
+                                    int32_t *value) noexcept;
+void _tov_col__get_notnull(KT_context *ctx, const KT_vhash *col, KT_bool *notnull, const char **name) noexcept;
+void _tov_col__get_defval(KT_context *ctx, const KT_vhash *col, KT_bool *has, const char **name,
+                          const char **expr) noexcept;
+void _tov_col__get_fk(KT_context *ctx, const KT_vhash *col, KT_bool *has, const char **name, const char **ref_tbl_id,
+                      const char **ref_col_id, const char **on_delete, const char **on_update) noexcept;
+void _tov_col__is_integer_primary_key(KT_context *ctx, const KT_vhash *col, KT_bool *value,
+                                      const char **constraint_name) noexcept;
+
+// The primary key of a table whose record is at hand; see the public operations.
+
+// The first integer primary key among the prepared columns: id and record (each optional), null when there is none.
+void _tov_tbl__find_integer_primary_key(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
+                                        const char **col_id, KT_vhash **col) noexcept;
+void _tov_tbl__count_pk_cols(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
+                             uint32_t *count) noexcept;
+void _tov_tbl__get_nth_pk_col(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id, uint32_t n,
+                              const char **col_id, const char **col_name) noexcept;
+void _tov_tbl__is_col_id_in_pk(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
+                               const char *col_id, KT_bool *value) noexcept;
+
+// One field of a column's type record, by its key.
+void get_col_type_field_bool(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
+                             const char *field, KT_bool *has, KT_bool *value) noexcept;
+void get_col_type_field_int32(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
+                              const char *field, int32_t absent_value, int32_t *value) noexcept;
 
 // Records a rule for a foreign key; the only conflict situation known is 5, a violation on insert.
 void _tov_schema__set_fk_rule(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *fk_id,
