@@ -31,7 +31,11 @@ KT_BEGIN_DECLS
 /** An enumerated argument has a value that is not known. */
 #define KT_ERR_UNEXPECTED_VALUE UINT64_C(0x1000001F4)
 /** SQLite answered with the non-zero result code rc. */
-#define KT_ERR_SQLITE(rc) (UINT64_C(0x800000000) | (uint64_t)(uint32_t)(rc))
+#ifdef __cplusplus
+#define KT_ERR_SQLITE(rc) (UINT64_C(0x800000000) | static_cast<uint32_t>(rc))
+#else
+#define KT_ERR_SQLITE(rc) (UINT64_C(0x800000000) | (uint32_t)(rc))
+#endif
 
 /* The runtime's own domain. */
 

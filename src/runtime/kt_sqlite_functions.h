@@ -49,6 +49,14 @@ typedef struct KT_sqlite_functions {
 /** The table in force; lives as long as the process, never freed. */
 KT_API const KT_sqlite_functions *tov__get_sqlite_functions(void) KT_NOEXCEPT;
 
+/**
+ * Puts a program's own table in the place of the one over the linked SQLite. Null restores that one.
+ *
+ * Call it before the first use of anything that opens a database. Every entry must be set. The table is not copied:
+ * it must stay as it is for as long as it is in force.
+ */
+KT_API void tov__set_sqlite_functions(const KT_sqlite_functions *functions) KT_NOEXCEPT;
+
 KT_END_DECLS
 
 #endif
