@@ -2,8 +2,7 @@
 
 #include "tov_parse_defin_private.h"
 
-// A row id that SQLite assigns cannot also be the target of a reference from its own table, so such a reference is
-// refused, and that before anything else is looked at.
+// A table with an identity column may not refer to itself; nothing else is looked at before this is known.
 static void my_refuse_reference_to_own_identity(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
                                                 const char *ref_tbl_id) noexcept
 {
@@ -43,7 +42,7 @@ void tov_schema__set_colcon_fk(KT_context *ctx, tov_schema *schema, const char *
     if (on_update)
         KT_TRY(KT_vhash__add__string__sz(ctx, fk, "on_update", on_update));
     if (violation_on_insert != 0)
-        KT_TRY(_tov_schema__set_fk_rule(ctx, schema, tbl_id, fk_id, 5, violation_on_insert));
+        KT_TRY(_tov_schema__set_fk_rule(ctx, schema, tbl_id, fk_id, TOV_VIOLATION_ON_INSERT, violation_on_insert));
 }
 
 void _tov_col__get_fk(KT_context *ctx, const KT_vhash *col, KT_bool *has, const char **name, const char **ref_tbl_id,

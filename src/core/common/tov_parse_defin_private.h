@@ -106,9 +106,12 @@ void get_col_type_field_bool(KT_context *ctx, tov_schema *schema, const char *tb
 void get_col_type_field_int32(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                               const char *field, int32_t absent_value, int32_t *value) noexcept;
 
-// Records a rule for a foreign key; the only conflict situation known is 5, a violation on insert.
+// Records a rule for a foreign key; TOV_VIOLATION_ON_INSERT is the only conflict situation known.
+constexpr int32_t TOV_VIOLATION_ON_INSERT = 5;
 void _tov_schema__set_fk_rule(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *fk_id,
                               int32_t situation, int32_t value) noexcept;
+// Drops the rules under this key's id, whatever table they were recorded for.
+void _tov_schema__drop_fk_rules(KT_context *ctx, tov_schema *schema, const char *fk_id) noexcept;
 
 // Abstract type names to SQLite's words: constant texts, "" for an unknown name.
 const char *tov_abstract_type_to_sqlite_decl(const char *abstract_type) noexcept;
