@@ -1,4 +1,4 @@
-// Shared by the sources that generate text: appending many pieces at once.
+// Shared by the sources that generate text: appending many pieces at once, and what stands in them.
 #pragma once
 
 #include "tov_parse_defin_private.h"
@@ -17,4 +17,34 @@ inline void ddl_append(KT_context *ctx, KT_string *text, std::initializer_list<c
 inline bool ddl_is_type(const char *abstract_type, const char *name) noexcept
 {
     return abstract_type && std::strcmp(abstract_type, name) == 0;
+}
+
+// The name of a column, which must be there: a document from outside may lack it, and no text can do without it.
+inline void ddl_get_col_name(KT_context *ctx, const KT_vhash *col, const char **name) noexcept
+{
+    KT_TRY(KT_vhash__get__sz(ctx, col, "name", name));
+}
+
+// Keeps a finished text for as long as the schema lives.
+inline void ddl_keep(KT_context *ctx, tov_schema *schema, const KT_string *text, const char **defin) noexcept
+{
+    KT_TRY(KT_strpool__add__sz(ctx, schema->strpool, KT_string__sz(text), defin));
+}
+
+// The two forms of the host for a value of an identity column: "S:" and the decimal value, or the integer alone.
+enum ddl_identity_conversion : uint32_t {
+    ddl_text_to_integer = 1,
+    ddl_integer_to_text = 2,
+};
+
+// Appends a column in the other form; any other conversion appends the column as it is.
+inline void ddl_append_converted_identity(KT_context *ctx, KT_string *text, uint32_t conversion, const char *qualifier,
+                                          const char *name) noexcept
+{
+    if (conversion == ddl_text_to_integer)
+        KT_TRY(ddl_append(ctx, text, {"(CAST(SUBSTRING(\"", qualifier, "\".\"", name, "\",3,25) AS bigint))"}));
+    else if (conversion == ddl_integer_to_text)
+        KT_TRY(ddl_append(ctx, text, {"('S:' + CAST(\"", qualifier, "\".\"", name, "\" AS varchar(25)))"}));
+    else
+        KT_TRY(ddl_append(ctx, text, {"\"", qualifier, "\".\"", name, "\""}));
 }

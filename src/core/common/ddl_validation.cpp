@@ -212,14 +212,14 @@ void tov_schema__get_col_validation_expression(KT_context *ctx, tov_schema *sche
 {
     KT_vhash *col = nullptr;
     KT_vhash *type = nullptr;
-    KT_vhash *notnull = nullptr;
+    KT_bool notnull = 0;
     const char *col_name = nullptr;
     const char *abstract_type = nullptr;
     KT_TRY(_tov_schema__get_col(ctx, schema, tbl_id, col_id, &col));
-    KT_TRY(KT_vhash__get__sz(ctx, col, "name", &col_name));
+    KT_TRY(ddl_get_col_name(ctx, col, &col_name));
     KT_TRY(KT_vhash__get__vhash(ctx, col, "type", &type));
     KT_TRY(KT_vhash__get__sz(ctx, type, "name", &abstract_type));
-    KT_TRY(KT_vhash__check__vhash(ctx, col, "notnull", &notnull));
+    KT_TRY(_tov_col__get_notnull(ctx, col, &notnull, nullptr));
 
     int32_t width = -1;
     int32_t precision = -1;
@@ -230,6 +230,6 @@ void tov_schema__get_col_validation_expression(KT_context *ctx, tov_schema *sche
         KT_TRY(KT_vhash__get__int32(ctx, type, "precision", &precision));
         KT_TRY(KT_vhash__get__int32(ctx, type, "scale", &scale));
     }
-    KT_TRY(tov_schema__get_validation_expression(ctx, abstract_type, width, precision, scale, notnull != nullptr,
-                                                 col_name, result));
+    KT_TRY(
+        tov_schema__get_validation_expression(ctx, abstract_type, width, precision, scale, notnull, col_name, result));
 }
