@@ -1,5 +1,6 @@
 // The table over the SQLite library that this one is linked with.
 #include "kt_sqlite_functions.h"
+#include "kt_sqlite_dates_private.hpp"
 
 #include <atomic>
 #include <cstddef>
@@ -18,6 +19,7 @@ static_assert(position<offsetof(KT_sqlite_functions, finalize)> == 19);
 static_assert(position<offsetof(KT_sqlite_functions, open)> == 21);
 static_assert(position<offsetof(KT_sqlite_functions, prepare)> == 22);
 static_assert(position<offsetof(KT_sqlite_functions, step)> == 24);
+static_assert(position<offsetof(KT_sqlite_functions, release)> == 51);
 
 // SQLITE_TRANSIENT: SQLite takes a copy of what it is given.
 static const sqlite3_destructor_type take_copy = reinterpret_cast<sqlite3_destructor_type>(-1);
@@ -52,7 +54,7 @@ static int64_t last_insert_rowid(sqlite3 *connection)
     return sqlite3_last_insert_rowid(connection);
 }
 
-static int open_database(const char *file_name, sqlite3 **connection, int flags)
+static int open_plain(const char *file_name, sqlite3 **connection, int flags)
 {
     sqlite3 *opened = nullptr;
     const int code = sqlite3_open_v2(file_name, &opened, flags, nullptr);
@@ -64,9 +66,58 @@ static int open_database(const char *file_name, sqlite3 **connection, int flags)
     return code;
 }
 
+static int open_with_dates(const char *file_name, sqlite3 **connection, int flags);
+
 static int prepare(sqlite3 *connection, const char *sql, sqlite3_stmt **statement)
 {
     return sqlite3_prepare_v2(connection, sql, -1, statement, nullptr);
+}
+
+static int prepare_next(sqlite3 *connection, const char *sql, sqlite3_stmt **statement, const char **rest)
+{
+    return sqlite3_prepare_v2(connection, sql, -1, statement, rest);
+}
+
+static int exec(sqlite3 *connection, const char *sql)
+{
+    return sqlite3_exec(connection, sql, nullptr, nullptr, nullptr);
+}
+
+static int create_function(sqlite3 *connection, const char *name, int argument_count, int flags, void *data,
+                           void (*function)(sqlite3_context *, int, sqlite3_value **), void (*release)(void *))
+{
+    return sqlite3_create_function_v2(connection, name, argument_count, flags, data, function, nullptr, nullptr,
+                                      release);
+}
+
+static const char *value_text(sqlite3_value *value)
+{
+    return reinterpret_cast<const char *>(sqlite3_value_text(value));
+}
+
+static int64_t value_int64(sqlite3_value *value)
+{
+    return sqlite3_value_int64(value);
+}
+
+static void result_int64(sqlite3_context *call, int64_t value)
+{
+    sqlite3_result_int64(call, value);
+}
+
+static void result_text(sqlite3_context *call, const char *text, int size)
+{
+    sqlite3_result_text(call, text, size, take_copy);
+}
+
+static void result_error(sqlite3_context *call, const char *message)
+{
+    sqlite3_result_error(call, message, -1);
+}
+
+static void *allocate(uint64_t size)
+{
+    return sqlite3_malloc64(size);
 }
 
 static constexpr KT_sqlite_functions linked_functions = {
@@ -91,11 +142,52 @@ static constexpr KT_sqlite_functions linked_functions = {
     .errstr = sqlite3_errstr,
     .finalize = sqlite3_finalize,
     .last_insert_rowid = last_insert_rowid,
-    .open = open_database,
+    .open = open_with_dates,
     .prepare = prepare,
     .reset = sqlite3_reset,
     .step = sqlite3_step,
+    .open_plain = open_plain,
+    .prepare_next = prepare_next,
+    .exec = exec,
+    .bind_value = sqlite3_bind_value,
+    .column_value = sqlite3_column_value,
+    .extended_errcode = sqlite3_extended_errcode,
+    .get_autocommit = sqlite3_get_autocommit,
+    .busy_timeout = sqlite3_busy_timeout,
+    .libversion = sqlite3_libversion,
+    .libversion_number = sqlite3_libversion_number,
+    .create_function = create_function,
+    .user_data = sqlite3_user_data,
+    .value_type = sqlite3_value_type,
+    .value_bytes = sqlite3_value_bytes,
+    .value_blob = sqlite3_value_blob,
+    .value_text = value_text,
+    .value_int64 = value_int64,
+    .value_double = sqlite3_value_double,
+    .result_null = sqlite3_result_null,
+    .result_int64 = result_int64,
+    .result_double = sqlite3_result_double,
+    .result_text = result_text,
+    .result_value = sqlite3_result_value,
+    .result_error = result_error,
+    .result_error_code = sqlite3_result_error_code,
+    .allocate = allocate,
+    .release = sqlite3_free,
 };
+
+static int open_with_dates(const char *file_name, sqlite3 **connection, int flags)
+{
+    sqlite3 *opened = nullptr;
+    int code = open_plain(file_name, &opened, flags);
+    if (code == SQLITE_OK)
+        code = kt_sqlite_normalise_dates(&linked_functions, opened);
+    if (code != SQLITE_OK) {
+        sqlite3_close(opened);
+        opened = nullptr;
+    }
+    *connection = opened;
+    return code;
+}
 
 static constinit std::atomic<const KT_sqlite_functions *> functions_in_force{&linked_functions};
 

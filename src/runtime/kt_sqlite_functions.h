@@ -14,7 +14,11 @@ struct sqlite3_stmt;
 struct sqlite3_context;
 struct sqlite3_value;
 
-/** Result codes are SQLite's: 0 success, 100 a row, 101 done. The position of each entry stands before it. */
+/**
+ * Result codes are SQLite's: 0 success, 100 a row, 101 done. The position of each entry stands before it. Where
+ * nothing else is said, an entry does what the operation of that name does in SQLite; texts and blobs that are bound
+ * or given as a result are copied.
+ */
 typedef struct KT_sqlite_functions {
     /*  0 */ int (*bind_blob)(struct sqlite3_stmt *statement, int index, const void *bytes, int size);
     /*  1 */ int (*bind_double)(struct sqlite3_stmt *statement, int index, double value);
@@ -37,13 +41,50 @@ typedef struct KT_sqlite_functions {
     /* 18 */ const char *(*errstr)(int code);
     /* 19 */ int (*finalize)(struct sqlite3_stmt *statement);
     /* 20 */ int64_t (*last_insert_rowid)(struct sqlite3 *connection);
-    /** Opens a database with flags (6 = read and write, create) and the default file system. On failure the
-     *  connection is null and nothing is left open. */
+    /** Opens a database with flags (6 = read and write, create) and the default file system, and lets it reject
+     *  impossible dates (kt_sqlite_dates.h). On failure the connection is null and nothing is left open. */
     /* 21 */ int (*open)(const char *file_name, struct sqlite3 **connection, int flags);
     /** Compiles one statement; what follows it in the text is ignored. */
     /* 22 */ int (*prepare)(struct sqlite3 *connection, const char *sql, struct sqlite3_stmt **statement);
     /* 23 */ int (*reset)(struct sqlite3_stmt *statement);
     /* 24 */ int (*step)(struct sqlite3_stmt *statement);
+    /** The same as open, but leaves the connection as SQLite made it. */
+    /* 25 */ int (*open_plain)(const char *file_name, struct sqlite3 **connection, int flags);
+    /** Compiles the first statement of a text; rest is what follows it. A text without one gives a null statement. */
+    /* 26 */ int (*prepare_next)(struct sqlite3 *connection, const char *sql, struct sqlite3_stmt **statement,
+                                 const char **rest);
+    /** Runs all statements of a text, without looking at rows. */
+    /* 27 */ int (*exec)(struct sqlite3 *connection, const char *sql);
+    /* 28 */ int (*bind_value)(struct sqlite3_stmt *statement, int index, const struct sqlite3_value *value);
+    /* 29 */ struct sqlite3_value *(*column_value)(struct sqlite3_stmt *statement, int column);
+    /* 30 */ int (*extended_errcode)(struct sqlite3 *connection);
+    /* 31 */ int (*get_autocommit)(struct sqlite3 *connection);
+    /* 32 */ int (*busy_timeout)(struct sqlite3 *connection, int milliseconds);
+    /* 33 */ const char *(*libversion)(void);
+    /* 34 */ int (*libversion_number)(void);
+    /** Adds an SQL function. SQLite calls release with data when it drops the function, also when adding failed. */
+    /* 35 */ int (*create_function)(struct sqlite3 *connection, const char *name, int argument_count, int flags,
+                                    void *data,
+                                    void (*function)(struct sqlite3_context *call, int count,
+                                                     struct sqlite3_value **arguments),
+                                    void (*release)(void *data));
+    /* 36 */ void *(*user_data)(struct sqlite3_context *call);
+    /* 37 */ int (*value_type)(struct sqlite3_value *value);
+    /* 38 */ int (*value_bytes)(struct sqlite3_value *value);
+    /* 39 */ const void *(*value_blob)(struct sqlite3_value *value);
+    /* 40 */ const char *(*value_text)(struct sqlite3_value *value);
+    /* 41 */ int64_t (*value_int64)(struct sqlite3_value *value);
+    /* 42 */ double (*value_double)(struct sqlite3_value *value);
+    /* 43 */ void (*result_null)(struct sqlite3_context *call);
+    /* 44 */ void (*result_int64)(struct sqlite3_context *call, int64_t value);
+    /* 45 */ void (*result_double)(struct sqlite3_context *call, double value);
+    /* 46 */ void (*result_text)(struct sqlite3_context *call, const char *text, int size);
+    /* 47 */ void (*result_value)(struct sqlite3_context *call, struct sqlite3_value *value);
+    /* 48 */ void (*result_error)(struct sqlite3_context *call, const char *message);
+    /* 49 */ void (*result_error_code)(struct sqlite3_context *call, int code);
+    /** Memory of SQLite's own, for what belongs to a connection. */
+    /* 50 */ void *(*allocate)(uint64_t size);
+    /* 51 */ void (*release)(void *block);
 } KT_sqlite_functions;
 
 /** The table in force; lives as long as the process, never freed. */
