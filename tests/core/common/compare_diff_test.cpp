@@ -387,19 +387,40 @@ TEST_F(CompareDiffTest, EveryFailingAllocationLeavesWhatWasAppendedBefore)
         const bool tbls_finished = !KT_context__has_err(ctx);
         if (tbls_finished)
             tov_schema__diff_cols(ctx, schema, other, "s", &cols[0], &cols[1], &cols[2]);
-        finished = !fault.fired();
-        EXPECT_FAILED(ctx, finished ? 0 : KT_ERR_OUT_OF_MEMORY);
+        const bool cols_finished = !KT_context__has_err(ctx);
+        EXPECT_FAILED(ctx, cols_finished ? 0 : KT_ERR_OUT_OF_MEMORY);
         KT_context__err_reset(ctx);
+        finished = !fault.fired();
         const char *tbls_expected[] = {"a", "b", "s", "c"};
         for (uint32_t i = 0; i < 4; i++)
             expect_kept(ctx, tbls[i], tbls_expected[i], tbls_finished, &kept_tbls);
         const char *cols_expected[] = {"x", "z", "y"};
         for (uint32_t i = 0; i < 3; i++)
-            expect_kept(ctx, cols[i], cols_expected[i], finished, &kept_cols);
+            expect_kept(ctx, cols[i], cols_expected[i], cols_finished, &kept_cols);
         EXPECT_EQ(fault.leaked(), 0u);
     }
     EXPECT_GT(kept_tbls, 0u);
     EXPECT_GT(kept_cols, 0u);
+}
+
+TEST_F(CompareDiffTest, AFirstIdThatCannotBeKeptLeavesNoList)
+{
+    const std::string long_id(100000, 'x');
+    tov_schema__add_tbl(ctx, schema, long_id.c_str(), "T", 1);
+    ASSERT_OK(ctx);
+    uint32_t failures = 0;
+    bool finished = false;
+    for (kt_failing_alloc fault; !finished && fault.next(); KT_context__err_reset(ctx)) {
+        KT_varray *tbl_ids = nullptr;
+        tov_schema__list_tbls(ctx, schema, &tbl_ids);
+        finished = !fault.fired();
+        failures += KT_context__has_err(ctx) != 0;
+        EXPECT_EQ(KT_context__has_err(ctx) != 0, tbl_ids == nullptr);
+        KT_context__err_reset(ctx);
+        KT_varray__free(ctx, tbl_ids);
+        EXPECT_EQ(fault.leaked(), 0u);
+    }
+    EXPECT_GE(failures, 2u); // the list, and the text in it
 }
 
 } // namespace
