@@ -77,21 +77,21 @@ void tov_schema__get_col_type__fixed_width(KT_context *ctx, tov_schema *schema, 
 }
 
 void tov_schema__get_col_type__scale(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
-                                     int32_t *value) noexcept
+                                     int32_t *scale) noexcept
 {
-    KT_TRY(get_col_type_field_int32(ctx, schema, tbl_id, col_id, "scale", -1, value));
+    KT_TRY(get_col_type_field_int32(ctx, schema, tbl_id, col_id, "scale", -1, scale));
 }
 
 void tov_schema__get_col_type__precision(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
-                                         int32_t *value) noexcept
+                                         int32_t *precision) noexcept
 {
-    KT_TRY(get_col_type_field_int32(ctx, schema, tbl_id, col_id, "precision", -1, value));
+    KT_TRY(get_col_type_field_int32(ctx, schema, tbl_id, col_id, "precision", -1, precision));
 }
 
 void tov_schema__get_col_type__width(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
-                                     int32_t *value) noexcept
+                                     int32_t *width) noexcept
 {
-    KT_TRY(get_col_type_field_int32(ctx, schema, tbl_id, col_id, "width", -1, value));
+    KT_TRY(get_col_type_field_int32(ctx, schema, tbl_id, col_id, "width", -1, width));
 }
 
 void tov_schema__get_col_type__host_type(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,

@@ -55,7 +55,7 @@ void tov_schema__get_nth_unique_col_id(KT_context *ctx, tov_schema *schema, cons
 }
 
 void tov_schema__is_col_id_in_unique(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
-                                     KT_bool *value) noexcept
+                                     KT_bool *is_in_unique) noexcept
 {
     KT_vhash *uniques = nullptr;
     uint32_t count = 0;
@@ -66,7 +66,7 @@ void tov_schema__is_col_id_in_unique(KT_context *ctx, tov_schema *schema, const 
         KT_TRY(KT_vhash__get_nth_pair__vhash(ctx, uniques, n, nullptr, &cols));
         KT_TRY(KT_vhash__has(ctx, cols, col_id, &listed));
     }
-    *value = listed;
+    *is_in_unique = listed;
 }
 
 void tov_schema__count_checks(KT_context *ctx, tov_schema *schema, const char *tbl_id, uint32_t *count) noexcept

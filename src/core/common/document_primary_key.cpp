@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-void _tov_col__is_integer_primary_key(KT_context *ctx, const KT_vhash *col, KT_bool *value,
+void _tov_col__is_integer_primary_key(KT_context *ctx, const KT_vhash *col, KT_bool *is_integer_pk,
                                       const char **constraint_name) noexcept
 {
     KT_vhash *type = nullptr;
@@ -18,18 +18,18 @@ void _tov_col__is_integer_primary_key(KT_context *ctx, const KT_vhash *col, KT_b
     const bool is_identity = strcmp(abstract_type, "identity") == 0;
     if (is_identity && constraint_name)
         KT_TRY(KT_vhash__check__sz(ctx, type, "constraint_name", &name));
-    *value = is_identity;
+    *is_integer_pk = is_identity;
     if (constraint_name)
         *constraint_name = name;
 }
 
 void tov_schema__get_col_is_integer_primary_key(KT_context *ctx, tov_schema *schema, const char *tbl_id,
-                                                const char *col_id, KT_bool *value,
+                                                const char *col_id, KT_bool *is_integer_pk,
                                                 const char **constraint_name) noexcept
 {
     KT_vhash *col = nullptr;
     KT_TRY(_tov_schema__get_col(ctx, schema, tbl_id, col_id, &col));
-    KT_TRY(_tov_col__is_integer_primary_key(ctx, col, value, constraint_name));
+    KT_TRY(_tov_col__is_integer_primary_key(ctx, col, is_integer_pk, constraint_name));
 }
 
 void _tov_tbl__find_integer_primary_key(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
@@ -140,12 +140,12 @@ void tov_schema__get_nth_pk_col(KT_context *ctx, tov_schema *schema, const char 
 }
 
 void _tov_tbl__is_col_id_in_pk(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
-                               const char *col_id, KT_bool *value) noexcept
+                               const char *col_id, KT_bool *is_in_pk) noexcept
 {
     const char *integer_pk_id = nullptr;
     KT_TRY(_tov_tbl__find_integer_primary_key(ctx, schema, tbl, tbl_id, &integer_pk_id, nullptr));
     if (integer_pk_id) {
-        *value = strcmp(col_id, integer_pk_id) == 0;
+        *is_in_pk = strcmp(col_id, integer_pk_id) == 0;
         return;
     }
     KT_bool listed = 0;
@@ -153,13 +153,13 @@ void _tov_tbl__is_col_id_in_pk(KT_context *ctx, tov_schema *schema, KT_vhash *tb
     KT_TRY(my_check_pk_record_cols(ctx, tbl, &pk_cols));
     if (pk_cols)
         KT_TRY(KT_vhash__has(ctx, pk_cols, col_id, &listed));
-    *value = listed;
+    *is_in_pk = listed;
 }
 
 void tov_schema__is_col_id_in_pk(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
-                                 KT_bool *value) noexcept
+                                 KT_bool *is_in_pk) noexcept
 {
     KT_vhash *tbl = nullptr;
     KT_TRY(_tov_schema__get_tbl(ctx, schema, tbl_id, &tbl));
-    KT_TRY(_tov_tbl__is_col_id_in_pk(ctx, schema, tbl, tbl_id, col_id, value));
+    KT_TRY(_tov_tbl__is_col_id_in_pk(ctx, schema, tbl, tbl_id, col_id, is_in_pk));
 }

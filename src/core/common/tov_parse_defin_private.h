@@ -85,7 +85,7 @@ void _tov_col__get_defval(KT_context *ctx, const KT_vhash *col, KT_bool *has, co
                           const char **expr) noexcept;
 void _tov_col__get_fk(KT_context *ctx, const KT_vhash *col, KT_bool *has, const char **name, const char **ref_tbl_id,
                       const char **ref_col_id, const char **on_delete, const char **on_update) noexcept;
-void _tov_col__is_integer_primary_key(KT_context *ctx, const KT_vhash *col, KT_bool *value,
+void _tov_col__is_integer_primary_key(KT_context *ctx, const KT_vhash *col, KT_bool *is_integer_pk,
                                       const char **constraint_name) noexcept;
 
 // The primary key of a table whose record is at hand; see the public operations.
@@ -98,7 +98,7 @@ void _tov_tbl__count_pk_cols(KT_context *ctx, tov_schema *schema, KT_vhash *tbl,
 void _tov_tbl__get_nth_pk_col(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id, uint32_t n,
                               const char **col_id, const char **col_name) noexcept;
 void _tov_tbl__is_col_id_in_pk(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
-                               const char *col_id, KT_bool *value) noexcept;
+                               const char *col_id, KT_bool *is_in_pk) noexcept;
 
 // One field of a column's type record, by its key.
 void get_col_type_field_bool(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,

@@ -1,0 +1,142 @@
+// What the tests of the document share: schemas loaded from two JSON texts, and tables of failing calls.
+#pragma once
+
+#include "tov_parse_defin_private.h"
+
+#include "failing_alloc.h"
+#include "schema_test.h"
+
+inline constexpr char untouched[] = "untouched";
+
+// Outputs of one call, preset to what no operation writes.
+struct outputs {
+    const char *text = untouched;
+    const char *text2 = untouched;
+    const char *text3 = untouched;
+    uint32_t count = 77;
+    KT_bool flag = 77;
+    KT_bool flag2 = 77;
+    int32_t int32 = 77;
+    int64_t int64 = 77;
+    KT_vhash *map = nullptr;
+    KT_string *string = nullptr;
+
+    bool operator==(const outputs &) const = default;
+};
+
+// A call as a function without captures: ctx, schema s, outputs o.
+#define CALL(...) [](KT_context *ctx, [[maybe_unused]] tov_schema *s, [[maybe_unused]] outputs &o) { __VA_ARGS__; }
+using call = void (*)(KT_context *ctx, tov_schema *s, outputs &o);
+
+struct failure_case {
+    const char *name;
+    const char *document; // JSON
+    const char *host;     // JSON, or null for no host internals
+    uint64_t code;
+    const char *description; // null where the runtime words it
+    call run;
+};
+
+struct sweep_case {
+    const char *name;
+    const char *document; // JSON
+    const char *host;     // JSON, or null for no host internals
+    call run;
+};
+
+// A table T with a column C that has no type.
+inline constexpr char one_col[] = R"({"tbls":{"t":{"name":"T","txid":1,"cols":{"c":{"name":"C"}}}}})";
+inline constexpr char no_tbls[] = R"({"tbls":{}})";
+
+class DocumentTest : public SchemaTest {
+  protected:
+    void load_trees(const char *document, const char *host)
+    {
+        KT_vhash *document_tree = nullptr;
+        KT_vhash *host_tree = nullptr;
+        tov_schema__nullfree(ctx, &schema);
+        KT_vhash__alloc__from_json__sz(ctx, &document_tree, document);
+        if (host)
+            KT_vhash__alloc__from_json__sz(ctx, &host_tree, host);
+        tov_schema__alloc__vhash(ctx, &document_tree, &host_tree, &schema);
+        ASSERT_OK(ctx);
+    }
+    std::string host_internals()
+    {
+        return json_of(ctx, schema->host_internals);
+    }
+    // The column t/c as JSON.
+    std::string col_record()
+    {
+        KT_vhash *col = nullptr;
+        _tov_schema__get_col(ctx, schema, "t", "c", &col);
+        return json_of(ctx, col);
+    }
+
+    // Runs each call on a fresh schema: it fails as the case says, passes through the module, and writes no output.
+    template <size_t Count> void expect_failures(const failure_case (&cases)[Count])
+    {
+        for (const failure_case &c : cases) {
+            SCOPED_TRACE(c.name);
+            load_trees(c.document, c.host);
+            outputs o;
+            c.run(ctx, schema, o);
+            EXPECT_FAILED(ctx, c.code);
+            if (c.description)
+                EXPECT_STREQ(KT_context__err_description(ctx), c.description);
+            expect_module_frame();
+            EXPECT_TRUE(o == outputs{});
+            reset();
+        }
+    }
+    // The frame added last is the module's.
+    void expect_module_frame()
+    {
+        const uint32_t count = KT_context__count_err_stackframes(ctx);
+        ASSERT_GT(count, 0u);
+        const char *file = nullptr;
+        int32_t line = 0;
+        KT_context__get_nth_err_stackframe(ctx, count - 1, &file, &line);
+        EXPECT_STREQ(file, "src/core/common/tov_parse_defin");
+        EXPECT_GT(line, 0);
+    }
+    // Runs each call on a fresh schema, once for each allocation that it makes, with that allocation failing: it says
+    // so, writes no output, and leaves a schema that can still be written and freed without a leak.
+    template <size_t Count> void expect_survival(const sweep_case (&cases)[Count])
+    {
+        for (const sweep_case &c : cases) {
+            SCOPED_TRACE(c.name);
+            int turns = 0;
+            for (bool is_past_last = false; !is_past_last; turns++)
+                is_past_last = !survives(c, turns + 1);
+            EXPECT_GT(turns, 1) << "nothing was made to fail";
+        }
+    }
+
+  private:
+    // False when the call makes fewer allocations than turn, and so succeeds.
+    bool survives(const sweep_case &c, int turn)
+    {
+        load_trees(c.document, c.host);
+        outputs o;
+        kt_failing_alloc fault;
+        for (int n = 0; n < turn; n++)
+            fault.next();
+        c.run(ctx, schema, o);
+        const bool fired = fault.fired();
+        if (fired) {
+            EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
+            expect_module_frame();
+            EXPECT_TRUE(o == outputs{});
+            reset();
+            EXPECT_NE(everything(), "");
+        } else {
+            EXPECT_OK(ctx);
+        }
+        KT_string__free(ctx, o.string);
+        tov_schema__nullfree(ctx, &schema);
+        EXPECT_EQ(fault.leaked(), 0u);
+        EXPECT_OK(ctx);
+        return fired;
+    }
+};
