@@ -49,10 +49,7 @@ TEST_F(DocumentTest, AParsedSchemaHasNoHostInternals)
 
 TEST_F(DocumentTest, HostInternalsDoNotTravelAsJson)
 {
-    load_trees(one_col, R"({"defvals":{"t":{"c":"(1)"
-}
-}
-})");
+    load_trees(one_col, R"({"defvals":{"t":{"c":"1"}}})");
     EXPECT_EQ(document(), one_col);
 }
 
@@ -160,16 +157,17 @@ template <class Make> static void expect_making_survives(KT_context *ctx, Make m
     for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx), turns++) {
         tov_schema *made = nullptr;
         make(&made);
-        if (!fault.fired()) {
-            EXPECT_OK(ctx);
+        // A block that could not be made smaller is no failure.
+        if (KT_context__has_err(ctx)) {
+            EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
+            EXPECT_EQ(made, nullptr);
+        } else {
             EXPECT_NE(made, nullptr);
             tov_schema__nullfree(ctx, &made);
-            EXPECT_EQ(fault.leaked(), 0u);
-            break;
         }
-        EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
-        EXPECT_EQ(made, nullptr);
         EXPECT_EQ(fault.leaked(), 0u);
+        if (!fault.fired())
+            break;
     }
     EXPECT_GT(turns, 1);
 }
@@ -196,21 +194,18 @@ TEST_F(DocumentTest, TreesStayTheCallersWhenNoSchemaIsMade)
     EXPECT_EQ(host_tree, nullptr);
 }
 
+static void my_copy_and_drop(KT_context *ctx, tov_schema *schema)
+{
+    kt_owned_vhash destination{ctx};
+    KT_TRY(KT_vhash__alloc(ctx, destination.out()));
+    tov_schema__copy_into_vhash(ctx, schema, destination, 1);
+}
+
 TEST_F(DocumentTest, WritingSurvivesShortMemory)
 {
     static constexpr sweep_case cases[] = {
-        {"as JSON", one_col, nullptr, CALL(tov_schema__to_json(ctx, s, &o.string))},
-        {"into a map", one_col, R"({"collations":{"t":{"c":"x"}}})", CALL({
-             KT_vhash *destination = nullptr;
-             KT_vhash__alloc(ctx, &destination);
-             if (KT_context__has_err(ctx))
-                 KT_context__err_stackframe_add(ctx, KT_HERE, __LINE__);
-             else
-                 tov_schema__copy_into_vhash(ctx, s, destination, 1);
-             KT_context__push_level(ctx);
-             KT_vhash__free(ctx, destination);
-             KT_context__pop_level(ctx);
-         })},
+        {"as JSON", one_col, nullptr, CALL(tov_schema__to_json(c, s, &o.string))},
+        {"into a map", one_col, R"({"collations":{"t":{"c":"x"}}})", CALL(my_copy_and_drop(c, s))},
     };
     expect_survival(cases);
 }
@@ -232,34 +227,33 @@ TEST_F(DocumentTest, ChangesAreCountedAndReadsAreNot)
         const char *name;
         call run;
     } changes[] = {
-        {"add_tbl", CALL(tov_schema__add_tbl(ctx, s, "t2", "T2", 1))},
-        {"set_tbl_name", CALL(tov_schema__set_tbl_name(ctx, s, "t", "N"))},
-        {"add_col", CALL(tov_schema__add_col(ctx, s, "t", "d", "D", 1, 1, 1))},
-        {"set_col_name", CALL(tov_schema__set_col_name(ctx, s, "t", "c", "N"))},
-        {"set_filter_id", CALL(tov_schema__set_filter_id(ctx, s, 1))},
-        {"backend name", CALL(tov_schema__set_backend_info__name(ctx, s, "n"))},
-        {"backend api", CALL(tov_schema__set_backend_info__api(ctx, s, "a"))},
-        {"backend nulls", CALL(tov_schema__set_backend_info__indistinct_unique_nulls(ctx, s, 1))},
-        {"a type", CALL(tov_schema__set_col_type_simple(ctx, s, "t", "c", "guid"))},
-        {"host type name", CALL(tov_schema__set_mssql_col_type_name(ctx, s, "t", "c", "int"))},
-        {"collation", CALL(tov_schema__set_host_collation(ctx, s, "t", "c", "x"))},
-        {"host default", CALL(tov_schema__set_host_defval(ctx, s, "t", "c", "x"))},
-        {"notnull", CALL(tov_schema__set_colcon_notnull(ctx, s, "t", "c", 0, nullptr))},
-        {"defval", CALL(tov_schema__set_colcon_defval(ctx, s, "t", "c", 0, nullptr, nullptr))},
-        {"column check", CALL(tov_schema__add_colcon_check(ctx, s, "t", "c", nullptr, "(1)"))},
-        {"pk name", CALL(tov_schema__set_pk_name(ctx, s, "t", "PK"))},
-        {"pk column", CALL(tov_schema__set_pk_name(ctx, s, "t", "PK"); tov_schema__add_to_pk(ctx, s, "t", "c"))},
-        {"unique", CALL(tov_schema__add_to_unique_constraint(ctx, s, "t", "c", "U"))},
-        {"check", CALL(tov_schema__add_check_constraint(ctx, s, "t", "CK", "1"))},
+        {"add_tbl", CALL(tov_schema__add_tbl(c, s, "t2", "T2", 1))},
+        {"set_tbl_name", CALL(tov_schema__set_tbl_name(c, s, "t", "N"))},
+        {"add_col", CALL(tov_schema__add_col(c, s, "t", "d", "D", 1, 1, 1))},
+        {"set_col_name", CALL(tov_schema__set_col_name(c, s, "t", "c", "N"))},
+        {"set_filter_id", CALL(tov_schema__set_filter_id(c, s, 1))},
+        {"backend name", CALL(tov_schema__set_backend_info__name(c, s, "n"))},
+        {"backend api", CALL(tov_schema__set_backend_info__api(c, s, "a"))},
+        {"backend nulls", CALL(tov_schema__set_backend_info__indistinct_unique_nulls(c, s, 1))},
+        {"a type", CALL(tov_schema__set_col_type_simple(c, s, "t", "c", "guid"))},
+        {"host type name", CALL(tov_schema__set_mssql_col_type_name(c, s, "t", "c", "int"))},
+        {"collation", CALL(tov_schema__set_host_collation(c, s, "t", "c", "x"))},
+        {"host default", CALL(tov_schema__set_host_defval(c, s, "t", "c", "x"))},
+        {"notnull", CALL(tov_schema__set_colcon_notnull(c, s, "t", "c", 0, nullptr))},
+        {"defval", CALL(tov_schema__set_colcon_defval(c, s, "t", "c", 0, nullptr, nullptr))},
+        {"column check", CALL(tov_schema__add_colcon_check(c, s, "t", "c", nullptr, "(1)"))},
+        {"pk name", CALL(tov_schema__set_pk_name(c, s, "t", "PK"))},
+        {"pk column", CALL(tov_schema__set_pk_name(c, s, "t", "PK"); tov_schema__add_to_pk(c, s, "t", "c"))},
+        {"unique", CALL(tov_schema__add_to_unique_constraint(c, s, "t", "c", "U"))},
+        {"check", CALL(tov_schema__add_check_constraint(c, s, "t", "CK", "1"))},
         {"create_foreignkey",
-         CALL(tov_schema__create_foreignkey(ctx, s, "F", nullptr, "t", "t", 0, nullptr, nullptr, 0))},
-        {"add_to_foreignkey",
-         CALL(tov_schema__create_foreignkey(ctx, s, "F", nullptr, "t", "t", 0, nullptr, nullptr, 0);
-              tov_schema__add_to_foreignkey(ctx, s, "t", "F", "c", "c"))},
-        {"nevermind_foreignkey", CALL(tov_schema__nevermind_foreignkey(ctx, s, "t", "F"))},
+         CALL(tov_schema__create_foreignkey(c, s, "F", nullptr, "t", "t", 0, nullptr, nullptr, 0))},
+        {"add_to_foreignkey", CALL(tov_schema__create_foreignkey(c, s, "F", nullptr, "t", "t", 0, nullptr, nullptr, 0);
+                                   tov_schema__add_to_foreignkey(c, s, "t", "F", "c", "c"))},
+        {"nevermind_foreignkey", CALL(tov_schema__nevermind_foreignkey(c, s, "t", "F"))},
         {"column reference",
-         CALL(tov_schema__set_colcon_fk(ctx, s, "t", "c", 1, "F", nullptr, "x", nullptr, 0, nullptr, nullptr, 0))},
-        {"rule", CALL(_tov_schema__set_fk_rule(ctx, s, "t", "F", 5, 1))},
+         CALL(tov_schema__set_colcon_fk(c, s, "t", "c", 1, "F", nullptr, "x", nullptr, 0, nullptr, nullptr, 0))},
+        {"rule", CALL(_tov_schema__set_fk_rule(c, s, "t", "F", 5, 1))},
     };
     for (const auto &c : changes) {
         SCOPED_TRACE(c.name);

@@ -55,13 +55,13 @@ TEST_F(DocumentTest, HostEntriesOfAnotherTypeFail)
 {
     static constexpr failure_case cases[] = {
         {"a map, on checking", "{}", R"({"unprep-cols":1})", KT_ERR_WRONG_TYPE, nullptr,
-         CALL(_tov_schema__check_tbl_unprepared_cols(ctx, s, "t", &o.map))},
+         CALL(_tov_schema__check_tbl_unprepared_cols(c, s, "t", &o.map))},
         {"an entry, on checking", "{}", R"({"unprep-cols":{"t":"x"}})", KT_ERR_WRONG_TYPE, nullptr,
-         CALL(_tov_schema__check_tbl_unprepared_cols(ctx, s, "t", &o.map))},
+         CALL(_tov_schema__check_tbl_unprepared_cols(c, s, "t", &o.map))},
         {"a map, on creating", "{}", R"({"unprep-cols":null})", KT_ERR_WRONG_TYPE, nullptr,
-         CALL(_tov_schema__get_tbl_unprepared_cols(ctx, s, "t", &o.map))},
+         CALL(_tov_schema__get_tbl_unprepared_cols(c, s, "t", &o.map))},
         {"an entry, on creating", "{}", R"({"unprep-cols":{"t":[]}})", KT_ERR_WRONG_TYPE, nullptr,
-         CALL(_tov_schema__get_tbl_unprepared_cols(ctx, s, "t", &o.map))},
+         CALL(_tov_schema__get_tbl_unprepared_cols(c, s, "t", &o.map))},
     };
     expect_failures(cases);
 }
@@ -69,7 +69,7 @@ TEST_F(DocumentTest, HostEntriesOfAnotherTypeFail)
 TEST_F(DocumentTest, HostEntriesSurviveShortMemory)
 {
     static constexpr sweep_case cases[] = {
-        {"unprepared columns", "{}", nullptr, CALL(_tov_schema__get_tbl_unprepared_cols(ctx, s, "t", &o.map))},
+        {"unprepared columns", "{}", nullptr, CALL(_tov_schema__get_tbl_unprepared_cols(c, s, "t", &o.map))},
     };
     expect_survival(cases);
 }

@@ -74,16 +74,16 @@ TEST_F(DocumentTest, LookupsCreateWhatTheyMay)
         const char *after;
     };
     static constexpr lookup_case cases[] = {
-        {"the tables", "{}", CALL(_tov_schema__get_tbls(ctx, s, &o.map)), R"({"tbls":{}})"},
-        {"a table's columns", R"({"tbls":{"t":{}}})", CALL(_tov_schema__get_tbl_cols(ctx, s, "T", &o.map)),
+        {"the tables", "{}", CALL(_tov_schema__get_tbls(c, s, &o.map)), R"({"tbls":{}})"},
+        {"a table's columns", R"({"tbls":{"t":{}}})", CALL(_tov_schema__get_tbl_cols(c, s, "T", &o.map)),
          R"({"tbls":{"t":{"cols":{}}}})"},
-        {"a table's checks", R"({"tbls":{"t":{}}})", CALL(_tov_schema__get_checks(ctx, s, "T", &o.map)),
+        {"a table's checks", R"({"tbls":{"t":{}}})", CALL(_tov_schema__get_checks(c, s, "T", &o.map)),
          R"({"tbls":{"t":{"check":{}}}})"},
         {"the primary key, when asked whether there is one", R"({"tbls":{"t":{}}})",
-         CALL(o.map = s->document; _tov_schema__check_pk(ctx, s, "t", &o.map); EXPECT_EQ(o.map, nullptr)),
+         CALL(o.map = s->document; _tov_schema__check_pk(c, s, "t", &o.map); EXPECT_EQ(o.map, nullptr)),
          R"({"tbls":{"t":{}}})"},
         {"the foreign keys, when asked whether there are any", R"({"tbls":{"t":{}}})",
-         CALL(o.map = s->document; _tov_schema__check_foreignkeys(ctx, s, "t", &o.map); EXPECT_EQ(o.map, nullptr)),
+         CALL(o.map = s->document; _tov_schema__check_foreignkeys(c, s, "t", &o.map); EXPECT_EQ(o.map, nullptr)),
          R"({"tbls":{"t":{}}})"},
     };
     for (const lookup_case &c : cases) {
@@ -102,12 +102,12 @@ TEST_F(DocumentTest, LookupsGiveTheRecordThatIsThere)
         const char *name;
         call run;
     } cases[] = {
-        {"primary key, get", CALL(_tov_schema__get_pk(ctx, s, "T", &o.map))},
-        {"primary key, check", CALL(_tov_schema__check_pk(ctx, s, "T", &o.map))},
-        {"unique constraints, get", CALL(_tov_schema__get_uniques(ctx, s, "T", &o.map))},
-        {"foreign keys, get", CALL(_tov_schema__get_foreignkeys(ctx, s, "T", &o.map))},
-        {"foreign keys, check", CALL(_tov_schema__check_foreignkeys(ctx, s, "T", &o.map))},
-        {"checks, get", CALL(_tov_schema__get_checks(ctx, s, "T", &o.map))},
+        {"primary key, get", CALL(_tov_schema__get_pk(c, s, "T", &o.map))},
+        {"primary key, check", CALL(_tov_schema__check_pk(c, s, "T", &o.map))},
+        {"unique constraints, get", CALL(_tov_schema__get_uniques(c, s, "T", &o.map))},
+        {"foreign keys, get", CALL(_tov_schema__get_foreignkeys(c, s, "T", &o.map))},
+        {"foreign keys, check", CALL(_tov_schema__check_foreignkeys(c, s, "T", &o.map))},
+        {"checks, get", CALL(_tov_schema__get_checks(c, s, "T", &o.map))},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -125,44 +125,44 @@ TEST_F(DocumentTest, LookupsFail)
 {
     static constexpr char no_t[] = "table id 'T' not found in schema";
     static constexpr failure_case cases[] = {
-        {"a table", "{}", nullptr, KT_ERR_NOT_FOUND, no_t, CALL(_tov_schema__get_tbl(ctx, s, "T", &o.map))},
-        {"its columns", no_tbls, nullptr, KT_ERR_NOT_FOUND, no_t, CALL(_tov_schema__get_tbl_cols(ctx, s, "T", &o.map))},
+        {"a table", "{}", nullptr, KT_ERR_NOT_FOUND, no_t, CALL(_tov_schema__get_tbl(c, s, "T", &o.map))},
+        {"its columns", no_tbls, nullptr, KT_ERR_NOT_FOUND, no_t, CALL(_tov_schema__get_tbl_cols(c, s, "T", &o.map))},
         {"a column of an unknown table, even an unprepared one", no_tbls, R"({"unprep-cols":{"T":{"u":{}}}})",
-         KT_ERR_NOT_FOUND, no_t, CALL(_tov_schema__get_col(ctx, s, "T", "u", &o.map))},
-        {"its primary key", no_tbls, nullptr, KT_ERR_NOT_FOUND, no_t, CALL(_tov_schema__get_pk(ctx, s, "T", &o.map))},
+         KT_ERR_NOT_FOUND, no_t, CALL(_tov_schema__get_col(c, s, "T", "u", &o.map))},
+        {"its primary key", no_tbls, nullptr, KT_ERR_NOT_FOUND, no_t, CALL(_tov_schema__get_pk(c, s, "T", &o.map))},
         {"its primary key, if any", no_tbls, nullptr, KT_ERR_NOT_FOUND, no_t,
-         CALL(_tov_schema__check_pk(ctx, s, "T", &o.map))},
+         CALL(_tov_schema__check_pk(c, s, "T", &o.map))},
         {"its unique constraints", no_tbls, nullptr, KT_ERR_NOT_FOUND, no_t,
-         CALL(_tov_schema__get_uniques(ctx, s, "T", &o.map))},
+         CALL(_tov_schema__get_uniques(c, s, "T", &o.map))},
         {"its foreign keys", no_tbls, nullptr, KT_ERR_NOT_FOUND, no_t,
-         CALL(_tov_schema__get_foreignkeys(ctx, s, "T", &o.map))},
+         CALL(_tov_schema__get_foreignkeys(c, s, "T", &o.map))},
         {"its foreign keys, if any", no_tbls, nullptr, KT_ERR_NOT_FOUND, no_t,
-         CALL(_tov_schema__check_foreignkeys(ctx, s, "T", &o.map))},
-        {"its checks", no_tbls, nullptr, KT_ERR_NOT_FOUND, no_t, CALL(_tov_schema__get_checks(ctx, s, "T", &o.map))},
+         CALL(_tov_schema__check_foreignkeys(c, s, "T", &o.map))},
+        {"its checks", no_tbls, nullptr, KT_ERR_NOT_FOUND, no_t, CALL(_tov_schema__get_checks(c, s, "T", &o.map))},
         {"a column, both ids as passed", one_col, nullptr, KT_ERR_NOT_FOUND,
-         "col id 'ColX' not found in tbl id 'T' in schema", CALL(_tov_schema__get_col(ctx, s, "T", "ColX", &o.map))},
+         "col id 'ColX' not found in tbl id 'T' in schema", CALL(_tov_schema__get_col(c, s, "T", "ColX", &o.map))},
         {"a column, with unprepared ones in the table", one_col, unprepared_u, KT_ERR_NOT_FOUND,
-         "col id 'ColX' not found in tbl id 't' in schema", CALL(_tov_schema__get_col(ctx, s, "t", "ColX", &o.map))},
+         "col id 'ColX' not found in tbl id 't' in schema", CALL(_tov_schema__get_col(c, s, "t", "ColX", &o.map))},
         {"a primary key that is not there", one_col, nullptr, KT_ERR_KEY_NOT_FOUND, nullptr,
-         CALL(_tov_schema__get_pk(ctx, s, "t", &o.map))},
+         CALL(_tov_schema__get_pk(c, s, "t", &o.map))},
         {"unique constraints that are not there", one_col, nullptr, KT_ERR_KEY_NOT_FOUND, nullptr,
-         CALL(_tov_schema__get_uniques(ctx, s, "t", &o.map))},
+         CALL(_tov_schema__get_uniques(c, s, "t", &o.map))},
         {"foreign keys that are not there", one_col, nullptr, KT_ERR_KEY_NOT_FOUND, nullptr,
-         CALL(_tov_schema__get_foreignkeys(ctx, s, "t", &o.map))},
+         CALL(_tov_schema__get_foreignkeys(c, s, "t", &o.map))},
         {"tables of another type", R"({"tbls":[]})", nullptr, KT_ERR_WRONG_TYPE, nullptr,
-         CALL(_tov_schema__get_tbls(ctx, s, &o.map))},
+         CALL(_tov_schema__get_tbls(c, s, &o.map))},
         {"a table of another type", R"({"tbls":{"t":1}})", nullptr, KT_ERR_WRONG_TYPE, nullptr,
-         CALL(_tov_schema__get_tbl(ctx, s, "t", &o.map))},
+         CALL(_tov_schema__get_tbl(c, s, "t", &o.map))},
         {"a column of another type", R"({"tbls":{"t":{"cols":{"c":"x"}}}})", nullptr, KT_ERR_WRONG_TYPE, nullptr,
-         CALL(_tov_schema__get_col(ctx, s, "t", "c", &o.map))},
+         CALL(_tov_schema__get_col(c, s, "t", "c", &o.map))},
         {"an unprepared column of another type", one_col, R"({"unprep-cols":{"t":{"u":1}}})", KT_ERR_WRONG_TYPE,
-         nullptr, CALL(_tov_schema__get_col(ctx, s, "t", "u", &o.map))},
+         nullptr, CALL(_tov_schema__get_col(c, s, "t", "u", &o.map))},
         {"the n-th table", one_col, nullptr, KT_ERR_OUT_OF_RANGE, nullptr,
-         CALL(_tov_schema__get_nth_tbl(ctx, s, 1, &o.text, &o.map))},
+         CALL(_tov_schema__get_nth_tbl(c, s, 1, &o.text, &o.map))},
         {"the n-th table, which no lookup reaches", R"({"tbls":{"T":{}}})", nullptr, KT_ERR_NOT_FOUND, no_t,
-         CALL(_tov_schema__get_nth_tbl(ctx, s, 0, &o.text, &o.map))},
+         CALL(_tov_schema__get_nth_tbl(c, s, 0, &o.text, &o.map))},
         {"the n-th table, a null", R"({"tbls":{"t":null}})", nullptr, KT_ERR_NOT_FOUND,
-         "table id 't' not found in schema", CALL(_tov_schema__get_nth_tbl(ctx, s, 0, &o.text, &o.map))},
+         "table id 't' not found in schema", CALL(_tov_schema__get_nth_tbl(c, s, 0, &o.text, &o.map))},
     };
     expect_failures(cases);
 }
@@ -216,9 +216,9 @@ TEST_F(DocumentTest, LookupsTakeNoMemoryForWhatIsThere)
 TEST_F(DocumentTest, LookupsSurviveShortMemory)
 {
     static constexpr sweep_case cases[] = {
-        {"tables", "{}", nullptr, CALL(_tov_schema__get_tbls(ctx, s, &o.map))},
-        {"columns", R"({"tbls":{"t":{}}})", nullptr, CALL(_tov_schema__get_tbl_cols(ctx, s, "t", &o.map))},
-        {"checks", R"({"tbls":{"t":{}}})", nullptr, CALL(_tov_schema__get_checks(ctx, s, "t", &o.map))},
+        {"tables", "{}", nullptr, CALL(_tov_schema__get_tbls(c, s, &o.map))},
+        {"columns", R"({"tbls":{"t":{}}})", nullptr, CALL(_tov_schema__get_tbl_cols(c, s, "t", &o.map))},
+        {"checks", R"({"tbls":{"t":{}}})", nullptr, CALL(_tov_schema__get_checks(c, s, "t", &o.map))},
     };
     expect_survival(cases);
 }

@@ -24,8 +24,8 @@ struct outputs {
     bool operator==(const outputs &) const = default;
 };
 
-// A call as a function without captures: ctx, schema s, outputs o.
-#define CALL(...) [](KT_context *ctx, [[maybe_unused]] tov_schema *s, [[maybe_unused]] outputs &o) { __VA_ARGS__; }
+// A call as a function without captures, which sees context c, schema s, outputs o.
+#define CALL(...) [](KT_context *c, [[maybe_unused]] tov_schema *s, [[maybe_unused]] outputs &o) { __VA_ARGS__; }
 using call = void (*)(KT_context *ctx, tov_schema *s, outputs &o);
 
 struct failure_case {
@@ -82,8 +82,9 @@ class DocumentTest : public SchemaTest {
             outputs o;
             c.run(ctx, schema, o);
             EXPECT_FAILED(ctx, c.code);
-            if (c.description)
+            if (c.description) {
                 EXPECT_STREQ(KT_context__err_description(ctx), c.description);
+            }
             expect_module_frame();
             EXPECT_TRUE(o == outputs{});
             reset();
@@ -100,38 +101,53 @@ class DocumentTest : public SchemaTest {
         EXPECT_STREQ(file, "src/core/common/tov_parse_defin");
         EXPECT_GT(line, 0);
     }
-    // Runs each call on a fresh schema, once for each allocation that it makes, with that allocation failing: it says
-    // so, writes no output, and leaves a schema that can still be written and freed without a leak.
+    // Runs each call on fresh schemas, with one allocation failing that it makes: it says so, writes no output, and
+    // leaves a schema that can still be written and freed without a leak. A tree takes its memory in chunks, so the
+    // schemas are padded to have the failure at each step of the call in turn.
     template <size_t Count> void expect_survival(const sweep_case (&cases)[Count])
     {
+        static constexpr size_t padding_step = 16;
+        static constexpr size_t largest_padding = 4096;
         for (const sweep_case &c : cases) {
             SCOPED_TRACE(c.name);
-            int turns = 0;
-            for (bool is_past_last = false; !is_past_last; turns++)
-                is_past_last = !survives(c, turns + 1);
-            EXPECT_GT(turns, 1) << "nothing was made to fail";
+            int failures = 0;
+            for (size_t padding = 0; padding <= largest_padding; padding += padding_step) {
+                for (int turn = 1; run_short_of_memory(c, padding, turn, &failures); turn++) {
+                }
+            }
+            EXPECT_GT(failures, 0) << "nothing was made to fail";
         }
     }
 
   private:
-    // False when the call makes fewer allocations than turn, and so succeeds.
-    bool survives(const sweep_case &c, int turn)
+    // The same JSON object with a first member that takes about so many bytes.
+    static std::string padded(const char *json, size_t padding)
     {
-        load_trees(c.document, c.host);
+        static constexpr size_t text_size = 240;
+        std::string texts;
+        for (; padding >= text_size; padding -= text_size)
+            texts += '"' + std::string(text_size - 1, 'x') + "\",";
+        texts += '"' + std::string(padding, 'x') + '"';
+        return "{\"padding\":[" + texts + "]" + (json[1] == '}' ? "" : ",") + (json + 1);
+    }
+    // False when the call makes fewer allocations than turn.
+    bool run_short_of_memory(const sweep_case &c, size_t padding, int turn, int *failures)
+    {
+        load_trees(padded(c.document, padding).c_str(), c.host ? padded(c.host, padding).c_str() : nullptr);
         outputs o;
         kt_failing_alloc fault;
         for (int n = 0; n < turn; n++)
             fault.next();
         c.run(ctx, schema, o);
         const bool fired = fault.fired();
-        if (fired) {
+        if (KT_context__has_err(ctx)) {
+            (*failures)++;
+            EXPECT_TRUE(fired);
             EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
             expect_module_frame();
             EXPECT_TRUE(o == outputs{});
             reset();
             EXPECT_NE(everything(), "");
-        } else {
-            EXPECT_OK(ctx);
         }
         KT_string__free(ctx, o.string);
         tov_schema__nullfree(ctx, &schema);
