@@ -8,19 +8,23 @@
 static constexpr uint32_t my_seen_cells = 256;
 static constexpr uint32_t my_full_credit = 4096;
 
+static bool my_reserve_first_keys(kt_arena *arena) noexcept
+{
+    if (arena->first_keys_seen)
+        return true;
+    arena->first_keys_seen = kt_new_block<uint32_t>(arena, my_seen_cells * sizeof(uint32_t));
+    if (!arena->first_keys_seen)
+        return false;
+    std::memset(arena->first_keys_seen, 0, my_seen_cells * sizeof(uint32_t));
+    return true;
+}
+
 static bool my_first_key_is_new(kt_arena *arena, uint32_t hash) noexcept
 {
-    if (!arena->first_keys_seen) {
-        arena->first_keys_seen = kt_new_block<uint32_t>(arena, my_seen_cells * sizeof(uint32_t));
-        if (!arena->first_keys_seen)
-            return true;
-        std::memset(arena->first_keys_seen, 0, my_seen_cells * sizeof(uint32_t));
-    }
     uint32_t &cell = arena->first_keys_seen[hash % my_seen_cells];
-    if (cell == (hash | 1))
-        return false;
+    const bool is_new = cell != (hash | 1);
     cell = hash | 1;
-    return true;
+    return is_new;
 }
 
 static uint32_t my_transition_start(const kt_transition_table &table, const kt_shape *parent, uint32_t hash) noexcept
@@ -209,6 +213,8 @@ kt_step kt_shape_next(kt_shape *shape, const kt_query &query, kt_shape **next) n
         if (arena->shape_credit < my_full_credit)
             arena->shape_credit++;
     } else {
+        if (!my_reserve_first_keys(arena))
+            return kt_step::out_of_memory;
         if (shape->count >= kt_max_shape || arena->shape_credit == 0 ||
             (shape->count == 0 && my_first_key_is_new(arena, hash)))
             return kt_step::go_private;

@@ -12,10 +12,13 @@ struct kt_failing_alloc::state {
     size_t turn = 0;  // the allocation that fails, counted from 1
     size_t count = 0; // allocations since next()
     bool fired = false;
+    bool paused = false;
     std::unordered_set<void *> blocks;
 
     bool is_to_fail()
     {
+        if (paused)
+            return false;
         count++;
         const bool fails = how == mode::once ? count == turn : count >= turn;
         fired = fired || fails;
@@ -74,8 +77,15 @@ bool kt_failing_alloc::next()
     state_->turn++;
     state_->count = 0;
     state_->fired = false;
+    state_->paused = false;
     state_->blocks.clear();
     return true;
+}
+
+void kt_failing_alloc::pause()
+{
+    const std::lock_guard lock{state_->mutex};
+    state_->paused = true;
 }
 
 bool kt_failing_alloc::fired() const

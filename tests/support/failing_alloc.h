@@ -29,6 +29,8 @@ class kt_failing_alloc {
 
     // Arms the next allocation in turn; always true, since the caller stops when nothing fired.
     bool next();
+    // Lets every allocation succeed until next(); what is known of those before stays.
+    void pause();
     // Whether an allocation was made to fail since next().
     bool fired() const;
     // Blocks taken since next() and not given back yet.
