@@ -47,8 +47,8 @@ TEST_F(JsonWriterTest, EscapesWhatMustBe)
     KT_vhash__add__string__sz(ctx, child, "\n", all.c_str());
     const std::string json = json_of(ctx, map);
     EXPECT_OK(ctx);
-    EXPECT_EQ(json.substr(0, 78),
-              R"({"\"\\\u0001":{"\n":"\u0001\u0002\u0003\u0004\u0005\u0006\u0007\b\t\n\u000b\f\r)");
+    EXPECT_EQ(json.find(R"({"\"\\\u0001":{"\n":"\u0001\u0002\u0003\u0004\u0005\u0006\u0007\b\t\n\u000b\f\r\u000e)"), 0u)
+        << json;
     KT_vhash *back = nullptr;
     const char *text = nullptr;
     KT_vhash__alloc__from_json__sz(ctx, &back, json.c_str());
