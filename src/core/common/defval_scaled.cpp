@@ -1,0 +1,60 @@
+// Decimal constants as whole numbers of units: 12.5 with two decimals is 1250.
+//
+// SQLite keeps the host's fixed-point values as such integers. With a scale of 0 the digits of a fraction simply join
+// the others (1.5 becomes 15), as they always have.
+
+#include "defval_translation.h"
+#include "tov_parse_defin_private.h"
+
+#include <cstring>
+
+// How many more decimals the scale has than the text. A second point, or too many decimals, is a failure.
+static void my_missing_decimals(KT_context *ctx, const char *text, uint32_t scale, uint32_t *missing) noexcept
+{
+    const char *point = scale > 0 ? std::strchr(text, '.') : nullptr;
+    if (!point) {
+        *missing = scale;
+        return;
+    }
+    const size_t decimals = std::strlen(point + 1);
+    if (std::strchr(point + 1, '.') || decimals > scale)
+        KT_FAIL(KT_ERR_NOT_FOUND, "problem with decimal string for scale=%d: %s", static_cast<int>(scale), text);
+    *missing = scale - static_cast<uint32_t>(decimals);
+}
+
+static void my_copy_without_points(const char *text, char *copy) noexcept
+{
+    for (; *text; text++)
+        if (*text != '.')
+            *copy++ = *text;
+    *copy = '\0';
+}
+
+static void my_parse_without_points(KT_context *ctx, const char *text, int64_t *value) noexcept
+{
+    char buffer[40];
+    kt_owned_text longer{ctx};
+    char *digits = buffer;
+    const size_t size = std::strlen(text) + 1;
+    if (size > sizeof buffer) {
+        void *block = nullptr;
+        KT_TRY(_kt_malloc(ctx, size, &block));
+        *longer.out() = digits = static_cast<char *>(block);
+    }
+    my_copy_without_points(text, digits);
+    KT_TRY(KT_int64__parse__strict(ctx, digits, value));
+}
+
+void tov_convert_decimal_constant_to_scaled_integer(KT_context *ctx, const char *text, uint32_t scale,
+                                                    int64_t *value) noexcept
+{
+    uint32_t missing = 0;
+    int64_t parsed = 0;
+    KT_TRY(my_missing_decimals(ctx, text, scale & 0xFFU, &missing));
+    KT_TRY(my_parse_without_points(ctx, text, &parsed));
+    // Unsigned, because a product that does not fit wraps around.
+    uint64_t units = static_cast<uint64_t>(parsed);
+    for (; missing > 0; missing--)
+        units *= 10;
+    *value = static_cast<int64_t>(units);
+}
