@@ -1,6 +1,6 @@
 // The memory of one tree: every map, list, text and key of it comes from here and goes with it.
 //
-// Small blocks are cut from chunks that double in size, and go back to a free list of their size class, so that a
+// Small blocks are cut from chunks that grow with the tree, and go back to a free list of their size class, so that a
 // single node can be freed and a whole tree costs a handful of calls. Large blocks are taken one by one and linked.
 #pragma once
 
@@ -14,6 +14,7 @@ struct kt_shape;
 inline constexpr size_t kt_granule = 16;      // every block is a multiple of it, and aligned to it
 inline constexpr size_t kt_max_fine = 256;    // up to here a class for every granule
 inline constexpr size_t kt_max_pooled = 4096; // up to here a class for every power of two
+inline constexpr size_t kt_smallest_chunk = 1024;
 inline constexpr size_t kt_fine_classes = kt_max_fine / kt_granule;
 inline constexpr size_t kt_size_classes = kt_fine_classes + 4;
 
@@ -35,6 +36,7 @@ struct kt_pools {
     char *bump_end;
     kt_chunk *chunks;
     size_t next_chunk_size;
+    size_t chunk_bytes; // of all chunks
     kt_large_block *large;
     kt_free_block *free_blocks[kt_size_classes];
 };

@@ -1,5 +1,6 @@
 // Keys of the maps that are being read, and the making of a map or list when it closes.
 
+#include "kt_find.hpp"
 #include "kt_json_reader.hpp"
 #include "kt_segments.hpp"
 

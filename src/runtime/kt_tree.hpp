@@ -209,11 +209,7 @@ inline const char *kt_key_at(const KT_vhash *map, uint32_t slot) noexcept
                                    : kt_shape_of(map)->keys->keys[slot].text;
 }
 
-// Finding, in kt_find.cpp: the slot of a key, or kt_no_slot.
-uint32_t kt_find(const KT_vhash *map, const kt_query &query) noexcept;
-uint32_t kt_find_in_shape(const kt_shape *shape, const kt_query &query) noexcept;
-
-// Indexes, in kt_find.cpp. An index is at most half full.
+// Indexes, in kt_index.cpp. An index is at most half full.
 inline uint32_t kt_index_start(const kt_index &index, uint32_t hash) noexcept
 {
     return hash & index.mask;

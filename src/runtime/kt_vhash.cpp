@@ -2,8 +2,8 @@
 
 #include "kt_vhash.h"
 
+#include "kt_find.hpp"
 #include "kt_scope.hpp"
-#include "kt_tree.hpp"
 
 #define KT_HERE "src/runtime/kt_vhash"
 

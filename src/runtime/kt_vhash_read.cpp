@@ -1,24 +1,16 @@
 // Maps: reading by key and by position.
 
+#include "kt_find.hpp"
 #include "kt_scope.hpp"
-#include "kt_tree.hpp"
 #include "kt_vhash.h"
 
 #define KT_HERE "src/runtime/kt_vhash"
 
 // The value of a key, or null when the key is absent.
-static const KT_variant *my_look_up(const KT_vhash *map, const char *key) noexcept
+static inline const KT_variant *my_look_up(const KT_vhash *map, const char *key) noexcept
 {
     const uint32_t slot = kt_find(map, kt_make_query(key));
     return slot == kt_no_slot ? nullptr : kt_value_at(map, slot);
-}
-
-static void my_get(KT_context *ctx, const KT_vhash *map, const char *key, const KT_variant **value) noexcept
-{
-    const KT_variant *found = my_look_up(map, key);
-    if (!found)
-        KT_FAIL(KT_ERR_KEY_NOT_FOUND, "key '%s' is not there", key);
-    *value = found;
 }
 
 // How each type is read out of a variant; false when it holds another.
@@ -91,51 +83,57 @@ static bool my_read_bool(const KT_variant *value, KT_bool *out) noexcept
     return true;
 }
 
-template <class T>
-static void my_get_as(KT_context *ctx, const KT_vhash *map, const char *key, const char *type, T *out) noexcept
+[[gnu::cold, gnu::noinline]] static void my_fail_get(KT_context *ctx, const char *key, bool is_absent,
+                                                     const char *type) noexcept
 {
-    const KT_variant *value = nullptr;
-    KT_TRY(my_get(ctx, map, key, &value));
-    if (!my_read(value, out))
-        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is no %s", key, type);
+    if (is_absent)
+        KT_FAIL(KT_ERR_KEY_NOT_FOUND, "key '%s' is not there", key);
+    KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is no %s", key, type);
+}
+
+template <class T>
+static inline void my_get_as(KT_context *ctx, const KT_vhash *map, const char *key, const char *type, T *out) noexcept
+{
+    const KT_variant *value = my_look_up(map, key);
+    if (!value || !my_read(value, out)) [[unlikely]]
+        my_fail_get(ctx, key, !value, type);
 }
 
 void KT_vhash__get__vhash(KT_context *ctx, const KT_vhash *map, const char *key, KT_vhash **value) noexcept
 {
-    KT_TRY(my_get_as(ctx, map, key, "map", value));
+    my_get_as(ctx, map, key, "map", value);
 }
 
 void KT_vhash__get__varray(KT_context *ctx, const KT_vhash *map, const char *key, KT_varray **value) noexcept
 {
-    KT_TRY(my_get_as(ctx, map, key, "list", value));
+    my_get_as(ctx, map, key, "list", value);
 }
 
 void KT_vhash__get__sz(KT_context *ctx, const KT_vhash *map, const char *key, const char **value) noexcept
 {
-    KT_TRY(my_get_as(ctx, map, key, "text", value));
+    my_get_as(ctx, map, key, "text", value);
 }
 
 void KT_vhash__get__int64(KT_context *ctx, const KT_vhash *map, const char *key, int64_t *value) noexcept
 {
-    KT_TRY(my_get_as(ctx, map, key, "64-bit integer", value));
+    my_get_as(ctx, map, key, "64-bit integer", value);
 }
 
 void KT_vhash__get__int32(KT_context *ctx, const KT_vhash *map, const char *key, int32_t *value) noexcept
 {
-    KT_TRY(my_get_as(ctx, map, key, "32-bit integer", value));
+    my_get_as(ctx, map, key, "32-bit integer", value);
 }
 
 void KT_vhash__get__double(KT_context *ctx, const KT_vhash *map, const char *key, double *value) noexcept
 {
-    KT_TRY(my_get_as(ctx, map, key, "number", value));
+    my_get_as(ctx, map, key, "number", value);
 }
 
 void KT_vhash__get__bool(KT_context *ctx, const KT_vhash *map, const char *key, KT_bool *value) noexcept
 {
-    const KT_variant *found = nullptr;
-    KT_TRY(my_get(ctx, map, key, &found));
-    if (!my_read_bool(found, value))
-        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is no truth value", key);
+    const KT_variant *found = my_look_up(map, key);
+    if (!found || !my_read_bool(found, value)) [[unlikely]]
+        my_fail_get(ctx, key, !found, "truth value");
 }
 
 // The value of a key, or null when the key is absent or holds null.
