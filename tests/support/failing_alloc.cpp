@@ -20,7 +20,7 @@ struct kt_failing_alloc::state {
         if (paused)
             return false;
         count++;
-        const bool fails = how == mode::once ? count == turn : count >= turn;
+        const bool fails = (how == mode::once && count == turn) || (how == mode::from_there_on && count >= turn);
         fired = fired || fails;
         return fails;
     }

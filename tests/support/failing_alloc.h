@@ -20,7 +20,8 @@
 
 class kt_failing_alloc {
   public:
-    enum class mode { once, from_there_on };
+    // Fails one allocation, or all from it on, or none: then it only watches what is taken and given back.
+    enum class mode { once, from_there_on, never };
 
     explicit kt_failing_alloc(mode how = mode::once);
     ~kt_failing_alloc();
