@@ -9,6 +9,8 @@
 #include <random>
 #include <sqlite3.h>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -298,6 +300,22 @@ TEST_F(DatesTest, LeavesNoMemoryBehind)
     EXPECT_EQ(value_of(connection, "date('2024-02-30') || strftime('%d', '2024-02-30')"), "text '2024-03-0101'");
     ASSERT_EQ(sqlite->close(connection), SQLITE_OK);
     EXPECT_EQ(sqlite3_memory_used(), before);
+}
+
+TEST_F(DatesTest, SeveralThreadsMayOpenAndAskAtOnce)
+{
+    std::vector<std::thread> threads;
+    for (int n = 0; n < 4; n++)
+        threads.emplace_back([this] {
+            for (int turn = 0; turn < 20; turn++) {
+                sqlite3 *own = nullptr;
+                EXPECT_EQ(sqlite->open(":memory:", &own, read_write_create), SQLITE_OK);
+                EXPECT_EQ(value_of(own, "date('2024-02-30 00:00')"), "text '2024-03-01'");
+                EXPECT_EQ(sqlite->close(own), SQLITE_OK);
+            }
+        });
+    for (std::thread &thread : threads)
+        thread.join();
 }
 
 // A table whose entries fail on demand; the rest goes to the linked library.
