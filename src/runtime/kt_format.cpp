@@ -32,11 +32,22 @@ template <class Number> static bool append_number(KT_string *string, Number valu
     return true;
 }
 
+// Arguments do not point into the string, so there is no need to look after that as kt_string_append_bytes() does.
+static bool append_piece(KT_string *string, const char *piece, size_t length) noexcept
+{
+    if (!kt_string_reserve(string, length))
+        return false;
+    char *end = kt_string_end(string);
+    std::memcpy(end, piece, length);
+    kt_string_set_end(string, end + length);
+    return true;
+}
+
 static bool append_text(KT_string *string, const char *text) noexcept
 {
     if (!text)
         text = "(null)";
-    return kt_string_append_bytes(string, text, std::strlen(text));
+    return append_piece(string, text, std::strlen(text));
 }
 
 // Appends what the conversion behind a '%' stands for, and moves `at` behind it.
@@ -54,7 +65,7 @@ static outcome append_conversion(KT_string *string, const char *&at, arguments &
     case '%':
         if (!is_plain)
             return outcome::not_simple;
-        is_made = kt_string_append_bytes(string, "%", 1);
+        is_made = append_piece(string, "%", 1);
         break;
     case 's':
         if (!is_plain)
@@ -91,14 +102,14 @@ static outcome append_conversion(KT_string *string, const char *&at, arguments &
 static outcome append_simple(KT_string *string, const char *format, arguments &args) noexcept
 {
     for (const char *at = format; *at;) {
-        const char *percent = at;
-        while (*percent && *percent != '%')
-            percent++;
-        if (!kt_string_append_bytes(string, at, static_cast<size_t>(percent - at)))
+        const char *literal = at;
+        while (*at && *at != '%')
+            at++;
+        if (at != literal && !append_piece(string, literal, static_cast<size_t>(at - literal)))
             return outcome::no_memory;
-        if (!*percent)
+        if (!*at)
             break;
-        at = percent + 1;
+        at++;
         const outcome result = append_conversion(string, at, args);
         if (result != outcome::done)
             return result;
