@@ -32,30 +32,41 @@ void tov_schema__get_col_is_integer_primary_key(KT_context *ctx, tov_schema *sch
     KT_TRY(_tov_col__is_integer_primary_key(ctx, col, is_integer_pk, constraint_name));
 }
 
-void _tov_tbl__find_integer_primary_key(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
-                                        const char **col_id, KT_vhash **col) noexcept
+static void my_search_integer_primary_key(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
+                                          const char **col_id, KT_vhash **col) noexcept
 {
-    const char *found_id = nullptr;
-    KT_vhash *found = nullptr;
     KT_vhash *cols = nullptr;
     uint32_t count = 0;
     KT_TRY(_tov_tbl__get_cols(ctx, tbl, &cols));
     KT_TRY(KT_vhash__count(ctx, cols, &count));
-    for (uint32_t n = 0; n < count && !found; n++) {
+    for (uint32_t n = 0; n < count; n++) {
         const char *nth_id = nullptr;
         KT_vhash *nth = nullptr;
         KT_bool is_integer_pk = 0;
         KT_TRY(_tov_schema__get_nth_col_in_tbl(ctx, schema, tbl, tbl_id, cols, n, &nth_id, &nth));
         KT_TRY(_tov_col__is_integer_primary_key(ctx, nth, &is_integer_pk, nullptr));
         if (is_integer_pk) {
-            found_id = nth_id;
-            found = nth;
+            *col_id = nth_id;
+            *col = nth;
+            return;
         }
     }
+}
+
+void _tov_tbl__find_integer_primary_key(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
+                                        const char **col_id, KT_vhash **col) noexcept
+{
+    auto &known = schema->integer_pk;
+    if (known.tbl != tbl || known.change_count != schema->change_count) {
+        const char *found_id = nullptr;
+        KT_vhash *found = nullptr;
+        KT_TRY(my_search_integer_primary_key(ctx, schema, tbl, tbl_id, &found_id, &found));
+        known = {tbl, schema->change_count, found_id, found};
+    }
     if (col_id)
-        *col_id = found_id;
+        *col_id = known.col_id;
     if (col)
-        *col = found;
+        *col = known.col;
 }
 
 void tov_schema__has_integer_primary_key(KT_context *ctx, tov_schema *schema, const char *tbl_id,

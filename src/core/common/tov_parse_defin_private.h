@@ -14,6 +14,14 @@ struct tov_schema {
     // Counts the operations that may have changed either tree, failed ones too: what is derived from the document
     // holds as long as this number stays the same. A read that creates an empty record is no change.
     uint64_t change_count;
+    // The integer primary key of the table that was asked about last. Who writes a table asks once for each column,
+    // and the answer takes a look at every column's type.
+    struct {
+        const KT_vhash *tbl; // null while nothing is known
+        uint64_t change_count;
+        const char *col_id; // null when the table has none
+        KT_vhash *col;
+    } integer_pk;
 };
 
 // A flag that is true exactly when the argument's low byte is 1, whatever the upper bytes hold.

@@ -221,6 +221,27 @@ TEST_F(DdlColumns, BothColumnsOfAKeyAreNotNull)
     EXPECT_EQ(defin("T", "D"), R"("D" blob)");
 }
 
+TEST_F(DdlColumns, ADefinitionFollowsEveryChangeOfTheKey)
+{
+    tov_schema__add_col(ctx, schema, "t", "d", "D", 1, 0, 0);
+    tov_schema__set_col_type_simple(ctx, schema, "t", "d", "sint32");
+    add_to_pk("c");
+    EXPECT_EQ(defin(), R"("C" int NOT NULL)");
+    tov_schema__set_col_type_identity(ctx, schema, "t", "d", nullptr);
+    EXPECT_EQ(defin("p", "id"), R"("Id" integer primary key)"); // another table in between
+    EXPECT_EQ(defin(), R"("C" int)");
+    EXPECT_EQ(defin("t", "d"), R"("D" integer primary key)");
+    tov_schema__set_col_type_simple(ctx, schema, "t", "d", "sint32");
+    EXPECT_EQ(defin(), R"("C" int NOT NULL)");
+    EXPECT_EQ(defin("t", "d"), R"("D" int)");
+    tov_schema__add_col(ctx, schema, "t", "e", "E", 1, 0, 0);
+    const char *text = nullptr;
+    tov_schema__get_col_defin(ctx, schema, "t", "c", nullptr, &text);
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'type' is not there"); // E might be the identity
+    tov_schema__set_col_type_identity(ctx, schema, "t", "e", nullptr);
+    EXPECT_EQ(defin(), R"("C" int)");
+}
+
 TEST_F(DdlColumns, AnUnpreparedColumnHasADefinition)
 {
     tov_schema__add_col(ctx, schema, "t", "u", "U", 0, 0, 0);
