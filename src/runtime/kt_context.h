@@ -5,6 +5,11 @@
  * frames that the failure passed through. A call has failed exactly when KT_context__has_err() is true after it.
  * One thread at a time may use a context.
  *
+ * Where nothing fails, a context takes no memory beyond its own. An error takes none either while errors stand in at
+ * most 8 levels at once, its description has at most 255 bytes and its trace at most 32 frames, so running out of
+ * memory can always be reported. Past that, and only when memory is short, a description is cut, further frames are
+ * left out, and an error of a further level keeps its code and generic text only.
+ *
  * Conventions of the whole runtime, not repeated at each operation:
  * - Results go through output pointers, and an output is written only when the call succeeds.
  * - "borrowed" means owned by the object it was read from; "owned" means that the caller frees it.
@@ -66,7 +71,7 @@ KT_API void KT_context__free(KT_context *ctx) KT_NOEXCEPT;
  * @param code     not 0.
  * @param file     source file of the first frame; must outlive the context (a literal).
  * @param line     its line.
- * @param message  the description; copied. When memory is short the code's generic text stands in.
+ * @param message  the description; copied. Null stands for the code's generic text.
  */
 KT_API void KT_context__err(KT_context *ctx, uint64_t code, const char *file, int32_t line,
                             const char *message) KT_NOEXCEPT;
@@ -74,7 +79,10 @@ KT_API void KT_context__err(KT_context *ctx, uint64_t code, const char *file, in
 /** The same with the runtime's generic text for the code as description. */
 KT_API void KT_context__err__generic(KT_context *ctx, uint64_t code, const char *file, int32_t line) KT_NOEXCEPT;
 
-/** Replaces the description of the current error by a printf-style text. Does nothing when there is no error. */
+/**
+ * Replaces the description of the current error by a printf-style text. Does nothing when there is no error.
+ * The arguments may point into the present description.
+ */
 KT_API void KT_context__err_set_description(KT_context *ctx, const char *format, ...) KT_NOEXCEPT KT_PRINTF(2, 3);
 
 /** Appends a frame to the current error's trace. Does nothing when there is no error. */
@@ -86,10 +94,13 @@ KT_API KT_bool KT_context__has_err(const KT_context *ctx) KT_NOEXCEPT;
 /** Clears the current level's error. */
 KT_API void KT_context__err_reset(KT_context *ctx) KT_NOEXCEPT;
 
-/** Opens a nested level with no error. The error of the level left stays as it is. */
+/**
+ * Opens a nested level with no error, for clean-up or for a trial whose failure is expected. The error of the level
+ * left stays as it is. Never fails; takes no memory.
+ */
 KT_API void KT_context__push_level(KT_context *ctx) KT_NOEXCEPT;
 
-/** Drops the current level with its error, and goes back to the one below. */
+/** Drops the current level with its error, and goes back to the one below. Every push needs its pop. */
 KT_API void KT_context__pop_level(KT_context *ctx) KT_NOEXCEPT;
 
 /** The current level's error code, 0 when there is none. */

@@ -32,13 +32,13 @@ typedef struct KT_allocator {
  */
 KT_API void KT_memory__set_allocator(const KT_allocator *allocator) KT_NOEXCEPT;
 
-/** Takes a block of size bytes, not cleared; freed with _kt_free(). A size of 0 gives a block too. */
+/** Takes a block of size bytes, not cleared, owned; freed with _kt_free(). A size of 0 gives a block too. */
 KT_API void _kt_malloc(KT_context *ctx, size_t size, void **block) KT_NOEXCEPT;
 
 /** Gives a block back. Null does nothing. */
 KT_API void _kt_free(KT_context *ctx, void *block) KT_NOEXCEPT;
 
-/** Copies a text; freed with _kt_free(). */
+/** Copies a text, owned; freed with _kt_free(). */
 KT_API void KT_strdup(KT_context *ctx, const char *text, char **copy) KT_NOEXCEPT;
 
 KT_END_DECLS
