@@ -69,7 +69,7 @@ struct tov_keyword_tables {
 // The bucket of a word of that length that starts and ends with these letters, both in lower case.
 constexpr uint32_t tov_keyword_hash(uint32_t first, uint32_t last, uint32_t length) noexcept
 {
-    return ((first * 4) ^ (last * 3) ^ length) % tov_keyword_bucket_count;
+    return static_cast<uint32_t>(((first * 4) ^ (last * 3) ^ length) % tov_keyword_bucket_count);
 }
 
 // How many of the word's first characters the text ends with.
