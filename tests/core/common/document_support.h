@@ -6,6 +6,8 @@
 #include "failing_alloc.h"
 #include "schema_test.h"
 
+#include <algorithm>
+
 inline constexpr char untouched[] = "untouched";
 
 // Outputs of one call, preset to what no operation writes.
@@ -103,16 +105,23 @@ class DocumentTest : public SchemaTest {
     }
     // Runs each call on fresh schemas, with one allocation failing that it makes: it says so, writes no output, and
     // leaves a schema that can still be written and freed without a leak. A tree takes its memory in chunks, so the
-    // schemas are padded to have the failure at each step of the call in turn.
+    // trees are filled to have the failure at each step of the call in turn.
     template <size_t Count> void expect_survival(const sweep_case (&cases)[Count])
     {
-        static constexpr size_t padding_step = 16;
-        static constexpr size_t largest_padding = 4096;
+        static constexpr uint32_t most_left = 64;
         for (const sweep_case &c : cases) {
             SCOPED_TRACE(c.name);
+            load_fillable(c);
+            const uint32_t room = measure_room(schema->document);
+            const uint32_t host_room = measure_room(schema->host_internals);
             int failures = 0;
-            for (size_t padding = 0; padding <= largest_padding; padding += padding_step) {
-                for (int turn = 1; run_short_of_memory(c, padding, turn, &failures); turn++) {
+            for (uint32_t left = 0; left <= most_left; left++) {
+                bool fired = true;
+                for (int turn = 1; fired; turn++) {
+                    load_fillable(c);
+                    fill(schema->document, room - std::min(room, left));
+                    fill(schema->host_internals, host_room - std::min(host_room, left));
+                    fired = run_with_failure(c.run, turn, &failures);
                 }
             }
             EXPECT_GT(failures, 0) << "nothing was made to fail";
@@ -120,25 +129,52 @@ class DocumentTest : public SchemaTest {
     }
 
   private:
-    // The same JSON object with a first member that takes about so many bytes.
-    static std::string padded(const char *json, size_t padding)
+    static constexpr uint32_t filler_count = 600;
+
+    // The same JSON object with a first member of values that are there to be replaced by larger ones.
+    static std::string fillable(const char *json)
     {
-        static constexpr size_t text_size = 240;
-        std::string texts;
-        for (; padding >= text_size; padding -= text_size)
-            texts += '"' + std::string(text_size - 1, 'x') + "\",";
-        texts += '"' + std::string(padding, 'x') + '"';
-        return "{\"padding\":[" + texts + "]" + (json[1] == '}' ? "" : ",") + (json + 1);
+        std::string fillers;
+        for (uint32_t n = 0; n < filler_count; n++)
+            fillers += (n ? ",\"" : "\"") + std::to_string(n) + "\":null";
+        return R"({"fillers":{)" + fillers + (json[1] == '}' ? "}" : "},") + (json + 1);
     }
-    // False when the call makes fewer allocations than turn.
-    bool run_short_of_memory(const sweep_case &c, size_t padding, int turn, int *failures)
+    void load_fillable(const sweep_case &c)
     {
-        load_trees(padded(c.document, padding).c_str(), c.host ? padded(c.host, padding).c_str() : nullptr);
+        load_trees(fillable(c.document).c_str(), c.host ? fillable(c.host).c_str() : nullptr);
+    }
+    // Takes so many of the smallest blocks that a tree gives; tells the number of those that there was room for.
+    uint32_t fill(KT_vhash *tree, uint32_t count)
+    {
+        KT_vhash *fillers = nullptr;
+        if (tree)
+            KT_vhash__get__vhash(ctx, tree, "fillers", &fillers);
+        for (uint32_t n = 0; fillers && n < count; n++) {
+            KT_vhash__update__string__sz(ctx, fillers, std::to_string(n).c_str(), "14 characters.");
+            if (KT_context__has_err(ctx)) {
+                reset();
+                return n;
+            }
+        }
+        return count;
+    }
+    // The number of smallest blocks that a tree has room for without taking memory. It is filled thereby.
+    uint32_t measure_room(KT_vhash *tree)
+    {
+        kt_failing_alloc fault{kt_failing_alloc::mode::from_there_on};
+        fault.next();
+        const uint32_t room = fill(tree, filler_count);
+        EXPECT_TRUE(!tree || fault.fired()) << "more fillers are needed";
+        return room;
+    }
+    // Fails the call's allocation of this number, counted from 1. False when it makes fewer.
+    bool run_with_failure(call run, int turn, int *failures)
+    {
         outputs o;
         kt_failing_alloc fault;
         for (int n = 0; n < turn; n++)
             fault.next();
-        c.run(ctx, schema, o);
+        run(ctx, schema, o);
         const bool fired = fault.fired();
         if (KT_context__has_err(ctx)) {
             (*failures)++;
