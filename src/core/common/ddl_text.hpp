@@ -48,3 +48,16 @@ inline void ddl_append_converted_identity(KT_context *ctx, KT_string *text, uint
     else
         KT_TRY(ddl_append(ctx, text, {"\"", qualifier, "\".\"", name, "\""}));
 }
+
+// The type that the host casts binary values of any width to.
+inline constexpr char DDL_VARIABLE_BINARY[] = "VARBINARY(MAX)";
+
+// Appends "qualifier"."name", inside a cast when there is a type to cast to.
+inline void ddl_append_host_col(KT_context *ctx, KT_string *text, const char *qualifier, const char *name,
+                                const char *cast_type) noexcept
+{
+    if (cast_type)
+        KT_TRY(ddl_append(ctx, text, {"CAST(\"", qualifier, "\".\"", name, "\" AS ", cast_type, ")"}));
+    else
+        KT_TRY(ddl_append(ctx, text, {"\"", qualifier, "\".\"", name, "\""}));
+}
