@@ -5,6 +5,7 @@
 #include "fk_random.hpp"
 #include "schema_test.h"
 
+#include <functional>
 #include <initializer_list>
 #include <sstream>
 #include <utility>
@@ -66,6 +67,20 @@ class FkTest : public SchemaTest {
                 at = next;
             }
         }
+    }
+
+    // The last call failed like this, and its last frame is the module's; clears the error.
+    void expect_failure(uint64_t code, const char *description)
+    {
+        EXPECT_ERROR(ctx, code, description);
+        const char *file = "";
+        int32_t line = 0;
+        const uint32_t count = KT_context__count_err_stackframes(ctx);
+        if (count > 0)
+            KT_context__get_nth_err_stackframe(ctx, count - 1, &file, &line);
+        EXPECT_STREQ(file, "src/core/common/tov_parse_defin");
+        EXPECT_GT(line, 0);
+        reset();
     }
 
   private:
@@ -157,6 +172,24 @@ inline void free_result(KT_context *ctx, KT_nullhash *set)
 inline void free_result(KT_context *ctx, KT_string *string)
 {
     KT_string__free(ctx, string);
+}
+
+// Whether an operation came out as its plain form did: the same error or none, and then the same result.
+template <class Result, class Text>
+void expect_same(KT_context *ctx, const std::function<void(Result **)> &operation,
+                 const std::function<void(Result **)> &plain, Text text_of)
+{
+    Result *expected = nullptr;
+    Result *result = nullptr;
+    plain(&expected);
+    const uint64_t code = KT_context__err_code(ctx);
+    const std::string description = KT_context__err_description(ctx);
+    KT_context__err_reset(ctx);
+    operation(&result);
+    EXPECT_EQ(KT_context__err_code(ctx), code);
+    EXPECT_EQ(KT_context__err_description(ctx), description);
+    KT_context__err_reset(ctx);
+    EXPECT_EQ(text_of(ctx, result), text_of(ctx, expected));
 }
 
 // Runs an operation with the 1st, 2nd, 3rd ... allocation failing, until none is left to fail; the last run's result
