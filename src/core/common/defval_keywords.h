@@ -7,6 +7,7 @@
 
 #include "defval_chars.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -54,7 +55,8 @@ inline constexpr tov_keyword tov_keywords[] = {
 inline constexpr size_t tov_keyword_count = std::size(tov_keywords);
 inline constexpr size_t tov_keyword_text_length = 540;
 inline constexpr size_t tov_keyword_bucket_count = 127;
-inline constexpr size_t tov_keyword_max_length = 17;
+inline constexpr size_t tov_keyword_max_length =
+    std::ranges::max(tov_keywords, {}, [](const tov_keyword &keyword) { return keyword.word.size(); }).word.size();
 
 struct tov_keyword_tables {
     std::array<char, tov_keyword_text_length> text;
@@ -108,8 +110,8 @@ consteval tov_keyword_tables tov_make_keyword_tables()
     return tables;
 }
 
-inline constexpr tov_keyword_tables tov_keyword_lookup = tov_make_keyword_tables();
+inline constexpr tov_keyword_tables tov_keyword_data = tov_make_keyword_tables();
 
 static_assert(tov_keyword_count == 121);
 // A text that came out shorter would end in NULs; a longer one does not compile.
-static_assert(tov_keyword_lookup.text.back() != '\0');
+static_assert(tov_keyword_data.text.back() != '\0');

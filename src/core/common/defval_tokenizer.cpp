@@ -5,7 +5,7 @@
 
 #include "defval_tokenizer.h"
 #include "defval_chars.h"
-#include "defval_keywords.h"
+#include "defval_keyword_lookup.h"
 #include "defval_token_starts.h"
 
 #include <cstring>
@@ -163,11 +163,13 @@ static const char *my_hash(const char *text, int32_t *code) noexcept
     return my_skip(text + 1, TOV_CHAR_DIGIT);
 }
 
+// No keyword has one byte only, and none is longer than the longest.
 static const char *my_identifier(const char *text, int32_t *code) noexcept
 {
     const char *end = my_skip(text + 1, TOV_CHAR_ID);
     const size_t length = static_cast<size_t>(end - text);
-    *code = length <= tov_keyword_max_length ? keywordCode(text, static_cast<int32_t>(length)) : TK_ID;
+    const bool can_be_keyword = length >= 2 && length <= tov_keyword_max_length;
+    *code = can_be_keyword ? tov_keyword_code(text, static_cast<uint32_t>(length)) : static_cast<int32_t>(TK_ID);
     return end;
 }
 

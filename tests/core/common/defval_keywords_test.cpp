@@ -71,16 +71,16 @@ static int code_of(const std::string &word)
 
 static std::string keyword_at(size_t k)
 {
-    const tov_keyword_tables &tables = tov_keyword_lookup;
+    const tov_keyword_tables &tables = tov_keyword_data;
     return {tables.text.data() + tables.offsets[k], tables.lengths[k]};
 }
 
 TEST(KeywordTables, HoldExactlyTheKeywords)
 {
     std::map<std::string, int> held;
-    for (size_t k = 0; k < tov_keyword_lookup.lengths.size(); k++)
-        held[keyword_at(k)] = tov_keyword_lookup.codes[k];
-    EXPECT_EQ(tov_keyword_lookup.lengths.size(), 121u);
+    for (size_t k = 0; k < tov_keyword_data.lengths.size(); k++)
+        held[keyword_at(k)] = tov_keyword_data.codes[k];
+    EXPECT_EQ(tov_keyword_data.lengths.size(), 121u);
     EXPECT_EQ(held, keywords);
 }
 
@@ -97,10 +97,10 @@ TEST(KeywordTables, TextIsRebuiltFromTheList)
         text += word.substr(shared);
     }
     EXPECT_EQ(text.size(), 540u);
-    EXPECT_EQ(text, std::string(tov_keyword_lookup.text.data(), tov_keyword_lookup.text.size()));
+    EXPECT_EQ(text, std::string(tov_keyword_data.text.data(), tov_keyword_data.text.size()));
     for (size_t k = 0; k < std::size(tov_keywords); k++) {
         EXPECT_EQ(keyword_at(k), tov_keywords[k].word);
-        EXPECT_EQ(tov_keyword_lookup.codes[k], tov_keywords[k].code);
+        EXPECT_EQ(tov_keyword_data.codes[k], tov_keywords[k].code);
     }
 }
 
@@ -114,12 +114,11 @@ TEST(KeywordTables, ChainsAreRebuiltFromTheList)
         auto &bucket = buckets[((first * 4) ^ (last * 3) ^ word.size()) % 127];
         bucket.insert(bucket.begin(), k + 1);
     }
-    EXPECT_EQ(tov_keyword_lookup.buckets.size(), 127u);
-    EXPECT_EQ(tov_keyword_lookup.chains.size(), 121u);
+    EXPECT_EQ(tov_keyword_data.buckets.size(), 127u);
+    EXPECT_EQ(tov_keyword_data.chains.size(), 121u);
     for (size_t b = 0; b < buckets.size(); b++) {
         std::vector<size_t> chain;
-        for (size_t k = tov_keyword_lookup.buckets[b]; k != 0 && chain.size() < 121;
-             k = tov_keyword_lookup.chains[k - 1])
+        for (size_t k = tov_keyword_data.buckets[b]; k != 0 && chain.size() < 121; k = tov_keyword_data.chains[k - 1])
             chain.push_back(k);
         EXPECT_EQ(chain, buckets[b]) << "bucket " << b;
     }
