@@ -1,0 +1,139 @@
+// The import as a whole.
+#include "host_test.h"
+
+#include "failing_alloc.h"
+
+class HostImportTest : public HostTest {};
+
+static const std::string one_table = a_table(7, "T", a_col(1, "A", "int", R"("is_identity":true)"), a_pk("PK", "A"));
+
+TEST_F(HostImportTest, SettingsOfTheSchema)
+{
+    import_tables(one_table);
+    EXPECT_TRUE(has(R"("compat_level":1)")) << document();
+    EXPECT_TRUE(has(R"("backend":{"name":"SQL Server","api":"catalogue export","indistinct_unique_nulls":true})"))
+        << document();
+    EXPECT_EQ(findings, nullptr);
+}
+
+TEST_F(HostImportTest, TheTransactionIdIsTheCallers)
+{
+    tov_host_options options;
+    options.txid = INT64_C(9007199254740993);
+    import_file(an_export(one_table), &options);
+    EXPECT_TRUE(has(R"("txid":9007199254740993)")) << document();
+}
+
+TEST_F(HostImportTest, NotNullIsRecorded)
+{
+    import_tables(a_table(7, "T", a_col(1, "A", "int") + ',' + a_col(2, "B", "int", R"("is_nullable":true)")));
+    EXPECT_EQ(defin("7", "1"), R"("A" int NOT NULL)");
+    EXPECT_EQ(defin("7", "2"), R"("B" int)");
+}
+
+TEST_F(HostImportTest, RulesAreLeftOut)
+{
+    import_tables(a_table(7, "T", a_col(1, "A", "int", R"("rule":"CREATE RULE r AS @x > 0")")));
+    EXPECT_EQ(lines(), "rule-left-out: dbo.T.A: left out: rules bound to a column are not carried over: CREATE RULE r "
+                       "AS @x > 0");
+}
+
+TEST_F(HostImportTest, ATableWithoutPreparedColumnsIsLeftOut)
+{
+    import_tables(a_table(7, "T", a_col(1, "A", "sql_variant")) + ',' + a_table(8, "U", ""));
+    EXPECT_EQ(codes(), "type-unsupported dbo.T.A\ntable-without-columns dbo.T\ntable-without-columns dbo.U");
+    EXPECT_FALSE(has(R"("7":)") || has(R"("8":)")) << document();
+}
+
+TEST_F(HostImportTest, NamesThatCannotBeWrittenAreKeptAndReported)
+{
+    import_tables(a_table(7, "O'Brien", a_col(1, "a\\\"b", "int") + ',' + a_col(2, "c\\u0001d", "int"),
+                          a_pk("P'K", "c\\u0001d")));
+    EXPECT_EQ(codes(), "name-not-writable dbo.O'Brien\nname-not-writable dbo.O'Brien.a\"b\n"
+                       "name-not-writable dbo.O'Brien.c\x01"
+                       "d\nname-not-writable dbo.O'Brien");
+    EXPECT_TRUE(has(R"("name":"O'Brien")") && has(R"("name":"a\"b")")) << document();
+}
+
+TEST_F(HostImportTest, SplitTextsAreReported)
+{
+    std::string file = an_export(one_table);
+    file.insert(file.find("dbo") + 1, "\r\n");
+    import_file(file);
+    EXPECT_OK(ctx);
+    EXPECT_EQ(codes(), "text-split");
+    EXPECT_TRUE(has(R"("name":"T")"));
+}
+
+TEST_F(HostImportTest, WhatIsNoJsonIsRefusedWithItsPlace)
+{
+    const struct {
+        const char *name;
+        std::string file;
+        const char *part;
+    } cases[] = {
+        {"a truncated document", an_export(one_table).substr(0, 100), "line 1"},
+        {"a repeated key", "\n{\"tables\":[],\n\"tables\":[]}", "line 3"},
+        {"text at the end", "{\"tables\":[]} x", "line 1"},
+        {"a list that is not closed", "[", "line 1"},
+        {"broken UTF-8", "{\"tables\":[\"\xFF\"]}", "line 1"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        import_file(c.file);
+        EXPECT_FAILED(ctx, KT_ERR_BAD_JSON);
+        EXPECT_NE(std::string(KT_context__err_description(ctx)).find(c.part), std::string::npos)
+            << KT_context__err_description(ctx);
+        EXPECT_EQ(schema, nullptr);
+        reset();
+    }
+}
+
+// No byte of a file, changed or missing, may lead to anything but a schema or a refusal.
+TEST_F(HostImportTest, DamagedFilesAreRefusedOrRead)
+{
+    const std::string file =
+        an_export(a_table(7, "T", a_col(1, "A", "int") + ',' + a_col(2, "B", "decimal"),
+                          a_pk("PK", "A B") + R"x(,"checks":[{"name":"C","definition":"([A]>(0))"}])x"));
+    for (size_t at = 0; at < file.size(); at++) {
+        for (const char other : {'"', '{', '}', '[', ']', '0', ',', '\\', '\n', '\0', '\xFF'}) {
+            std::string damaged = file;
+            damaged[at] = other;
+            import_file(damaged);
+            EXPECT_EQ(KT_context__has_err(ctx) != 0, schema == nullptr);
+            reset();
+        }
+        import_file(file.substr(0, at));
+        EXPECT_TRUE(KT_context__has_err(ctx)) << at;
+        reset();
+    }
+}
+
+TEST_F(HostImportTest, EveryAllocationMayFail)
+{
+    const std::string file = an_export(a_table(
+        7, "T",
+        a_col(1, "A", "int", R"("is_identity":true)") + ',' +
+            a_col(2, "B", "int", R"x("is_nullable":true,"default":{"definition":"((1))"})x") + ',' +
+            a_col(3, "C", "money", R"x("default":{"definition":"((1.23456))"})x") + ',' +
+            a_col(4, "D", "datetime", R"x("default":{"definition":"(getdate())"})x"),
+        a_pk("PK", "A") + R"(,"uniques":[)" + a_unique("UQ", "B") + R"(],"checks":[)" +
+            R"x({"name":"CK1","definition":"([A]>(0))"},{"name":"CK2","definition":"([A]>f())"}],"fks":[)x" +
+            R"({"name":"FK","id":5,"ref_table_id":7,"ref_schema":"dbo","ref_table":"T","on_delete":"NO_ACTION",)" +
+            R"("on_update":"NO_ACTION","columns":[{"column":"B","ref_column":"A"}]}])"));
+    for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
+        tov_schema *result = nullptr;
+        KT_varray *list = nullptr;
+        tov_host__import(ctx, file.data(), file.size(), nullptr, &result, &list);
+        if (!fault.fired()) {
+            EXPECT_OK(ctx);
+            tov_schema__nullfree(ctx, &result);
+            KT_varray__free(ctx, list);
+            break;
+        }
+        EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
+        EXPECT_EQ(result, nullptr);
+        EXPECT_EQ(list, nullptr);
+        EXPECT_EQ(fault.leaked(), 0u);
+    }
+}
