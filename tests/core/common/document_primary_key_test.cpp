@@ -59,6 +59,44 @@ TEST_F(DocumentTest, TheFirstIdentityColumnIsTheIntegerPrimaryKey)
     EXPECT_STREQ(col_id, "b");
 }
 
+// The answer is remembered, so it is asked for before and after everything that may change it.
+TEST_F(DocumentTest, TheIntegerPrimaryKeyFollowsEveryChange)
+{
+    struct change_case {
+        const char *name;
+        call change;
+        const char *col_id; // of table t afterwards
+    };
+    static constexpr change_case cases[] = {
+        {"another table is asked about", CALL(tov_schema__has_integer_primary_key(c, s, "u", &o.text)), nullptr},
+        {"a column becomes the identity column", CALL(tov_schema__set_col_type_identity(c, s, "t", "b", nullptr)), "b"},
+        {"an earlier column does too", CALL(tov_schema__set_col_type_identity(c, s, "t", "a", nullptr)), "a"},
+        {"that one becomes another type", CALL(tov_schema__set_col_type_simple(c, s, "t", "a", "guid")), "b"},
+        {"a name changes", CALL(tov_schema__set_col_name(c, s, "t", "b", "N")), "b"},
+        {"the last identity column becomes text",
+         CALL(tov_schema__set_col_type_text(c, s, "t", "b", "coll", nullptr, 0, 0, 0, 0, 0, 0, 0, 0, 0)), nullptr},
+    };
+    load(R"({"tbls":{"t":{"cols":{"a":{"type":{"name":"guid"}},"b":{"type":{"name":"guid"}}}},)"
+         R"("u":{"cols":{"x":{"type":{"name":"identity"}}}}}})");
+    for (const change_case &c : cases) {
+        SCOPED_TRACE(c.name);
+        const char *col_id = untouched;
+        tov_schema__has_integer_primary_key(ctx, schema, "t", &col_id);
+        outputs o;
+        c.change(ctx, schema, o);
+        tov_schema__has_integer_primary_key(ctx, schema, "t", &col_id);
+        EXPECT_OK(ctx);
+        EXPECT_STREQ(col_id, c.col_id);
+    }
+    // A new column without a type makes the question fail, although nothing else changed.
+    tov_schema__add_col(ctx, schema, "t", "c", "C", 1, 0, 0);
+    const char *col_id = untouched;
+    tov_schema__has_integer_primary_key(ctx, schema, "t", &col_id);
+    EXPECT_FAILED(ctx, KT_ERR_KEY_NOT_FOUND);
+    EXPECT_EQ(col_id, untouched);
+    reset();
+}
+
 TEST_F(DocumentTest, AnUnpreparedIdentityColumnIsNoPrimaryKey)
 {
     load_trees(no_pk, R"({"unprep-cols":{"t":{"id":{"type":{"name":"identity"}}}}})");
