@@ -4,6 +4,7 @@
 // id, and only when both sides carry one (0 stands for none). Each category is a list of ids, made when its first id
 // is found, so that an empty category stays null; a list that is there already is appended to. What was appended
 // before a failure stays.
+#include "document_ids.h"
 #include "tov_compare_private.h"
 
 // Appends to a list that may not be wanted (null address) or not be there yet (null list).
@@ -56,16 +57,30 @@ void my_diff_loop_tbls(KT_context *ctx, tov_schema *x, tov_schema *y, KT_varray 
     }
 }
 
+static void my_has_col(KT_context *ctx, const KT_vhash *cols, const char *col_id, KT_bool *has) noexcept
+{
+    tov_id_room room{ctx};
+    const char *key = nullptr;
+    KT_TRY(tov_lower_id(ctx, col_id, &room, &key));
+    KT_TRY(KT_vhash__has(ctx, cols, key, has));
+}
+
 void my_diff_loop_cols(KT_context *ctx, tov_schema *x, tov_schema *y, const char *tbl_id, KT_varray **missing,
                        KT_varray **both) noexcept
 {
+    KT_vhash *x_cols = nullptr;
+    KT_vhash *y_cols = nullptr;
     uint32_t count = 0;
-    KT_TRY(tov_schema__count_cols(ctx, x, tbl_id, &count));
+    KT_TRY(_tov_schema__get_tbl_cols(ctx, x, tbl_id, &x_cols));
+    KT_TRY(KT_vhash__count(ctx, x_cols, &count));
+    // Without a column to look for, y is not asked.
+    if (count)
+        KT_TRY(_tov_schema__get_tbl_cols(ctx, y, tbl_id, &y_cols));
     for (uint32_t n = 0; n < count; n++) {
         const char *col_id = nullptr;
         KT_bool in_both = 0;
-        KT_TRY(tov_schema__get_nth_col_id(ctx, x, tbl_id, n, &col_id));
-        KT_TRY(tov_schema__has_col_id(ctx, y, tbl_id, col_id, &in_both));
+        KT_TRY(KT_vhash__get_nth_pair(ctx, x_cols, n, &col_id, nullptr));
+        KT_TRY(my_has_col(ctx, y_cols, col_id, &in_both));
         KT_TRY(my_append_id(ctx, in_both ? both : missing, col_id));
     }
 }

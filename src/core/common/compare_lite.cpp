@@ -8,40 +8,46 @@
 // The form of the lite document, not the level of the schema that it was made from.
 static constexpr int64_t LITE_COMPAT_LEVEL = 1;
 
-static void my_add_col(KT_context *ctx, tov_schema *schema, const char *tbl_id, uint32_t n, KT_vhash *cols) noexcept
+static void my_add_cols(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash *lite_cols) noexcept
 {
-    const char *col_id = nullptr;
-    const char *name = nullptr;
-    KT_vhash *col = nullptr;
-    KT_TRY(tov_schema__get_nth_col_id(ctx, schema, tbl_id, n, &col_id));
-    KT_TRY(KT_vhash__addnew__vhash(ctx, cols, col_id, &col));
-    KT_TRY(tov_schema__get_col_name(ctx, schema, tbl_id, col_id, &name));
-    KT_TRY(KT_vhash__add__string__sz(ctx, col, "name", name));
-}
-
-static void my_add_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash *tbls) noexcept
-{
-    int64_t txid = 0;
-    uint32_t count = 0;
     KT_vhash *tbl = nullptr;
     KT_vhash *cols = nullptr;
-    KT_TRY(tov_schema__check_tbl_txid(ctx, schema, tbl_id, &txid));
-    KT_TRY(KT_vhash__addnew__vhash(ctx, tbls, tbl_id, &tbl));
-    KT_TRY(KT_vhash__update__int64(ctx, tbl, "txid", txid));
-    KT_TRY(KT_vhash__addnew__vhash(ctx, tbl, "cols", &cols));
-    KT_TRY(tov_schema__count_cols(ctx, schema, tbl_id, &count));
-    for (uint32_t n = 0; n < count; n++)
-        KT_TRY(my_add_col(ctx, schema, tbl_id, n, cols));
+    uint32_t count = 0;
+    KT_TRY(_tov_schema__get_tbl(ctx, schema, tbl_id, &tbl));
+    KT_TRY(_tov_tbl__get_cols(ctx, tbl, &cols));
+    KT_TRY(KT_vhash__count(ctx, cols, &count));
+    for (uint32_t n = 0; n < count; n++) {
+        const char *col_id = nullptr;
+        const char *name = nullptr;
+        KT_vhash *col = nullptr;
+        KT_vhash *lite_col = nullptr;
+        KT_TRY(_tov_schema__get_nth_col_in_tbl(ctx, schema, tbl, tbl_id, cols, n, &col_id, &col));
+        KT_TRY(KT_vhash__addnew__vhash(ctx, lite_cols, col_id, &lite_col));
+        KT_TRY(KT_vhash__check__sz(ctx, col, "name", &name));
+        KT_TRY(KT_vhash__add__string__sz(ctx, lite_col, "name", name));
+    }
 }
 
-static void my_add_tbls(KT_context *ctx, tov_schema *schema, const KT_nullhash *tbl_ids, KT_vhash *tbls) noexcept
+static void my_add_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash *lite_tbls) noexcept
+{
+    int64_t txid = 0;
+    KT_vhash *lite_tbl = nullptr;
+    KT_vhash *lite_cols = nullptr;
+    KT_TRY(tov_schema__check_tbl_txid(ctx, schema, tbl_id, &txid));
+    KT_TRY(KT_vhash__addnew__vhash(ctx, lite_tbls, tbl_id, &lite_tbl));
+    KT_TRY(KT_vhash__update__int64(ctx, lite_tbl, "txid", txid));
+    KT_TRY(KT_vhash__addnew__vhash(ctx, lite_tbl, "cols", &lite_cols));
+    KT_TRY(my_add_cols(ctx, schema, tbl_id, lite_cols));
+}
+
+static void my_add_tbls(KT_context *ctx, tov_schema *schema, const KT_nullhash *tbl_ids, KT_vhash *lite_tbls) noexcept
 {
     uint32_t count = 0;
     KT_TRY(KT_nullhash__count(ctx, tbl_ids, &count));
     for (uint32_t n = 0; n < count; n++) {
         const char *tbl_id = nullptr;
         KT_TRY(KT_nullhash__get_nth(ctx, tbl_ids, n, &tbl_id));
-        KT_TRY(my_add_tbl(ctx, schema, tbl_id, tbls));
+        KT_TRY(my_add_tbl(ctx, schema, tbl_id, lite_tbls));
     }
 }
 

@@ -273,6 +273,7 @@ const cols_case cols_cases[] = {
     {"each category has the order of the schema walked", COL("z") "," COL("c") "," COL("y") "," COL("b"),
      COL("q") "," COL("y") "," COL("p") "," COL("z"), "c b", "q p", "z y"},
     {"tables without columns have nothing to list", "", "", NONE, NONE, NONE},
+    {"an id that a document has in upper case is looked for in lower case", COL("C"), COL("c"), NONE, "c", "C"},
 };
 
 TEST_F(CompareDiffTest, DiffCols)
