@@ -1,0 +1,67 @@
+# What an installed tree needs to be found: the CMake package, the pkg-config file, and Debian packages (cpack).
+include(CMakePackageConfigHelpers)
+
+# The C++ library that a C program names when it links the static form.
+set(tov_cxx_library stdc++)
+if(CMAKE_CXX_FLAGS MATCHES "-stdlib=libc\\+\\+" OR APPLE)
+    set(tov_cxx_library c++)
+endif()
+
+set(tov_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tov_schema)
+set(tov_generated_dir ${PROJECT_BINARY_DIR}/package)
+if(NOT DEFINED BUILD_SHARED_LIBS)
+    set(BUILD_SHARED_LIBS OFF)
+endif()
+configure_package_config_file(cmake/tov_schema-config.cmake.in ${tov_generated_dir}/tov_schema-config.cmake
+    INSTALL_DESTINATION ${tov_cmake_dir})
+write_basic_package_version_file(${tov_generated_dir}/tov_schema-config-version.cmake
+    COMPATIBILITY SameMajorVersion)
+install(EXPORT tov_schema_targets FILE tov_schema-targets.cmake NAMESPACE tov_schema::
+    DESTINATION ${tov_cmake_dir} COMPONENT development)
+install(FILES ${tov_generated_dir}/tov_schema-config.cmake ${tov_generated_dir}/tov_schema-config-version.cmake
+    DESTINATION ${tov_cmake_dir} COMPONENT development)
+
+# The pkg-config file finds the tree from its own place, so that the tree may be moved. With the static form the
+# library's own dependencies are everybody's; pkg-config then needs no --static.
+set(tov_pc_requires "Requires.private")
+set(tov_pc_libs "")
+if(NOT BUILD_SHARED_LIBS)
+    set(tov_pc_requires "Requires")
+    set(tov_pc_libs " -l${tov_cxx_library}")
+endif()
+set(tov_pc_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH tov_pc_up ${tov_pc_dir} ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" tov_pc_prefix "\${pcfiledir}/${tov_pc_up}")
+cmake_path(APPEND tov_pc_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
+cmake_path(APPEND tov_pc_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
+configure_file(cmake/tov_schema.pc.in ${tov_generated_dir}/tov_schema.pc @ONLY)
+install(FILES ${tov_generated_dir}/tov_schema.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_VENDOR "The tov-schema maintainers")
+set(CPACK_PACKAGE_CONTACT "The tov-schema maintainers")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SECTION libs)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libtov-schema${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtov-schema-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS libsqlite3-dev)
+set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME tov-schema)
+set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION database)
+set(CPACK_COMPONENTS_ALL development)
+if(BUILD_SHARED_LIBS)
+    list(APPEND CPACK_COMPONENTS_ALL library)
+endif()
+if(TARGET tov-schema)
+    list(APPEND CPACK_COMPONENTS_ALL command)
+endif()
+include(CPack)
+if(BUILD_SHARED_LIBS)
+    cpack_add_component(development DEPENDS library)
+endif()

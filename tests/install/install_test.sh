@@ -1,0 +1,80 @@
+#!/usr/bin/env bash
+# Installs the library into a prefix of its own, as its users do, and builds and runs a C99 and a C++17 consumer
+# against it, found by CMake and by pkg-config.
+#
+# install_test.sh FORM SOURCE_DIR WORK_DIR CC CXX [BUILD_DIR]
+# FORM is static or shared. BUILD_DIR is a finished build of that form; without one the library is built first.
+set -euo pipefail
+
+form=$1
+source_dir=$2
+work=$3
+export CC=$4
+export CXX=$5
+build=${6:-}
+here=$(cd "$(dirname "$0")" && pwd)
+prefix=$work/prefix
+
+if [[ -z $build ]]; then
+    build=$work/library
+    shared=OFF
+    if [[ $form == shared ]]; then
+        shared=ON
+    fi
+    cmake -S "$source_dir" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 \
+        -DBUILD_SHARED_LIBS="$shared" -DTOV_SCHEMA_BUILD_TESTS=OFF -DTOV_SCHEMA_BUILD_COMMAND=OFF >"$work.log"
+    cmake --build "$build" >>"$work.log" || { cat "$work.log" && exit 1; }
+fi
+
+rm -rf "$prefix" "$work/c" "$work/cxx"
+for component in library development; do
+    cmake --install "$build" --prefix "$prefix" --component $component >/dev/null
+done
+
+# Public headers only, and the library in one form only.
+if private=$(find "$prefix" -name '*.hpp' -o -name '*_private*' | grep .); then
+    echo "installed, but private: $private" >&2
+    exit 1
+fi
+case $form in
+    static) test -f "$prefix"/lib*/libtov_schema.a -a ! -e "$prefix"/lib*/libtov_schema.so ;;
+    shared) test -f "$prefix"/lib*/libtov_schema.so -a ! -e "$prefix"/lib*/libtov_schema.a ;;
+esac
+
+expected='"Id" integer primary key'
+check()
+{
+    local printed
+    printed=$("$@")
+    if [[ $printed != "$expected" ]]; then
+        printf '%s prints: %s\nexpected: %s\n' "$1" "$printed" "$expected" >&2
+        exit 1
+    fi
+    echo "$form: $1 works"
+}
+
+for language in c cxx; do
+    cmake -S "$here/$language" -B "$work/$language" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+    cmake --build "$work/$language" >/dev/null
+    check "$work/$language/consumer"
+done
+
+# The libraries that stand in a directory of their own are found at run time as they are by a packaged program.
+libdir=$(dirname "$(find "$prefix" -name 'libtov_schema.*' | head -n 1)")
+export PKG_CONFIG_PATH=$libdir/pkgconfig
+export LD_LIBRARY_PATH=$libdir
+read -r -a flags <<<"$(pkg-config --cflags --libs tov_schema)"
+"$CC" -std=c99 -Wall -Wextra -Werror "$here/c/main.c" "${flags[@]}" -o "$work/c/with_pkg_config"
+check "$work/c/with_pkg_config"
+"$CXX" -std=c++17 -Wall -Wextra -Werror "$here/cxx/main.cpp" "${flags[@]}" -o "$work/cxx/with_pkg_config"
+check "$work/cxx/with_pkg_config"
+
+# The same, after the tree has moved.
+mv "$prefix" "$prefix.moved"
+trap 'rm -rf "$prefix.moved"' EXIT
+export PKG_CONFIG_PATH=${PKG_CONFIG_PATH/$prefix/$prefix.moved}
+export LD_LIBRARY_PATH=${LD_LIBRARY_PATH/$prefix/$prefix.moved}
+read -r -a flags <<<"$(pkg-config --cflags --libs tov_schema)"
+"$CC" -std=c99 "$here/c/main.c" "${flags[@]}" -o "$work/c/with_moved_tree"
+check "$work/c/with_moved_tree"
