@@ -95,7 +95,7 @@ static void my_group_pairs(KT_context *ctx, my_search *s) noexcept
 
 static void my_read_pairs(KT_context *ctx, my_search *s) noexcept
 {
-    fk_walk walk = {.schema = s->schema, .fields = FK_REF_TBL_ID, .col_level = false};
+    fk_walk walk = {.schema = s->schema, .col_level = false};
     fk_key key;
     KT_TRY(fk_walk_schema(ctx, &walk));
     for (;;) {

@@ -45,7 +45,7 @@ static void my_add_reference(KT_context *ctx, fk_graph *graph, fk_match match, u
 
 void fk_read_graph(KT_context *ctx, tov_schema *schema, fk_match match, fk_graph *graph) noexcept
 {
-    fk_walk walk = {.schema = schema, .fields = FK_REF_TBL_ID};
+    fk_walk walk = {.schema = schema, .col_fields = FK_REF_TBL_ID};
     fk_key key;
     KT_TRY(my_number_tbls(ctx, schema, graph));
     KT_TRY(fk_append(ctx, &graph->arcs.first, 0));

@@ -117,11 +117,13 @@ static void my_append_cols(KT_context *ctx, tov_schema *schema, const fk_key &ke
 void tov_schema__list_fk_constraints(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *ref_tbl_id,
                                      uint32_t filter, KT_varray **records, uint32_t *count) noexcept
 {
-    fk_walk walk = {.schema = schema, .fields = FK_NAME | FK_REF_TBL_ID | FK_REF_COL_ID | FK_ON_DELETE};
+    fk_walk walk = {.schema = schema,
+                    .col_fields = FK_ALL_FIELDS & ~FK_ON_UPDATE,
+                    .tbl_fields = FK_ON_DELETE,
+                    .ref_tbl_id = ref_tbl_id};
     fk_key key;
     kt_owned_varray list{ctx};
     uint32_t appended = 0;
-    walk.ref_tbl_id = ref_tbl_id;
     KT_TRY(fk_walk_tbl(ctx, &walk, tbl_id));
     for (;;) {
         my_lists lists;
@@ -142,12 +144,14 @@ void tov_schema__list_fk_constraints(KT_context *ctx, tov_schema *schema, const 
 void tov_schema__find_references_to_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_bool include_self,
                                         uint32_t filter, KT_varray **records, uint32_t *count) noexcept
 {
-    fk_walk walk = {.schema = schema, .fields = FK_NAME | FK_REF_TBL_ID | FK_REF_COL_ID | FK_ON_DELETE | FK_ON_UPDATE};
+    fk_walk walk = {.schema = schema,
+                    .col_fields = FK_ALL_FIELDS,
+                    .tbl_fields = FK_ON_DELETE | FK_ON_UPDATE,
+                    .ref_tbl_id = tbl_id,
+                    .skipped_tbl_id = include_self ? nullptr : tbl_id};
     fk_key key;
     kt_owned_varray list{ctx};
     uint32_t appended = 0;
-    walk.ref_tbl_id = tbl_id;
-    walk.skipped_tbl_id = include_self ? nullptr : tbl_id;
     KT_TRY(fk_walk_schema(ctx, &walk));
     for (;;) {
         my_lists lists;

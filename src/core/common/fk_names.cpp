@@ -16,22 +16,32 @@ static bool my_is_name(const fk_name &name, uint64_t scope, const char *text, ui
     return name.hash == hash && name.scope == scope && strcmp(name.text, text) == 0;
 }
 
-// The slot that holds the text's number, or the empty one where it belongs. The number of slots is a power of two.
-static uint32_t my_find_slot(const fk_names &numbering, uint64_t scope, const char *text, uint64_t hash) noexcept
+static fk_name_table my_get_table(const fk_names &numbering) noexcept
 {
-    const uint32_t mask = numbering.slots.count - 1;
+    return {numbering.names.items, numbering.slots.items, numbering.slots.count};
+}
+
+// The slot that holds the text's number, or the empty one where it belongs. The number of slots is a power of two.
+static uint32_t my_find_slot(const fk_name_table &table, uint64_t scope, const char *text, uint64_t hash) noexcept
+{
+    const uint32_t mask = table.slot_count - 1;
     uint32_t slot = static_cast<uint32_t>(hash) & mask;
-    while (numbering.slots[slot] && !my_is_name(numbering.names[numbering.slots[slot] - 1], scope, text, hash))
+    while (table.slots[slot] && !my_is_name(table.names[table.slots[slot] - 1], scope, text, hash))
         slot = (slot + 1) & mask;
     return slot;
 }
 
+uint32_t fk_find_name(const fk_name_table &table, uint64_t scope, const char *text) noexcept
+{
+    if (!table.slot_count)
+        return FK_NO_NUMBER;
+    const uint32_t found = table.slots[my_find_slot(table, scope, text, my_hash(scope, text))];
+    return found ? found - 1 : FK_NO_NUMBER;
+}
+
 uint32_t fk_find_name(const fk_names &numbering, uint64_t scope, const char *text) noexcept
 {
-    if (!numbering.slots.count)
-        return FK_NO_NUMBER;
-    const uint32_t slot = my_find_slot(numbering, scope, text, my_hash(scope, text));
-    return numbering.slots[slot] ? numbering.slots[slot] - 1 : FK_NO_NUMBER;
+    return fk_find_name(my_get_table(numbering), scope, text);
 }
 
 // Keeps at most half of the slots in use.
@@ -54,7 +64,7 @@ void fk_add_name(KT_context *ctx, fk_names *numbering, uint64_t scope, const cha
     if (numbering->slots.count / 2 <= numbering->names.count)
         KT_TRY(my_grow(ctx, numbering));
     const uint64_t hash = my_hash(scope, text);
-    const uint32_t slot = my_find_slot(*numbering, scope, text, hash);
+    const uint32_t slot = my_find_slot(my_get_table(*numbering), scope, text, hash);
     if (!numbering->slots[slot]) {
         KT_TRY(fk_append(ctx, &numbering->names, {scope, text, hash}));
         numbering->slots[slot] = numbering->names.count;

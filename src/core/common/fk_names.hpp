@@ -21,7 +21,15 @@ struct fk_names {
     fk_array<uint32_t> slots;
 };
 
+// A numbering to search in, wherever its memory is.
+struct fk_name_table {
+    const fk_name *names;
+    const uint32_t *slots;
+    uint32_t slot_count;
+};
+
 // The number of a text, FK_NO_NUMBER when it has none.
+uint32_t fk_find_name(const fk_name_table &table, uint64_t scope, const char *text) noexcept;
 uint32_t fk_find_name(const fk_names &numbering, uint64_t scope, const char *text) noexcept;
 // The number of a text, the next one when it has none yet.
 void fk_add_name(KT_context *ctx, fk_names *numbering, uint64_t scope, const char *text, uint32_t *number) noexcept;

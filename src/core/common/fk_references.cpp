@@ -21,11 +21,10 @@ static void my_add_reference(KT_context *ctx, kt_owned_vhash *found, const char 
 void tov_schema__find_singlecol_references_to(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                               const char *col_id, KT_vhash **references) noexcept
 {
-    fk_walk walk = {.schema = schema, .fields = FK_REF_TBL_ID | FK_REF_COL_ID};
+    fk_walk walk = {
+        .schema = schema, .col_fields = FK_REF_TBL_ID | FK_REF_COL_ID, .tbl_level = false, .ref_tbl_id = tbl_id};
     fk_key key;
     kt_owned_vhash found{ctx};
-    walk.tbl_level = false;
-    walk.ref_tbl_id = tbl_id;
     KT_TRY(fk_walk_schema(ctx, &walk));
     for (;;) {
         KT_TRY(fk_next(ctx, &walk, &key));
@@ -60,11 +59,9 @@ static void my_add_key(KT_context *ctx, const fk_key &key, kt_owned_vhash *found
 void tov_schema__find_multicol_references_to(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                              KT_vhash **references) noexcept
 {
-    fk_walk walk = {.schema = schema, .fields = FK_REF_TBL_ID};
+    fk_walk walk = {.schema = schema, .col_level = false, .ref_tbl_id = tbl_id};
     fk_key key;
     kt_owned_vhash found{ctx};
-    walk.col_level = false;
-    walk.ref_tbl_id = tbl_id;
     KT_TRY(fk_walk_schema(ctx, &walk));
     for (;;) {
         KT_TRY(fk_next(ctx, &walk, &key));
@@ -120,7 +117,7 @@ void tov_schema__find_references_to_col(KT_context *ctx, tov_schema *schema, con
 void tov_schema__does_tbl_have_fk_constraint_with_delete_action(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                                                 KT_bool *has) noexcept
 {
-    fk_walk walk = {.schema = schema, .fields = FK_ON_DELETE};
+    fk_walk walk = {.schema = schema, .col_fields = FK_ON_DELETE, .tbl_fields = FK_ON_DELETE};
     fk_key key;
     KT_TRY(fk_walk_tbl(ctx, &walk, tbl_id));
     do
@@ -181,7 +178,7 @@ void tov_schema__find_tbls_with_references_to(KT_context *ctx, tov_schema *schem
 void tov_schema__list_tbls_referenced_by(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                          KT_nullhash **tbl_ids) noexcept
 {
-    fk_walk walk = {.schema = schema, .fields = FK_REF_TBL_ID};
+    fk_walk walk = {.schema = schema, .col_fields = FK_REF_TBL_ID};
     fk_key key;
     kt_owned_nullhash tbls{ctx};
     KT_TRY(fk_walk_tbl(ctx, &walk, tbl_id));

@@ -7,19 +7,20 @@
 
 #include "tov_parse_defin_private.h"
 
-// What to read of a key. Of a column-level key each text may be absent, and is null then; a table-level key must have
-// those that are read. It always gives ref_tbl_id, and never name and ref_col_id: the first is read with the record,
-// the second is a matter of its "cols".
+// What to read of a column-level key, where each text may be absent, and is null then. A table-level key always gives
+// its ref_tbl_id, which it must have, and on top of that the actions asked for, which it must have then.
 static constexpr uint32_t FK_NAME = 1;
 static constexpr uint32_t FK_REF_TBL_ID = 2;
 static constexpr uint32_t FK_REF_COL_ID = 4;
 static constexpr uint32_t FK_ON_DELETE = 8;
 static constexpr uint32_t FK_ON_UPDATE = 16;
+static constexpr uint32_t FK_ALL_FIELDS = 31;
 
 struct fk_walk {
     // Set by the caller before the walk begins.
     tov_schema *schema;
-    uint32_t fields;
+    uint32_t col_fields = 0; // to read of column-level keys
+    uint32_t tbl_fields = 0; // to read of table-level keys
     bool col_level = true;
     bool tbl_level = true;
     const char *ref_tbl_id = nullptr;     // only keys that refer to exactly this id; null for all
@@ -35,6 +36,9 @@ struct fk_walk {
     uint32_t next_col = 0, col_count = 0;
     uint32_t next_key = 0, key_count = 0;
     uint32_t next_tbl = 0, tbl_count = 0;
+    // Or, where the keys wanted are known without going from table to table, those.
+    const struct fk_index_entry *next_entry = nullptr;
+    const struct fk_index_entry *end_entry = nullptr;
 };
 
 // One foreign key. Everything is borrowed from the schema.

@@ -14,6 +14,8 @@ struct tov_schema {
     // Counts the operations that may have changed either tree, failed ones too: what is derived from the document
     // holds as long as this number stays the same. A read that creates an empty record is no change.
     uint64_t change_count;
+    // The keys by the table that they refer to, once questions about that were asked.
+    struct tov_fk_index *fk_index;
     // The integer primary key of the table that was asked about last. Who writes a table asks once for each column,
     // and the answer takes a look at every column's type.
     struct {
@@ -113,6 +115,9 @@ void get_col_type_field_bool(KT_context *ctx, tov_schema *schema, const char *tb
                              const char *field, KT_bool *has, KT_bool *value) noexcept;
 void get_col_type_field_int32(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                               const char *field, int32_t absent_value, int32_t *value) noexcept;
+
+// Frees an index of foreign keys. Null does nothing.
+void _tov_fk_index__free(KT_context *ctx, struct tov_fk_index *index) noexcept;
 
 // Records a rule for a foreign key; TOV_VIOLATION_ON_INSERT is the only conflict situation known.
 constexpr int32_t TOV_VIOLATION_ON_INSERT = 5;

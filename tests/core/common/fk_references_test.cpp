@@ -250,13 +250,14 @@ TEST_F(ReferencesTest, MemoryThatRunsOutIsReported)
     key("k1", "a", "p", {{"x", "other"}, {"y", "id"}});
     KT_vhash *map = nullptr;
     KT_nullhash *set = nullptr;
-    sweep_allocations(ctx, &map, [&] { tov_schema__find_singlecol_references_to(ctx, schema, "p", nullptr, &map); });
+    sweep_question(
+        &map, [&](tov_schema *asked) { tov_schema__find_singlecol_references_to(ctx, asked, "p", nullptr, &map); });
     EXPECT_EQ(take(ctx, std::exchange(map, nullptr)), R"({"b":{"x":"id"}})");
-    sweep_allocations(ctx, &map, [&] { tov_schema__find_multicol_references_to(ctx, schema, "p", &map); });
+    sweep_question(&map, [&](tov_schema *asked) { tov_schema__find_multicol_references_to(ctx, asked, "p", &map); });
     EXPECT_EQ(take(ctx, std::exchange(map, nullptr)), R"({"k1":{"tbl":"a","cols":{"x":"other","y":"id"}}})");
-    sweep_allocations(ctx, &map, [&] { tov_schema__find_references_to_col(ctx, schema, "p", "id", &map); });
+    sweep_question(&map, [&](tov_schema *asked) { tov_schema__find_references_to_col(ctx, asked, "p", "id", &map); });
     EXPECT_EQ(take(ctx, map), R"({"b":{"x":"id"},"a":{"y":"id"}})");
-    sweep_allocations(ctx, &set, [&] { tov_schema__find_tbls_with_references_to(ctx, schema, "p", &set); });
+    sweep_question(&set, [&](tov_schema *asked) { tov_schema__find_tbls_with_references_to(ctx, asked, "p", &set); });
     EXPECT_EQ(take(ctx, std::exchange(set, nullptr)), "b a");
     sweep_allocations(ctx, &set, [&] { tov_schema__list_tbls_referenced_by(ctx, schema, "b", &set); });
     EXPECT_EQ(take(ctx, set), "p");

@@ -10,6 +10,63 @@
 #include <sstream>
 #include <utility>
 
+inline void free_result(KT_context *ctx, KT_varray *list)
+{
+    KT_varray__free(ctx, list);
+}
+inline void free_result(KT_context *ctx, KT_vhash *map)
+{
+    KT_vhash__free(ctx, map);
+}
+inline void free_result(KT_context *ctx, KT_nullhash *set)
+{
+    KT_nullhash__free(ctx, set);
+}
+inline void free_result(KT_context *ctx, KT_string *string)
+{
+    KT_string__free(ctx, string);
+}
+
+// Whether an operation came out as its plain form did: the same error or none, and then the same result.
+template <class Result, class Text>
+void expect_same(KT_context *ctx, const std::function<void(Result **)> &operation,
+                 const std::function<void(Result **)> &plain, Text text_of)
+{
+    Result *expected = nullptr;
+    Result *result = nullptr;
+    plain(&expected);
+    const uint64_t code = KT_context__err_code(ctx);
+    const std::string description = KT_context__err_description(ctx);
+    KT_context__err_reset(ctx);
+    operation(&result);
+    EXPECT_EQ(KT_context__err_code(ctx), code);
+    EXPECT_EQ(KT_context__err_description(ctx), description);
+    KT_context__err_reset(ctx);
+    EXPECT_EQ(text_of(ctx, result), text_of(ctx, expected));
+}
+
+// Runs an operation with the 1st, 2nd, 3rd ... allocation failing, until none is left to fail; the last run's result
+// stays. The runtime can do without some allocations, so a run may succeed although one failed.
+template <class T, class Run> void sweep_allocations(KT_context *ctx, T **result, Run run)
+{
+    int failures = 0;
+    for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
+        run();
+        if (!fault.fired())
+            break;
+        if (KT_context__has_err(ctx)) {
+            failures++;
+            EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
+            EXPECT_EQ(*result, nullptr);
+        }
+        free_result(ctx, *result);
+        *result = nullptr;
+        EXPECT_EQ(fault.leaked(), 0u);
+    }
+    EXPECT_OK(ctx);
+    EXPECT_GT(failures, 0);
+}
+
 class FkTest : public SchemaTest {
   protected:
     void tbl(const char *tbl_id)
@@ -81,6 +138,20 @@ class FkTest : public SchemaTest {
         EXPECT_STREQ(file, "src/core/common/tov_parse_defin");
         EXPECT_GT(line, 0);
         reset();
+    }
+
+    // Sweeps a question that may leave an index in the handle: each run asks a new schema, and the index must be gone
+    // with it.
+    template <class T, class Run> void sweep_question(T **result, Run run)
+    {
+        const std::string json = document();
+        sweep_allocations(ctx, result, [&] {
+            tov_schema *asked = nullptr;
+            tov_schema__from_json(ctx, json.c_str(), &asked);
+            if (asked)
+                run(asked);
+            tov_schema__nullfree(ctx, &asked);
+        });
     }
 
   private:
@@ -155,61 +226,4 @@ inline std::string take_records(KT_context *ctx, KT_varray *records)
     }
     KT_varray__free(ctx, records);
     return result;
-}
-
-inline void free_result(KT_context *ctx, KT_varray *list)
-{
-    KT_varray__free(ctx, list);
-}
-inline void free_result(KT_context *ctx, KT_vhash *map)
-{
-    KT_vhash__free(ctx, map);
-}
-inline void free_result(KT_context *ctx, KT_nullhash *set)
-{
-    KT_nullhash__free(ctx, set);
-}
-inline void free_result(KT_context *ctx, KT_string *string)
-{
-    KT_string__free(ctx, string);
-}
-
-// Whether an operation came out as its plain form did: the same error or none, and then the same result.
-template <class Result, class Text>
-void expect_same(KT_context *ctx, const std::function<void(Result **)> &operation,
-                 const std::function<void(Result **)> &plain, Text text_of)
-{
-    Result *expected = nullptr;
-    Result *result = nullptr;
-    plain(&expected);
-    const uint64_t code = KT_context__err_code(ctx);
-    const std::string description = KT_context__err_description(ctx);
-    KT_context__err_reset(ctx);
-    operation(&result);
-    EXPECT_EQ(KT_context__err_code(ctx), code);
-    EXPECT_EQ(KT_context__err_description(ctx), description);
-    KT_context__err_reset(ctx);
-    EXPECT_EQ(text_of(ctx, result), text_of(ctx, expected));
-}
-
-// Runs an operation with the 1st, 2nd, 3rd ... allocation failing, until none is left to fail; the last run's result
-// stays. The runtime can do without some allocations, so a run may succeed although one failed.
-template <class T, class Run> void sweep_allocations(KT_context *ctx, T **result, Run run)
-{
-    int failures = 0;
-    for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
-        run();
-        if (!fault.fired())
-            break;
-        if (KT_context__has_err(ctx)) {
-            failures++;
-            EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
-            EXPECT_EQ(*result, nullptr);
-        }
-        free_result(ctx, *result);
-        *result = nullptr;
-        EXPECT_EQ(fault.leaked(), 0u);
-    }
-    EXPECT_OK(ctx);
-    EXPECT_GT(failures, 0);
 }

@@ -28,20 +28,20 @@ TEST_F(WalkTest, MeetsKeysInSchemaOrder)
 {
     tbls("b>a,x a c=a,b");
     key("k", "b", "a", {});
-    EXPECT_EQ(all_keys({.schema = schema, .fields = 0}), "b.c0 b.c1 b/k c/k2 c/k3");
-    EXPECT_EQ(all_keys({.schema = schema, .fields = 0, .col_level = false}), "b/k c/k2 c/k3");
-    EXPECT_EQ(all_keys({.schema = schema, .fields = 0, .tbl_level = false}), "b.c0 b.c1");
-    EXPECT_EQ(all_keys({.schema = schema, .fields = FK_REF_TBL_ID, .ref_tbl_id = "a"}), "b.c0 b/k c/k2");
-    EXPECT_EQ(all_keys({.schema = schema, .fields = 0, .skipped_tbl_id = "b"}), "c/k2 c/k3");
+    EXPECT_EQ(all_keys({.schema = schema}), "b.c0 b.c1 b/k c/k2 c/k3");
+    EXPECT_EQ(all_keys({.schema = schema, .col_level = false}), "b/k c/k2 c/k3");
+    EXPECT_EQ(all_keys({.schema = schema, .tbl_level = false}), "b.c0 b.c1");
+    EXPECT_EQ(all_keys({.schema = schema, .col_fields = FK_REF_TBL_ID, .ref_tbl_id = "a"}), "b.c0 b/k c/k2");
+    EXPECT_EQ(all_keys({.schema = schema, .skipped_tbl_id = "b"}), "c/k2 c/k3");
 }
 
 TEST_F(WalkTest, StaysWithOneTable)
 {
     tbls("b>a a=b c=a,b");
-    fk_walk walk = {.schema = schema, .fields = 0};
+    fk_walk walk = {.schema = schema};
     fk_walk_tbl(ctx, &walk, "C");
     EXPECT_EQ(keys(&walk), "C/k2 C/k3") << "under the id given";
-    fk_walk unknown = {.schema = schema, .fields = 0};
+    fk_walk unknown = {.schema = schema};
     fk_walk_tbl(ctx, &unknown, "D");
     expect_failure(KT_ERR_NOT_FOUND, "table id 'D' not found in schema");
 }
@@ -61,7 +61,7 @@ TEST_F(WalkTest, ReadsWhatItIsAskedForAndNothingElse)
                                 {FK_ON_DELETE, &fk_key::on_delete, "d"},
                                 {FK_ON_UPDATE, &fk_key::on_update, "u"}};
     for (const field_case &read : cases) {
-        fk_walk walk = {.schema = schema, .fields = read.field};
+        fk_walk walk = {.schema = schema, .col_fields = read.field};
         fk_key key;
         fk_walk_schema(ctx, &walk);
         fk_next(ctx, &walk, &key);
@@ -74,9 +74,9 @@ TEST_F(WalkTest, ReadsWhatItIsAskedForAndNothingElse)
 TEST_F(WalkTest, ColumnsAreReadBeforeTableLevelKeys)
 {
     load(R"({"tbls":{"a":{"cols":{"c":{"fk":7}},"foreignkeys":7}}})");
-    all_keys({.schema = schema, .fields = 0});
+    all_keys({.schema = schema});
     expect_failure(KT_ERR_WRONG_TYPE, "key 'fk' is no map");
-    all_keys({.schema = schema, .fields = 0, .col_level = false});
+    all_keys({.schema = schema, .col_level = false});
     expect_failure(KT_ERR_WRONG_TYPE, "key 'foreignkeys' is no map");
 }
 
@@ -95,7 +95,7 @@ TEST_F(WalkTest, TableLevelKeysMustHaveWhatIsRead)
     };
     for (const missing_case &c : cases) {
         load(joined({R"({"tbls":{"a":{"foreignkeys":{"k":)", c.key, "}}}}"}).c_str());
-        all_keys({.schema = schema, .fields = c.fields, .ref_tbl_id = "another"});
+        all_keys({.schema = schema, .tbl_fields = c.fields, .ref_tbl_id = "another"});
         expect_failure(KT_ERR_KEY_NOT_FOUND, c.description);
     }
 }
