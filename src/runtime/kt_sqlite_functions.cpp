@@ -20,6 +20,7 @@ static_assert(position<offsetof(KT_sqlite_functions, open)> == 21);
 static_assert(position<offsetof(KT_sqlite_functions, prepare)> == 22);
 static_assert(position<offsetof(KT_sqlite_functions, step)> == 24);
 static_assert(position<offsetof(KT_sqlite_functions, release)> == 51);
+static_assert(position<offsetof(KT_sqlite_functions, configure)> == 53);
 
 // SQLITE_TRANSIENT: SQLite takes a copy of what it is given.
 static const sqlite3_destructor_type take_copy = reinterpret_cast<sqlite3_destructor_type>(-1);
@@ -120,6 +121,11 @@ static void *allocate(uint64_t size)
     return sqlite3_malloc64(size);
 }
 
+static int configure(sqlite3 *connection, int setting, int on)
+{
+    return sqlite3_db_config(connection, setting, on, nullptr);
+}
+
 static constexpr KT_sqlite_functions linked_functions = {
     .bind_blob = bind_blob,
     .bind_double = sqlite3_bind_double,
@@ -173,6 +179,8 @@ static constexpr KT_sqlite_functions linked_functions = {
     .result_error_code = sqlite3_result_error_code,
     .allocate = allocate,
     .release = sqlite3_free,
+    .set_authorizer = sqlite3_set_authorizer,
+    .configure = configure,
 };
 
 static int open_with_dates(const char *file_name, sqlite3 **connection, int flags)

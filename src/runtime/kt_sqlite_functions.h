@@ -85,6 +85,13 @@ typedef struct KT_sqlite_functions {
     /** Memory of SQLite's own, for what belongs to a connection. */
     /* 50 */ void *(*allocate)(uint64_t size);
     /* 51 */ void (*release)(void *block);
+    /** Asks a callback, while statements are compiled, about everything they would do; its answers are SQLite's. */
+    /* 52 */ int (*set_authorizer)(struct sqlite3 *connection,
+                                   int (*authorize)(void *data, int action, const char *first, const char *second,
+                                                    const char *database, const char *trigger),
+                                   void *data);
+    /** Switches one of the connection's settings that take on or off (SQLITE_DBCONFIG_...). */
+    /* 53 */ int (*configure)(struct sqlite3 *connection, int setting, int on);
 } KT_sqlite_functions;
 
 /** The table in force; lives as long as the process, never freed. */

@@ -1,0 +1,29 @@
+// The guard that stands between a schema's texts and SQLite: an authorizer that knows which statement is meant to be
+// compiled and refuses everything that this statement has no need of.
+#pragma once
+
+#include "kt_sqlite_functions.h"
+
+enum class client_duty {
+    nothing,     // every action is refused
+    expression,  // SELECT of an expression without tables
+    tbl,         // CREATE TABLE of the table named
+    trigger,     // CREATE TRIGGER of the trigger named, on the table named
+    transaction, // BEGIN, COMMIT, ROLLBACK
+    settings,    // the pragmas that creating a database needs
+    look,        // reading the schema table
+    schema_row,  // inserting a row into the schema table
+};
+
+struct client_guard {
+    client_duty duty = client_duty::nothing;
+    const char *tbl = nullptr;
+    const char *trigger = nullptr;
+};
+
+// Puts a guard on a connection; it is borrowed and can be given its duties from then on. The code is SQLite's.
+int client_guard__watch(const KT_sqlite_functions *functions, struct sqlite3 *connection, client_guard *guard) noexcept;
+
+// Whether an SQL function may be called in a default or a check: it only computes a value from its arguments, the
+// clock and chance.
+bool client_is_harmless_function(const char *name) noexcept;
