@@ -1,13 +1,8 @@
 // Running the statements. Each is compiled under a guard that knows what it is meant to do.
-//
-// SQLite reads its whole schema table after each CREATE. For the tables that is borne; with the triggers, whose texts
-// are long, creating some thousand tables would take minutes and some ten thousand hours. So a trigger's statement is
-// compiled, which checks it as creating would, and not run: the row that running would write is inserted instead
-// (PRAGMA writable_schema). The rows are the same, and the transaction covers them. Where a connection's SQLite does
-// not allow that, the statement runs.
 #include "client_database.h"
 
 #include "client_place.h"
+#include "client_schema_rows.h"
 #include "kt_sqlite_dates.h"
 
 #include <sqlite3.h>
@@ -17,33 +12,25 @@
 // How long to wait for another program's lock, in milliseconds.
 static constexpr int patience = 5000;
 
-static constexpr const char *insert_trigger_row =
-    "INSERT INTO sqlite_master(type,name,tbl_name,rootpage,sql) VALUES('trigger',?1,?2,0,?3)";
-
 client_database::~client_database()
 {
-    if (trigger_row)
-        functions->finalize(trigger_row);
+    if (insert_row)
+        functions->finalize(insert_row);
     if (connection)
         functions->close(connection);
 }
 
-// Raises what SQLite says of its last failure.
-#define DATABASE_FAIL(database, code) \
-    KT_FAIL(KT_ERR_SQLITE(code), "%s: %s", (database).file_name, (database).functions->message((database).connection))
-
-// Runs one statement without rows, under a duty.
-static void my_run(KT_context *ctx, client_database &database, client_duty duty, const char *sql) noexcept
+void client_database__run(KT_context *ctx, client_database &database, const char *sql) noexcept
 {
-    database.guard = {duty};
+    database.guard = {client_duty::own_statement};
     sqlite3_stmt *statement = nullptr;
     int code = database.functions->prepare(database.connection, sql, &statement);
     if (code == SQLITE_OK)
         code = database.functions->step(statement);
     database.guard = {};
     database.functions->finalize(statement);
-    if (code != SQLITE_DONE && code != SQLITE_ROW && code != SQLITE_OK)
-        DATABASE_FAIL(database, code);
+    if (code != SQLITE_DONE && code != SQLITE_ROW)
+        CLIENT_FAIL_IN(database, code);
 }
 
 void client_database__begin(KT_context *ctx, client_database &database, const char *file_name) noexcept
@@ -58,10 +45,11 @@ void client_database__begin(KT_context *ctx, client_database &database, const ch
     functions->busy_timeout(database.connection, patience);
     code = client_guard__watch(functions, database.connection, &database.guard);
     if (code != SQLITE_OK)
-        DATABASE_FAIL(database, code);
+        CLIENT_FAIL_IN(database, code);
     for (const char *setting : client_settings)
-        KT_TRY(my_run(ctx, database, client_duty::settings, setting));
-    KT_TRY(my_run(ctx, database, client_duty::transaction, client_begin));
+        KT_TRY(client_database__run(ctx, database, setting));
+    KT_TRY(client_database__run(ctx, database, client_begin));
+    KT_TRY(client_schema_rows__begin(ctx, database));
 }
 
 namespace {
@@ -84,39 +72,47 @@ static void my_refuse_taken(KT_context *ctx, void *data, const client_statement 
     KT_TRY(KT_string__alloc(ctx, shown.out()));
     KT_TRY(client_append_shown(ctx, shown, statement.name));
     const char *kind = statement.kind == client_kind::tbl ? "table" : "trigger";
-    KT_FAIL(KT_ERR_SQLITE(SQLITE_ERROR), "%s: %s %s cannot be created: the database has something of that name already",
+    KT_FAIL(KT_ERR_SQLITE(SQLITE_ERROR), "%s: %s %s is there already, or something else of that name",
             search->file_name, kind, KT_string__sz(shown));
 }
 
-// Steps through the rows of a statement and adds the first column of each, in lower case, to the names.
+// Adds the names in the schema table, in lower case, and keeps its last row in mind.
 static void my_collect_names(KT_context *ctx, client_database &database, sqlite3_stmt *statement,
                              KT_vhash *names) noexcept
 {
-    int code = database.functions->step(statement);
-    for (; code == SQLITE_ROW; code = database.functions->step(statement)) {
-        const char *name = database.functions->column_text(statement, 0);
+    const KT_sqlite_functions *functions = database.functions;
+    int code = functions->step(statement);
+    for (; code == SQLITE_ROW; code = functions->step(statement)) {
+        const char *name = functions->column_text(statement, 0);
         kt_owned_text folded{ctx};
         KT_TRY(client_fold_name(ctx, name ? name : "", folded.out()));
         KT_TRY(KT_vhash__update__null(ctx, names, folded));
+        database.last_old_row = functions->column_int64(statement, 1);
     }
     if (code != SQLITE_DONE)
-        DATABASE_FAIL(database, code);
+        CLIENT_FAIL_IN(database, code);
+}
+
+static void my_list_names(KT_context *ctx, client_database &database, KT_vhash *names) noexcept
+{
+    static constexpr const char *sql = "SELECT name, rowid FROM sqlite_master ORDER BY rowid";
+    sqlite3_stmt *statement = nullptr;
+    database.guard = {client_duty::own_statement};
+    const int code = database.functions->prepare(database.connection, sql, &statement);
+    if (code != SQLITE_OK)
+        CLIENT_FAIL_IN(database, code);
+    my_collect_names(ctx, database, statement, names);
+    database.guard = {};
+    database.functions->finalize(statement);
+    if (kt_failed_at(ctx, KT_HERE, __LINE__))
+        return;
 }
 
 void client_database__check_names(KT_context *ctx, client_database &database, const client_plan &plan) noexcept
 {
     kt_owned_vhash taken{ctx};
     KT_TRY(KT_vhash__alloc(ctx, taken.out()));
-    sqlite3_stmt *statement = nullptr;
-    database.guard = {client_duty::look};
-    const int code = database.functions->prepare(database.connection, "SELECT name FROM sqlite_master", &statement);
-    database.guard = {};
-    if (code != SQLITE_OK)
-        DATABASE_FAIL(database, code);
-    my_collect_names(ctx, database, statement, taken);
-    database.functions->finalize(statement);
-    if (kt_failed_at(ctx, KT_HERE, __LINE__))
-        return;
+    KT_TRY(my_list_names(ctx, database, taken));
     uint32_t count = 0;
     KT_TRY(KT_vhash__count(ctx, taken, &count));
     name_search search{taken, database.file_name};
@@ -124,55 +120,51 @@ void client_database__check_names(KT_context *ctx, client_database &database, co
         KT_TRY(client_each_name(ctx, plan, my_refuse_taken, &search));
 }
 
-// Makes ready for inserting rows of triggers. That this may be refused is no failure.
-static void my_begin_triggers(KT_context *ctx, client_database &database) noexcept
-{
-    database.triggers_begun = true;
-    KT_TRY(my_run(ctx, database, client_duty::settings, "PRAGMA writable_schema=ON"));
-    database.guard = {client_duty::schema_row};
-    database.functions->prepare(database.connection, insert_trigger_row, &database.trigger_row);
-    database.guard = {};
-}
-
-static int my_insert_trigger_row(client_database &database, const client_statement &statement) noexcept
+// Compiles a statement that holds texts of the schema, and runs it unless compiling it was the purpose.
+static int my_compile(client_database &database, const client_guard &guard, const char *sql, bool run) noexcept
 {
     const KT_sqlite_functions *functions = database.functions;
-    sqlite3_stmt *row = database.trigger_row;
-    int code = functions->bind_text(row, 1, statement.name, -1);
-    if (code == SQLITE_OK)
-        code = functions->bind_text(row, 2, statement.tbl, -1);
-    if (code == SQLITE_OK)
-        code = functions->bind_text(row, 3, statement.sql, -1);
-    if (code == SQLITE_OK)
-        code = functions->step(row);
-    const int reset_code = functions->reset(row);
-    return code == SQLITE_DONE ? reset_code : code;
+    sqlite3_stmt *statement = nullptr;
+    database.guard = guard;
+    int code = functions->prepare(database.connection, sql, &statement);
+    if (code == SQLITE_OK && run)
+        code = functions->step(statement);
+    database.guard = {};
+    functions->finalize(statement);
+    return code == SQLITE_DONE ? SQLITE_OK : code;
+}
+
+static void my_create_tbl(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
+{
+    const int code = my_compile(database, {client_duty::tbl, statement.tbl}, statement.sql, true);
+    if (code != SQLITE_OK)
+        CLIENT_FAIL(KT_ERR_SQLITE(code), client_place{statement.tbl}, "%s",
+                    database.functions->message(database.connection));
+    KT_TRY(client_schema_rows__note_tbl(ctx, database));
+}
+
+static void my_create_trigger(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
+{
+    KT_TRY(client_schema_rows__end_tbls(ctx, database));
+    const bool insert = database.insert_row != nullptr;
+    const client_guard guard{client_duty::trigger, statement.tbl, statement.name};
+    int code = my_compile(database, guard, statement.sql, !insert);
+    if (code == SQLITE_OK && insert)
+        code = client_schema_rows__insert_trigger(database, statement);
+    const client_place place{statement.tbl, "trigger", statement.name};
+    if (code != SQLITE_OK)
+        CLIENT_FAIL(KT_ERR_SQLITE(code), place, "%s", database.functions->message(database.connection));
 }
 
 void client_database__create(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
 {
-    const bool trigger = statement.kind != client_kind::tbl;
-    if (trigger && !database.triggers_begun)
-        KT_TRY(my_begin_triggers(ctx, database));
-    const KT_sqlite_functions *functions = database.functions;
-    database.guard = {trigger ? client_duty::trigger : client_duty::tbl, statement.tbl, statement.name};
-    sqlite3_stmt *compiled = nullptr;
-    int code = functions->prepare(database.connection, statement.sql, &compiled);
-    if (code == SQLITE_OK && !(trigger && database.trigger_row)) {
-        code = functions->step(compiled);
-        code = code == SQLITE_DONE ? SQLITE_OK : code;
-    }
-    database.guard = {};
-    functions->finalize(compiled);
-    if (code == SQLITE_OK && trigger && database.trigger_row)
-        code = my_insert_trigger_row(database, statement);
-    const client_place tbl{statement.tbl};
-    const client_place place = trigger ? client_place{statement.tbl, "trigger", statement.name} : tbl;
-    if (code != SQLITE_OK)
-        CLIENT_FAIL(KT_ERR_SQLITE(code), place, "%s", functions->message(database.connection));
+    if (statement.kind == client_kind::tbl)
+        KT_TRY(my_create_tbl(ctx, database, statement));
+    else
+        KT_TRY(my_create_trigger(ctx, database, statement));
 }
 
 void client_database__commit(KT_context *ctx, client_database &database) noexcept
 {
-    KT_TRY(my_run(ctx, database, client_duty::transaction, client_commit));
+    KT_TRY(client_database__run(ctx, database, client_commit));
 }

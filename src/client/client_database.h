@@ -13,9 +13,12 @@ struct client_database {
     const char *file_name = nullptr;
     const KT_sqlite_functions *functions = nullptr;
     struct sqlite3 *connection = nullptr;
-    struct sqlite3_stmt *trigger_row = nullptr; // inserts a trigger into the schema table; null where that is refused
-    bool triggers_begun = false;
     client_guard guard;
+    // Of client_schema_rows.cpp.
+    struct sqlite3_stmt *insert_row = nullptr; // null where SQLite does not allow it
+    int64_t last_old_row = 0;                  // the last row of the schema table that was there before
+    uint32_t new_tbls = 0;                     // whose rows stand in the schema table
+    bool has_shelf = false;
 };
 
 // Opens the file with the settings under which the database works as it should, and begins the transaction.
@@ -24,7 +27,14 @@ void client_database__begin(KT_context *ctx, client_database &database, const ch
 // Refuses a database that has something under a name that the plan needs.
 void client_database__check_names(KT_context *ctx, client_database &database, const client_plan &plan) noexcept;
 
-// Creates one thing. Tables come first: from the first trigger on no table can be created.
+// Creates one thing; tables come first.
 void client_database__create(KT_context *ctx, client_database &database, const client_statement &statement) noexcept;
 
 void client_database__commit(KT_context *ctx, client_database &database) noexcept;
+
+// Runs one statement of our own: it holds no text of a schema, and gives no rows.
+void client_database__run(KT_context *ctx, client_database &database, const char *sql) noexcept;
+
+// Raises what SQLite says of its last failure, and returns.
+#define CLIENT_FAIL_IN(database, code) \
+    KT_FAIL(KT_ERR_SQLITE(code), "%s: %s", (database).file_name, (database).functions->message((database).connection))

@@ -90,12 +90,6 @@ static bool my_may_create_trigger(const client_guard &guard, int action, const c
     }
 }
 
-static bool my_is_needed_setting(const char *pragma) noexcept
-{
-    return my_equal(pragma, "foreign_keys") || my_equal(pragma, "recursive_triggers") ||
-           my_equal(pragma, "writable_schema");
-}
-
 static bool my_may(const client_guard &guard, int action, const char *first, const char *second) noexcept
 {
     switch (guard.duty) {
@@ -107,25 +101,19 @@ static bool my_may(const client_guard &guard, int action, const char *first, con
         return my_may_create_tbl(guard, action, first, second);
     case client_duty::trigger:
         return my_may_create_trigger(guard, action, first, second);
-    case client_duty::transaction:
-        return action == SQLITE_TRANSACTION;
-    case client_duty::settings:
-        return action == SQLITE_PRAGMA && my_is_needed_setting(first);
-    case client_duty::look:
-        return action == SQLITE_SELECT || (action == SQLITE_READ && my_is_schema_tbl(first));
-    case client_duty::schema_row:
-        return action == SQLITE_INSERT && my_is_schema_tbl(first);
+    case client_duty::own_statement:
+        return true;
     }
     return false;
 }
 
 extern "C" {
-static int my_authorize(void *guard, int action, const char *first, const char *second, const char *database,
+static int my_authorize(void *data, int action, const char *first, const char *second, const char *database,
                         const char * /* trigger or view */) noexcept
 {
-    if (database && !my_equal(database, "main"))
-        return SQLITE_DENY;
-    return my_may(*static_cast<const client_guard *>(guard), action, first, second) ? SQLITE_OK : SQLITE_DENY;
+    const auto &guard = *static_cast<const client_guard *>(data);
+    const bool elsewhere = database && !my_equal(database, "main") && guard.duty != client_duty::own_statement;
+    return !elsewhere && my_may(guard, action, first, second) ? SQLITE_OK : SQLITE_DENY;
 }
 }
 

@@ -5,14 +5,11 @@
 #include "kt_sqlite_functions.h"
 
 enum class client_duty {
-    nothing,     // every action is refused
-    expression,  // SELECT of an expression without tables
-    tbl,         // CREATE TABLE of the table named
-    trigger,     // CREATE TRIGGER of the trigger named, on the table named
-    transaction, // BEGIN, COMMIT, ROLLBACK
-    settings,    // the pragmas that creating a database needs
-    look,        // reading the schema table
-    schema_row,  // inserting a row into the schema table
+    nothing,       // every action is refused
+    expression,    // SELECT of an expression without tables
+    tbl,           // CREATE TABLE of the table named
+    trigger,       // CREATE TRIGGER of the trigger named, on the table named
+    own_statement, // a statement that holds no text of a schema: every action is allowed
 };
 
 struct client_guard {

@@ -115,8 +115,8 @@ static const char *my_event(client_kind kind) noexcept
 static void my_write_trigger(KT_context *ctx, tov_schema *schema, client_kind kind, const client_tbl &tbl,
                              const char *name, KT_string *sql) noexcept
 {
-    const char *format = "CREATE TRIGGER \"%s\" %s ON \"%s\"\nBEGIN\n";
-    KT_TRY(KT_string__append__format(ctx, sql, format, name, my_event(kind), tbl.name));
+    const char *event = my_event(kind);
+    KT_TRY(KT_string__append__format(ctx, sql, "CREATE TRIGGER \"%s\" %s ON \"%s\"\nBEGIN\n", name, event, tbl.name));
     if (kind == client_kind::delete_trigger) {
         KT_TRY(KT_string__append__sz(ctx, sql, tbl.cascades.c_str()));
         KT_TRY(KT_string__append__sz(ctx, sql, tbl.resets.c_str()));
