@@ -2,11 +2,12 @@
 #include "client_names.h"
 #include "tov_client.h"
 
+#include <cstdio>
+
 #define KT_HERE "src/client/client_order"
 
-static constexpr const char *refused_remark =
-    "the tables cannot be put in the order of their references (one refers to a table that refers only to itself, or "
-    "that is absent); tables are created in schema order";
+static constexpr const char *refused_remark = "the tables cannot be put in the order of their references, although "
+                                              "these form no cycle; tables are created in schema order";
 
 // SQLite takes a table that refers to one that is yet to come, so any order works; this one is at least predictable.
 static void my_list_in_schema_order(KT_context *ctx, tov_schema *schema, KT_varray **tbl_ids) noexcept
@@ -56,13 +57,14 @@ static void my_list_cycles(KT_context *ctx, tov_schema *schema, const KT_varray 
 // Sorts by references. Where the order is refused the list stays null: that is no failure here.
 static void my_sort(KT_context *ctx, tov_schema *schema, kt_owned_varray &tbl_ids) noexcept
 {
+    char description[200];
     KT_context__push_level(ctx);
     tov_schema__sort_by_references(ctx, schema, tbl_ids.out());
     const uint64_t code = KT_context__err_code(ctx);
+    std::snprintf(description, sizeof description, "%s", KT_context__err_description(ctx));
     KT_context__pop_level(ctx);
-    // Any other failure is the caller's: made once more at the caller's level, it stands there with all it says.
     if (code && code != KT_ERR_SCHEMA_NOT_SUPPORTED)
-        KT_TRY(tov_schema__sort_by_references(ctx, schema, tbl_ids.out()));
+        KT_FAIL(code, "%s", description);
 }
 
 void tov_client__creation_order(KT_context *ctx, tov_schema *schema, KT_varray **tbl_ids, KT_varray **remarks) noexcept

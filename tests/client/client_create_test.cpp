@@ -1,0 +1,439 @@
+#include "client_test.h"
+#include "failing_alloc.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+class ClientCreate : public ClientTest {
+  protected:
+    void SetUp() override
+    {
+        ClientTest::SetUp();
+        std::string folder = (fs::temp_directory_path() / "client_create_XXXXXX").string();
+        ASSERT_NE(mkdtemp(folder.data()), nullptr);
+        folder_ = folder;
+        file = folder_ / "created.db";
+    }
+    void TearDown() override
+    {
+        tov__set_sqlite_functions(nullptr);
+        fs::remove_all(folder_);
+        ClientTest::TearDown();
+    }
+    void create()
+    {
+        tov_client__create_database(ctx, schema, file.c_str(), nullptr, nullptr);
+    }
+    void expect_created()
+    {
+        create();
+        EXPECT_OK(ctx);
+    }
+    // What a query on the file gives.
+    std::string in_file(const std::string &sql)
+    {
+        sqlite3 *other = nullptr;
+        EXPECT_EQ(sqlite3_open_v2(file.c_str(), &other, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK);
+        const std::string result = rows(other, sql);
+        sqlite3_close(other);
+        return result;
+    }
+    void make_file(const std::string &sql)
+    {
+        sqlite3 *other = nullptr;
+        ASSERT_EQ(sqlite3_open(file.c_str(), &other), SQLITE_OK);
+        ASSERT_EQ(run(other, sql), "");
+        sqlite3_close(other);
+    }
+    void make_tbls(int count)
+    {
+        reset_schema();
+        for (int n = 0; n < count; n++) {
+            const std::string name = "T" + std::to_string(n);
+            add_tbl(name.c_str(), name.c_str());
+            add_col(name.c_str(), "a", "A");
+            add_text_col(name.c_str(), "b", "B", true);
+            set_pk(name.c_str(), "a");
+            tov_schema__add_to_unique_constraint(ctx, schema, name.c_str(), "b", "uq");
+            if (n > 0)
+                set_fk(name.c_str(), "a", ("T" + std::to_string(n / 2)).c_str(), "a", "CASCADE");
+        }
+    }
+    size_t count_files() const
+    {
+        return static_cast<size_t>(std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+    }
+
+    fs::path folder_;
+    fs::path file;
+};
+
+static constexpr const char *all_objects = "SELECT rowid, type, name, tbl_name, rootpage, sql FROM sqlite_master";
+
+TEST_F(ClientCreate, MakesTheFileThatTheScriptMakes)
+{
+    make_tbls(5);
+    open();
+    expect_created();
+    const std::string objects = in_file(all_objects);
+    EXPECT_EQ(objects, rows(connection, all_objects));
+    EXPECT_NE(objects.find("tov_delete_T0"), std::string::npos);
+    EXPECT_EQ(in_file("PRAGMA integrity_check"), "ok");
+    EXPECT_EQ(in_file("PRAGMA foreign_key_check"), "");
+    EXPECT_EQ(count_files(), 1u);
+}
+
+TEST_F(ClientCreate, MakesTriggersThatWork)
+{
+    make_tbls(3);
+    expect_created();
+    EXPECT_EQ(in_file("INSERT INTO T0 VALUES('x', 'y')"),
+              "error: [A] constraint violation: type mismatch: sint32(integer)");
+    EXPECT_EQ(in_file("INSERT INTO T0 VALUES(1,'x'); INSERT INTO T1 VALUES(1,'x'); INSERT INTO T2 VALUES(1,'x');"
+                      "DELETE FROM T0; SELECT (SELECT count(*) FROM T1), (SELECT count(*) FROM T2)"),
+              "0|0");
+}
+
+TEST_F(ClientCreate, AddsToADatabaseThatHasOtherThings)
+{
+    make_file("CREATE TABLE mine(x); INSERT INTO mine VALUES(42)");
+    make_tbls(2);
+    expect_created();
+    EXPECT_EQ(in_file("SELECT x FROM mine"), "42");
+    EXPECT_EQ(in_file("SELECT group_concat(name) FROM sqlite_master WHERE type = 'table'"), "mine,T0,T1");
+}
+
+namespace {
+struct taken_case {
+    const char *sql;
+    const char *named;
+};
+} // namespace
+
+TEST_F(ClientCreate, RefusesADatabaseThatHasAThingOfANeededName)
+{
+    static constexpr taken_case cases[] = {
+        {"CREATE TABLE t1(x)", "table \"T1\""},
+        {"CREATE VIEW T1 AS SELECT 1", "table \"T1\""},
+        {"CREATE TABLE x(x); CREATE INDEX t0 ON x(x)", "table \"T0\""},
+        {"CREATE TABLE x(x); CREATE TRIGGER TOV_update_T1 AFTER INSERT ON x BEGIN SELECT 1; END",
+         "trigger \"tov_update_T1\""},
+    };
+    make_tbls(2);
+    for (const taken_case &c : cases) {
+        SCOPED_TRACE(c.sql);
+        fs::remove(file);
+        make_file(c.sql);
+        const std::string before = in_file(all_objects);
+        create();
+        const std::string expected =
+            file.string() + ": " + c.named + " is there already, or something else of that name";
+        EXPECT_ERROR(ctx, KT_ERR_SQLITE(SQLITE_ERROR), expected.c_str());
+        reset();
+        EXPECT_EQ(in_file(all_objects), before);
+    }
+}
+
+TEST_F(ClientCreate, RefusesASchemaBeforeItTouchesTheFile)
+{
+    make_tbls(2);
+    tov_schema__set_tbl_name(ctx, schema, "T1", "x\"y");
+    create();
+    EXPECT_ERROR(ctx, KT_ERR_SCHEMA_NOT_SUPPORTED, "table \"x\"y\": a name with a double quote");
+    reset();
+    EXPECT_FALSE(fs::exists(file));
+}
+
+TEST_F(ClientCreate, RemovesTheFileThatItMadeWhenItFails)
+{
+    make_tbls(2);
+    add_col("T1", "i", "I", "identity");
+    add_col("T1", "j", "J", "identity");
+    create();
+    EXPECT_ERROR(ctx, KT_ERR_SQLITE(SQLITE_ERROR), "table \"T1\": table \"T1\" has more than one primary key");
+    reset();
+    EXPECT_EQ(count_files(), 0u);
+}
+
+TEST_F(ClientCreate, LeavesAnEmptyFileThatWasThere)
+{
+    std::ofstream(file).close();
+    make_tbls(1);
+    add_col("T0", "i", "I", "identity");
+    add_col("T0", "j", "J", "identity");
+    create();
+    EXPECT_FAILED(ctx, KT_ERR_SQLITE(SQLITE_ERROR));
+    reset();
+    EXPECT_TRUE(fs::exists(file));
+    make_tbls(1);
+    expect_created();
+}
+
+TEST_F(ClientCreate, SaysWhatIsWrongWithTheFile)
+{
+    make_tbls(1);
+    std::ofstream(file) << std::string(4096, 'x');
+    create();
+    EXPECT_ERROR(ctx, KT_ERR_SQLITE(SQLITE_NOTADB), (file.string() + ": file is not a database").c_str());
+    reset();
+    file = folder_ / "absent" / "created.db";
+    create();
+    EXPECT_ERROR(ctx, KT_ERR_SQLITE(SQLITE_CANTOPEN), (file.string() + ": unable to open database file").c_str());
+    reset();
+}
+
+TEST_F(ClientCreate, TellsHowFarItIs)
+{
+    make_tbls(3);
+    std::vector<std::pair<uint32_t, uint32_t>> told;
+    const auto note = [](void *data, uint32_t done, uint32_t total) {
+        static_cast<std::vector<std::pair<uint32_t, uint32_t>> *>(data)->emplace_back(done, total);
+    };
+    tov_client__create_database(ctx, schema, file.c_str(), note, &told);
+    EXPECT_OK(ctx);
+    ASSERT_EQ(told.size(), 11u); // three tables with two checking triggers each, two tables that others refer to
+    for (uint32_t n = 0; n < told.size(); n++)
+        EXPECT_EQ(told[n], std::pair(n + 1, 11u));
+}
+
+TEST_F(ClientCreate, OfNoTablesMakesAnEmptyDatabase)
+{
+    expect_created();
+    EXPECT_EQ(in_file("SELECT count(*) FROM sqlite_master"), "0");
+}
+
+// Every entry of the function table that creating uses, failing at its 1st, 2nd, 3rd ... call.
+static const KT_sqlite_functions *linked;
+static int calls_left;
+static int failing_code;
+static int open_statements;
+static int open_connections;
+
+static int failing(int code)
+{
+    return --calls_left == 0 ? failing_code : code;
+}
+static int my_prepare(sqlite3 *connection, const char *sql, sqlite3_stmt **statement)
+{
+    if (const int code = failing(SQLITE_OK)) {
+        *statement = nullptr;
+        return code;
+    }
+    const int code = linked->prepare(connection, sql, statement);
+    open_statements += *statement != nullptr;
+    return code;
+}
+static int my_prepare_next(sqlite3 *connection, const char *sql, sqlite3_stmt **statement, const char **rest)
+{
+    if (const int code = failing(SQLITE_OK)) {
+        *statement = nullptr;
+        return code;
+    }
+    const int code = linked->prepare_next(connection, sql, statement, rest);
+    open_statements += *statement != nullptr;
+    return code;
+}
+static int my_finalize(sqlite3_stmt *statement)
+{
+    open_statements -= statement != nullptr;
+    return linked->finalize(statement);
+}
+static int my_step(sqlite3_stmt *statement)
+{
+    const int code = failing(SQLITE_OK);
+    return code ? code : linked->step(statement);
+}
+static int my_bind_text(sqlite3_stmt *statement, int index, const char *text, int size)
+{
+    const int code = failing(SQLITE_OK);
+    return code ? code : linked->bind_text(statement, index, text, size);
+}
+static int my_open(const char *file_name, sqlite3 **connection, int flags)
+{
+    int code = failing(SQLITE_OK);
+    *connection = nullptr;
+    code = code ? code : linked->open(file_name, connection, flags);
+    open_connections += *connection != nullptr;
+    return code;
+}
+static int my_open_plain(const char *file_name, sqlite3 **connection, int flags)
+{
+    int code = failing(SQLITE_OK);
+    *connection = nullptr;
+    code = code ? code : linked->open_plain(file_name, connection, flags);
+    open_connections += *connection != nullptr;
+    return code;
+}
+static int my_close(sqlite3 *connection)
+{
+    open_connections--;
+    return linked->close(connection);
+}
+static int my_set_authorizer(sqlite3 *connection,
+                             int (*authorize)(void *, int, const char *, const char *, const char *, const char *),
+                             void *data)
+{
+    const int code = failing(SQLITE_OK);
+    return code ? code : linked->set_authorizer(connection, authorize, data);
+}
+static int my_configure(sqlite3 *connection, int setting, int on)
+{
+    const int code = failing(SQLITE_OK);
+    return code ? code : linked->configure(connection, setting, on);
+}
+
+TEST_F(ClientCreate, SurvivesEachFailureOfSqlite)
+{
+    make_tbls(2);
+    tov_schema__set_colcon_defval(ctx, schema, "T0", "b", 1, nullptr, "'x'");
+    tov_schema__add_check_constraint(ctx, schema, "T0", "ck", "A > 0");
+    linked = tov__get_sqlite_functions();
+    KT_sqlite_functions faulty = *linked;
+    faulty.prepare = my_prepare;
+    faulty.prepare_next = my_prepare_next;
+    faulty.finalize = my_finalize;
+    faulty.step = my_step;
+    faulty.bind_text = my_bind_text;
+    faulty.open = my_open;
+    faulty.open_plain = my_open_plain;
+    faulty.close = my_close;
+    faulty.set_authorizer = my_set_authorizer;
+    faulty.configure = my_configure;
+    tov__set_sqlite_functions(&faulty);
+    for (int code : {SQLITE_BUSY, SQLITE_FULL, SQLITE_IOERR, SQLITE_NOMEM, SQLITE_MISUSE, SQLITE_CORRUPT}) {
+        SCOPED_TRACE(code);
+        failing_code = code;
+        int turn = 1;
+        for (; turn < 200; turn++) {
+            fs::remove(file);
+            calls_left = turn;
+            create();
+            EXPECT_EQ(open_statements, 0);
+            EXPECT_EQ(open_connections, 0);
+            const bool failed = KT_context__has_err(ctx);
+            reset();
+            if (!failed && calls_left > 0)
+                break;
+            // One failure is none: that writing rows of triggers is refused. The triggers are then created.
+            EXPECT_EQ(fs::exists(file), !failed) << turn;
+            if (!failed) {
+                EXPECT_EQ(in_file("SELECT count(*) FROM sqlite_master WHERE type='trigger'"), "5");
+            }
+        }
+        EXPECT_GT(turn, 30);
+        EXPECT_LT(turn, 200);
+    }
+}
+
+TEST_F(ClientCreate, SaysWhatSqliteSays)
+{
+    make_tbls(1);
+    linked = tov__get_sqlite_functions();
+    KT_sqlite_functions faulty = *linked;
+    faulty.open = my_open;
+    tov__set_sqlite_functions(&faulty);
+    failing_code = SQLITE_FULL;
+    calls_left = 1;
+    create();
+    EXPECT_ERROR(ctx, KT_ERR_SQLITE(SQLITE_FULL), (file.string() + ": database or disk is full").c_str());
+    EXPECT_GE(KT_context__count_err_stackframes(ctx), 2u);
+    const char *frame = nullptr;
+    int32_t line = 0;
+    KT_context__get_nth_err_stackframe(ctx, 0, &frame, &line);
+    EXPECT_STREQ(frame, "src/client/client_database");
+    reset();
+}
+
+TEST_F(ClientCreate, SurvivesFailingAllocations)
+{
+    make_tbls(2);
+    for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
+        fs::remove(file);
+        create();
+        const bool failed = KT_context__has_err(ctx);
+        EXPECT_EQ(fs::exists(file), !failed);
+        if (!failed && !fault.fired())
+            break;
+        if (failed) {
+            EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
+        }
+    }
+}
+
+TEST_F(ClientCreate, WaitsForItsTurnAndGivesUp)
+{
+    make_file("CREATE TABLE mine(x)");
+    make_tbls(1);
+    linked = tov__get_sqlite_functions();
+    KT_sqlite_functions hasty = *linked;
+    hasty.busy_timeout = [](sqlite3 *database, int) { return linked->busy_timeout(database, 1); };
+    tov__set_sqlite_functions(&hasty);
+    sqlite3 *other = nullptr;
+    ASSERT_EQ(sqlite3_open(file.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(run(other, "BEGIN IMMEDIATE"), "");
+    create();
+    EXPECT_ERROR(ctx, KT_ERR_SQLITE(SQLITE_BUSY), (file.string() + ": database is locked").c_str());
+    reset();
+    sqlite3_close(other);
+    EXPECT_EQ(in_file("SELECT count(*) FROM sqlite_master"), "1");
+}
+
+// Creates in a process of its own, which is killed after a while, or ends. The number of its tables that are there.
+static constexpr const char *count_tbls = "SELECT count(*) FROM sqlite_master WHERE type IN ('table', 'trigger')";
+
+TEST_F(ClientCreate, KilledAtAnyMomentLeavesAllTablesOrNone)
+{
+    make_tbls(300);
+    expect_created();
+    const std::string all = in_file(count_tbls);
+    int none_left = 0;
+    for (int n = 0; n < 25; n++) {
+        SCOPED_TRACE(n);
+        fs::remove(file);
+        const pid_t child = fork();
+        if (child == 0) {
+            create();
+            _exit(0);
+        }
+        usleep(static_cast<useconds_t>(2000 + 3000 * n));
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        const std::string left = fs::exists(file) ? in_file(count_tbls) : "0";
+        EXPECT_TRUE(left == all || left == "0") << left;
+        none_left += left == "0";
+    }
+    EXPECT_GT(none_left, 0);
+}
+
+TEST_F(ClientCreate, OnAFullDiskLeavesNoTables)
+{
+    make_tbls(300);
+    expect_created();
+    const auto size = fs::file_size(file);
+    for (uintmax_t limit : {uintmax_t{1}, uintmax_t{4096}, size / 3, size - 4096}) {
+        SCOPED_TRACE(limit);
+        fs::remove(file);
+        const pid_t child = fork();
+        if (child == 0) {
+            signal(SIGXFSZ, SIG_IGN);
+            const rlimit file_size = {limit, limit};
+            setrlimit(RLIMIT_FSIZE, &file_size);
+            create();
+            const uint64_t code = KT_context__err_code(ctx);
+            _exit(code == KT_ERR_SQLITE(SQLITE_FULL) || code == KT_ERR_SQLITE(SQLITE_IOERR) ? 7 : 8);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status));
+        EXPECT_EQ(WEXITSTATUS(status), 7);
+        EXPECT_EQ(fs::exists(file) ? in_file(count_tbls) : "0", "0");
+    }
+}
