@@ -97,7 +97,7 @@ TEST_F(ClientSchemaRows, SurviveAutomaticVacuuming)
 TEST_F(ClientSchemaRows, AreLeftToSqliteWhereItInsists)
 {
     static const KT_sqlite_functions *linked = tov__get_sqlite_functions();
-    KT_sqlite_functions defensive = *linked;
+    static KT_sqlite_functions defensive = *linked; // outlives the connections opened with it
     defensive.open = [](const char *file_name, sqlite3 **database, int flags) {
         const int code = linked->open(file_name, database, flags);
         return code ? code : linked->configure(*database, SQLITE_DBCONFIG_DEFENSIVE, 1);

@@ -357,8 +357,8 @@ TEST_F(ClientTexts, OfAnotherShapeAreRefusedByTheirType)
         R"({"tbls":{"t":{"name":"T","cols":{"a":{"name":"A","type":{"name":"text"}}},"uniques":{"u":7}}}})",
         R"({"tbls":{"t":{"name":"T","cols":{"a":{"name":"A","type":{"name":"text"}}},"foreignkeys":7}}})",
         R"({"tbls":{"t":{"name":"T","cols":{"a":{"name":"A","type":{"name":"text"}}},"foreignkeys":{"f":7}}}})",
-        R"({"tbls":{"t":{"name":"T","cols":{"a":{"name":"A","type":{"name":"text"}}},)"
-        R"("foreignkeys":{"f":{"ref_tbl_id":"t","cols":{"a":7}}}}}})",
+        R"({"tbls":{"t":{"name":"T","cols":{"a":{"name":"A","type":{"name":"text"}}},
+            "foreignkeys":{"f":{"ref_tbl_id":"t","cols":{"a":7}}}}}})",
         R"({"tbls":{"t":{"name":"T","cols":{"a":{"name":"A","type":{"name":"text"}}},"check":7}}})",
         R"({"tbls":{"t":{"name":"T","cols":{"a":{"name":"A","type":{"name":"text"}}},"check":{"c":{"expr":7}}}}})",
     };
