@@ -8,8 +8,7 @@ class ClientGuard : public ClientTest {
     {
         ClientTest::SetUp();
         ASSERT_EQ(sqlite3_open(":memory:", &connection), SQLITE_OK);
-        ASSERT_EQ(run(connection, "CREATE TABLE T(a); CREATE TABLE other(x); CREATE VIEW v AS SELECT * FROM other"),
-                  "");
+        ASSERT_EQ(run(connection, "CREATE TABLE T(a); CREATE TABLE other(x); ATTACH ':memory:' AS aux"), "");
         ASSERT_EQ(client_guard__watch(tov__get_sqlite_functions(), connection, &guard), SQLITE_OK);
     }
     client_guard guard;
@@ -37,6 +36,7 @@ static const guard_case guard_cases[] = {
      "CREATE TABLE \"New\"(a PRIMARY KEY, b UNIQUE REFERENCES other(x), CHECK (length(b) > 0))", true},
     {"another table", client_duty::tbl, "CREATE TABLE elsewhere(a)", false},
     {"a temporary table of that name", client_duty::tbl, "CREATE TEMP TABLE New(a)", false},
+    {"a table of that name in an attached database", client_duty::tbl, "CREATE TABLE aux.New(a)", false},
     {"a table made from a query", client_duty::tbl, "CREATE TABLE New AS SELECT * FROM other", false},
     {"a virtual table", client_duty::tbl, "CREATE VIRTUAL TABLE New USING fts5(a)", false},
     {"a view", client_duty::tbl, "CREATE VIEW New AS SELECT 1", false},
