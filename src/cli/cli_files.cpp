@@ -1,0 +1,136 @@
+#include "cli_files.h"
+
+#include "cli.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// A file descriptor that closes itself.
+struct open_file {
+    explicit open_file(int descriptor) : fd(descriptor)
+    {
+    }
+    ~open_file()
+    {
+        if (fd > STDERR_FILENO)
+            ::close(fd);
+    }
+    open_file(const open_file &) = delete;
+    open_file &operator=(const open_file &) = delete;
+
+    int fd;
+};
+
+[[noreturn]] void fail(const char *what, const std::string &path, int error)
+{
+    throw cli_failure(std::string(what) + " (" + std::strerror(error) + ")", path);
+}
+
+void write_all(int fd, const std::string &content, const std::string &path)
+{
+    size_t written = 0;
+    while (written < content.size()) {
+        const ssize_t count = ::write(fd, content.data() + written, content.size() - written);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            fail("cannot write", path, errno);
+        written += static_cast<size_t>(count);
+    }
+}
+
+// The rights that a new file gets, or those of the file that is replaced.
+mode_t rights_for(const std::string &path)
+{
+    struct stat existing;
+    if (::stat(path.c_str(), &existing) == 0)
+        return existing.st_mode & 0777;
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return 0666 & ~mask;
+}
+
+void write_and_rename(const std::string &path, const std::string &content)
+{
+    std::string beside = path + ".XXXXXX";
+    open_file file(::mkstemp(beside.data()));
+    if (file.fd < 0)
+        fail("cannot write", path, errno);
+    try {
+        write_all(file.fd, content, path);
+        if (::fchmod(file.fd, rights_for(path)) != 0 || ::fsync(file.fd) != 0 ||
+            ::rename(beside.c_str(), path.c_str()) != 0)
+            fail("cannot write", path, errno);
+    } catch (...) {
+        ::unlink(beside.c_str());
+        throw;
+    }
+}
+
+bool is_special(const std::string &path)
+{
+    struct stat existing;
+    return ::stat(path.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode);
+}
+
+} // namespace
+
+std::string cli_read_file(const std::string &path)
+{
+    const open_file file(path == "-" ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.fd < 0)
+        fail("cannot read", path, errno);
+    std::string content;
+    struct stat status;
+    if (::fstat(file.fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0)
+        content.reserve(static_cast<size_t>(status.st_size));
+    char piece[1 << 16];
+    for (;;) {
+        const ssize_t count = ::read(file.fd, piece, sizeof piece);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            fail("cannot read", path, errno);
+        if (count == 0)
+            break;
+        content.append(piece, static_cast<size_t>(count));
+    }
+    if (content.empty())
+        throw cli_failure("the file is empty", path == "-" ? "standard input" : path);
+    return content;
+}
+
+std::string cli_read_text(const std::string &path)
+{
+    std::string content = cli_read_file(path);
+    const size_t nul = content.find('\0');
+    if (nul != std::string::npos)
+        throw cli_failure("the file is no text (byte " + std::to_string(nul) + " is NUL)", path);
+    return content;
+}
+
+void cli_print(const std::string &text)
+{
+    write_all(STDOUT_FILENO, text, "standard output");
+}
+
+// A device or pipe cannot be replaced by a file beside it.
+void cli_write_file(const std::string &path, const std::string &content)
+{
+    if (path == "-") {
+        cli_print(content);
+    } else if (is_special(path)) {
+        const open_file file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+        if (file.fd < 0)
+            fail("cannot write", path, errno);
+        write_all(file.fd, content, path);
+    } else {
+        write_and_rename(path, content);
+    }
+}

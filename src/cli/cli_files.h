@@ -1,0 +1,16 @@
+// Files as a whole: read at once, written beside and renamed, so that a failure leaves nothing half-written.
+#pragma once
+
+#include <string>
+
+// The content of a file, or of standard input for "-". Fails when it cannot be read or is empty.
+std::string cli_read_file(const std::string &path);
+
+// The same for a text: one that holds a NUL is refused, since a text ends there.
+std::string cli_read_text(const std::string &path);
+
+// Writes a file, or to standard output for "-".
+void cli_write_file(const std::string &path, const std::string &content);
+
+// Writes to standard output and makes sure that it arrived.
+void cli_print(const std::string &text);

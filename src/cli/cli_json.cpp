@@ -1,0 +1,75 @@
+#include "cli_json.h"
+
+std::string cli_take(KT_context *ctx, KT_string *string)
+{
+    std::string text = string ? KT_string__sz(string) : "";
+    KT_string__free(ctx, string);
+    return text;
+}
+
+std::string cli_json_text(KT_context *ctx, const KT_vhash *map)
+{
+    KT_string *text = nullptr;
+    KT_string__alloc(ctx, &text);
+    cli_check(ctx, "");
+    KT_vhash__to_json(ctx, map, text);
+    std::string json = cli_take(ctx, text);
+    cli_check(ctx, "");
+    return json;
+}
+
+std::vector<std::string> cli_take_texts(KT_context *ctx, KT_varray *list)
+{
+    std::vector<std::string> texts;
+    if (!list)
+        return texts;
+    uint32_t count = 0;
+    KT_varray__count(ctx, list, &count);
+    for (uint32_t n = 0; n < count; n++) {
+        const char *text = "";
+        KT_varray__get__sz(ctx, list, n, &text);
+        texts.emplace_back(text);
+    }
+    KT_varray__free(ctx, list);
+    cli_check(ctx, "");
+    return texts;
+}
+
+void cli_add_text(KT_context *ctx, KT_vhash *map, const char *key, const char *text)
+{
+    if (!text)
+        return;
+    KT_vhash__add__string__sz(ctx, map, key, text);
+    cli_check(ctx, key);
+}
+
+void cli_add_number(KT_context *ctx, KT_vhash *map, const char *key, int64_t number)
+{
+    KT_vhash__add__int64(ctx, map, key, number);
+    cli_check(ctx, key);
+}
+
+KT_varray *cli_add_list(KT_context *ctx, KT_vhash *map, const char *key)
+{
+    KT_varray *list = nullptr;
+    KT_vhash__addnew__varray(ctx, map, key, &list);
+    cli_check(ctx, key);
+    return list;
+}
+
+void cli_add_texts(KT_context *ctx, KT_vhash *map, const char *key, const std::vector<std::string> &texts)
+{
+    KT_varray *list = cli_add_list(ctx, map, key);
+    for (const std::string &text : texts) {
+        KT_varray__append__string__sz(ctx, list, text.c_str());
+        cli_check(ctx, key);
+    }
+}
+
+KT_vhash *cli_append_map(KT_context *ctx, KT_varray *list)
+{
+    KT_vhash *map = nullptr;
+    KT_varray__appendnew__vhash(ctx, list, &map);
+    cli_check(ctx, "");
+    return map;
+}

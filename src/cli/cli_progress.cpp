@@ -1,0 +1,37 @@
+#include "cli_progress.h"
+
+#include <cstdio>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+
+cli_progress::cli_progress(const char *what)
+    : what_(what), is_terminal_(isatty(STDERR_FILENO) == 1), next_(std::chrono::steady_clock::now() + 1s)
+{
+}
+
+void cli_progress::step(void *data, uint32_t done, uint32_t total)
+{
+    static_cast<cli_progress *>(data)->show(done, total);
+}
+
+void cli_progress::show(uint32_t done, uint32_t total)
+{
+    if (!is_terminal_ || total == 0)
+        return;
+    const auto now = std::chrono::steady_clock::now();
+    if (now < next_)
+        return;
+    next_ = now + 200ms;
+    is_shown_ = true;
+    std::fprintf(stderr, "\r%s: %u of %u (%u %%) ", what_, done, total,
+                 static_cast<unsigned>(uint64_t{done} * 100 / total));
+    std::fflush(stderr);
+}
+
+void cli_progress::finish()
+{
+    if (is_shown_)
+        std::fputs("\r\033[K", stderr);
+    is_shown_ = false;
+}

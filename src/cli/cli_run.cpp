@@ -1,0 +1,61 @@
+// The command line as a whole: which subcommand runs, and how failures come out.
+
+#include "cli.h"
+#include "commands.h"
+
+#include <cstdio>
+
+namespace {
+
+constexpr const char *about =
+    "From a SQL Server catalogue export to a working SQLite database.\n"
+    "\n"
+    "  tov-schema import catalogue.json -o schema.json\n"
+    "  tov-schema create schema.json client.db\n"
+    "\n"
+    "A file named - is standard input or output. Exit codes: 0 done, 1 refused input, 2 usage\n"
+    "(diff: 0 same, 1 different, 2 trouble).";
+
+void add_subcommands(CLI::App &app, cli_action *action)
+{
+    cli_add_import(app, action);
+    cli_add_create(app, action);
+    cli_add_sql(app, action);
+    cli_add_tables(app, action);
+    cli_add_default(app, action);
+    cli_add_refs(app, action);
+    cli_add_graph(app, action);
+    cli_add_select(app, action);
+    cli_add_diff(app, action);
+    cli_add_lite(app, action);
+}
+
+int complain(const std::string &text, int code)
+{
+    std::fprintf(stderr, "tov-schema: %s\n", text.c_str());
+    return code;
+}
+
+} // namespace
+
+int cli_run(int argc, char **argv)
+try {
+    CLI::App app(about, "tov-schema");
+    cli_action action;
+    app.set_version_flag("--version", "tov-schema " TOV_SCHEMA_VERSION);
+    app.require_subcommand(1);
+    add_subcommands(app, &action);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
+            return app.exit(error); // --help, --version
+        return complain(std::string(error.what()) + "\nRun tov-schema --help, or tov-schema SUBCOMMAND --help.",
+                        cli_usage);
+    }
+    return action();
+} catch (const cli_failure &failure) {
+    return complain(failure.what(), failure.exit_code);
+} catch (const std::bad_alloc &) {
+    return complain("out of memory", cli_refused);
+}

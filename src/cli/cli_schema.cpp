@@ -1,0 +1,84 @@
+#include "cli_schema.h"
+
+#include "cli_files.h"
+#include "cli_json.h"
+#include "cli_shape.h"
+
+namespace {
+
+bool has_key(KT_context *ctx, const KT_vhash *map, const char *key)
+{
+    KT_bool has = 0;
+    KT_vhash__has(ctx, map, key, &has);
+    return has;
+}
+
+// A child as a map of its own: the schema takes over whole documents.
+void copy_child(KT_context *ctx, const KT_vhash *map, const char *key, const std::string &path, KT_vhash **copy)
+{
+    KT_vhash *child = nullptr;
+    KT_vhash__get__vhash(ctx, map, key, &child);
+    cli_check(ctx, path);
+    KT_vhash__alloc__from_json__sz(ctx, copy, cli_json_text(ctx, child).c_str());
+    cli_check(ctx, path);
+}
+
+} // namespace
+
+void cli_load_schema(KT_context *ctx, const std::string &path, cli_schema *schema)
+{
+    const std::string text = cli_read_text(path);
+    cli_map file(ctx, text, path);
+    if (has_key(ctx, file, "format") || (has_key(ctx, file, "tables") && !has_key(ctx, file, "tbls")))
+        throw cli_failure("this is a catalogue export; tov-schema import makes a schema of it", path);
+
+    kt_owned_vhash document{ctx}, host_internals{ctx};
+    if (has_key(ctx, file, "schema")) {
+        copy_child(ctx, file, "schema", path, document.out());
+        if (has_key(ctx, file, "host_internals"))
+            copy_child(ctx, file, "host_internals", path, host_internals.out());
+    } else {
+        *document.out() = std::exchange(file.map, nullptr);
+    }
+    cli_check_schema_shape(ctx, document, path);
+    tov_schema__alloc__vhash(ctx, document.out(), host_internals.out(), &schema->schema);
+    cli_check(ctx, path);
+}
+
+std::string cli_table_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
+{
+    const char *name = nullptr;
+    tov_schema__get_tbl_name(ctx, schema, tbl_id.c_str(), &name);
+    cli_check(ctx, tbl_id);
+    return name ? name : tbl_id;
+}
+
+std::string cli_find_table(KT_context *ctx, tov_schema *schema, const std::string &table)
+{
+    KT_bool has = 0;
+    tov_schema__has_tbl_id(ctx, schema, table.c_str(), &has);
+    cli_check(ctx, table);
+    if (has)
+        return table;
+    const char *tbl_id = nullptr;
+    tov_schema__find_tbl_by_name(ctx, schema, table.c_str(), &tbl_id);
+    cli_check(ctx, table);
+    if (tbl_id)
+        return tbl_id;
+
+    uint32_t count = 0;
+    std::string found;
+    tov_schema__count_tbls(ctx, schema, &count);
+    for (uint32_t n = 0; n < count; n++) {
+        tov_schema__get_nth_tbl_id(ctx, schema, n, &tbl_id);
+        cli_check(ctx, table);
+        if (KT_stricmp(cli_table_name(ctx, schema, tbl_id).c_str(), table.c_str()) != 0)
+            continue;
+        if (!found.empty())
+            throw cli_failure("several tables have this name in other letter cases", table);
+        found = tbl_id;
+    }
+    if (found.empty())
+        throw cli_failure("no table of this id or name is in the schema", table);
+    return found;
+}

@@ -1,0 +1,80 @@
+// tov-schema create and sql: a schema becomes a database, or the script that makes it.
+
+#include "cli_files.h"
+#include "cli_json.h"
+#include "cli_progress.h"
+#include "cli_schema.h"
+#include "commands.h"
+#include "tov_client.h"
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+struct create_options {
+    std::string schema;
+    std::string database;
+    std::string output = "-";
+};
+
+// Says on standard error why tables are not created in the order of their references.
+void print_remarks(KT_context *ctx, tov_schema *schema, const std::string &path)
+{
+    KT_varray *tbl_ids = nullptr, *remarks = nullptr;
+    tov_client__creation_order(ctx, schema, &tbl_ids, &remarks);
+    cli_check(ctx, path);
+    KT_varray__free(ctx, tbl_ids);
+    for (const std::string &remark : cli_take_texts(ctx, remarks))
+        std::fprintf(stderr, "tov-schema: note: %s\n", remark.c_str());
+}
+
+int run_create(const create_options &options)
+{
+    const cli_context context;
+    cli_schema schema(context.ctx);
+    cli_load_schema(context.ctx, options.schema, &schema);
+    print_remarks(context.ctx, schema, options.schema);
+    cli_progress progress("creating");
+    tov_client__create_database(context.ctx, schema, options.database.c_str(), cli_progress::step, &progress);
+    progress.finish();
+    cli_check(context.ctx, options.database);
+    return cli_done;
+}
+
+int run_sql(const create_options &options)
+{
+    const cli_context context;
+    cli_schema schema(context.ctx);
+    cli_load_schema(context.ctx, options.schema, &schema);
+    print_remarks(context.ctx, schema, options.schema);
+    KT_string *script = nullptr;
+    tov_client__write_script(context.ctx, schema, &script);
+    const std::string text = cli_take(context.ctx, script);
+    cli_check(context.ctx, options.schema);
+    cli_write_file(options.output, text);
+    return cli_done;
+}
+
+} // namespace
+
+void cli_add_create(CLI::App &app, cli_action *action)
+{
+    auto options = std::make_shared<create_options>();
+    CLI::App *command = app.add_subcommand("create", "Create the tables of a schema in a SQLite database");
+    command->footer("All tables are created, or none. A database that already has one of them is refused.\n\n"
+                    "Example: tov-schema create schema.json client.db");
+    command->add_option("SCHEMA", options->schema, "the schema; - for standard input")->required();
+    command->add_option("DATABASE", options->database, "the database file; made when it is absent")->required();
+    command->callback([options, action] { *action = [options] { return run_create(*options); }; });
+}
+
+void cli_add_sql(CLI::App &app, cli_action *action)
+{
+    auto options = std::make_shared<create_options>();
+    CLI::App *command = app.add_subcommand("sql", "Print the script that create would run");
+    command->footer("Example: tov-schema sql schema.json | sqlite3 -bail client.db");
+    command->add_option("SCHEMA", options->schema, "the schema; - for standard input")->required();
+    command->add_option("-o,--output", options->output, "where the script goes (default: standard output)");
+    command->callback([options, action] { *action = [options] { return run_sql(*options); }; });
+}

@@ -1,0 +1,132 @@
+// tov-schema diff: which tables and columns two schemas share.
+
+#include "cli_files.h"
+#include "cli_json.h"
+#include "cli_schema.h"
+#include "commands.h"
+
+#include <memory>
+
+namespace {
+
+struct diff_options {
+    std::string old_schema;
+    std::string new_schema;
+    bool is_json = false;
+};
+
+struct table_diff {
+    std::vector<std::string> only_in_old, only_in_new, same, changed;
+};
+
+struct column_diff {
+    std::string table;
+    std::vector<std::string> only_in_old, only_in_new;
+};
+
+table_diff compare_tables(KT_context *ctx, tov_schema *a, tov_schema *b)
+{
+    KT_varray *only_a = nullptr, *only_b = nullptr, *same = nullptr, *changed = nullptr;
+    tov_schema__diff_tbls(ctx, a, b, &only_a, &only_b, &same, &changed);
+    table_diff diff{cli_take_texts(ctx, only_a), cli_take_texts(ctx, only_b), cli_take_texts(ctx, same),
+                    cli_take_texts(ctx, changed)};
+    cli_check(ctx, "");
+    return diff;
+}
+
+column_diff compare_columns(KT_context *ctx, tov_schema *a, tov_schema *b, const std::string &tbl_id)
+{
+    KT_varray *only_a = nullptr, *only_b = nullptr;
+    tov_schema__diff_cols(ctx, a, b, tbl_id.c_str(), &only_a, &only_b, nullptr);
+    column_diff diff{tbl_id, cli_take_texts(ctx, only_a), cli_take_texts(ctx, only_b)};
+    cli_check(ctx, tbl_id);
+    return diff;
+}
+
+std::string column_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id, const std::string &col_id)
+{
+    const char *name = nullptr;
+    tov_schema__get_col_name(ctx, schema, tbl_id.c_str(), col_id.c_str(), &name);
+    cli_check(ctx, tbl_id);
+    return name ? name : col_id;
+}
+
+std::string as_text(KT_context *ctx, tov_schema *a, tov_schema *b, const table_diff &tables,
+                    const std::vector<column_diff> &columns)
+{
+    std::string text;
+    for (const std::string &id : tables.only_in_old)
+        text += "only in old: " + cli_table_name(ctx, a, id) + "\n";
+    for (const std::string &id : tables.only_in_new)
+        text += "only in new: " + cli_table_name(ctx, b, id) + "\n";
+    for (const std::string &id : tables.changed)
+        text += "changed: " + cli_table_name(ctx, b, id) + "\n";
+    for (const column_diff &diff : columns) {
+        for (const std::string &id : diff.only_in_old)
+            text +=
+                "only in old: " + cli_table_name(ctx, a, diff.table) + "." + column_name(ctx, a, diff.table, id) + "\n";
+        for (const std::string &id : diff.only_in_new)
+            text +=
+                "only in new: " + cli_table_name(ctx, b, diff.table) + "." + column_name(ctx, b, diff.table, id) + "\n";
+    }
+    for (const std::string &id : tables.same)
+        text += "same: " + cli_table_name(ctx, a, id) + "\n";
+    return text;
+}
+
+std::string as_json(KT_context *ctx, const table_diff &tables, const std::vector<column_diff> &columns)
+{
+    cli_map result(ctx);
+    cli_add_texts(ctx, result, "only_in_old", tables.only_in_old);
+    cli_add_texts(ctx, result, "only_in_new", tables.only_in_new);
+    cli_add_texts(ctx, result, "changed", tables.changed);
+    cli_add_texts(ctx, result, "same", tables.same);
+    KT_varray *list = cli_add_list(ctx, result, "columns");
+    for (const column_diff &diff : columns) {
+        KT_vhash *entry = cli_append_map(ctx, list);
+        cli_add_text(ctx, entry, "table", diff.table.c_str());
+        cli_add_texts(ctx, entry, "only_in_old", diff.only_in_old);
+        cli_add_texts(ctx, entry, "only_in_new", diff.only_in_new);
+    }
+    return cli_json_text(ctx, result) + "\n";
+}
+
+int run(const diff_options &options)
+try {
+    const cli_context context;
+    KT_context *ctx = context.ctx;
+    cli_schema a(ctx), b(ctx);
+    cli_load_schema(ctx, options.old_schema, &a);
+    cli_load_schema(ctx, options.new_schema, &b);
+    const table_diff tables = compare_tables(ctx, a, b);
+    std::vector<column_diff> columns;
+    for (const auto &shared : {tables.changed, tables.same})
+        for (const std::string &id : shared) {
+            column_diff diff = compare_columns(ctx, a, b, id);
+            if (!diff.only_in_old.empty() || !diff.only_in_new.empty())
+                columns.push_back(std::move(diff));
+        }
+    cli_print(options.is_json ? as_json(ctx, tables, columns) : as_text(ctx, a, b, tables, columns));
+    const bool is_same =
+        tables.only_in_old.empty() && tables.only_in_new.empty() && tables.changed.empty() && columns.empty();
+    return is_same ? 0 : 1;
+} catch (cli_failure &failure) {
+    failure.exit_code = cli_usage; // trouble, as diff has it
+    throw;
+}
+
+} // namespace
+
+void cli_add_diff(CLI::App &app, cli_action *action)
+{
+    auto options = std::make_shared<diff_options>();
+    CLI::App *command = app.add_subcommand("diff", "Compare two schemas by their tables and columns");
+    command->footer(
+        "A table in both is changed when both carry a transaction id and the two differ. Exit code: 0 same,\n"
+        "1 different, 2 trouble. JSON holds ids, the text names.\n\n"
+        "Example: tov-schema diff old.json new.json");
+    command->add_option("OLD", options->old_schema, "a schema; - for standard input")->required();
+    command->add_option("NEW", options->new_schema, "the schema to compare it with; - for standard input")->required();
+    command->add_flag("--json", options->is_json, "print JSON");
+    command->callback([options, action] { *action = [options] { return run(*options); }; });
+}

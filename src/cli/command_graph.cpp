@@ -1,0 +1,202 @@
+// tov-schema graph: tables and references as a picture, for Graphviz or Mermaid.
+
+#include "cli_files.h"
+#include "cli_references.h"
+#include "cli_schema.h"
+#include "commands.h"
+
+#include <map>
+#include <memory>
+
+namespace {
+
+struct graph_options {
+    std::string schema;
+    std::string output = "-";
+    std::string format = "dot";
+};
+
+struct node {
+    std::string id;
+    std::string name;
+    std::vector<std::string> key;
+    std::vector<cli_reference> references;
+    bool is_in_cycle = false;
+};
+
+struct graph {
+    std::vector<node> nodes;
+    std::map<std::string, size_t> index; // by id
+};
+
+std::vector<std::string> key_of(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
+{
+    std::vector<std::string> names;
+    uint32_t count = 0;
+    tov_schema__count_pk_cols(ctx, schema, tbl_id.c_str(), &count);
+    cli_check(ctx, tbl_id);
+    for (uint32_t n = 0; n < count; n++) {
+        const char *name = nullptr;
+        tov_schema__get_nth_pk_col(ctx, schema, tbl_id.c_str(), n, nullptr, &name);
+        cli_check(ctx, tbl_id);
+        names.emplace_back(name ? name : "");
+    }
+    return names;
+}
+
+std::string lower(std::string text)
+{
+    for (char &byte : text)
+        if (byte >= 'A' && byte <= 'Z')
+            byte = static_cast<char>(byte - 'A' + 'a');
+    return text;
+}
+
+graph read_graph(KT_context *ctx, tov_schema *schema)
+{
+    graph result;
+    for (const std::string &id : cli_table_ids(ctx, schema)) {
+        node table;
+        table.id = id;
+        table.name = cli_table_name(ctx, schema, id);
+        table.key = key_of(ctx, schema, id);
+        table.references = cli_references_of(ctx, schema, id);
+        result.index[id] = result.nodes.size();
+        result.nodes.push_back(std::move(table));
+    }
+    for (const std::vector<std::string> &cycle : cli_table_cycles(ctx, schema))
+        for (const std::string &id : cycle)
+            result.nodes[result.index.at(id)].is_in_cycle = true;
+    return result;
+}
+
+// The table that a reference points to; null for one that is not in the schema.
+const node *target(const graph &g, const cli_reference &reference)
+{
+    const auto found = g.index.find(lower(reference.to_table));
+    return found == g.index.end() ? nullptr : &g.nodes[found->second];
+}
+
+// Names stand inside HTML-like labels in both formats.
+std::string escaped(const std::string &text)
+{
+    std::string result;
+    for (const char byte : text) {
+        switch (byte) {
+        case '&':
+            result += "&amp;";
+            break;
+        case '<':
+            result += "&lt;";
+            break;
+        case '>':
+            result += "&gt;";
+            break;
+        case '"':
+            result += "&quot;";
+            break;
+        default:
+            result += static_cast<unsigned char>(byte) < 0x20 ? ' ' : byte;
+        }
+    }
+    return result;
+}
+
+std::string joined(const std::vector<std::string> &names, const char *separator)
+{
+    std::string text;
+    for (const std::string &name : names)
+        text += (text.empty() ? "" : separator) + name;
+    return text;
+}
+
+std::string edge_label(const cli_reference &reference)
+{
+    std::string label = joined(reference.from_columns, ", ");
+    if (!reference.on_delete.empty())
+        label += " (" + reference.on_delete + ")";
+    return label;
+}
+
+// Both ends lie in a cycle, so the edge may be part of it.
+bool is_cycle_edge(const node &from, const node *to)
+{
+    return from.is_in_cycle && to && to->is_in_cycle && &from != to;
+}
+
+std::string as_dot(const graph &g)
+{
+    std::string text = "digraph schema {\n    rankdir=LR;\n    node [shape=plain, fontname=\"sans-serif\"];\n"
+                       "    edge [fontname=\"sans-serif\", fontsize=10];\n";
+    for (const node &table : g.nodes) {
+        text += "    \"" + escaped(table.id) + "\" [label=<<table border=\"0\" cellborder=\"1\" cellspacing=\"0\"" +
+                (table.is_in_cycle ? " color=\"red\"" : "") + "><tr><td bgcolor=\"" +
+                (table.is_in_cycle ? "mistyrose" : "lightgrey") + "\"><b>" + escaped(table.name) + "</b></td></tr>";
+        for (const std::string &column : table.key)
+            text += "<tr><td align=\"left\"><u>" + escaped(column) + "</u></td></tr>";
+        text += "</table>>];\n";
+    }
+    for (const node &table : g.nodes)
+        for (const cli_reference &reference : table.references)
+            if (const node *to = target(g, reference))
+                text += "    \"" + escaped(table.id) + "\" -> \"" + escaped(to->id) + "\" [label=<" +
+                        escaped(edge_label(reference)) + ">" + (is_cycle_edge(table, to) ? ", color=\"red\"" : "") +
+                        "];\n";
+    return text + "}\n";
+}
+
+// A flow chart: an entity diagram of Mermaid takes no names with blanks or dots.
+std::string as_mermaid(const graph &g)
+{
+    std::string text = "flowchart LR\n";
+    const auto name_of = [&](const node &table) { return "t" + std::to_string(g.index.at(table.id)); };
+    for (const node &table : g.nodes) {
+        text += "    " + name_of(table) + "[\"<b>" + escaped(table.name) + "</b>";
+        for (const std::string &column : table.key)
+            text += "<br/><u>" + escaped(column) + "</u>";
+        text += "\"]\n";
+    }
+    std::string styles, red_edges;
+    size_t edge = 0;
+    for (const node &table : g.nodes) {
+        for (const cli_reference &reference : table.references) {
+            const node *to = target(g, reference);
+            if (!to)
+                continue;
+            text += "    " + name_of(table) + " -->|\"" + escaped(edge_label(reference)) + "\"| " + name_of(*to) + "\n";
+            if (is_cycle_edge(table, to))
+                red_edges += (red_edges.empty() ? "" : ",") + std::to_string(edge);
+            edge++;
+        }
+        if (table.is_in_cycle)
+            styles += "    style " + name_of(table) + " fill:#ffe4e1,stroke:#ff0000\n";
+    }
+    if (!red_edges.empty())
+        styles += "    linkStyle " + red_edges + " stroke:#ff0000\n";
+    return text + styles;
+}
+
+int run(const graph_options &options)
+{
+    const cli_context context;
+    cli_schema schema(context.ctx);
+    cli_load_schema(context.ctx, options.schema, &schema);
+    const graph g = read_graph(context.ctx, schema);
+    cli_write_file(options.output, options.format == "dot" ? as_dot(g) : as_mermaid(g));
+    return cli_done;
+}
+
+} // namespace
+
+void cli_add_graph(CLI::App &app, cli_action *action)
+{
+    auto options = std::make_shared<graph_options>();
+    CLI::App *command = app.add_subcommand("graph", "Draw tables and references as Graphviz or Mermaid text");
+    command->footer("Each box shows a table and its key columns; tables that form a cycle are red.\n\n"
+                    "Example: tov-schema graph schema.json | dot -Tsvg -o schema.svg");
+    command->add_option("SCHEMA", options->schema, "the schema; - for standard input")->required();
+    command->add_option("-o,--output", options->output, "where the text goes (default: standard output)");
+    command->add_option("--format", options->format, "dot (default) or mermaid")
+        ->check(CLI::IsMember({"dot", "mermaid"}));
+    command->callback([options, action] { *action = [options] { return run(*options); }; });
+}

@@ -1,0 +1,109 @@
+// tov-schema lite: the short summary of a schema, written or listed.
+
+#include "cli_files.h"
+#include "cli_json.h"
+#include "cli_references.h"
+#include "cli_schema.h"
+#include "commands.h"
+
+#include <memory>
+
+namespace {
+
+struct lite_options {
+    std::string schema;
+    std::vector<std::string> tables;
+    std::string output = "-";
+    std::string read;
+};
+
+int write_lite(const lite_options &options)
+{
+    const cli_context context;
+    KT_context *ctx = context.ctx;
+    cli_schema schema(ctx);
+    cli_load_schema(ctx, options.schema, &schema);
+    std::vector<std::string> ids;
+    for (const std::string &table : options.tables)
+        ids.push_back(cli_find_table(ctx, schema, table));
+    if (options.tables.empty())
+        ids = cli_table_ids(ctx, schema);
+
+    kt_owned_nullhash set{ctx};
+    KT_nullhash__alloc(ctx, set.out());
+    cli_check(ctx, "");
+    for (const std::string &id : ids) {
+        KT_nullhash__update(ctx, set, id.c_str());
+        cli_check(ctx, id);
+    }
+    KT_string *json = nullptr;
+    tov_schema__lite(ctx, schema, set, &json);
+    const std::string text = cli_take(ctx, json);
+    cli_check(ctx, options.schema);
+    cli_write_file(options.output, text + "\n");
+    return cli_done;
+}
+
+// A table's line, then one for each of its columns.
+std::string list_table(KT_context *ctx, KT_vhash *lite, uint32_t n, const std::string &path)
+{
+    const char *tbl_id = nullptr;
+    int64_t txid = 0;
+    uint32_t count = 0;
+    tov_schema_lite__get_nth_tbl_id(ctx, lite, n, &tbl_id);
+    cli_check(ctx, path);
+    tov_schema_lite__get_tbl_txid(ctx, lite, tbl_id, &txid);
+    cli_check(ctx, path);
+    tov_schema_lite__count_cols(ctx, lite, tbl_id, &count);
+    cli_check(ctx, path);
+    std::string text = std::string(tbl_id) + "\ttxid " + std::to_string(txid) + "\n";
+    for (uint32_t i = 0; i < count; i++) {
+        const char *col_id = nullptr, *name = nullptr;
+        tov_schema_lite__get_nth_col_id(ctx, lite, tbl_id, i, &col_id);
+        cli_check(ctx, path);
+        tov_schema_lite__get_col_name(ctx, lite, tbl_id, col_id, &name);
+        cli_check(ctx, path);
+        text += std::string("  ") + col_id + "\t" + name + "\n";
+    }
+    return text;
+}
+
+int read_lite(const std::string &path)
+{
+    const cli_context context;
+    KT_context *ctx = context.ctx;
+    cli_map lite(ctx, cli_read_text(path), path);
+    uint32_t count = 0;
+    tov_schema_lite__count_tbls(ctx, lite, &count);
+    cli_check(ctx, path);
+    std::string text;
+    for (uint32_t n = 0; n < count; n++)
+        text += list_table(ctx, lite, n, path);
+    cli_print(text);
+    return cli_done;
+}
+
+int run(const lite_options &options)
+{
+    if (!options.read.empty())
+        return read_lite(options.read);
+    if (options.schema.empty())
+        throw cli_failure("lite needs a SCHEMA, or --read FILE", "", cli_usage);
+    return write_lite(options);
+}
+
+} // namespace
+
+void cli_add_lite(CLI::App &app, cli_action *action)
+{
+    auto options = std::make_shared<lite_options>();
+    CLI::App *command = app.add_subcommand("lite", "Write the short summary of a schema, or list one");
+    command->footer("Examples: tov-schema lite schema.json Orders Customers -o lite.json\n"
+                    "          tov-schema lite --read lite.json");
+    auto *schema = command->add_option("SCHEMA", options->schema, "the schema; - for standard input");
+    command->add_option("TABLE", options->tables, "the tables to summarise, by id or name (default: all)");
+    command->add_option("-o,--output", options->output, "where the summary goes (default: standard output)");
+    command->add_option("--read", options->read, "list the tables and columns of a summary; - for standard input")
+        ->excludes(schema);
+    command->callback([options, action] { *action = [options] { return run(*options); }; });
+}

@@ -1,0 +1,140 @@
+// tov-schema tables: what is in a schema, in creation order.
+
+#include "cli_files.h"
+#include "cli_json.h"
+#include "cli_schema.h"
+#include "commands.h"
+#include "tov_client.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+struct tables_options {
+    std::string schema;
+    bool is_json = false;
+};
+
+struct table_facts {
+    std::string id;
+    std::string name;
+    uint32_t columns = 0;
+    uint32_t key_columns = 0;
+    uint32_t uniques = 0;
+    uint32_t foreign_keys = 0; // of both kinds
+    uint32_t checks = 0;       // of both kinds
+};
+
+// Foreign keys and checks that columns carry.
+void count_in_columns(KT_context *ctx, tov_schema *schema, table_facts *facts)
+{
+    for (uint32_t n = 0; n < facts->columns; n++) {
+        const char *col_id = nullptr;
+        tov_schema__get_nth_col_id(ctx, schema, facts->id.c_str(), n, &col_id);
+        cli_check(ctx, facts->name);
+        KT_bool has_reference = 0;
+        uint32_t checks = 0;
+        tov_schema__get_colcon_fk(ctx, schema, facts->id.c_str(), col_id, &has_reference, nullptr, nullptr, nullptr,
+                                  nullptr, nullptr);
+        cli_check(ctx, facts->name);
+        tov_schema__count_colcon_checks(ctx, schema, facts->id.c_str(), col_id, &checks);
+        cli_check(ctx, facts->name);
+        facts->foreign_keys += has_reference != 0;
+        facts->checks += checks;
+    }
+}
+
+table_facts facts_of(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
+{
+    table_facts facts;
+    facts.id = tbl_id;
+    facts.name = cli_table_name(ctx, schema, tbl_id);
+    using count = void (*)(KT_context *, tov_schema *, const char *, uint32_t *) noexcept;
+    const std::pair<count, uint32_t *> counts[] = {
+        {tov_schema__count_cols, &facts.columns},
+        {tov_schema__count_pk_cols, &facts.key_columns},
+        {tov_schema__count_uniques, &facts.uniques},
+        {tov_schema__count_checks, &facts.checks},
+        {tov_schema__count_foreignkeys, &facts.foreign_keys},
+    };
+    for (const auto &[operation, result] : counts) {
+        operation(ctx, schema, tbl_id.c_str(), result);
+        cli_check(ctx, facts.name);
+    }
+    count_in_columns(ctx, schema, &facts);
+    return facts;
+}
+
+std::string as_text(const std::vector<table_facts> &tables)
+{
+    size_t width = 5;
+    for (const table_facts &t : tables)
+        width = std::max(width, t.name.size());
+    const auto line = [&](const std::string &name, const char *rest) {
+        return name + std::string(width - name.size(), ' ') + rest + "\n";
+    };
+    std::string text = line("table", "  columns  key  uniques  foreign keys  checks");
+    for (const table_facts &t : tables) {
+        char rest[80];
+        std::snprintf(rest, sizeof rest, "  %7u  %3u  %7u  %12u  %6u", t.columns, t.key_columns, t.uniques,
+                      t.foreign_keys, t.checks);
+        text += line(t.name, rest);
+    }
+    return text;
+}
+
+std::string as_json(KT_context *ctx, const std::vector<table_facts> &tables, const std::vector<std::string> &remarks)
+{
+    cli_map result(ctx);
+    KT_varray *list = cli_add_list(ctx, result, "tables");
+    for (const table_facts &t : tables) {
+        KT_vhash *entry = cli_append_map(ctx, list);
+        cli_add_text(ctx, entry, "id", t.id.c_str());
+        cli_add_text(ctx, entry, "name", t.name.c_str());
+        cli_add_number(ctx, entry, "columns", t.columns);
+        cli_add_number(ctx, entry, "key_columns", t.key_columns);
+        cli_add_number(ctx, entry, "uniques", t.uniques);
+        cli_add_number(ctx, entry, "foreign_keys", t.foreign_keys);
+        cli_add_number(ctx, entry, "checks", t.checks);
+    }
+    cli_add_texts(ctx, result, "remarks", remarks);
+    return cli_json_text(ctx, result) + "\n";
+}
+
+int run(const tables_options &options)
+{
+    const cli_context context;
+    KT_context *ctx = context.ctx;
+    cli_schema schema(ctx);
+    cli_load_schema(ctx, options.schema, &schema);
+    KT_varray *tbl_ids = nullptr, *remark_list = nullptr;
+    tov_client__creation_order(ctx, schema, &tbl_ids, &remark_list);
+    cli_check(ctx, options.schema);
+    const std::vector<std::string> ids = cli_take_texts(ctx, tbl_ids), remarks = cli_take_texts(ctx, remark_list);
+
+    std::vector<table_facts> tables;
+    for (const std::string &id : ids)
+        tables.push_back(facts_of(ctx, schema, id));
+    if (options.is_json) {
+        cli_print(as_json(ctx, tables, remarks));
+        return cli_done;
+    }
+    for (const std::string &remark : remarks)
+        std::fprintf(stderr, "tov-schema: note: %s\n", remark.c_str());
+    cli_print(as_text(tables));
+    return cli_done;
+}
+
+} // namespace
+
+void cli_add_tables(CLI::App &app, cli_action *action)
+{
+    auto options = std::make_shared<tables_options>();
+    CLI::App *command = app.add_subcommand("tables", "List the tables of a schema in creation order");
+    command->footer("Example: tov-schema tables schema.json");
+    command->add_option("SCHEMA", options->schema, "the schema; - for standard input")->required();
+    command->add_flag("--json", options->is_json, "print JSON");
+    command->callback([options, action] { *action = [options] { return run(*options); }; });
+}

@@ -1,0 +1,8 @@
+// tov-schema: from a SQL Server catalogue export to a working SQLite database.
+
+#include "commands.h"
+
+int main(int argc, char **argv)
+{
+    return cli_run(argc, argv);
+}
