@@ -1,0 +1,73 @@
+// tov-schema default.
+
+#include "run_command.h"
+
+namespace {
+
+class CommandDefaultTest : public CommandTest {};
+
+struct default_case {
+    std::vector<std::string> arguments;
+    const char *out;
+};
+
+const default_case default_cases[] = {
+    {{"int", "((0))"}, "kept\t0\n"},
+    {{"sint32", "((-1))"}, "kept\t-1\n"},
+    {{"INT", "((0))"}, "kept\t0\n"},
+    {{"nvarchar", "(N'a''b')"}, "kept\t'a''b'\n"},
+    {{"money", "((2.5))"}, "kept\t25000\n"},
+    {{"decimal", "((12.5))", "--scale", "2"}, "kept\t1250\n"},
+    {{"decimal", "((1.005))", "--scale", "2"}, "refused\tproblem with decimal string for scale=2: 1.005\n"},
+    {{"bit", "('True')"}, "kept\t1\n"},
+    {{"uniqueidentifier", "(newid())"}, "kept\t(randomblob(16))\n"},
+    {{"uniqueidentifier", "('x')"}, "dropped\tnewid() and newsequentialid() carry over, nothing else\n"},
+    {{"datetime", "(getdate())"}, "dropped\ta literal, getutcdate() and sysutcdatetime() carry over, nothing else\n"},
+    {{"varbinary", "(0x0A1B)"}, "kept\tx'0A1B'\n"},
+    {{"identity", "((1))"}, "dropped\tan identity column has no default\n"},
+    {{"identity", "(NULL)"}, "kept\tNULL\n"},
+};
+
+TEST_F(CommandDefaultTest, ShowsWhatADefaultBecomes)
+{
+    for (const default_case &c : default_cases) {
+        std::vector<std::string> arguments{"default"};
+        arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
+        const command_result result = run(arguments);
+        EXPECT_EXIT_CODE(result, 0);
+        EXPECT_EQ(result.out, c.out) << c.arguments[0] << " " << c.arguments[1];
+    }
+}
+
+TEST_F(CommandDefaultTest, ReadsManyFromStandardInput)
+{
+    const command_result result = run({"default"}, "int\t0\t((7))\r\n\ndecimal\t2\t((1.5))\nint\t\t((300)\n");
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_EQ(result.out,
+              "kept\t7\nkept\t150\ndropped\tan integer within the type's range carries over, nothing else\n");
+}
+
+TEST_F(CommandDefaultTest, PrintsJson)
+{
+    const command_result result = run({"default", "--json"}, "int\t0\t((7))\nguid\t0\t('x')\nint\t0\t('abc')\n");
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_EQ(result.out.find(R"({"type":"int","text":"((7))","outcome":"kept","default":"7"
+})"
+                              "\n"
+                              R"({"type":"guid","text":"('x')","outcome":"dropped","reason":")"),
+              0u)
+        << result.out;
+EXPECT_NE(result.out.find(R"("outcome":"refused","reason":)"), std::string::npos) << result.out;
+}
+
+TEST_F(CommandDefaultTest, SaysWhichLineIsWrong)
+{
+    for (const char *line : {"int ((0))", "int\t0", "int\tx\t((0))", "int\t256\t((0))"}) {
+        const command_result result = run({"default"}, std::string("int\t0\t((7))\n") + line + "\n");
+        EXPECT_EXIT_CODE(result, 1);
+        EXPECT_NE(result.err.find("standard input, line 2"), std::string::npos) << result.err;
+        EXPECT_EQ(result.out, "kept\t7\n");
+    }
+}
+
+} // namespace

@@ -1,0 +1,45 @@
+// tov-schema select.
+
+#include "run_command.h"
+#include "sample.h"
+
+namespace {
+
+class CommandSelectTest : public CommandTest {};
+
+TEST_F(CommandSelectTest, PrintsSelectListAndJoin)
+{
+    const command_result result = run({"select", "-", "Children"}, sample_schema);
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_EQ(result.out, "\"t\".\"K\",\"t\".\"ParentId\"\n\"t\".\"K\"=\"o\".\"K\"\n");
+}
+
+TEST_F(CommandSelectTest, ConvertsIdentityValuesAsTheModesSay)
+{
+    EXPECT_EQ(run({"select", "-", "Parents", "--alias", "a", "--other-alias", "b", "--mode", "1"}, sample_schema).out,
+              "(CAST(SUBSTRING(\"a\".\"Id\",3,25) AS bigint)),\"a\".\"Title\"\n"
+              "(CAST(SUBSTRING(\"a\".\"Id\",3,25) AS bigint))=\"b\".\"Id\"\n");
+    EXPECT_EQ(run({"select", "-", "Parents", "--mode", "2", "--other-mode", "1"}, sample_schema).out,
+              "('S:' + CAST(\"t\".\"Id\" AS varchar(25))),\"t\".\"Title\"\n"
+              "('S:' + CAST(\"t\".\"Id\" AS varchar(25)))=(CAST(SUBSTRING(\"o\".\"Id\",3,25) AS bigint))\n");
+}
+
+TEST_F(CommandSelectTest, PrintsJson)
+{
+    EXPECT_EQ(run({"select", "-", "Children", "--json"}, sample_schema).out,
+              R"({"select":"\"t\".\"K\",\"t\".\"ParentId\"","on":"\"t\".\"K\"=\"o\".\"K\""})"
+              "\n");
+}
+
+TEST_F(CommandSelectTest, RefusesKeyColumnsInACycle)
+{
+    std::string schema = sample_schema;
+    schema.replace(schema.find(R"("K","type")") + 4, 0,
+                   R"("fk":{"ref_tbl_id":"t2","ref_col_id":"K","deferred":false},)");
+    const command_result result = run({"select", "-", "Children", "--mode", "1"}, schema);
+    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EQ(result.err, "tov-schema: the key columns refer to each other in a cycle: Children.K\n");
+    EXPECT_EXIT_CODE(run({"select", "-", "Children"}, schema), 0);
+}
+
+} // namespace
