@@ -1,7 +1,10 @@
 // The command line as a whole: which subcommand runs, and how failures come out.
 
+#include "cli_run.h"
+
 #include "cli.h"
 #include "commands.h"
+#include "tov_version.h"
 
 #include <cstdio>
 

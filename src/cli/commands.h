@@ -18,6 +18,3 @@ void cli_add_graph(CLI::App &app, cli_action *action);
 void cli_add_select(CLI::App &app, cli_action *action);
 void cli_add_diff(CLI::App &app, cli_action *action);
 void cli_add_lite(CLI::App &app, cli_action *action);
-
-// The whole command; gives the exit code.
-int cli_run(int argc, char **argv);

@@ -1,6 +1,6 @@
 // tov-schema: from a SQL Server catalogue export to a working SQLite database.
 
-#include "commands.h"
+#include "cli_run.h"
 
 int main(int argc, char **argv)
 {

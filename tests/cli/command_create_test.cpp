@@ -43,8 +43,8 @@ TEST_F(CommandCreateTest, MakesADatabaseThatWorks)
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(query("client.db", "PRAGMA integrity_check"), "ok ");
     EXPECT_EQ(query("client.db", "INSERT INTO Customers DEFAULT VALUES; SELECT * FROM Customers"), "1|nobody ");
-    EXPECT_EQ(query("client.db", "INSERT INTO Customers (Name) VALUES (5)"),
-              "[Name] constraint violation: type mismatch: text(text)");
+    EXPECT_EQ(query("client.db", "INSERT INTO Orders (CustomerId) VALUES ('one')"),
+              "[CustomerId] constraint violation: type mismatch: sint32(integer)");
 }
 
 TEST_F(CommandCreateTest, TheScriptGivesTheSameDatabase)

@@ -51,13 +51,12 @@ TEST_F(CommandDefaultTest, PrintsJson)
 {
     const command_result result = run({"default", "--json"}, "int\t0\t((7))\nguid\t0\t('x')\nint\t0\t('abc')\n");
     EXPECT_EXIT_CODE(result, 0);
-    EXPECT_EQ(result.out.find(R"({"type":"int","text":"((7))","outcome":"kept","default":"7"
-})"
+    EXPECT_EQ(result.out.find(R"json({"type":"int","text":"((7))","outcome":"kept","default":"7"})json"
                               "\n"
-                              R"({"type":"guid","text":"('x')","outcome":"dropped","reason":")"),
+                              R"json({"type":"guid","text":"('x')","outcome":"dropped","reason":")json"),
               0u)
         << result.out;
-EXPECT_NE(result.out.find(R"("outcome":"refused","reason":)"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find(R"("outcome":"refused","reason":)"), std::string::npos) << result.out;
 }
 
 TEST_F(CommandDefaultTest, SaysWhichLineIsWrong)

@@ -3,8 +3,9 @@
 
 #include <string>
 
-// An export of two tables: Customers (identity key, nvarchar, default) and Orders (decimal, reference, check).
-inline const std::string sample_catalogue = R"({
+// An export of two tables: Customers (identity key, nvarchar, default) and Orders (decimal, reference, a default that
+// does not carry over).
+inline const std::string sample_catalogue = R"json({
 "format":"sqlserver-catalogue","format_version":1,"database":{"name":"Shop","can_view_definitions":true},
 "tables":[
 {"id":101,"schema":"dbo","name":"Customers","columns":[
@@ -12,14 +13,8 @@ inline const std::string sample_catalogue = R"({
 "scale":0,"is_nullable":false,"is_identity":true,"identity":{"seed":"1","increment":"1"}},
 {"id":2,"name":"Name","system_type_id":231,"system_type":"nvarchar","user_type":"nvarchar","max_length":80,
 "precision":0,"scale":0,"collation":"Latin1_General_CI_AS","comparison_style":196609,"is_nullable":false,
-"default":{"kind":"constraint","id":1,"name":"DF_Name","definition":"(N'nobody')"
-}
-}],
-"pk":
-{
-    "name" : "PK_Customers", "columns" : [ {"name" : "CustomerId"} ]
-}
-},
+"default":{"kind":"constraint","id":1,"name":"DF_Name","definition":"(N'nobody')"}}],
+"pk":{"name":"PK_Customers","columns":[{"name":"CustomerId"}]}},
 {"id":102,"schema":"dbo","name":"Orders","columns":[
 {"id":1,"name":"OrderId","system_type_id":56,"system_type":"int","user_type":"int","max_length":4,"precision":10,
 "scale":0,"is_nullable":false,"is_identity":true,"identity":{"seed":"1","increment":"1"}},
@@ -34,11 +29,10 @@ inline const std::string sample_catalogue = R"({
 "fks":[{"name":"FK_Orders_Customers","id":201,"ref_table_id":101,"ref_schema":"dbo","ref_table":"Customers",
 "ref_key":"PK_Customers","on_delete":"CASCADE","on_update":"NO_ACTION",
 "columns":[{"column":"CustomerId","ref_column":"CustomerId"}]}]}
-]
-})";
+]})json";
 
-// A schema as the module writes it: two tables, one of them with a column that nobody filled.
-inline const std::string sample_schema = R"({"compat_level":1,"tbls":{
+// A schema as the module writes it: Parents with an identity column, Children that refer to them.
+inline const std::string sample_schema = R"json({"compat_level":1,"tbls":{
 "t1":{"name":"Parents","txid":5,"cols":{
 "id":{"name":"Id","type":{"name":"identity"},"mssql_col_data_type":"int"},
 "title":{"name":"Title","type":{"name":"text","fixed_width":false,"nocase":true,"width":20},
@@ -47,4 +41,4 @@ inline const std::string sample_schema = R"({"compat_level":1,"tbls":{
 "k":{"name":"K","type":{"name":"sint32"},"mssql_col_data_type":"int"},
 "p":{"name":"ParentId","type":{"name":"sint32"},"mssql_col_data_type":"int","fk":{"name":"FK_P","ref_tbl_id":"t1",
 "ref_col_id":"id","deferred":false,"on_delete":"CASCADE","on_update":"NO ACTION"}}},
-"pk":{"name":"PK2","cols":{"k":null}}}}})";
+"pk":{"name":"PK2","cols":{"k":null}}}}})json";
