@@ -3,6 +3,7 @@
 #include "kt_json_reader.hpp"
 #include "kt_json_text.hpp"
 
+#include <algorithm>
 #include <charconv>
 
 // Texts
@@ -154,15 +155,32 @@ static const char *my_read_digits(kt_json_reader *reader, const char *at) noexce
     return at;
 }
 
+// Whether a number that is not zero is below one: the place of its first digit, moved by its exponent.
+static bool my_is_below_one(const char *at, const char *end) noexcept
+{
+    at += *at == '-';
+    const char *first = at;
+    while (*first == '0' || *first == '.')
+        first++;
+    const char *point = std::find_if_not(at, end, my_is_digit);
+    const int64_t digits_before_point = first < point ? point - first : point - first + 1; // -2: 0.00x
+    const char *letter = std::find_if(first, end, [](char byte) { return byte == 'e' || byte == 'E'; });
+    if (letter == end)
+        return digits_before_point <= 0;
+    const char *exponent_text = letter + 1 + (letter[1] == '+');
+    int32_t exponent = 0;
+    if (std::from_chars(exponent_text, end, exponent).ec != std::errc{})
+        return *exponent_text == '-';
+    return digits_before_point + exponent <= 0;
+}
+
 // A number whose integer part ends at `at`, with a fraction or an exponent behind it.
 static const char *my_read_double(kt_json_reader *reader, const char *start, const char *at, KT_variant *value) noexcept
 {
-    bool is_tiny = false;
     if (*at == '.' && !(at = my_read_digits(reader, at + 1)))
         return nullptr;
     if (*at == 'e' || *at == 'E') {
         at++;
-        is_tiny = *at == '-';
         if (*at == '-' || *at == '+')
             at++;
         if (!(at = my_read_digits(reader, at)))
@@ -171,7 +189,7 @@ static const char *my_read_double(kt_json_reader *reader, const char *start, con
     value->type = KT_VARIANT_DOUBLE;
     if (std::from_chars(start, at, value->as.real).ec != std::errc{}) {
         // Out of range: too small a number is rounded to zero, too large a one is refused.
-        if (!is_tiny)
+        if (!my_is_below_one(start, at))
             return kt_reader_fail(reader, start, "a number within the range of a double");
         value->as.real = *start == '-' ? -0.0 : 0.0;
     }

@@ -69,6 +69,38 @@ TEST_F(JsonReaderTest, Accepts)
     }
 }
 
+// Which of the two it is depends on digits and exponent together.
+TEST_F(JsonReaderTest, TellsNumbersTooSmallFromNumbersTooLarge)
+{
+    const std::string zeros(400, '0'), small = R"({"a":0.0})", negative = R"({"a":-0.0})", refused = "(refused)";
+    const struct {
+        std::string number;
+        std::string expected;
+    } cases[] = {
+        {"0." + zeros + "1", small},
+        {"-0." + zeros + "1", negative},
+        {"0." + zeros + "1e1", small},
+        {"0." + zeros + "1E+50", small},
+        {"0." + zeros + "1e-9999999999", small},
+        {"0." + zeros + "1e+400", R"({"a":0.1})"},
+        {"0." + zeros + "1e+800", refused},
+        {"0." + zeros + "1e9999999999", refused},
+        {"1" + zeros + ".0", refused},
+        {"-1" + zeros + "e-1", refused},
+        {"1" + zeros + "e-50", refused},
+        {"1" + zeros + "e-400", R"({"a":1.0})"},
+        {"1" + zeros + "e-800", small},
+        {"1e-9999999999", small},
+        {"1e9999999999", refused},
+        {"0e9999999999", small},
+    };
+    for (const auto &c : cases) {
+        EXPECT_EQ(read("{\"a\":" + c.number + "}"), c.expected) << c.number;
+        EXPECT_FAILED(ctx, c.expected == refused ? KT_ERR_BAD_JSON : 0);
+        reset();
+    }
+}
+
 struct refused_case {
     const char *name;
     const char *text;
