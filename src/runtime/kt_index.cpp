@@ -2,11 +2,15 @@
 
 #include "kt_tree.hpp"
 
+static constexpr uint32_t my_most_members = UINT32_C(1) << 30; // the number of cells has to fit 32 bits
+
 bool kt_index_reserve(kt_arena *arena, kt_index *index, uint32_t count) noexcept
 {
     const uint32_t cells = index->cells ? index->mask + 1 : 0;
     if (count <= cells / 2)
         return true;
+    if (count > my_most_members)
+        return false;
     const uint32_t wanted = std::bit_ceil(count * 2);
     auto *fresh = kt_new_block<kt_index_cell>(arena, wanted * sizeof(kt_index_cell));
     if (!fresh)

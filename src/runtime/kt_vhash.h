@@ -34,17 +34,20 @@ KT_API void KT_vhash__alloc(KT_context *ctx, KT_vhash **map) KT_NOEXCEPT;
  *
  * Strict: UTF-8 (a byte-order mark is skipped), one object and nothing after it but white space, no repeated key in
  * an object, no NUL and no lone surrogate in a text, integers within 64 bits, nesting up to KT_JSON_MAX_DEPTH.
- * A number with a fraction or an exponent becomes a double, correctly rounded; one beyond its range is refused.
+ * A number with a fraction or an exponent becomes a double, correctly rounded (to zero where it is too small for
+ * one); a number too large for one is refused.
  *
  * Fails with KT_ERR_BAD_JSON; the description says where and what was expected, e.g.
- * "JSON text, line 3, column 14: expected ',' or '}'".
+ * "JSON text, line 3, column 14: expected ',' or '}'". A text of 8 GiB or more is KT_ERR_OUT_OF_MEMORY.
  */
 KT_API void KT_vhash__alloc__from_json__sz(KT_context *ctx, KT_vhash **map, const char *text) KT_NOEXCEPT;
 
 /**
- * Appends the JSON text of a map to a string, without blanks, pairs in order. Reading it gives the same map.
+ * Appends the JSON text of a map to a string, without blanks, pairs in order. Reading it gives the same map, unless
+ * that is nested deeper than KT_JSON_MAX_DEPTH.
  * Doubles are written in the shortest form that reads back to the same value and always as doubles (1.0, 1e300).
- * Fails with KT_ERR_BAD_VALUE at a double that is not finite, and leaves the string as it was.
+ * Fails with KT_ERR_BAD_VALUE at a double that is not finite and at a key or text that is not UTF-8, and leaves the
+ * string as it was.
  */
 KT_API void KT_vhash__to_json(KT_context *ctx, const KT_vhash *map, KT_string *json) KT_NOEXCEPT;
 
@@ -86,7 +89,7 @@ KT_API void KT_vhash__addcopy__vhash(KT_context *ctx, KT_vhash *map, const char 
 /*
  * Get: the value of a key that must be there. int32 takes a number that fits 32 bits, signed or unsigned; an
  * unsigned one comes back as the same 32 bits (4294967295 reads as -1). Others are KT_ERR_WRONG_TYPE.
- * A double reads whole numbers too.
+ * double takes an integer too.
  */
 KT_API void KT_vhash__get__vhash(KT_context *ctx, const KT_vhash *map, const char *key, KT_vhash **value) KT_NOEXCEPT;
 KT_API void KT_vhash__get__varray(KT_context *ctx, const KT_vhash *map, const char *key, KT_varray **value) KT_NOEXCEPT;

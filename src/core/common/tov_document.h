@@ -40,7 +40,10 @@ TOV_API void tov_schema__from_json(KT_context *ctx, const char *json, tov_schema
 TOV_API void tov_schema__alloc__vhash(KT_context *ctx, KT_vhash **document, KT_vhash **host_internals,
                                       tov_schema **schema) KT_NOEXCEPT;
 
-/** Writes the document as JSON text into a new string, owned. Host internals are left out. */
+/**
+ * Writes the document as JSON text into a new string, owned. Host internals are left out.
+ * Fails with KT_ERR_BAD_VALUE when an id, name or other text in it is not UTF-8.
+ */
 TOV_API void tov_schema__to_json(KT_context *ctx, tov_schema *schema, KT_string **json) KT_NOEXCEPT;
 
 /**
