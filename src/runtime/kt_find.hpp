@@ -12,12 +12,9 @@ inline uint32_t kt_scan_entries(const kt_private *layout, const kt_query &query)
     return kt_no_slot;
 }
 
-inline uint32_t kt_find_in_private(const kt_private *layout, const kt_query &query) noexcept
+inline uint32_t kt_find_in_private_index(const kt_private *layout, const kt_query &query, uint32_t hash) noexcept
 {
     const kt_index &index = layout->index;
-    if (!index.cells)
-        return kt_scan_entries(layout, query);
-    const uint32_t hash = kt_hash(query, layout->arena->seed);
     for (uint32_t at = kt_index_start(index, hash);; at = (at + 1) & index.mask) {
         const kt_index_cell &cell = index.cells[at];
         if (cell.slot_plus_1 == 0)
@@ -25,6 +22,12 @@ inline uint32_t kt_find_in_private(const kt_private *layout, const kt_query &que
         if (cell.hash == hash && kt_key_equals(kt_segment_at(layout->entries, cell.slot_plus_1 - 1)->key, query))
             return cell.slot_plus_1 - 1;
     }
+}
+
+inline uint32_t kt_find_in_private(const kt_private *layout, const kt_query &query) noexcept
+{
+    return layout->index.cells ? kt_find_in_private_index(layout, query, kt_hash(query, layout->arena->seed))
+                               : kt_scan_entries(layout, query);
 }
 
 // The list may hold more keys than the shape sees; those count as absent.

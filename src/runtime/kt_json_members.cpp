@@ -60,21 +60,12 @@ const char *kt_reader_key_text(kt_json_reader *reader, const char *at) noexcept
     return at;
 }
 
-static bool my_has_key_before(const kt_private *layout, const kt_query &query, uint32_t hash, uint32_t slot) noexcept
+// The hash counts only where there is an index.
+static bool my_has_key(const kt_private *layout, const kt_query &query, uint32_t hash) noexcept
 {
-    if (!layout->index.cells) {
-        for (uint32_t i = 0; i < slot; i++)
-            if (kt_key_equals(kt_segment_at(layout->entries, i)->key, query))
-                return true;
-        return false;
-    }
-    for (uint32_t at = kt_index_start(layout->index, hash);; at = (at + 1) & layout->index.mask) {
-        const kt_index_cell &cell = layout->index.cells[at];
-        if (cell.slot_plus_1 == 0)
-            return false;
-        if (cell.hash == hash && kt_key_equals(kt_segment_at(layout->entries, cell.slot_plus_1 - 1)->key, query))
-            return true;
-    }
+    const uint32_t slot =
+        layout->index.cells ? kt_find_in_private_index(layout, query, hash) : kt_scan_entries(layout, query);
+    return slot != kt_no_slot;
 }
 
 static bool my_fill_private(kt_json_reader *reader, kt_private *layout, uint32_t count) noexcept
@@ -87,7 +78,7 @@ static bool my_fill_private(kt_json_reader *reader, kt_private *layout, uint32_t
         const kt_packed_key &key = is_shared ? frame.shape->keys->keys[slot].packed : own->key;
         const kt_query query = my_query_of(key);
         const uint32_t hash = layout->index.cells ? kt_hash(query, reader->arena->seed) : 0;
-        if (!is_shared && my_has_key_before(layout, query, hash, slot))
+        if (own && my_has_key(layout, query, hash))
             return my_refuse_repeated_key(reader, own->place);
         *kt_segment_at(layout->entries, slot) = {key, values[slot]};
         if (layout->index.cells)

@@ -1,5 +1,6 @@
 // Shapes: which ordered list of keys follows another when a key is added.
 
+#include "kt_json_text.hpp"
 #include "kt_tree.hpp"
 
 // A map is worth a shape only when others will have the same keys. Maps keyed by ids of their own (the tables of a
@@ -82,21 +83,17 @@ static bool my_reserve_transition(kt_arena *arena) noexcept
     return true;
 }
 
-static bool my_needs_escape(const char *text, uint32_t length) noexcept
+// Whether the text between JSON's quotes is the text itself.
+static bool my_is_plain(const char *text, uint32_t length) noexcept
 {
-    for (uint32_t i = 0; i < length; i++) {
-        const auto byte = static_cast<uint8_t>(text[i]);
-        if (byte < 0x20 || byte >= 0x80 || byte == '"' || byte == '\\')
-            return true;
-    }
-    return false;
+    return kt_json_skip_plain(text, text + length) == text + length;
 }
 
 // The key's text with its NUL, then its JSON form; a key that JSON writes otherwise has none, and is written slowly.
 static bool my_make_key(kt_arena *arena, const kt_query &query, uint32_t hash, kt_shape_key *key) noexcept
 {
     const uint32_t length = query.length;
-    const bool has_json = !my_needs_escape(query.text, length);
+    const bool has_json = my_is_plain(query.text, length);
     char *text = kt_new_block<char>(arena, has_json ? 2 * size_t{length} + 4 : size_t{length} + 1);
     if (!text)
         return false;
@@ -171,7 +168,7 @@ static void my_remember_quoted(kt_shape *shape, const kt_query &query) noexcept
     std::memset(shape->quoted, 0, sizeof(shape->quoted));
     std::memcpy(shape->quoted, query.text, query.length);
     shape->quoted[query.length] = '"';
-    if (!my_needs_escape(query.text, query.length))
+    if (my_is_plain(query.text, query.length))
         shape->quoted_length = query.length + 1;
 }
 
