@@ -72,6 +72,22 @@ TEST_F(JsonWriterTest, RefusesTextsThatAreNotUtf8AndLeavesTheString)
     }
 }
 
+TEST_F(JsonWriterTest, RefusesKeysThatAreNotUtf8)
+{
+    // The second map with this key shares its layout.
+    for (const char *name : {"first", "second"}) {
+        KT_vhash *child = nullptr;
+        KT_vhash__addnew__vhash(ctx, map, name, &child);
+        KT_vhash__add__null(ctx, child, "\xC3");
+        KT_string *json = nullptr;
+        KT_string__alloc__sz(ctx, &json, "before");
+        KT_vhash__to_json(ctx, child, json);
+        EXPECT_FAILED(ctx, KT_ERR_BAD_VALUE);
+        reset();
+        EXPECT_EQ(take(ctx, json), "before");
+    }
+}
+
 TEST_F(JsonWriterTest, RefusesNumbersThatAreNotFinite)
 {
     for (const double number : {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),

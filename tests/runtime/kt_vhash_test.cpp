@@ -2,6 +2,7 @@
 
 #include "failing_alloc.h"
 #include "kt_test.h"
+#include "kt_tree.hpp"
 
 #include <algorithm>
 #include <random>
@@ -253,8 +254,10 @@ TEST_F(VhashTest, CopiesOrderAndContentAfterRemovals)
 // What was handed out stays where it is while other pairs come and go.
 TEST_F(VhashTest, BorrowedTextsKeysAndChildrenStay)
 {
-    for (const bool is_outermost : {true, false}) {
-        KT_vhash *map = is_outermost ? root : child("map");
+    // The outermost map, the first one with these keys, and the next one, which shares its layout with others.
+    for (const char *name : {"", "first", "next"}) {
+        SCOPED_TRACE(name);
+        KT_vhash *map = *name ? child(name) : root;
         std::vector<std::pair<const char *, const char *>> borrowed;
         std::vector<KT_vhash *> children;
         for (int n = 0; n < 200; n++) {
@@ -495,6 +498,57 @@ TEST_F(VhashTest, SurvivesFailingAllocations)
                 EXPECT_OK(ctx);
                 EXPECT_NE(json_of(ctx, tree), before);
                 KT_vhash__free(ctx, tree);
+            }
+        }
+    }
+}
+
+// Leaves a tree so much memory of its own, in a chunk of ample size.
+void leave_memory(const KT_vhash *map, size_t size)
+{
+    kt_pools *pools = &map->layout->arena->pools;
+    pools->next_chunk_size = 8192;
+    const kt_chunk *chunks = pools->chunks;
+    while (pools->chunks == chunks)
+        kt_pools_alloc(pools, kt_granule);
+    pools->bump = pools->bump_end - size;
+}
+
+// A tree takes memory in chunks, so what it has left decides at which step of an operation there is none.
+TEST_F(VhashTest, SurvivesFailingAtEveryStep)
+{
+    for (const sweep_case &c : sweep_cases) {
+        for (const int size : {1, 2, 8, 9, 16}) {
+            for (const bool is_shared : {false, true}) {
+                SCOPED_TRACE(std::string(c.name) + ", map of " + std::to_string(size) + (is_shared ? ", shared" : ""));
+                for (size_t left = 0; left <= 2048; left += kt_granule) {
+                    KT_vhash *tree = nullptr, *first = nullptr, *map = nullptr;
+                    KT_vhash__alloc(ctx, &tree);
+                    // The second map that begins with a key shares its layout.
+                    KT_vhash__addnew__vhash(ctx, tree, "first", &first);
+                    KT_vhash__add__null(ctx, first, is_shared ? "k0" : "other");
+                    KT_vhash__addnew__vhash(ctx, tree, "map", &map);
+                    for (int n = 0; n < size; n++)
+                        KT_vhash__add__string__sz(ctx, map, ("k" + std::to_string(n)).c_str(), "some text");
+                    ASSERT_OK(ctx);
+                    ASSERT_EQ(map->layout->is_private, !is_shared);
+                    const std::string before = json_of(ctx, tree);
+                    leave_memory(map, left);
+                    {
+                        kt_failing_alloc fault(kt_failing_alloc::mode::from_there_on);
+                        fault.next();
+                        c.act(ctx, map);
+                        EXPECT_FAILED(ctx, fault.fired() ? KT_ERR_OUT_OF_MEMORY : 0);
+                    }
+                    if (KT_context__has_err(ctx)) {
+                        reset();
+                        EXPECT_EQ(json_of(ctx, tree), before);
+                        c.act(ctx, map);
+                    }
+                    EXPECT_OK(ctx);
+                    EXPECT_NE(json_of(ctx, tree), before);
+                    KT_vhash__free(ctx, tree);
+                }
             }
         }
     }
