@@ -49,10 +49,12 @@ void tov_schema__nevermind_foreignkey(KT_context *ctx, tov_schema *schema, const
 {
     schema->change_count++;
     KT_vhash *foreignkeys = nullptr;
+    kt_owned_text dropped_id{ctx}; // an id that the schema handed out goes with the first pair that it is the key of
     KT_TRY(_tov_schema__check_foreignkeys(ctx, schema, tbl_id, &foreignkeys));
+    KT_TRY(KT_strdup(ctx, fk_id, dropped_id.out()));
     if (foreignkeys)
-        KT_TRY(KT_vhash__remove_if_present(ctx, foreignkeys, fk_id, nullptr));
-    KT_TRY(_tov_schema__drop_fk_rules(ctx, schema, fk_id));
+        KT_TRY(KT_vhash__remove_if_present(ctx, foreignkeys, dropped_id, nullptr));
+    KT_TRY(_tov_schema__drop_fk_rules(ctx, schema, dropped_id));
 }
 
 static void my_get_foreignkey(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *fk_id,

@@ -123,12 +123,12 @@ TOV_API void tov_schema__get_nth_foreignkey_col_ids(KT_context *ctx, tov_schema 
                                                     const char **ref_col_id) KT_NOEXCEPT;
 
 /**
- * Records a column's reference to a column of another table, or drops it when has is zero.
+ * Records a column's own reference to a table, or drops it when has is zero.
  *
  * @param fk_id                the id under which the violation rule is kept; read only when there is one.
  * @param name                 optional; the constraint's name.
  * @param ref_tbl_id           the referenced table; it need not exist yet. Optional when has is zero.
- * @param ref_col_id           optional; without it the reference means the other table's primary key.
+ * @param ref_col_id           optional; without it the reference means that table's primary key.
  * @param deferred             whether the host checks the reference only at commit.
  * @param on_delete            optional; the action in SQL's words.
  * @param on_update            optional; the action in SQL's words.

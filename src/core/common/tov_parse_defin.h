@@ -12,7 +12,8 @@
  * - Ids of tables and columns match without regard to case, names and all other ids exactly. Names, aliases and
  *   expressions go into generated text as they stand, without escaping: whoever takes a schema from outside checks
  *   them first.
- * - Arguments must not be null unless a docstring calls them optional.
+ * - Arguments must not be null unless a docstring calls them optional. A text that a call keeps is copied; it must
+ *   not be one that was borrowed from a record that the call replaces.
  * - KT_ERR_NOT_FOUND means that a table id or column id is not in the schema, and can come from every operation that
  *   takes one. Any operation may fail with KT_ERR_OUT_OF_MEMORY.
  * - A document from outside may have any shape. Where a value is missing or of another type than expected, the

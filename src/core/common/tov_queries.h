@@ -2,9 +2,9 @@
  * Counts, n-th ids, membership, lookups by name, and what the primary key of a table is.
  *
  * Everything is walked as a count and the n-th ids below it, counted from 0, in the order in which it was added. Ids
- * and names that come out are borrowed: those of tables and columns in lower case, all others as they were stored.
- * An n that is not below the count fails with KT_ERR_OUT_OF_RANGE. A read may create an empty "tbls" in the document,
- * and an empty "cols" or "check" in a table.
+ * and names that come out are borrowed. Ids of tables and columns are in lower case; those inside constraints, all
+ * other ids and names are as they were stored. An n that is not below the count fails with KT_ERR_OUT_OF_RANGE. A read
+ * may create an empty "tbls" in the document, and an empty "cols" or "check" in a table.
  */
 #ifndef TOV_QUERIES_H
 #define TOV_QUERIES_H

@@ -87,6 +87,36 @@ TEST_F(DocumentTest, ForeignKeysAreDropped)
     }
 }
 
+// The id goes with the key, and the rules are still to be found by it.
+TEST_F(DocumentTest, ForeignKeysAreDroppedByTheIdsThatTheSchemaHandsOut)
+{
+    static constexpr char keys[] = R"({"tbls":{"t":{"foreignkeys":{"F1":{},"A key id of some length":{}}}}})";
+    static constexpr char rules[] =
+        R"({"fk-rules":{"T":{"F1":{},"A key id of some length":{}},"U":{"A key id of some length":{},"F1":{}}}})";
+    for (uint32_t first : {0U, 1U}) {
+        SCOPED_TRACE(first);
+        load_trees(keys, rules);
+        const char *fk_id = nullptr;
+        for (uint32_t n : {first, 0U}) {
+            tov_schema__get_nth_foreignkey_id(ctx, schema, "t", n, &fk_id);
+            tov_schema__nevermind_foreignkey(ctx, schema, "t", fk_id);
+        }
+        EXPECT_OK(ctx);
+        EXPECT_EQ(document(), R"({"tbls":{"t":{"foreignkeys":{}}}})");
+        EXPECT_EQ(host_internals(), R"({"fk-rules":{"T":{},"U":{}}})");
+
+        load_trees(keys, rules);
+        KT_vhash *tbl_rules = nullptr;
+        tov_schema__get_fk_rules(ctx, schema, "T", &tbl_rules);
+        for (uint32_t n : {first, 0U}) {
+            KT_vhash__get_nth_pair(ctx, tbl_rules, n, &fk_id, nullptr);
+            tov_schema__nevermind_foreignkey(ctx, schema, "t", fk_id);
+        }
+        EXPECT_OK(ctx);
+        EXPECT_EQ(host_internals(), R"({"fk-rules":{"T":{},"U":{}}})");
+    }
+}
+
 // Two foreign keys, the second with as little as may be.
 static constexpr char two_keys[] =
     R"({"tbls":{"none":{},"t":{"foreignkeys":{"F1":{"cols":{"B":"Y","a":"x"},"name":"N","ref_tbl_id":"Other",)"
@@ -199,6 +229,8 @@ TEST_F(DocumentTest, ForeignKeysSurviveShortMemory)
         {"adding a pair", R"({"tbls":{"t":{"foreignkeys":{"F":{"cols":{}}}}}})", nullptr,
          CALL(tov_schema__add_to_foreignkey(c, s, "t", "F", "A column id of some length",
                                             "A column id of some length"))},
+        {"dropping", two_keys, R"({"fk-rules":{"T":{"F1":{},"G":{}}}})",
+         CALL(tov_schema__nevermind_foreignkey(c, s, "t", "F1"))},
     };
     expect_survival(cases);
 }
