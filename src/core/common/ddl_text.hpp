@@ -31,6 +31,19 @@ inline void ddl_keep(KT_context *ctx, tov_schema *schema, const KT_string *text,
     KT_TRY(KT_strpool__add__sz(ctx, schema->strpool, KT_string__sz(text), defin));
 }
 
+// The type that the host casts binary values of any width to.
+inline constexpr char DDL_VARIABLE_BINARY[] = "VARBINARY(MAX)";
+
+// Appends "qualifier"."name", inside a cast when there is a type to cast to.
+inline void ddl_append_host_col(KT_context *ctx, KT_string *text, const char *qualifier, const char *name,
+                                const char *cast_type) noexcept
+{
+    if (cast_type)
+        KT_TRY(ddl_append(ctx, text, {"CAST(\"", qualifier, "\".\"", name, "\" AS ", cast_type, ")"}));
+    else
+        KT_TRY(ddl_append(ctx, text, {"\"", qualifier, "\".\"", name, "\""}));
+}
+
 // The two forms of the host for a value of an identity column: "S:" and the decimal value, or the integer alone.
 enum ddl_identity_conversion : uint32_t {
     ddl_text_to_integer = 1,
@@ -46,18 +59,5 @@ inline void ddl_append_converted_identity(KT_context *ctx, KT_string *text, uint
     else if (conversion == ddl_integer_to_text)
         KT_TRY(ddl_append(ctx, text, {"('S:' + CAST(\"", qualifier, "\".\"", name, "\" AS varchar(25)))"}));
     else
-        KT_TRY(ddl_append(ctx, text, {"\"", qualifier, "\".\"", name, "\""}));
-}
-
-// The type that the host casts binary values of any width to.
-inline constexpr char DDL_VARIABLE_BINARY[] = "VARBINARY(MAX)";
-
-// Appends "qualifier"."name", inside a cast when there is a type to cast to.
-inline void ddl_append_host_col(KT_context *ctx, KT_string *text, const char *qualifier, const char *name,
-                                const char *cast_type) noexcept
-{
-    if (cast_type)
-        KT_TRY(ddl_append(ctx, text, {"CAST(\"", qualifier, "\".\"", name, "\" AS ", cast_type, ")"}));
-    else
-        KT_TRY(ddl_append(ctx, text, {"\"", qualifier, "\".\"", name, "\""}));
+        KT_TRY(ddl_append_host_col(ctx, text, qualifier, name, nullptr));
 }

@@ -287,6 +287,13 @@ TEST_F(DdlColumns, ANamedReferenceNeedsNoTable)
     KT_vhash *names = nullptr;
     KT_vhash__alloc__from_json__sz(ctx, &names, R"({"gone":"Elsewhere"})");
     EXPECT_EQ(defin("t", "c", names), R"("C" int REFERENCES "Elsewhere" DEFERRABLE INITIALLY DEFERRED)");
+
+    // Unless a column of it is to be named.
+    tov_schema__set_colcon_fk(ctx, schema, "t", "c", 1, "fk1", nullptr, "gone", "id", 1, nullptr, nullptr, 0);
+    const char *text = nullptr;
+    tov_schema__get_col_defin(ctx, schema, "t", "c", names, &text);
+    expect_failure(KT_ERR_NOT_FOUND, "table id 'gone' not found in schema");
+    EXPECT_EQ(text, nullptr);
     KT_vhash__free(ctx, names);
 }
 

@@ -156,6 +156,17 @@ TEST_F(DdlHostSelect, AnUnknownTableIsMissedWhereAColumnIsLookedUp)
     expect_failure(KT_ERR_NOT_FOUND, "table id 't' not found in schema");
 }
 
+TEST_F(DdlHostSelect, AConvertedColumnNeedsNoHostType)
+{
+    tov_schema__add_col(ctx, schema, "t", "n", "N", 1, 0, 0);
+    tov_schema__set_col_type_simple(ctx, schema, "t", "n", "sint32");
+    tov_schema__set_colcon_fk(ctx, schema, "t", "n", 1, "fk", nullptr, "p", "id", 0, nullptr, nullptr, 0);
+    EXPECT_EQ(select(2, R"({"N":"int"})", nullptr, 1, 1), R"(('S:' + CAST("q"."N" AS varchar(25))))");
+    EXPECT_OK(ctx);
+    EXPECT_EQ(select(0, R"({"N":"int"})", nullptr, 1, 1), "(null)");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'mssql_col_data_type' is not there");
+}
+
 TEST_F(DdlHostSelect, Failures)
 {
     EXPECT_EQ(select(0, R"({"Nowhere":"int"})", nullptr, 1, 1), "(null)");
