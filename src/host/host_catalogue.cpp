@@ -189,8 +189,12 @@ static constexpr host_field<host_foreignkey> fk_fields[] = {
 };
 
 static constexpr host_field<host_check> check_fields[] = {
-    {"name", &host_check::name, true},         {"definition", &host_check::definition},         {"column"},
-    {"is_disabled", &host_check::is_disabled}, {"is_not_trusted", &host_check::is_not_trusted}, {"not_for_replication"},
+    {"name", &host_check::name, true},
+    {"definition", &host_check::definition},
+    {"column", &host_check::col_name},
+    {"is_disabled", &host_check::is_disabled},
+    {"is_not_trusted", &host_check::is_not_trusted},
+    {"not_for_replication"},
 };
 
 static void my_read_cols(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,

@@ -84,6 +84,8 @@ struct host_foreignkey {
 struct host_check {
     const char *name = nullptr;
     const char *definition = nullptr;
+    const char *col_name = nullptr; // absent for a check that was declared on the table
+    const host_column *col = nullptr;
     bool is_disabled = false;
     bool is_not_trusted = false;
 };

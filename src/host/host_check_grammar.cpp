@@ -88,7 +88,7 @@ static host_value my_read_column(host_check_reader &reader)
     if (found == cols.end())
         return my_refuse(reader, "it names a column that the table lacks", name);
     if (!found->prepared) {
-        reader.reading.unprepared = &*found;
+        reader.reading.unprepared = true;
         return my_refuse(reader, "it uses a column that is left out of the table", name);
     }
     auto &used = reader.reading.cols;

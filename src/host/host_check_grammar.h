@@ -10,8 +10,8 @@ struct host_check_reading {
     const char *refusal = nullptr;
     // What the refusal is about, as written; may be empty.
     std::string detail;
-    // Set when the check uses a column that is left out of the table.
-    const host_column *unprepared = nullptr;
+    // Whether that is a column that is left out of the table.
+    bool unprepared = false;
     // The columns that it uses, each once, in order.
     std::vector<const host_column *> cols;
     // Whether the whole text stands in one pair of parentheses.

@@ -54,10 +54,16 @@ static size_t my_word_length(std::string_view text)
     return length;
 }
 
+// What cannot be split any further: the text up to a blank or a parenthesis, at least a byte of it.
+static host_token my_unknown(std::string_view rest)
+{
+    return {host_token_kind::unknown, rest.substr(0, rest.find_first_of(" \t\r\n()", 1))};
+}
+
 static host_token my_take(std::string_view &rest, host_token_kind kind, size_t length)
 {
     if (length == 0)
-        return {host_token_kind::unknown, rest};
+        return my_unknown(rest);
     const host_token token{kind, rest.substr(0, length)};
     rest.remove_prefix(length);
     return token;
@@ -67,7 +73,7 @@ static host_token my_take_name(std::string_view &rest)
 {
     const size_t close = rest.find(']');
     if (close == rest.npos || my_at(rest, close + 1) == ']')
-        return {host_token_kind::unknown, rest};
+        return my_unknown(rest);
     const host_token token{host_token_kind::name, rest.substr(1, close - 1)};
     rest.remove_prefix(close + 1);
     return token;
@@ -78,7 +84,7 @@ static host_token my_take_operator(std::string_view &rest)
     constexpr std::string_view comparisons[] = {"<>", "!=", "<=", ">=", "=", "<", ">"};
     const std::string_view two = rest.substr(0, 2);
     if (two == "--" || two == "/*" || two == "*/")
-        return {host_token_kind::unknown, rest};
+        return my_unknown(rest);
     for (const std::string_view comparison : comparisons) {
         if (rest.starts_with(comparison))
             return my_take(rest, host_token_kind::comparison, comparison.size());

@@ -6,7 +6,7 @@
 
 #define KT_HERE "src/host/host_checks"
 
-// A connection to an empty database, on which statements are compiled and never run.
+// A connection to an empty database, on which statements are compiled and never run, and the beginning of the table's.
 struct host_scratch {
     host_scratch() = default;
     host_scratch(const host_scratch &) = delete;
@@ -17,22 +17,39 @@ struct host_scratch {
             tov__get_sqlite_functions()->close(connection);
     }
     sqlite3 *connection = nullptr;
+    std::string columns;
 };
 
 static constexpr int sqlite_nomem = 7;
 static constexpr int open_read_write_create = 6;
 
-static void my_open(KT_context *ctx, host_scratch &scratch)
+// Writes all of the table's columns, ready for a constraint to follow.
+static void my_write_columns(KT_context *ctx, host_import &import, const host_table &table, std::string &columns)
 {
+    columns = "CREATE TABLE \"" + table.sqlite_name + "\" (";
+    for (const host_column &col : table.cols) {
+        if (!col.prepared)
+            continue;
+        const char *defin = nullptr;
+        KT_TRY(
+            tov_schema__get_col_defin(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(), nullptr, &defin));
+        columns += std::string(defin) + ", ";
+    }
+}
+
+static void my_open(KT_context *ctx, host_import &import, const host_table &table, host_scratch &scratch)
+{
+    KT_TRY(my_write_columns(ctx, import, table, scratch.columns));
     const int rc = tov__get_sqlite_functions()->open(":memory:", &scratch.connection, open_read_write_create);
     if (rc != 0)
         KT_FAIL(KT_ERR_SQLITE(rc), "%s", tov__get_sqlite_functions()->errstr(rc));
 }
 
-// Compiles a statement; the message stays empty when SQLite takes it.
-static void my_compile(KT_context *ctx, const host_scratch &scratch, const std::string &sql, std::string &message)
+// Compiles the table with a check; the message stays empty when SQLite takes it.
+static void my_compile(KT_context *ctx, const host_scratch &scratch, const char *definition, std::string &message)
 {
     const KT_sqlite_functions *sqlite = tov__get_sqlite_functions();
+    const std::string sql = scratch.columns + "CHECK (" + definition + "))";
     sqlite3_stmt *statement = nullptr;
     const int rc = sqlite->prepare(scratch.connection, sql.c_str(), &statement);
     if (rc == sqlite_nomem)
@@ -40,20 +57,6 @@ static void my_compile(KT_context *ctx, const host_scratch &scratch, const std::
     if (rc != 0)
         message = sqlite->message(scratch.connection);
     sqlite->finalize(statement);
-}
-
-// The beginning of the table's statement: all of its columns, ready for a constraint to follow.
-static void my_write_columns(KT_context *ctx, host_import &import, const host_table &table, std::string &sql)
-{
-    sql = "CREATE TABLE \"" + table.sqlite_name + "\" (";
-    for (const host_column &col : table.cols) {
-        if (!col.prepared)
-            continue;
-        const char *defin = nullptr;
-        KT_TRY(
-            tov_schema__get_col_defin(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(), nullptr, &defin));
-        sql += std::string(defin) + ", ";
-    }
 }
 
 // Gives a check of one column to the column, which keeps its name, and any other to the table.
@@ -72,11 +75,11 @@ static void my_add_check(KT_context *ctx, host_import &import, const host_table 
 }
 
 static void my_report(KT_context *ctx, host_import &import, const host_table &table, const host_check &check,
-                      const char *code, const std::string &reason, const host_column *col = nullptr)
+                      const char *code, const std::string &reason)
 {
-    const std::string host_text =
-        "CONSTRAINT [" + std::string(check.name) + "] CHECK " + (check.definition ? check.definition : "");
-    KT_TRY(import.findings.add(ctx, code, &table, col, host_text.c_str(), reason));
+    const std::string host_text = "CONSTRAINT [" + std::string(check.name) + ']' + (check.definition ? " CHECK " : "") +
+                                  (check.definition ? check.definition : "");
+    KT_TRY(import.findings.add(ctx, code, &table, check.col, host_text.c_str(), reason));
 }
 
 static std::string my_refusal_text(const host_check_reading &reading)
@@ -90,16 +93,14 @@ static void my_add_or_report(KT_context *ctx, host_import &import, host_scratch 
 {
     const host_check_reading reading = host_read_check(table, check.definition);
     if (reading.refusal) {
-        KT_TRY(my_report(ctx, import, table, check, reading.unprepared ? "check-unprepared-column" : "check-left-out",
-                         my_refusal_text(reading), reading.unprepared));
+        const char *code = reading.unprepared ? "check-unprepared-column" : "check-left-out";
+        KT_TRY(my_report(ctx, import, table, check, code, my_refusal_text(reading)));
         return;
     }
-    std::string sql;
     std::string message;
     if (!scratch.connection)
-        KT_TRY(my_open(ctx, scratch));
-    KT_TRY(my_write_columns(ctx, import, table, sql));
-    KT_TRY(my_compile(ctx, scratch, sql + "CHECK (" + check.definition + "))", message));
+        KT_TRY(my_open(ctx, import, table, scratch));
+    KT_TRY(my_compile(ctx, scratch, check.definition, message));
     if (!message.empty()) {
         KT_TRY(my_report(ctx, import, table, check, "check-left-out",
                          "left out: SQLite does not compile the table with it: " + message));

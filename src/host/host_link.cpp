@@ -116,6 +116,17 @@ static void my_link_keys(KT_context *ctx, host_table &table, const host_columns_
     KT_TRY(my_refuse_repeated_names(ctx, table, table.checks));
 }
 
+static void my_link_check(KT_context *ctx, const host_table &table, const host_columns_by_name &cols, host_check &check)
+{
+    if (!check.col_name)
+        return;
+    const auto found = cols.find(check.col_name);
+    if (found == cols.end())
+        KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "check %s names column %s, which table %s lacks", check.name, check.col_name,
+                table.label.c_str());
+    check.col = found->second;
+}
+
 static void my_link_fk(KT_context *ctx, const host_catalogue &catalogue,
                        const std::unordered_map<const host_table *, host_columns_by_name> &cols,
                        const host_table &table, host_foreignkey &fk)
@@ -140,6 +151,8 @@ void host_link_catalogue(KT_context *ctx, host_catalogue &catalogue)
     for (host_table &table : catalogue.tables) {
         KT_TRY(my_link_cols(ctx, table, cols[&table]));
         KT_TRY(my_link_keys(ctx, table, cols[&table]));
+        for (host_check &check : table.checks)
+            KT_TRY(my_link_check(ctx, table, cols[&table], check));
     }
     std::unordered_map<int64_t, const host_foreignkey *> fks_by_id;
     for (host_table &table : catalogue.tables) {

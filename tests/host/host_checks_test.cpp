@@ -54,12 +54,16 @@ TEST_F(HostChecksTest, LeftOutOrDoubtful)
         {"disabled", a_check("([A]>(0))", R"(,"is_disabled":true)"),
          "check-disabled: dbo.T: left out: it is disabled on the server: CONSTRAINT [CK] CHECK ([A]>(0))"},
         {"hidden", R"({"name":"CK"})",
-         "check-hidden: dbo.T: left out: its text is hidden from this login: CONSTRAINT [CK] CHECK "},
+         "check-hidden: dbo.T: left out: its text is hidden from this login: CONSTRAINT [CK]"},
         {"of a column that is left out", a_check("([A]>[X])"),
-         "check-unprepared-column: dbo.T.X: left out: it uses a column that is left out of the table (X): CONSTRAINT "
+         "check-unprepared-column: dbo.T: left out: it uses a column that is left out of the table (X): CONSTRAINT "
          "[CK] CHECK ([A]>[X])"},
         {"of another meaning", a_check("([A]>getdate())"),
          "check-left-out: dbo.T: left out: SQLite lacks this or reads it differently (getdate): CONSTRAINT [CK] CHECK "
+         "([A]>getdate())"},
+        {"declared on a column", a_check("([A]>getdate())", R"(,"column":"A")"),
+         "check-left-out: dbo.T.A: left out: SQLite lacks this or reads it differently (getdate): CONSTRAINT [CK] "
+         "CHECK "
          "([A]>getdate())"},
         {"untrusted", a_check("([A]>(0))", R"(,"is_not_trusted":true)"),
          "check-untrusted: dbo.T: kept: the server has not checked the rows that are there, so some may break it: "

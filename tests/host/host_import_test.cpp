@@ -3,6 +3,12 @@
 
 #include "failing_alloc.h"
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
+
 class HostImportTest : public HostTest {};
 
 static const std::string one_table = a_table(7, "T", a_col(1, "A", "int", R"("is_identity":true)"), a_pk("PK", "A"));
@@ -136,4 +142,48 @@ TEST_F(HostImportTest, EveryAllocationMayFail)
         EXPECT_EQ(list, nullptr);
         EXPECT_EQ(fault.leaked(), 0u);
     }
+}
+
+static std::string read_file(const std::string &path)
+{
+    std::ifstream file(std::string(TOV_SOURCE_DIR "/") + path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST_F(HostImportTest, TheSampleCatalogue)
+{
+    import_file(read_file("examples/shop.json"));
+    ASSERT_OK(ctx);
+    EXPECT_EQ(codes(), "column-computed dbo.Products.Margin\n"
+                       "type-unsupported dbo.Warehouses.Notes\n"
+                       "column-computed sales.OrderLines.LineTotal\n"
+                       "type-unsupported sales.Shipments.LastSeen\n"
+                       "default-dropped dbo.ProductPrices.SetAt\n"
+                       "unique-nullable dbo.Customers.Email\n"
+                       "pk-as-unique sales.Shipments\n"
+                       "check-left-out dbo.Products.Sku");
+    uint32_t count = 0;
+    tov_schema__count_tbls(ctx, schema, &count);
+    EXPECT_EQ(count, 12u);
+}
+
+// Every code stands in the documentation, and the documentation has no others.
+TEST_F(HostImportTest, CodesAreDocumented)
+{
+    const std::regex code_in_source(R"re([{\s("]"([a-z]+(?:-[a-z]+)+)")re");
+    const std::regex code_in_table(R"re(\n\| `([a-z-]+)` \|)re");
+    const auto find_all = [](const std::string &text, const std::regex &pattern) {
+        std::set<std::string> found;
+        for (std::sregex_iterator match(text.begin(), text.end(), pattern), end; match != end; ++match)
+            found.insert((*match)[1]);
+        return found;
+    };
+    std::string sources;
+    for (const auto &entry : std::filesystem::directory_iterator(TOV_SOURCE_DIR "/src/host")) {
+        if (entry.path().extension() == ".cpp")
+            sources += read_file("src/host/" + entry.path().filename().string());
+    }
+    std::set<std::string> codes_in_use = find_all(sources, code_in_source);
+    codes_in_use.erase("sqlserver-catalogue");
+    EXPECT_EQ(find_all(read_file("docs/findings.md"), code_in_table), codes_in_use);
 }
