@@ -1,0 +1,75 @@
+// Runs every case, ours and its peers interleaved, and prints the table.
+//
+//     tov_bench [--output FILE] [Google Benchmark's options, e.g. --benchmark_filter=^json_parse]
+
+#include "bench_report.hpp"
+
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+
+void register_json_benches();
+void register_module_benches();
+void register_references_benches();
+void register_defaults_benches();
+void register_whole_way_benches();
+
+// Ratios against the best peer; of "release" against the parse, of the module's calls against what the comment in
+// their source says.
+const std::vector<bench_case> &bench_cases()
+{
+    static const std::vector<bench_case> cases = {
+        {"json_parse", "read JSON", {{"1000", 0.60}, {"10000", 0.60}}},
+        {"json_parse_more", "read JSON, beside other libraries", {}},
+        {"json_write", "write JSON", {{"1000", 0.60}, {"10000", 0.60}}},
+        {"json_walk", "walk root, tbls, id, cols, id, type, name", {{"1000", 0.80}, {"10000", 0.55}}},
+        {"memory_live", "live bytes for each byte of JSON", {{"1000", 0.75}, {"10000", 0.75}}},
+        {"json_release", "free, against the parse", {{"1000", 0.05}, {"10000", 0.05}}},
+        {"col_read", "read a column's type, against two lookups", {}},
+        {"texts", "all texts of tables and triggers, against SQLite executing them", {{"", 0.10}}},
+        {"refs_to_tbl", "find_references_to_tbl for every table, against one walk", {{"10000", 5.0}}},
+        {"refs_to_col", "find_references_to_col for every table, against one walk", {{"10000", 5.0}}},
+        {"tbls_to", "find_tbls_with_references_to for every table, against one walk", {{"10000", 5.0}}},
+        {"order_random", "order 3 references a table, against one walk", {{"10000", 2.0}}},
+        {"order_chain", "order a reversed chain, against one walk", {{"10000", 2.0}}},
+        {"trial", "trial of a default, against the statements issued directly", {{"", 1.10}}},
+        {"tokens", "scan text into tokens, against sqlite3_complete()", {{"", 1.0 / 0.6}}},
+        {"way_import", "import a catalogue", {}},
+        {"way_write", "write the schema", {}},
+        {"way_read", "read the schema", {}},
+        {"way_order", "order the tables", {}},
+        {"way_texts", "all texts of tables", {}},
+        {"way_triggers", "all inputs of triggers", {}},
+    };
+    return cases;
+}
+
+int main(int argc, char **argv)
+{
+    std::string output;
+    std::vector<char *> arguments;
+    for (int n = 0; n < argc; n++) {
+        if (std::strcmp(argv[n], "--output") == 0 && n + 1 < argc)
+            output = argv[++n];
+        else
+            arguments.push_back(argv[n]);
+    }
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
+    if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
+        return 2;
+    register_json_benches();
+    register_module_benches();
+    register_references_benches();
+    register_defaults_benches();
+    register_whole_way_benches();
+
+    bench_collector collector;
+    benchmark::RunSpecifiedBenchmarks(&collector);
+    bool is_met = true;
+    const std::string table = collector.table(&is_met);
+    std::fputs(table.c_str(), stdout);
+    if (!output.empty())
+        std::ofstream(output) << table;
+    return is_met ? 0 : 1;
+}

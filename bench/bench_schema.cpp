@@ -1,0 +1,263 @@
+#include "bench_schema.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <random>
+
+namespace {
+
+constexpr const char *words[] = {"Order",  "Item",   "Stock", "Price", "Customer", "Name",   "Date",   "Code",
+                                 "Type",   "Status", "Line",  "City",  "Region",   "Total",  "Tax",    "Unit",
+                                 "Weight", "Height", "Note",  "Flag",  "Invoice",  "Group",  "Level",  "User",
+                                 "Rate",   "Count",  "Owner", "Batch", "Parent",   "Source", "Target", "Address"};
+
+std::string name_of(std::mt19937 &random)
+{
+    std::string name = words[random() % std::size(words)];
+    while (random() % 2)
+        name += words[random() % std::size(words)];
+    return name;
+}
+
+std::string tbl_id_of(uint32_t n)
+{
+    return std::to_string(100000000 + uint64_t{n} * 7919);
+}
+
+// What a column is; the shares are those of everyday schemas.
+enum class column_kind { text, integer, decimal, datetime, bit, money, guid, blob };
+
+column_kind kind_of(std::mt19937 &random)
+{
+    constexpr column_kind kinds[] = {
+        column_kind::text,    column_kind::text,    column_kind::text,     column_kind::text,     column_kind::text,
+        column_kind::text,    column_kind::text,    column_kind::text,     column_kind::integer,  column_kind::integer,
+        column_kind::integer, column_kind::integer, column_kind::integer,  column_kind::decimal,  column_kind::decimal,
+        column_kind::bit,     column_kind::bit,     column_kind::datetime, column_kind::datetime, column_kind::guid,
+    };
+    return kinds[random() % std::size(kinds)];
+}
+
+struct host_type {
+    const char *name;
+    const char *defval; // in SQLite; null: none
+};
+
+host_type set_type(KT_context *ctx, tov_schema *schema, const char *tbl, const char *col, column_kind kind,
+                   uint32_t width)
+{
+    switch (kind) {
+    case column_kind::text:
+        tov_schema__set_col_type_text(ctx, schema, tbl, col, nullptr, nullptr, 0, 0, 1, 0, 0, 0, 0, 1, width);
+        return {"nvarchar", "''"};
+    case column_kind::integer:
+        tov_schema__set_col_type_simple(ctx, schema, tbl, col, "sint32");
+        return {"int", "0"};
+    case column_kind::decimal:
+        tov_schema__set_col_type_decimal(ctx, schema, tbl, col, 18, 2);
+        return {"decimal", "0"};
+    case column_kind::datetime:
+        tov_schema__set_col_type_datetime(ctx, schema, tbl, col, 3, "datetime2");
+        return {"datetime2", "(datetime('now'))"};
+    case column_kind::bit:
+        tov_schema__set_col_type_simple(ctx, schema, tbl, col, "uint1");
+        return {"bit", "1"};
+    case column_kind::money:
+        tov_schema__set_col_type_simple(ctx, schema, tbl, col, "money8");
+        return {"money", "0"};
+    case column_kind::guid:
+        tov_schema__set_col_type_simple(ctx, schema, tbl, col, "guid");
+        return {"uniqueidentifier", "(randomblob(16))"};
+    default:
+        tov_schema__set_col_type_blob(ctx, schema, tbl, col, 0, 0);
+        return {"varbinary", nullptr};
+    }
+}
+
+void add_column(KT_context *ctx, tov_schema *schema, const char *tbl, uint32_t n, std::mt19937 &random)
+{
+    const std::string col = std::to_string(n);
+    const std::string name = name_of(random) + (random() % 4 ? "" : col);
+    tov_schema__add_col(ctx, schema, tbl, col.c_str(), (name + std::to_string(n)).c_str(), 1, 0, 0);
+    if (n == 1) {
+        tov_schema__set_col_type_identity(ctx, schema, tbl, col.c_str(), nullptr);
+        tov_schema__set_mssql_col_type_name(ctx, schema, tbl, col.c_str(), "int");
+        return;
+    }
+    constexpr uint32_t widths[] = {10, 20, 50, 100, 255};
+    const host_type type = set_type(ctx, schema, tbl, col.c_str(), kind_of(random), widths[random() % 5]);
+    tov_schema__set_mssql_col_type_name(ctx, schema, tbl, col.c_str(), type.name);
+    if (random() % 2)
+        tov_schema__set_colcon_notnull(ctx, schema, tbl, col.c_str(), 1, nullptr);
+    if (type.defval && random() % 7 == 0)
+        tov_schema__set_colcon_defval(ctx, schema, tbl, col.c_str(), 1, ("DF_" + std::string(tbl) + "_" + name).c_str(),
+                                      type.defval);
+}
+
+// A reference from the table's n-th column to the identity column of an earlier table.
+void add_reference(KT_context *ctx, tov_schema *schema, uint32_t from, uint32_t to, const char *col)
+{
+    const std::string tbl = tbl_id_of(from), ref_tbl = tbl_id_of(to);
+    tov_schema__set_col_type_simple(ctx, schema, tbl.c_str(), col, "sint32");
+    tov_schema__set_colcon_fk(ctx, schema, tbl.c_str(), col, 1, "1", ("FK_" + tbl + "_" + col).c_str(), ref_tbl.c_str(),
+                              "1", 0, "NO ACTION", "NO ACTION", 0);
+}
+
+void add_keys(KT_context *ctx, tov_schema *schema, uint32_t n, uint32_t columns, std::mt19937 &random)
+{
+    const std::string tbl = tbl_id_of(n);
+    tov_schema__set_pk_name(ctx, schema, tbl.c_str(), ("PK_" + tbl).c_str());
+    tov_schema__add_to_pk(ctx, schema, tbl.c_str(), "1");
+    if (columns > 3 && random() % 2) {
+        tov_schema__add_to_unique_constraint(ctx, schema, tbl.c_str(), "2", ("UQ_" + tbl).c_str());
+        tov_schema__add_to_unique_constraint(ctx, schema, tbl.c_str(), "3", ("UQ_" + tbl).c_str());
+    }
+    for (uint32_t reference = random() % 4; n > 0 && columns > 8 && reference > 0; reference--)
+        add_reference(ctx, schema, n, static_cast<uint32_t>(random() % n), std::to_string(3 + reference).c_str());
+}
+
+tov_schema *make_schema(const bench_size &size)
+{
+    KT_context *ctx = bench_ctx();
+    std::mt19937 random(42);
+    tov_schema *schema = nullptr;
+    tov_schema__new(ctx, 1, &schema);
+    uint32_t left = size.columns;
+    for (uint32_t n = 0; n < size.tables; n++) {
+        const uint32_t columns = left / (size.tables - n);
+        left -= columns;
+        const std::string tbl = tbl_id_of(n);
+        tov_schema__add_tbl(ctx, schema, tbl.c_str(), (name_of(random) + std::to_string(n)).c_str(), n);
+        for (uint32_t c = 1; c <= columns; c++)
+            add_column(ctx, schema, tbl.c_str(), c, random);
+        add_keys(ctx, schema, n, columns, random);
+        bench_check();
+    }
+    return schema;
+}
+
+} // namespace
+
+KT_context *bench_ctx()
+{
+    static KT_context *ctx = [] {
+        KT_context *made = nullptr;
+        KT_context__alloc(&made);
+        return made;
+    }();
+    return ctx;
+}
+
+void bench_check()
+{
+    if (!KT_context__has_err(bench_ctx()))
+        return;
+    std::fprintf(stderr, "bench: %s\n", KT_context__err_description(bench_ctx()));
+    std::exit(1);
+}
+
+tov_schema *bench_schema(const bench_size &size)
+{
+    static std::map<uint32_t, tov_schema *> made;
+    tov_schema *&schema = made[size.tables];
+    if (!schema)
+        schema = make_schema(size);
+    return schema;
+}
+
+const std::string &bench_json(const bench_size &size)
+{
+    static std::map<uint32_t, std::string> made;
+    std::string &json = made[size.tables];
+    if (json.empty()) {
+        KT_string *text = nullptr;
+        tov_schema__to_json(bench_ctx(), bench_schema(size), &text);
+        bench_check();
+        json = KT_string__sz(text);
+        KT_string__free(bench_ctx(), text);
+    }
+    return json;
+}
+
+static tov_schema *make_tables(uint32_t tables, uint32_t columns)
+{
+    KT_context *ctx = bench_ctx();
+    tov_schema *schema = nullptr;
+    tov_schema__new(ctx, 1, &schema);
+    for (uint32_t n = 0; n < tables; n++) {
+        const std::string tbl = tbl_id_of(n);
+        tov_schema__add_tbl(ctx, schema, tbl.c_str(), ("T" + std::to_string(n)).c_str(), 0);
+        for (uint32_t c = 1; c <= columns; c++) {
+            const std::string col = std::to_string(c);
+            tov_schema__add_col(ctx, schema, tbl.c_str(), col.c_str(), ("C" + col).c_str(), 1, 0, 0);
+            tov_schema__set_col_type_simple(ctx, schema, tbl.c_str(), col.c_str(), "sint32");
+        }
+    }
+    bench_check();
+    return schema;
+}
+
+// Ten columns a table, as in a table of links; each reference takes the next column that is free.
+tov_schema *bench_reference_schema(uint32_t tables, uint32_t references)
+{
+    tov_schema *schema = make_tables(tables, 10);
+    std::mt19937 random(7);
+    std::vector<uint32_t> used(tables, 1);
+    for (uint32_t made = 0; made < references;) {
+        const auto from = static_cast<uint32_t>(random() % tables);
+        if (from == 0 || used[from] == 10)
+            continue;
+        used[from]++;
+        add_reference(bench_ctx(), schema, from, static_cast<uint32_t>(random() % from),
+                      std::to_string(used[from]).c_str());
+        made++;
+    }
+    bench_check();
+    return schema;
+}
+
+tov_schema *bench_reversed_chain(uint32_t tables)
+{
+    tov_schema *schema = make_tables(tables, 10);
+    for (uint32_t n = 0; n + 1 < tables; n++)
+        add_reference(bench_ctx(), schema, n, n + 1, "2");
+    bench_check();
+    return schema;
+}
+
+std::string bench_catalogue(const bench_size &size)
+{
+    std::mt19937 random(42);
+    std::string json = R"({"format":"sqlserver-catalogue","format_version":1,"database":{"name":"B",)"
+                       R"("can_view_definitions":true},"tables":[)";
+    uint32_t left = size.columns;
+    for (uint32_t n = 0; n < size.tables; n++) {
+        const uint32_t columns = left / (size.tables - n);
+        left -= columns;
+        json += (n ? ",{\"id\":" : "{\"id\":") + tbl_id_of(n) + ",\"schema\":\"dbo\",\"name\":\"" + name_of(random) +
+                std::to_string(n) + "\",\"columns\":[";
+        std::string key;
+        for (uint32_t c = 1; c <= columns; c++) {
+            const std::string name = name_of(random) + std::to_string(c);
+            if (c == 1)
+                key = name;
+            const bool is_text = c > 1 && random() % 2;
+            json += (c > 1 ? ",{\"id\":" : "{\"id\":") + std::to_string(c) + ",\"name\":\"" + name +
+                    "\",\"is_nullable\":" + (c > 1 && random() % 2 ? "true" : "false") +
+                    (is_text ? R"(,"system_type_id":231,"system_type":"nvarchar","user_type":"nvarchar","max_length":80,)"
+                               R"("precision":0,"scale":0,"collation":"Latin1_General_CI_AS","comparison_style":196609)"
+                             : R"(,"system_type_id":56,"system_type":"int","user_type":"int","max_length":4,)"
+                               R"("precision":10,"scale":0)") +
+                    (c == 1 ? R"(,"is_identity":true,"identity":{"seed":"1","increment":"1"})" : "") +
+                    (!is_text && c > 1 && random() % 5 == 0
+                         ? R"(,"default":{"kind":"constraint","id":1,"name":"DF_)" + tbl_id_of(n) + "_" +
+                               std::to_string(c) + R"(","definition":"((0))"
+        })"
+                         : "") +
+                    "}";
+    }
+    json += "],\"pk\":{\"name\":\"PK_" + tbl_id_of(n) + "\",\"columns\":[{\"name\":\"" + key + "\"}]}}";
+}
+return json + "]}";
+}

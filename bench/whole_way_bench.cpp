@@ -1,0 +1,136 @@
+// The whole way, from a catalogue to all texts, one step at a time.
+
+#include "bench_report.hpp"
+#include "bench_schema.hpp"
+#include "tov_client.h"
+#include "tov_host.h"
+
+namespace {
+
+void import_catalogue(benchmark::State &state, const bench_size &size)
+{
+    KT_context *ctx = bench_ctx();
+    const std::string catalogue = bench_catalogue(size);
+    for (auto _ : state) {
+        tov_schema *schema = nullptr;
+        KT_varray *findings = nullptr;
+        tov_host__import(ctx, catalogue.data(), catalogue.size(), nullptr, &schema, &findings);
+        bench_check();
+        state.PauseTiming();
+        KT_varray__free(ctx, findings);
+        tov_schema__nullfree(ctx, &schema);
+        state.ResumeTiming();
+    }
+}
+
+void write_schema(benchmark::State &state, const bench_size &size)
+{
+    for (auto _ : state) {
+        KT_string *json = nullptr;
+        tov_schema__to_json(bench_ctx(), bench_schema(size), &json);
+        KT_string__free(bench_ctx(), json);
+    }
+    bench_check();
+}
+
+void read_schema(benchmark::State &state, const bench_size &size)
+{
+    for (auto _ : state) {
+        tov_schema *schema = nullptr;
+        tov_schema__from_json(bench_ctx(), bench_json(size).c_str(), &schema);
+        state.PauseTiming();
+        tov_schema__nullfree(bench_ctx(), &schema);
+        state.ResumeTiming();
+    }
+    bench_check();
+}
+
+void order(benchmark::State &state, const bench_size &size)
+{
+    for (auto _ : state) {
+        KT_varray *ids = nullptr;
+        tov_schema__sort_by_references(bench_ctx(), bench_schema(size), &ids);
+        KT_varray__free(bench_ctx(), ids);
+    }
+    bench_check();
+}
+
+template <class Visit> void for_each_col(tov_schema *schema, const bench_size &size, Visit visit)
+{
+    KT_context *ctx = bench_ctx();
+    for (uint32_t t = 0; t < size.tables; t++) {
+        const char *tbl = nullptr, *col = nullptr;
+        uint32_t columns = 0;
+        tov_schema__get_nth_tbl_id(ctx, schema, t, &tbl);
+        tov_schema__count_cols(ctx, schema, tbl, &columns);
+        for (uint32_t c = 0; c < columns; c++) {
+            tov_schema__get_nth_col_id(ctx, schema, tbl, c, &col);
+            visit(tbl, col);
+        }
+    }
+    bench_check();
+}
+
+void texts(benchmark::State &state, const bench_size &size)
+{
+    for (auto _ : state) {
+        state.PauseTiming();
+        tov_schema *schema = nullptr;
+        tov_schema__from_json(bench_ctx(), bench_json(size).c_str(), &schema);
+        state.ResumeTiming();
+        for_each_col(schema, size, [&](const char *tbl, const char *col) {
+            const char *defin = nullptr;
+            tov_schema__get_col_defin(bench_ctx(), schema, tbl, col, nullptr, &defin);
+        });
+        state.PauseTiming();
+        tov_schema__nullfree(bench_ctx(), &schema);
+        state.ResumeTiming();
+    }
+}
+
+// What triggers are made of: the check of every column, and the references to every table.
+void triggers(benchmark::State &state, const bench_size &size)
+{
+    KT_context *ctx = bench_ctx();
+    tov_schema *schema = bench_schema(size);
+    for (auto _ : state) {
+        for_each_col(schema, size, [&](const char *tbl, const char *col) {
+            KT_string *check = nullptr;
+            tov_schema__get_col_validation_expression(ctx, schema, tbl, col, &check);
+            KT_string__free(ctx, check);
+        });
+        for (uint32_t t = 0; t < size.tables; t++) {
+            const char *tbl = nullptr;
+            KT_varray *held = nullptr, *references = nullptr;
+            uint32_t count = 0;
+            tov_schema__get_nth_tbl_id(ctx, schema, t, &tbl);
+            tov_schema__list_fk_constraints(ctx, schema, tbl, nullptr, 1, &held, &count);
+            tov_schema__find_references_to_tbl(ctx, schema, tbl, 1, 1, &references, &count);
+            KT_varray__free(ctx, held);
+            KT_varray__free(ctx, references);
+        }
+    }
+    bench_check();
+}
+
+using bench = void (*)(benchmark::State &, const bench_size &);
+
+} // namespace
+
+void register_whole_way_benches()
+{
+    const std::pair<const char *, bench> steps[] = {
+        {"way_import", import_catalogue},
+        {"way_write", write_schema},
+        {"way_read", read_schema},
+        {"way_order", order},
+        {"way_texts", texts},
+        {"way_triggers", triggers},
+    };
+    for (const bench_size &size : bench_sizes)
+        for (const auto &[name, body] : steps)
+            benchmark::RegisterBenchmark((std::string(name) + "/" + std::to_string(size.tables) + "/ours").c_str(),
+                                         body, size)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
+}
