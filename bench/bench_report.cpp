@@ -40,28 +40,30 @@ void add(results *all, const std::string &name, double value)
         entry.peers[who] = value;
 }
 
-std::string format(const char *pattern, double value)
+std::string rounded(double value, int decimals)
 {
     char text[64];
-    std::snprintf(text, sizeof text, pattern, value);
+    std::snprintf(text, sizeof text, "%.*f", decimals, value);
     return text;
 }
 
 // Three digits and a unit that suits.
 std::string as_time(double nanoseconds)
 {
-    if (nanoseconds < 1e3)
-        return format("%.3g ns", nanoseconds);
-    if (nanoseconds < 1e6)
-        return format("%.3g us", nanoseconds / 1e3);
-    if (nanoseconds < 1e9)
-        return format("%.3g ms", nanoseconds / 1e6);
-    return format("%.3g s", nanoseconds / 1e9);
+    const char *units[] = {" ns", " us", " ms", " s"};
+    size_t unit = 0;
+    while (nanoseconds >= 1000 && unit < 3) {
+        nanoseconds /= 1000;
+        unit++;
+    }
+    char text[64];
+    std::snprintf(text, sizeof text, "%.3g", nanoseconds);
+    return text + std::string(units[unit]);
 }
 
 std::string as_value(const std::string &name, double value)
 {
-    return name.rfind("memory", 0) == 0 ? format("%.2f B/B", value) : as_time(value);
+    return name.rfind("memory", 0) == 0 ? rounded(value, 2) + " B/B" : as_time(value);
 }
 
 // The exponent e of time ~ size^e, by least squares over the logarithms.
@@ -92,7 +94,7 @@ std::string row(const bench_case &c, uint64_t size, const measured &entry, bool 
     }
     text += best > 0 ? as_value(c.name, best) + " (" + best_name + ") | " : "- | ";
     const double ratio = best > 0 ? entry.ours / best : 0;
-    text += best > 0 ? format("%.2f | ", ratio) : "- | ";
+    text += best > 0 ? rounded(ratio, 2) + " | " : "- | ";
     auto target = c.target.find(std::to_string(size));
     if (target == c.target.end())
         target = c.target.find("");
@@ -100,7 +102,7 @@ std::string row(const bench_case &c, uint64_t size, const measured &entry, bool 
         return text + "- | |\n";
     const bool met = ratio <= target->second;
     *is_met = *is_met && met;
-    return text + format("%.2f | ", target->second) + (met ? "met" : "**missed**") + " |\n";
+    return text + rounded(target->second, 2) + " | " + (met ? "met" : "**missed**") + " |\n";
 }
 
 } // namespace
@@ -148,7 +150,7 @@ std::string bench_collector::table(bool *is_met) const
             continue;
         const double exponent = growth(found->second);
         exponents += "| " + std::string(c.title) + " | " + std::to_string(found->second.begin()->first) + " to " +
-                     std::to_string(found->second.rbegin()->first) + " | " + format("%.2f", exponent) + " | 1.10 | " +
+                     std::to_string(found->second.rbegin()->first) + " | " + rounded(exponent, 2) + " | 1.10 | " +
                      (exponent <= 1.1 ? "met" : "**missed**") + " |\n";
         *is_met = *is_met && exponent <= 1.1;
     }

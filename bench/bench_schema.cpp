@@ -226,38 +226,41 @@ tov_schema *bench_reversed_chain(uint32_t tables)
     return schema;
 }
 
+static std::string column_json(uint32_t n, const std::string &tbl, const std::string &name, std::mt19937 &random)
+{
+    static const std::string text_type =
+        R"json(,"system_type_id":231,"system_type":"nvarchar","user_type":"nvarchar","max_length":80,"precision":0,)json"
+        R"json("scale":0,"collation":"Latin1_General_CI_AS","comparison_style":196609)json";
+    static const std::string int_type = R"json(,"system_type_id":56,"system_type":"int","user_type":"int",)json"
+                                        R"json("max_length":4,"precision":10,"scale":0)json";
+    const std::string id = std::to_string(n);
+    const bool is_text = n > 1 && random() % 2;
+    std::string json = "{\"id\":" + id + ",\"name\":\"" + name + "\",\"is_nullable\":";
+    json += n > 1 && random() % 2 ? "true" : "false";
+    json += is_text ? text_type : int_type;
+    if (n == 1)
+        json += R"json(,"is_identity":true,"identity":{"seed":"1","increment":"1"})json";
+    else if (!is_text && random() % 5 == 0)
+        json += R"json(,"default":{"kind":"constraint","id":1,"name":"DF_)json" + tbl + "_" + id +
+                R"json(","definition":"((0))"})json";
+    return json + "}";
+}
+
 std::string bench_catalogue(const bench_size &size)
 {
     std::mt19937 random(42);
-    std::string json = R"({"format":"sqlserver-catalogue","format_version":1,"database":{"name":"B",)"
-                       R"("can_view_definitions":true},"tables":[)";
+    std::string json = R"json({"format":"sqlserver-catalogue","format_version":1,)json"
+                       R"json("database":{"name":"B","can_view_definitions":true},"tables":[)json";
     uint32_t left = size.columns;
     for (uint32_t n = 0; n < size.tables; n++) {
         const uint32_t columns = left / (size.tables - n);
         left -= columns;
-        json += (n ? ",{\"id\":" : "{\"id\":") + tbl_id_of(n) + ",\"schema\":\"dbo\",\"name\":\"" + name_of(random) +
+        const std::string tbl = tbl_id_of(n);
+        json += (n ? ",{\"id\":" : "{\"id\":") + tbl + ",\"schema\":\"dbo\",\"name\":\"" + name_of(random) +
                 std::to_string(n) + "\",\"columns\":[";
-        std::string key;
-        for (uint32_t c = 1; c <= columns; c++) {
-            const std::string name = name_of(random) + std::to_string(c);
-            if (c == 1)
-                key = name;
-            const bool is_text = c > 1 && random() % 2;
-            json += (c > 1 ? ",{\"id\":" : "{\"id\":") + std::to_string(c) + ",\"name\":\"" + name +
-                    "\",\"is_nullable\":" + (c > 1 && random() % 2 ? "true" : "false") +
-                    (is_text ? R"(,"system_type_id":231,"system_type":"nvarchar","user_type":"nvarchar","max_length":80,)"
-                               R"("precision":0,"scale":0,"collation":"Latin1_General_CI_AS","comparison_style":196609)"
-                             : R"(,"system_type_id":56,"system_type":"int","user_type":"int","max_length":4,)"
-                               R"("precision":10,"scale":0)") +
-                    (c == 1 ? R"(,"is_identity":true,"identity":{"seed":"1","increment":"1"})" : "") +
-                    (!is_text && c > 1 && random() % 5 == 0
-                         ? R"(,"default":{"kind":"constraint","id":1,"name":"DF_)" + tbl_id_of(n) + "_" +
-                               std::to_string(c) + R"(","definition":"((0))"
-        })"
-                         : "") +
-                    "}";
+        for (uint32_t c = 1; c <= columns; c++)
+            json += (c > 1 ? "," : "") + column_json(c, tbl, name_of(random) + std::to_string(c), random);
+        json += "]}";
     }
-    json += "],\"pk\":{\"name\":\"PK_" + tbl_id_of(n) + "\",\"columns\":[{\"name\":\"" + key + "\"}]}}";
-}
-return json + "]}";
+    return json + "]}";
 }

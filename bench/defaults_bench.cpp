@@ -4,6 +4,7 @@
 #include "bench_schema.hpp"
 #include "defval_tokenizer.h"
 #include "defval_trial.h"
+#include "kt_sqlite_functions.h"
 
 #include <sqlite3.h>
 
