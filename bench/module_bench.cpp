@@ -36,7 +36,8 @@ std::vector<column> columns_of(const bench_size &size)
 
 void read_type(benchmark::State &state, const bench_size &size)
 {
-    tov_schema *schema = bench_schema(size);
+    tov_schema *schema = nullptr;
+    tov_schema__from_json(bench_ctx(), bench_json(size).c_str(), &schema);
     const std::vector<column> all = columns_of(size);
     for (auto _ : state) {
         for (const column &c : all) {
@@ -46,6 +47,7 @@ void read_type(benchmark::State &state, const bench_size &size)
         }
     }
     bench_check();
+    tov_schema__nullfree(bench_ctx(), &schema);
 }
 
 // The table by its id among the tables, the column by its id among its columns; type and name are two more.
