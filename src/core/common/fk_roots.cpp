@@ -7,6 +7,7 @@
 // chain costs no memory.
 
 #include "ddl_text.hpp"
+#include "ddl_walk.hpp"
 #include "fk_array.hpp"
 #include "fk_types.hpp"
 #include "fk_walk.hpp"
@@ -157,17 +158,17 @@ void tov_schema__get_on_pk_col_names(KT_context *ctx, tov_schema *schema, const 
                                      const char *right_alias, uint32_t left_mode, uint32_t right_mode,
                                      KT_string **condition) noexcept
 {
-    uint32_t count = 0;
+    ddl_cols pk_cols = {schema, tbl_id};
     kt_owned_string text{ctx};
-    KT_TRY(tov_schema__count_pk_cols(ctx, schema, tbl_id, &count));
+    KT_TRY(ddl_get_pk_cols(ctx, &pk_cols));
     KT_TRY(KT_string__alloc(ctx, text.out()));
-    for (uint32_t n = 0; n < count; n++) {
+    for (uint32_t n = 0; n < pk_cols.count; n++) {
         const char *col_id = nullptr;
+        KT_vhash *col = nullptr;
         const char *name = nullptr;
         const char *root_tbl_id = nullptr;
-        KT_TRY(tov_schema__get_nth_pk_col(ctx, schema, tbl_id, n, &col_id, &name));
-        if (!name)
-            KT_FAIL(KT_ERR_NOT_FOUND, "col id '%s' in tbl id '%s' has no name", col_id, tbl_id);
+        KT_TRY(ddl_get_nth_col(ctx, pk_cols, n, &col_id, &col));
+        KT_TRY(ddl_get_col_name(ctx, col, &name));
         if (left_mode || right_mode)
             KT_TRY(tov_schema__find_ipk_root_column(ctx, schema, tbl_id, col_id, &root_tbl_id, nullptr));
         if (n)

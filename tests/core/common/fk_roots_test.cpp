@@ -352,7 +352,7 @@ TEST_F(RootsTest, ConditionNeedsNames)
     load(R"({"tbls":{"a":{"cols":{"id":{"type":{"name":"identity"}}}}}})");
     KT_string *text = nullptr;
     tov_schema__get_on_pk_col_names(ctx, schema, "a", "l", "r", 0, 0, &text);
-    expect_failure(KT_ERR_NOT_FOUND, "col id 'id' in tbl id 'a' has no name");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'name' is not there");
     tov_schema__get_on_pk_col_names(ctx, schema, "b", "l", "r", 0, 0, &text);
     expect_failure(KT_ERR_NOT_FOUND, "table id 'b' not found in schema");
     EXPECT_EQ(text, nullptr);
