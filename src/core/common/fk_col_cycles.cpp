@@ -145,14 +145,6 @@ static void my_add_cols_of_tbls(KT_context *ctx, my_search *s) noexcept
     }
 }
 
-static void my_find_tbl(KT_context *ctx, const my_search *s, const char *tbl_id, uint32_t *tbl) noexcept
-{
-    tov_id_room room{ctx};
-    const char *key = nullptr;
-    KT_TRY(tov_lower_id(ctx, tbl_id, &room, &key));
-    *tbl = fk_find_name(s->graph->ids, 0, key);
-}
-
 // Finds a column as every lookup does: ids in any case, prepared columns first. A reference that leads nowhere ends
 // the way there, and is nobody's error.
 static void my_find_col(KT_context *ctx, my_search *s, const char *tbl_id, const char *col_id,
@@ -161,7 +153,7 @@ static void my_find_col(KT_context *ctx, my_search *s, const char *tbl_id, const
     if (!tbl_id || !col_id)
         return;
     uint32_t tbl = FK_NO_NUMBER;
-    KT_TRY(my_find_tbl(ctx, s, tbl_id, &tbl));
+    KT_TRY(fk_find_tbl(ctx, *s->graph, fk_match::like_a_lookup, tbl_id, &tbl));
     if (tbl == FK_NO_NUMBER)
         return;
     tov_id_room room{ctx};
@@ -185,7 +177,7 @@ static void my_add_unprepared_cols_of_tbl(KT_context *ctx, my_search *s, const c
 {
     uint32_t tbl = FK_NO_NUMBER;
     uint32_t count = 0;
-    KT_TRY(my_find_tbl(ctx, s, tbl_id, &tbl));
+    KT_TRY(fk_find_tbl(ctx, *s->graph, fk_match::like_a_lookup, tbl_id, &tbl));
     if (tbl == FK_NO_NUMBER)
         return;
     KT_TRY(KT_vhash__count(ctx, cols, &count));

@@ -19,8 +19,8 @@ static void my_number_tbls(KT_context *ctx, tov_schema *schema, fk_graph *graph)
     KT_TRY(fk_append_many(ctx, &graph->refers_to_itself, count, false));
 }
 
-static void my_find_tbl(KT_context *ctx, const fk_graph &graph, fk_match match, const char *tbl_id,
-                        uint32_t *position) noexcept
+void fk_find_tbl(KT_context *ctx, const fk_graph &graph, fk_match match, const char *tbl_id,
+                 uint32_t *position) noexcept
 {
     tov_id_room room{ctx};
     if (match == fk_match::like_a_lookup)
@@ -38,7 +38,7 @@ static void my_add_reference(KT_context *ctx, fk_graph *graph, fk_match match, u
         return;
     }
     uint32_t to = FK_NO_NUMBER;
-    KT_TRY(my_find_tbl(ctx, *graph, match, key.ref_tbl_id, &to));
+    KT_TRY(fk_find_tbl(ctx, *graph, match, key.ref_tbl_id, &to));
     if (to != FK_NO_NUMBER && to != from)
         KT_TRY(fk_append(ctx, &graph->arcs.to, to));
 }

@@ -33,6 +33,10 @@ enum class fk_match { exactly, like_a_lookup };
 // Reads the references of a schema. An id that is no table's makes no arc.
 void fk_read_graph(KT_context *ctx, tov_schema *schema, fk_match match, fk_graph *graph) noexcept;
 
+// The position of the table that an id names, FK_NO_NUMBER when there is none.
+void fk_find_tbl(KT_context *ctx, const fk_graph &graph, fk_match match, const char *tbl_id,
+                 uint32_t *position) noexcept;
+
 // The same arcs backwards; each list in ascending order.
 void fk_reverse_arcs(KT_context *ctx, const fk_arcs &arcs, fk_arcs *reversed) noexcept;
 
