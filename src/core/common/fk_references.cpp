@@ -1,7 +1,7 @@
 // Who refers to whom, by the ids of tables and columns.
 //
-// Keys are read from two places, column records and table records. Ids are compared exactly, and the table asked for
-// is not looked up: an id that names no table is one that nobody refers to.
+// Keys are read from two places, column records and table records. Ids are compared exactly, and a table whose
+// referrers are wanted is not looked up: an id that names no table is one that nobody refers to.
 
 #include "fk_walk.hpp"
 

@@ -73,7 +73,8 @@ TOV_API void tov_schema__find_tbls_with_references_to(KT_context *ctx, tov_schem
                                                       KT_nullhash **tbl_ids) KT_NOEXCEPT;
 
 /**
- * Lists the tables that a table refers to, itself left out, by the ids that its keys hold.
+ * Lists the tables that a table refers to, by the ids that its keys hold. The table itself is left out where a key
+ * names it by exactly the id given.
  * @param[out] tbl_ids  owned; null when there is none.
  */
 TOV_API void tov_schema__list_tbls_referenced_by(KT_context *ctx, tov_schema *schema, const char *tbl_id,

@@ -256,6 +256,17 @@ TEST_F(ListingTest, ASkippedTableMayLackActions)
     expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'on_update' is not there");
 }
 
+TEST_F(ListingTest, ASkippedTableIsNotGivenColumns)
+{
+    load(R"({"tbls":{"a":{},"b":{}}})");
+    for (int asked = 0; asked < 2; asked++) {
+        EXPECT_EQ(referring("a", 0, 0), "(null)");
+        EXPECT_EQ(document(), R"({"tbls":{"a":{},"b":{"cols":{}}}})");
+    }
+    EXPECT_EQ(referring("a", 1, 0), "(null)");
+    EXPECT_EQ(document(), R"({"tbls":{"a":{"cols":{}},"b":{"cols":{}}}})");
+}
+
 TEST_F(ListingTest, MemoryThatRunsOutIsReported)
 {
     tov_schema__set_colcon_defval(ctx, schema, "a", "x", 1, nullptr, "42");
