@@ -81,15 +81,11 @@ static void my_enter_unasked(KT_context *ctx, const fk_graph &graph, my_order *o
 static void my_enter_all(KT_context *ctx, const fk_arcs &dependents, my_order *order, fk_array<uint32_t> *now) noexcept
 {
     fk_array<uint32_t> next{ctx};
-    for (uint32_t pass = 1; now->count; pass++) {
+    while (now->count) {
         while (now->count)
             KT_TRY(my_enter_dependents(ctx, dependents, (*now)[--now->count], order, now, &next));
-        for (uint32_t n = 0; n < next.count; n++) {
-            // A table after one that entered later in this pass has come in before its turn.
-            if (order->pass[next[n]] > pass)
-                KT_TRY(fk_append(ctx, now, next[n]));
-        }
-        next.count = 0;
+        // Those of them that came in before their turn are looked at twice, to no effect.
+        fk_move(&next, now);
     }
 }
 

@@ -7,6 +7,9 @@
  * included, where no operation says otherwise; ids in results are lower-case ids of tables and columns, or texts as
  * the keys hold them.
  *
+ * Questions about who refers to a table or column keep an index in the schema until it changes, so asking about every
+ * table costs little more than asking about one.
+ *
  * A document from outside may hold a column-level key that names no table or no column. It refers to no table that is
  * asked for by id; where such a key itself is to be followed or listed the operation fails with KT_ERR_NOT_FOUND.
  */
