@@ -1,8 +1,10 @@
-// SQLite reads its whole schema table after each CREATE, so by itself it takes minutes for some thousand tables with
-// their triggers, and hours for some ten thousand. Two things keep the table short (PRAGMA writable_schema allows both,
-// and the transaction covers them):
-// - While tables are created, the rows of those that are finished wait on a shelf, a temporary table. SQLite has no
-//   need of them: what it knows of these tables it holds in memory. They go back, in order, before the first trigger.
+// SQLite reads its whole schema table after each CREATE, and goes through all tables that it holds in memory, so by
+// itself it takes minutes for some thousand tables with their triggers, and hours for some ten thousand. Two things
+// keep both short (PRAGMA writable_schema allows them, and the transaction covers them):
+// - While tables are created, the rows of those that are finished wait on a shelf, a temporary table, and SQLite is
+// made
+//   to forget these tables; a table may refer to one that SQLite does not know. The rows go back, in order, before the
+//   first trigger, and SQLite reads them once.
 // - A trigger's statement is compiled, which checks it as creating would, but not run: the row that running would
 //   write is inserted instead.
 #include "client_schema_rows.h"
@@ -27,10 +29,13 @@ static constexpr const char *insert_trigger =
 
 static constexpr const char *drop_shelf = "DROP TABLE temp.\"tov'shelf\"";
 
+static constexpr const char *allow_writing = "PRAGMA writable_schema=ON";
+static constexpr const char *forget_schema = "PRAGMA writable_schema=RESET";
+
 // A refusal is no failure: the statement then stays null, and every row is SQLite's own affair.
 void client_schema_rows__begin(KT_context *ctx, client_database &database) noexcept
 {
-    KT_TRY(client_database__run(ctx, database, "PRAGMA writable_schema=ON"));
+    KT_TRY(client_database__run(ctx, database, allow_writing));
     database.guard = {client_duty::own_statement};
     database.functions->prepare(database.connection, insert_trigger, &database.insert_row);
     database.guard = {};
@@ -45,6 +50,13 @@ static void my_run_on_new_rows(KT_context *ctx, client_database &database, const
     KT_TRY(client_database__run(ctx, database, KT_string__sz(text)));
 }
 
+// Makes SQLite read the schema table again, as it is now, when it next needs it.
+static void my_forget_schema(KT_context *ctx, client_database &database) noexcept
+{
+    KT_TRY(client_database__run(ctx, database, forget_schema));
+    KT_TRY(client_database__run(ctx, database, allow_writing));
+}
+
 static void my_walk_to_shelf(KT_context *ctx, client_database &database) noexcept
 {
     if (!database.has_shelf)
@@ -52,6 +64,7 @@ static void my_walk_to_shelf(KT_context *ctx, client_database &database) noexcep
     database.has_shelf = true;
     KT_TRY(my_run_on_new_rows(ctx, database, fill_shelf));
     KT_TRY(my_run_on_new_rows(ctx, database, delete_shelved));
+    KT_TRY(my_forget_schema(ctx, database));
     database.new_tbls = 0;
 }
 
@@ -68,6 +81,7 @@ void client_schema_rows__end_tbls(KT_context *ctx, client_database &database) no
     KT_TRY(my_walk_to_shelf(ctx, database));
     KT_TRY(client_database__run(ctx, database, empty_shelf));
     KT_TRY(client_database__run(ctx, database, drop_shelf));
+    KT_TRY(my_forget_schema(ctx, database));
     database.has_shelf = false;
 }
 
