@@ -21,7 +21,7 @@ struct node {
     std::string name;
     std::vector<std::string> key;
     std::vector<cli_reference> references;
-    bool is_in_cycle = false;
+    size_t cycle = 0; // the number of the cycle that the table is in, from 1; a table is in one at most
 };
 
 struct graph {
@@ -64,9 +64,12 @@ graph read_graph(KT_context *ctx, tov_schema *schema)
         result.index[id] = result.nodes.size();
         result.nodes.push_back(std::move(table));
     }
-    for (const std::vector<std::string> &cycle : cli_table_cycles(ctx, schema))
+    size_t number = 0;
+    for (const std::vector<std::string> &cycle : cli_table_cycles(ctx, schema)) {
+        number++;
         for (const std::string &id : cycle)
-            result.nodes[result.index.at(id)].is_in_cycle = true;
+            result.nodes[result.index.at(id)].cycle = number;
+    }
     return result;
 }
 
@@ -102,36 +105,33 @@ std::string escaped(const std::string &text)
     return result;
 }
 
-std::string joined(const std::vector<std::string> &names, const char *separator)
-{
-    std::string text;
-    for (const std::string &name : names)
-        text += (text.empty() ? "" : separator) + name;
-    return text;
-}
-
+// One column to a line, because the columns of a long key side by side would push the tables far apart.
 std::string edge_label(const cli_reference &reference)
 {
-    std::string label = joined(reference.from_columns, ", ");
+    std::string label;
+    for (const std::string &column : reference.from_columns)
+        label += (label.empty() ? "" : "<br/>") + escaped(column);
     if (!reference.on_delete.empty())
-        label += " (" + reference.on_delete + ")";
+        label += " (" + escaped(reference.on_delete) + ")";
     return label;
 }
 
-// Both ends lie in a cycle, so the edge may be part of it.
-bool is_cycle_edge(const node &from, const node *to)
+// All tables of a cycle lead to each other, so a reference between two of them is part of it.
+bool is_cycle_edge(const node &from, const node &to)
 {
-    return from.is_in_cycle && to && to->is_in_cycle && &from != to;
+    return from.cycle && from.cycle == to.cycle && &from != &to;
 }
 
 std::string as_dot(const graph &g)
 {
-    std::string text = "digraph schema {\n    rankdir=LR;\n    node [shape=plain, fontname=\"sans-serif\"];\n"
-                       "    edge [fontname=\"sans-serif\", fontsize=10];\n";
+    std::string text =
+        "digraph schema {\n    rankdir=LR;\n    node [shape=plain, fontname=\"sans-serif\", fontsize=12];\n"
+        "    edge [fontname=\"sans-serif\", fontsize=10];\n";
     for (const node &table : g.nodes) {
-        text += "    \"" + escaped(table.id) + "\" [label=<<table border=\"0\" cellborder=\"1\" cellspacing=\"0\"" +
-                (table.is_in_cycle ? " color=\"red\"" : "") + "><tr><td bgcolor=\"" +
-                (table.is_in_cycle ? "mistyrose" : "lightgrey") + "\"><b>" + escaped(table.name) + "</b></td></tr>";
+        text += "    \"" + escaped(table.id) +
+                "\" [label=<<table border=\"0\" cellborder=\"1\" cellspacing=\"0\" cellpadding=\"4\"" +
+                (table.cycle ? " color=\"red\"" : "") + "><tr><td bgcolor=\"" +
+                (table.cycle ? "mistyrose" : "lightgrey") + "\"><b>" + escaped(table.name) + "</b></td></tr>";
         for (const std::string &column : table.key)
             text += "<tr><td align=\"left\"><u>" + escaped(column) + "</u></td></tr>";
         text += "</table>>];\n";
@@ -140,8 +140,7 @@ std::string as_dot(const graph &g)
         for (const cli_reference &reference : table.references)
             if (const node *to = target(g, reference))
                 text += "    \"" + escaped(table.id) + "\" -> \"" + escaped(to->id) + "\" [label=<" +
-                        escaped(edge_label(reference)) + ">" + (is_cycle_edge(table, to) ? ", color=\"red\"" : "") +
-                        "];\n";
+                        edge_label(reference) + ">" + (is_cycle_edge(table, *to) ? ", color=\"red\"" : "") + "];\n";
     return text + "}\n";
 }
 
@@ -163,12 +162,12 @@ std::string as_mermaid(const graph &g)
             const node *to = target(g, reference);
             if (!to)
                 continue;
-            text += "    " + name_of(table) + " -->|\"" + escaped(edge_label(reference)) + "\"| " + name_of(*to) + "\n";
-            if (is_cycle_edge(table, to))
+            text += "    " + name_of(table) + " -->|\"" + edge_label(reference) + "\"| " + name_of(*to) + "\n";
+            if (is_cycle_edge(table, *to))
                 red_edges += (red_edges.empty() ? "" : ",") + std::to_string(edge);
             edge++;
         }
-        if (table.is_in_cycle)
+        if (table.cycle)
             styles += "    style " + name_of(table) + " fill:#ffe4e1,stroke:#ff0000\n";
     }
     if (!red_edges.empty())

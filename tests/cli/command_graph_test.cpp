@@ -41,6 +41,46 @@ TEST_F(CommandGraphTest, MarksCycles)
     EXPECT_NE(mermaid.find("linkStyle 0,1 stroke:#ff0000"), std::string::npos) << mermaid;
 }
 
+// A table with an integer key and columns that refer to other tables' keys.
+std::string tbl_text(const std::string &id, const std::vector<std::string> &ref_ids)
+{
+    std::string text =
+        '"' + id + R"(":{"name":")" + id + R"(","txid":1,"cols":{"i":{"name":"I","type":{"name":"sint32"}})";
+    for (const std::string &ref_id : ref_ids)
+        text += R"(,"to_)" + ref_id + R"(":{"name":"To_)" + ref_id +
+                R"(","type":{"name":"sint32"},"fk":{"ref_tbl_id":")" + ref_id +
+                R"(","ref_col_id":"i","deferred":true}})";
+    return text + R"(},"pk":{"name":"PK","cols":{"i":null}}})";
+}
+
+TEST_F(CommandGraphTest, MarksNoReferenceFromOneCycleToAnother)
+{
+    const std::string schema = R"({"compat_level":1,"tbls":{)" + tbl_text("a", {"b", "c"}) + "," +
+                               tbl_text("b", {"a"}) + "," + tbl_text("c", {"c", "d"}) + "," + tbl_text("d", {"c"}) +
+                               "}}";
+    const std::string dot = run({"graph", "-"}, schema).out;
+    for (const char *inside :
+         {"\"a\" -> \"b\" [label=<To_b>, color=\"red\"];", "\"b\" -> \"a\" [label=<To_a>, color=\"red\"];",
+          "\"c\" -> \"d\" [label=<To_d>, color=\"red\"];", "\"d\" -> \"c\" [label=<To_c>, color=\"red\"];"})
+        EXPECT_NE(dot.find(inside), std::string::npos) << inside << "\n" << dot;
+    for (const char *outside : {"\"a\" -> \"c\" [label=<To_c>];", "\"c\" -> \"c\" [label=<To_c>];"})
+        EXPECT_NE(dot.find(outside), std::string::npos) << outside << "\n" << dot;
+    const std::string mermaid = run({"graph", "-", "--format", "mermaid"}, schema).out;
+    EXPECT_NE(mermaid.find("linkStyle 0,2,4,5 stroke:#ff0000"), std::string::npos) << mermaid;
+}
+
+TEST_F(CommandGraphTest, StacksTheColumnsOfAKey)
+{
+    std::string schema = sample_schema;
+    schema.replace(schema.find(R"("pk":{"name":"PK2")"), 0,
+                   R"("foreignkeys":{"f":{"name":"F","ref_tbl_id":"t1","deferred":true,"on_delete":"SET NULL",)"
+                   R"("on_update":"NO ACTION","cols":{"k":"id","p":"title"}}},)");
+    const std::string dot = run({"graph", "-"}, schema).out;
+    EXPECT_NE(dot.find("[label=<K<br/>ParentId (SET NULL)>];"), std::string::npos) << dot;
+    const std::string mermaid = run({"graph", "-", "--format", "mermaid"}, schema).out;
+    EXPECT_NE(mermaid.find("|\"K<br/>ParentId (SET NULL)\"|"), std::string::npos) << mermaid;
+}
+
 TEST_F(CommandGraphTest, EscapesNames)
 {
     std::string schema = sample_schema;
