@@ -98,6 +98,9 @@ std::string escaped(const std::string &text)
         case '"':
             result += "&quot;";
             break;
+        case '\\': // would escape what follows in a quoted id
+            result += "&#92;";
+            break;
         default:
             result += static_cast<unsigned char>(byte) < 0x20 ? ' ' : byte;
         }

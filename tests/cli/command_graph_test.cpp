@@ -81,6 +81,13 @@ TEST_F(CommandGraphTest, StacksTheColumnsOfAKey)
     EXPECT_NE(mermaid.find("|\"K<br/>ParentId (SET NULL)\"|"), std::string::npos) << mermaid;
 }
 
+TEST_F(CommandGraphTest, EscapesABackslashAtTheEndOfAnId)
+{
+    const std::string schema = R"({"compat_level":1,"tbls":{)" + tbl_text(R"(a\\)", {}) + "}}";
+    const std::string dot = run({"graph", "-"}, schema).out;
+    EXPECT_NE(dot.find(R"("a&#92;" [label=)"), std::string::npos) << dot;
+}
+
 TEST_F(CommandGraphTest, EscapesNames)
 {
     std::string schema = sample_schema;

@@ -12,10 +12,12 @@ namespace {
 
 using value = std::optional<std::string>; // as SQLite shows it; none is NULL
 
+enum class collation { binary, nocase, rtrim };
+
 struct key_col {
     std::string name;
     bool text; // else an integer
-    bool nocase;
+    collation compared;
 };
 
 struct foreign_key {
@@ -43,6 +45,14 @@ static std::string lower(std::string text)
     return text;
 }
 
+// The value that stands for all that a column takes for equal.
+static value folded(const key_col &col, const value &v)
+{
+    if (!v || col.compared == collation::binary)
+        return v;
+    return col.compared == collation::nocase ? lower(*v) : v->substr(0, v->find_last_not_of(' ') + 1);
+}
+
 // Whether a row refers to a parent row: no NULL in its key, and equal as the parent's columns compare.
 static bool refers(const row &child, const foreign_key &fk, const model_tbl &parent_tbl, const row &parent)
 {
@@ -51,7 +61,7 @@ static bool refers(const row &child, const foreign_key &fk, const model_tbl &par
         const value &to = parent[n];
         if (!from || !to)
             return false;
-        if (parent_tbl.cols[n].nocase ? lower(*from) != lower(*to) : *from != *to)
+        if (folded(parent_tbl.cols[n], from) != folded(parent_tbl.cols[n], to))
             return false;
     }
     return true;
@@ -64,8 +74,8 @@ class DeleteModel {
     {
     }
 
-    // What deleting some rows of a table leaves; nothing when the result would hold a reference to nowhere.
-    std::optional<content> after_delete(const content &before, size_t tbl, const std::set<size_t> &rows) const
+    // What deleting some rows of a table leaves, which may hold references to nowhere.
+    content after_delete(const content &before, size_t tbl, const std::set<size_t> &rows) const
     {
         std::vector<std::set<size_t>> gone(tbls_.size());
         gone[tbl] = rows;
@@ -78,7 +88,7 @@ class DeleteModel {
                     after[t].push_back(reset(before, gone, t, before[t][r]));
             }
         }
-        return holds(after) ? std::optional(after) : std::nullopt;
+        return after;
     }
 
     bool holds(const content &rows) const
@@ -147,18 +157,25 @@ class ClientActionsModel : public ClientTest {
     {
         return std::uniform_int_distribution<size_t>(0, limit - 1)(random);
     }
-    // A value of a small domain, in letter case as it comes.
+    collation any_collation()
+    {
+        static constexpr collation all[] = {collation::binary, collation::binary, collation::nocase, collation::rtrim};
+        return all[below(4)];
+    }
+    // A value of a small domain, in letter case and with blanks at the end as it comes.
     value any_value(const key_col &col)
     {
-        static constexpr const char *texts[] = {"a", "A", "b", "B", "c"};
-        return col.text ? texts[below(5)] : std::to_string(below(4));
+        static constexpr const char *texts[] = {"a", "A", "a ", "b", "B", "c "};
+        return col.text ? texts[below(6)] : std::to_string(below(4));
     }
     // The same value as a column of the kind may also write it.
     value respell(const key_col &parent_col, const value &original)
     {
-        if (!original || !parent_col.nocase || below(2))
+        if (!original || parent_col.compared == collation::binary || below(2))
             return original;
-        return lower(*original) == *original ? std::string(1, static_cast<char>((*original)[0] - 32))
+        if (parent_col.compared == collation::rtrim)
+            return *original + " ";
+        return lower(*original) == *original ? static_cast<char>((*original)[0] - 32) + original->substr(1)
                                              : lower(*original);
     }
 
@@ -171,7 +188,7 @@ class ClientActionsModel : public ClientTest {
             tbl.key_count = 1 + below(2);
             for (size_t n = 0; n < tbl.key_count; n++) {
                 const bool text = below(2);
-                tbl.cols.push_back({"K" + std::to_string(n), text, text && below(2)});
+                tbl.cols.push_back({"K" + std::to_string(n), text, text ? any_collation() : collation::binary});
             }
         }
         for (model_tbl &tbl : tbls) {
@@ -187,11 +204,12 @@ class ClientActionsModel : public ClientTest {
         fk.action = actions[below(5)];
         const model_tbl &parent = tbls[fk.parent];
         for (size_t n = 0; n < parent.key_count; n++) {
-            const key_col col = {"F" + std::to_string(tbl.cols.size()), parent.cols[n].text,
-                                 parent.cols[n].text && below(2)};
+            const bool text = parent.cols[n].text;
+            const key_col col = {"F" + std::to_string(tbl.cols.size()), text,
+                                 text ? any_collation() : collation::binary};
             fk.cols.push_back(tbl.cols.size());
             // A default may not make a row refer to itself in another spelling, which SQLite does not recognise.
-            const bool respelt = &parent == &tbl && parent.cols[n].nocase;
+            const bool respelt = &parent == &tbl && parent.cols[n].compared != collation::binary;
             fk.defaults.push_back(!respelt && below(4) ? any_value(col) : std::nullopt);
             tbl.cols.push_back(col);
         }
@@ -217,7 +235,7 @@ class ClientActionsModel : public ClientTest {
         for (size_t n = 0; n < tbl.cols.size(); n++) {
             const char *col = tbl.cols[n].name.c_str();
             if (tbl.cols[n].text)
-                add_text_col(id, col, col, tbl.cols[n].nocase);
+                add_any_text_col(id, col, tbl.cols[n].compared);
             else
                 add_col(id, col, col);
             if (n == 0)
@@ -225,6 +243,12 @@ class ClientActionsModel : public ClientTest {
             if (n < tbl.key_count)
                 tov_schema__add_to_pk(ctx, schema, id, col);
         }
+    }
+    void add_any_text_col(const char *tbl_id, const char *col, collation compared)
+    {
+        tov_schema__add_col(ctx, schema, tbl_id, col, col, 1, 0, 0);
+        tov_schema__set_col_type_text(ctx, schema, tbl_id, col, nullptr, nullptr, 0, 0, compared == collation::nocase,
+                                      0, 0, 0, /* fixed width */ compared == collation::rtrim, 1, 50);
     }
     void describe_fks(const model_tbl &tbl)
     {
@@ -262,7 +286,7 @@ class ClientActionsModel : public ClientTest {
                 std::string key;
                 for (size_t n = 0; n < tbls[t].key_count; n++) {
                     r[n] = any_value(tbls[t].cols[n]);
-                    key += "|" + (tbls[t].cols[n].nocase ? lower(*r[n]) : *r[n]);
+                    key += "|" + *folded(tbls[t].cols[n], r[n]);
                 }
                 if (keys.insert(key).second)
                     result[t].push_back(r);
@@ -327,12 +351,12 @@ class ClientActionsModel : public ClientTest {
         for (size_t t = 0; t < tbls.size(); t++)
             EXPECT_EQ(in_database(tbls[t]), in_model(tbls[t], expected[t])) << tbls[t].name;
     }
-    // Deletes one to three rows in one statement; false when the model says that it cannot be done.
-    bool delete_some(content &all)
+    // A statement that deletes one to three rows, and what the model says that it leaves.
+    std::string choose_delete(content &all)
     {
         const size_t t = below(tbls.size());
         if (all[t].empty())
-            return true;
+            return "";
         std::set<size_t> chosen;
         std::string condition;
         for (size_t count = 1 + below(3); count > 0; count--) {
@@ -343,12 +367,25 @@ class ClientActionsModel : public ClientTest {
                 condition += (n ? " AND " : "") + tbls[t].cols[n].name + "=" + literal(tbls[t].cols[n], all[t][r][n]);
             condition += ")";
         }
-        const std::optional<content> expected = DeleteModel(tbls).after_delete(all, t, chosen);
-        const std::string sql = "DELETE FROM " + tbls[t].name + " WHERE " + condition;
-        EXPECT_EQ(run(connection, sql), expected ? "" : "FOREIGN KEY constraint failed") << sql;
-        all = expected.value_or(all);
+        all = DeleteModel(tbls).after_delete(all, t, chosen);
+        return "DELETE FROM " + tbls[t].name + " WHERE " + condition;
+    }
+    // Deletes in one to three statements of a transaction, where a later one may mend what an earlier one broke; false
+    // when the model says that the commit is refused.
+    bool delete_some(content &all)
+    {
+        content expected = all;
+        std::string sql = "BEGIN;";
+        for (size_t count = 1 + below(3); count > 0; count--)
+            sql += choose_delete(expected) + ";";
+        const bool holds = DeleteModel(tbls).holds(expected);
+        EXPECT_EQ(run(connection, sql + "COMMIT"), holds ? "" : "FOREIGN KEY constraint failed") << sql;
+        if (holds)
+            all = expected;
+        else
+            EXPECT_EQ(run(connection, "ROLLBACK"), "");
         expect_content(all);
-        return expected.has_value();
+        return holds;
     }
 
     std::mt19937 random{20240229};

@@ -134,6 +134,95 @@ TEST_F(ClientActions, CompareAsTheParentColumnDoes)
     }
 }
 
+TEST_F(ClientActions, IgnoreBlanksAtTheEndWhereTheParentIsOfFixedWidth)
+{
+    reset_schema();
+    add_tbl("p", "P");
+    tov_schema__add_col(ctx, schema, "p", "k", "K", 1, 0, 0);
+    tov_schema__set_col_type_text(ctx, schema, "p", "k", nullptr, nullptr, 0, 0, 0, 0, 0, 0, /* fixed width */ 1, 1, 5);
+    set_pk("p", "k");
+    add_tbl("c", "C");
+    add_text_col("c", "f", "F", false);
+    set_fk("c", "f", "p", "k", "CASCADE");
+    open();
+    expect("INSERT INTO P VALUES('a  '),('A'); INSERT INTO C VALUES('a'),('a '),('A ')", "");
+    expect("DELETE FROM P WHERE K='a'", "");
+    expect_rows("SELECT quote(F) FROM C", "'A '");
+}
+
+TEST_F(ClientActions, LeaveTheChecksToTheCommit)
+{
+    make_family("SET DEFAULT");
+    tov_schema__set_colcon_defval(ctx, schema, "c", "f", 1, nullptr, "9");
+    open();
+    expect("INSERT INTO P VALUES(1); INSERT INTO C VALUES(1,1)", "");
+    expect("BEGIN; DELETE FROM P; COMMIT", fk_failed);
+    expect_rows("SELECT * FROM C", "1|1");
+    // The default's parent comes before the commit.
+    expect("BEGIN; DELETE FROM P; INSERT INTO P VALUES(9); COMMIT", "");
+    expect_rows("SELECT * FROM C", "1|9");
+}
+
+// Rows of E that the deletion reaches through C and through D, through C alone, and through D alone.
+TEST_F(ClientActions, ReachARowByMoreThanOneWay)
+{
+    struct way_case {
+        const char *through_d;
+        const char *message;
+        const char *left;
+    };
+    for (const way_case &c : {way_case{"CASCADE", "", "2|2"}, way_case{"SET NULL", "", "2|NULL 2|2"},
+                              way_case{"NO ACTION", fk_failed, "1|1 1|2 1|NULL 2|1 2|2"}}) {
+        SCOPED_TRACE(c.through_d);
+        make_family("CASCADE");
+        add_tbl("d", "D");
+        add_col("d", "i", "I");
+        set_pk("d", "i");
+        add_col("d", "f", "F");
+        set_fk("d", "f", "p", "k", "CASCADE");
+        add_tbl("e", "E");
+        add_col("e", "c", "C");
+        add_col("e", "d", "D");
+        set_fk("e", "c", "c", "i", "CASCADE");
+        set_fk("e", "d", "d", "i", c.through_d);
+        open();
+        expect("INSERT INTO P VALUES(1),(2); INSERT INTO C VALUES(1,1),(2,2); INSERT INTO D VALUES(1,1),(2,2);"
+               "INSERT INTO E VALUES(1,1),(1,2),(1,NULL),(2,1),(2,2)",
+               "");
+        expect("DELETE FROM P WHERE K=1", c.message);
+        expect_rows("SELECT * FROM E", c.left);
+    }
+}
+
+TEST_F(ClientActions, FollowKeysThatShareAColumn)
+{
+    reset_schema();
+    for (const char *id : {"p", "q"}) {
+        add_tbl(id, id);
+        add_col(id, "a", "A");
+        add_col(id, "b", "B");
+        set_pk(id, "a");
+        tov_schema__add_to_pk(ctx, schema, id, "b");
+    }
+    add_tbl("c", "C");
+    for (const char *id : {"x", "y", "z"})
+        add_col("c", id, id);
+    tov_schema__create_foreignkey(ctx, schema, "fk1", "FK1", "c", "p", 1, "CASCADE", "NO ACTION", 0);
+    tov_schema__add_to_foreignkey(ctx, schema, "c", "fk1", "x", "a");
+    tov_schema__add_to_foreignkey(ctx, schema, "c", "fk1", "y", "b");
+    tov_schema__create_foreignkey(ctx, schema, "fk2", "FK2", "c", "q", 1, "SET NULL", "NO ACTION", 0);
+    tov_schema__add_to_foreignkey(ctx, schema, "c", "fk2", "y", "a");
+    tov_schema__add_to_foreignkey(ctx, schema, "c", "fk2", "z", "b");
+    open();
+    expect("INSERT INTO p VALUES(1,1),(1,2); INSERT INTO q VALUES(1,1),(2,2);"
+           "INSERT INTO C VALUES(1,1,1),(1,2,2),(1,2,NULL)",
+           "");
+    expect("DELETE FROM q WHERE A=2", "");
+    expect_rows("SELECT * FROM C", "1|1|1 1|NULL|NULL 1|2|NULL");
+    expect("DELETE FROM p", "");
+    expect_rows("SELECT * FROM C", "1|NULL|NULL");
+}
+
 TEST_F(ClientActions, TakeCompositeKeysAsAWhole)
 {
     for (const char *action : {"CASCADE", "SET NULL", "SET DEFAULT"}) {
