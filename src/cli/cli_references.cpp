@@ -71,6 +71,7 @@ void add_table_reference(KT_context *ctx, tov_schema *schema, const std::string 
     cli_check(ctx, tbl_id);
 
     cli_reference reference;
+    reference.id = fk_id;
     reference.from_table = tbl_id;
     reference.to_table = ref_tbl_id;
     reference.name = optional_text(
@@ -157,6 +158,30 @@ std::vector<cli_reference> cli_references_of(KT_context *ctx, tov_schema *schema
     for (uint32_t n = 0; n < count; n++)
         add_table_reference(ctx, schema, tbl_id, n, &references);
     return references;
+}
+
+// One copy of the document serves all keys.
+void cli_add_update_actions(KT_context *ctx, tov_schema *schema, std::vector<cli_reference> *references)
+{
+    cli_map copy(ctx);
+    tov_schema__copy_into_vhash(ctx, schema, copy, 0);
+    cli_check(ctx, "");
+    const auto member = [ctx](const KT_vhash *map, const std::string &key) {
+        KT_vhash *value = nullptr;
+        KT_vhash__get__vhash(ctx, map, key.c_str(), &value);
+        cli_check(ctx, key);
+        return value;
+    };
+    const KT_vhash *document = member(copy, "schema");
+    for (cli_reference &reference : *references) {
+        if (reference.id.empty())
+            continue;
+        const KT_vhash *tbl = member(member(document, "tbls"), reference.from_table);
+        const char *on_update = nullptr;
+        KT_vhash__check__sz(ctx, member(member(tbl, "foreignkeys"), reference.id), "on_update", &on_update);
+        cli_check(ctx, reference.id);
+        reference.on_update = is_action(on_update) ? on_update : "";
+    }
 }
 
 std::vector<std::vector<std::string>> cli_table_cycles(KT_context *ctx, tov_schema *schema)

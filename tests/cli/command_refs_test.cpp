@@ -32,7 +32,8 @@ TEST_F(CommandRefsTest, ListsTableLevelKeysAndCycles)
     EXPECT_EXIT_CODE(result, 0);
     EXPECT_EQ(result.out, "Parents (Title) -> Children (K)\n"
                           "Children (ParentId) -> Parents (Id)  ON DELETE CASCADE  [FK_P]\n"
-                          "Children (K, ParentId) -> Children (K, ParentId)  ON DELETE SET NULL  [FK_self]\n"
+                          "Children (K, ParentId) -> Children (K, ParentId)  ON DELETE SET NULL  ON UPDATE CASCADE  "
+                          "[FK_self]\n"
                           "tables in a cycle: Parents Children\n"
                           "key columns in a cycle: Children.K\n");
 }
