@@ -4,6 +4,7 @@
 #include "client_expressions.h"
 
 #include "client_names.h"
+#include "kt_string.h"
 
 #include <cstddef>
 #include <cstring>
@@ -127,6 +128,26 @@ static const char *my_find_char_flaw(const char *text, size_t length, token_kind
     return nullptr;
 }
 
+// The sqlite3 shell, which runs the script, takes such a line for a ";" and what follows for commands of its own:
+// "/" or "go" and nothing else but blanks and comments.
+static bool my_ends_statement_in_shell(const char *line) noexcept
+{
+    while (my_is_blank(*line))
+        line++;
+    const token first = my_next_token(line);
+    const bool is_slash = *line == '/' && first.kind == token_kind::other;
+    const bool is_go = first.kind == token_kind::word && first.length == 2 && KT_strnicmp(line, "go", 2) == 0;
+    if (!is_slash && !is_go)
+        return false;
+    for (line += first.length; *line && line[-1] != '\n';) {
+        const token next = my_next_token(line);
+        if (next.kind != token_kind::blank)
+            return false;
+        line += next.length;
+    }
+    return true;
+}
+
 static const char *my_find_token_flaw(token_kind kind) noexcept
 {
     switch (kind) {
@@ -199,6 +220,9 @@ const char *client_find_expression_flaw(const char *expression, client_shape sha
         if (const char *flaw = my_take(seen, next.kind))
             return flaw;
         expression += next.length;
+        // A line that begins inside of quotes or a comment in asterisks is none for the shell either.
+        if (next.kind == token_kind::blank && expression[-1] == '\n' && my_ends_statement_in_shell(expression))
+            return "a line with nothing but \"/\" or \"go\", which ends a statement in the sqlite3 shell";
     }
     return my_find_shape_flaw(seen, shape);
 }

@@ -20,6 +20,8 @@ static constexpr const char *not_a_group = "not one expression in parentheses";
 static constexpr const char *semicolon = "a \";\" outside of quotes";
 static constexpr const char *endless_quote = "a quote that does not end";
 static constexpr const char *endless_comment = "a comment that does not end";
+static constexpr const char *shell_line =
+    "a line with nothing but \"/\" or \"go\", which ends a statement in the sqlite3 shell";
 static constexpr const char *direction = "a character that changes the direction of writing";
 
 static const expression_case expression_cases[] = {
@@ -63,6 +65,14 @@ static const expression_case expression_cases[] = {
     {"a direction character inside of quotes", VALUE, "'\u202E'", direction},
     {"a direction character inside a comment", VALUE, "(1 /*\u2066*/)", direction},
     {"text that is not UTF-8", VALUE, "'\xFF'", "text that is not UTF-8"},
+
+    {"a line that ends a statement in the shell", VALUE, "(1\n/\n2)", shell_line},
+    {"with blanks and comments beside it", GROUP, "(1=\r\n \tGo /* x */ -- y\r\n.shell)", shell_line},
+    {"after a comment to the end of the line", INNER, "1 -- x\ngo\n.shell", shell_line},
+    {"as the last line", VALUE, "1\n/", shell_line},
+    {"a line with more than that", INNER, "a\n/ 2 >\ngo - 1\n/* go\n/\n*/", nullptr},
+    {"a line in a text", VALUE, "'\ngo\n/\n'", nullptr},
+    {"a longer word", INNER, "a >\ngone\n- 1", nullptr},
 
     {"a group is a group", GROUP, "([A]>0)", nullptr},
     {"a bracket swallows quotes and parentheses", GROUP, "([a'(]>0)", nullptr},
