@@ -3,6 +3,7 @@
 // A file that was not there is made before SQLite opens it, because only so it is certain who made it. A failed
 // transaction leaves such a file empty, and it is removed; an empty file that was there before stays.
 #include "client_database.h"
+#include "client_schema_rows.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -29,13 +30,14 @@ static void my_create_one(KT_context *ctx, void *data, const client_statement &s
         work->progress(work->data, work->done, work->total);
 }
 
-static void my_create_all(KT_context *ctx, tov_schema *schema, const client_plan &plan, const char *file_name,
+static void my_create_all(KT_context *ctx, tov_schema *schema, const client_plan &plan, const char *path,
                           creation &work) noexcept
 {
     client_database database;
     work.database = &database;
-    KT_TRY(client_database__begin(ctx, database, file_name));
+    KT_TRY(client_database__begin(ctx, database, path));
     KT_TRY(client_database__check_names(ctx, database, plan));
+    KT_TRY(client_schema_rows__begin(ctx, database));
     KT_TRY(client_each_statement(ctx, schema, plan, my_create_one, &work));
     KT_TRY(client_database__commit(ctx, database));
 }
@@ -57,16 +59,25 @@ static void my_remove_empty_file(const char *file_name) noexcept
         unlink(file_name);
 }
 
+// A name that can only be a file's: SQLite takes :memory:, an empty name and, where it is built so, file:... for
+// something else, and what was created would be gone.
+static std::string my_path(const char *file_name)
+{
+    return file_name[0] == '/' ? file_name : std::string("./") + file_name;
+}
+
 void tov_client__create_database(KT_context *ctx, tov_schema *schema, const char *file_name,
                                  void (*progress)(void *data, uint32_t done, uint32_t total), void *data) noexcept
 {
     client_plan plan{ctx};
     KT_TRY(client_make_plan(ctx, schema, plan));
-    const bool made = my_make_file(file_name);
+    std::string path;
+    KT_TRY(kt_contain(ctx, [&] { path = my_path(file_name); }));
+    const bool made = my_make_file(path.c_str());
     creation work{nullptr, 0, client_count_statements(plan), progress, data};
-    my_create_all(ctx, schema, plan, file_name, work);
+    my_create_all(ctx, schema, plan, path.c_str(), work);
     if (!kt_failed_at(ctx, KT_HERE, __LINE__))
         return;
     if (made)
-        my_remove_empty_file(file_name);
+        my_remove_empty_file(path.c_str());
 }

@@ -37,10 +37,9 @@ void client_database__begin(KT_context *ctx, client_database &database, const ch
 {
     const KT_sqlite_functions *functions = tov__get_sqlite_functions();
     database.functions = functions;
-    database.file_name = file_name;
     int code = functions->open(file_name, &database.connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     if (code != SQLITE_OK)
-        KT_FAIL(KT_ERR_SQLITE(code), "%s: %s", file_name, functions->errstr(code));
+        KT_FAIL(KT_ERR_SQLITE(code), "%s", functions->errstr(code));
     KT_TRY(KT_sqlite__normalise_dates(ctx, functions, database.connection));
     functions->busy_timeout(database.connection, patience);
     code = client_guard__watch(functions, database.connection, &database.guard);
@@ -49,31 +48,22 @@ void client_database__begin(KT_context *ctx, client_database &database, const ch
     for (const char *setting : client_settings)
         KT_TRY(client_database__run(ctx, database, setting));
     KT_TRY(client_database__run(ctx, database, client_begin));
-    KT_TRY(client_schema_rows__begin(ctx, database));
 }
 
-namespace {
-struct name_search {
-    const KT_vhash *taken;
-    const char *file_name;
-};
-} // namespace
-
-static void my_refuse_taken(KT_context *ctx, void *data, const client_statement &statement) noexcept
+static void my_refuse_taken(KT_context *ctx, void *taken_names, const client_statement &statement) noexcept
 {
-    const auto *search = static_cast<const name_search *>(data);
     kt_owned_text folded{ctx};
     KT_TRY(client_fold_name(ctx, statement.name, folded.out()));
     KT_bool taken = 0;
-    KT_TRY(KT_vhash__has(ctx, search->taken, folded, &taken));
+    KT_TRY(KT_vhash__has(ctx, static_cast<const KT_vhash *>(taken_names), folded, &taken));
     if (!taken)
         return;
     kt_owned_string shown{ctx};
     KT_TRY(KT_string__alloc(ctx, shown.out()));
     KT_TRY(client_append_shown(ctx, shown, statement.name));
     const char *kind = statement.kind == client_kind::tbl ? "table" : "trigger";
-    KT_FAIL(KT_ERR_SQLITE(SQLITE_ERROR), "%s: %s %s is there already, or something else of that name",
-            search->file_name, kind, KT_string__sz(shown));
+    KT_FAIL(KT_ERR_SQLITE(SQLITE_ERROR), "%s %s is there already, or something else of that name", kind,
+            KT_string__sz(shown));
 }
 
 // Adds the names in the schema table, in lower case, and keeps its last row in mind.
@@ -115,9 +105,8 @@ void client_database__check_names(KT_context *ctx, client_database &database, co
     KT_TRY(my_list_names(ctx, database, taken));
     uint32_t count = 0;
     KT_TRY(KT_vhash__count(ctx, taken, &count));
-    name_search search{taken, database.file_name};
     if (count > 0)
-        KT_TRY(client_each_name(ctx, plan, my_refuse_taken, &search));
+        KT_TRY(client_each_name(ctx, plan, my_refuse_taken, taken));
 }
 
 // Compiles a statement that holds texts of the schema, and runs it unless compiling it was the purpose.

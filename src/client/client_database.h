@@ -10,7 +10,6 @@ struct client_database {
     client_database(const client_database &) = delete;
     client_database &operator=(const client_database &) = delete;
 
-    const char *file_name = nullptr;
     const KT_sqlite_functions *functions = nullptr;
     struct sqlite3 *connection = nullptr;
     client_guard guard;
@@ -37,4 +36,4 @@ void client_database__run(KT_context *ctx, client_database &database, const char
 
 // Raises what SQLite says of its last failure, and returns.
 #define CLIENT_FAIL_IN(database, code) \
-    KT_FAIL(KT_ERR_SQLITE(code), "%s: %s", (database).file_name, (database).functions->message((database).connection))
+    KT_FAIL(KT_ERR_SQLITE(code), "%s", (database).functions->message((database).connection))

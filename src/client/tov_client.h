@@ -27,6 +27,7 @@ void tov_client__write_script(KT_context *ctx, tov_schema *schema, KT_string **s
  * The file is made when it is absent, and removed again when creating in it fails. In a database that already has a
  * table, view, index or trigger of a name that is needed nothing is done; the description names it.
  *
+ * @param file_name the path of a file, always: names that mean something else to SQLite (:memory:) mean a file here.
  * @param progress  optional; called after each statement with the number done and their total.
  * @param data      handed to progress.
  */
