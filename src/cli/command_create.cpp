@@ -38,7 +38,8 @@ int run_create(const create_options &options)
     cli_progress progress("creating");
     tov_client__create_database(context.ctx, schema, options.database.c_str(), cli_progress::step, &progress);
     progress.finish();
-    cli_check(context.ctx, options.database);
+    const bool is_of_database = KT_context__err_code(context.ctx) >= KT_ERR_SQLITE(0);
+    cli_check(context.ctx, is_of_database ? options.database : options.schema);
     return cli_done;
 }
 
