@@ -4,8 +4,10 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -56,21 +58,37 @@ mode_t rights_for(const std::string &path)
     return 0666 & ~mask;
 }
 
+// The path that a symbolic link leads to, so that the link stays; the path itself where there is no file yet.
+std::string behind_links(const std::string &path)
+{
+    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
+    return resolved ? resolved.get() : path;
+}
+
 void write_and_rename(const std::string &path, const std::string &content)
 {
-    std::string beside = path + ".XXXXXX";
+    const std::string target = behind_links(path);
+    std::string beside = target + ".XXXXXX";
     open_file file(::mkstemp(beside.data()));
     if (file.fd < 0)
         fail("cannot write", path, errno);
     try {
         write_all(file.fd, content, path);
         if (::fchmod(file.fd, rights_for(path)) != 0 || ::fsync(file.fd) != 0 ||
-            ::rename(beside.c_str(), path.c_str()) != 0)
+            ::rename(beside.c_str(), target.c_str()) != 0)
             fail("cannot write", path, errno);
     } catch (...) {
         ::unlink(beside.c_str());
         throw;
     }
+}
+
+// Whether it is the file that standard output goes to, such as /dev/stdout: to be written on, never replaced.
+bool is_standard_output(const std::string &path)
+{
+    struct stat existing, output;
+    return ::stat(path.c_str(), &existing) == 0 && ::fstat(STDOUT_FILENO, &output) == 0 &&
+           existing.st_dev == output.st_dev && existing.st_ino == output.st_ino;
 }
 
 bool is_special(const std::string &path)
@@ -123,7 +141,7 @@ void cli_print(const std::string &text)
 // A device or pipe cannot be replaced by a file beside it.
 void cli_write_file(const std::string &path, const std::string &content)
 {
-    if (path == "-") {
+    if (path == "-" || is_standard_output(path)) {
         cli_print(content);
     } else if (is_special(path)) {
         const open_file file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));

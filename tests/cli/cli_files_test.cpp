@@ -80,6 +80,27 @@ TEST_F(CliFilesTest, StandardInputAndOutputAreNamedByAHyphen)
     EXPECT_NE(listed.out.find("Customers"), std::string::npos);
 }
 
+TEST_F(CliFilesTest, WritesBehindALinkWithoutReplacingIt)
+{
+    write("real.json", "old");
+    ASSERT_EQ(::symlink("real.json", path("link.json").c_str()), 0);
+    EXPECT_EXIT_CODE(run({"import", write("c.json", sample_catalogue), "-o", path("link.json")}), 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(path("link.json")));
+    EXPECT_EQ(read("real.json").find("{\"compat_level\":1,"), 0u);
+}
+
+// As /dev/stdout is a link to it.
+TEST_F(CliFilesTest, WritesOnTheFileThatStandardOutputGoesTo)
+{
+    write("c.json", sample_catalogue);
+    ASSERT_EQ(::symlink("/proc/self/fd/1", path("stdout").c_str()), 0);
+    const std::string command = TOV_SCHEMA_COMMAND " import " + path("c.json") + " -o " + path("stdout") + " 2>&1";
+    EXPECT_EXIT_CODE(run_program("sh", {"-c", "(echo first; " + command + ") >" + path("out.json")}), 0);
+    EXPECT_EQ(read("out.json").find("first\n"), 0u);
+    EXPECT_NE(read("out.json").find("{\"compat_level\":1,"), std::string::npos);
+    EXPECT_TRUE(std::filesystem::is_symlink(path("stdout")));
+}
+
 TEST_F(CliFilesTest, WritesToADeviceWithoutReplacingIt)
 {
     EXPECT_EXIT_CODE(run({"import", write("c.json", sample_catalogue), "-o", "/dev/null"}), 0);
