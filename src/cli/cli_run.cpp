@@ -33,8 +33,13 @@ void add_subcommands(CLI::App &app, cli_action *action)
     cli_add_lite(app, action);
 }
 
-int complain(const std::string &text, int code)
+// One line, whatever a document brings into it: control characters, with which it could write on a terminal what it
+// likes, become blanks.
+int complain(std::string text, int code)
 {
+    for (char &byte : text)
+        if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F)
+            byte = ' ';
     std::fprintf(stderr, "tov-schema: %s\n", text.c_str());
     return code;
 }
@@ -53,8 +58,9 @@ try {
     } catch (const CLI::ParseError &error) {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
             return app.exit(error); // --help, --version
-        return complain(std::string(error.what()) + "\nRun tov-schema --help, or tov-schema SUBCOMMAND --help.",
-                        cli_usage);
+        complain(error.what(), cli_usage);
+        std::fputs("Run tov-schema --help, or tov-schema SUBCOMMAND --help.\n", stderr);
+        return cli_usage;
     }
     return action();
 } catch (const cli_failure &failure) {

@@ -83,6 +83,8 @@ std::string schema_json(KT_context *ctx, tov_schema *schema, bool with_host_inte
 
 int run(const import_options &options)
 {
+    if (options.findings == options.output)
+        throw cli_failure("schema and findings cannot both be written there", options.output, cli_usage);
     const cli_context context;
     KT_context *ctx = context.ctx;
     const std::string bytes = cli_read_file(options.catalogue);

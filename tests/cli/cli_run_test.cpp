@@ -46,6 +46,8 @@ TEST_F(CliRunTest, WrongUsageIsTwoAndSaysWhere)
         {"tables"},
         {"tables", "a", "--unknown"},
         {"import", "a", "--txid", "many"},
+        {"import", "a", "-o", "b", "--findings", "b"},
+        {"import", "a", "--findings", "-"},
         {"graph", "a", "--format", "svg"},
         {"select", "a", "t", "--mode", "3"},
         {"default", "int"},

@@ -44,6 +44,14 @@ const shape_case shape_cases[] = {
     {R"({"compat_level":1,"backend":{"name":1}})", "backend.name is not a text"},
 };
 
+TEST_F(CliShapeTest, APlaceCannotWriteOnTheTerminal)
+{
+    const command_result result =
+        run({"tables", write("s.json", R"({"compat_level":1,"tbls":{"a\u001B[2J\nb\u007F":5}})")});
+    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EQ(result.err, "tov-schema: tbls.a [2J b  is not an object: " + path("s.json") + "\n");
+}
+
 TEST_F(CliShapeTest, TheFirstWrongPlaceIsNamed)
 {
     for (const shape_case &c : shape_cases) {
