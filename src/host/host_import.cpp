@@ -26,11 +26,28 @@ static void my_new_schema(KT_context *ctx, host_owned_schema &schema)
     KT_TRY(tov_schema__set_backend_info__indistinct_unique_nulls(ctx, schema, 1));
 }
 
-// The module writes names into statements as they stand; these would end a quoted name or a message.
-static bool my_is_writable(const char *name)
+// Characters beyond ASCII that would make a statement show otherwise than it reads, first and last of each range:
+// controls, line separators and what changes the direction of writing.
+static constexpr std::pair<std::string_view, std::string_view> unwritable[] = {
+    {"\u0080", "\u009F"}, {"\u061C", "\u061C"}, {"\u200E", "\u200F"}, {"\u2028", "\u202E"}, {"\u2066", "\u2069"},
+};
+
+// UTF-8 sorts as its characters do.
+static bool my_begins_unwritable(std::string_view rest)
 {
-    for (const char *byte = name; *byte; byte++) {
-        if (*byte == '"' || *byte == '\'' || static_cast<unsigned char>(*byte) < 0x20 || *byte == 0x7F)
+    for (const auto &[first, last] : unwritable) {
+        if (rest.substr(0, first.size()) >= first && rest.substr(0, last.size()) <= last)
+            return true;
+    }
+    const char byte = rest.front();
+    return byte == '"' || byte == '\'' || static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
+}
+
+// The module writes names into statements as they stand; these would end a quoted name or a message.
+static bool my_is_writable(std::string_view name)
+{
+    for (size_t at = 0; at < name.size(); at++) {
+        if (my_begins_unwritable(name.substr(at)))
             return false;
     }
     return true;
@@ -41,8 +58,8 @@ static void my_report_name(KT_context *ctx, host_import &import, const host_tabl
 {
     if (!my_is_writable(name))
         KT_TRY(import.findings.add(ctx, "name-not-writable", &table, col, name,
-                                   "kept, but no SQLite table can be created from it: the name holds a quote or a "
-                                   "control character"));
+                                   "kept, but no SQLite table can be created from it: the name holds a quote, a "
+                                   "control character or one that changes the direction of writing"));
 }
 
 static void my_report_names(KT_context *ctx, host_import &import, const host_table &table)

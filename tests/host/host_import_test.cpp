@@ -61,6 +61,18 @@ TEST_F(HostImportTest, NamesThatCannotBeWrittenAreKeptAndReported)
     EXPECT_TRUE(has(R"("name":"O'Brien")") && has(R"("name":"a\"b")")) << document();
 }
 
+TEST_F(HostImportTest, SoAreNamesThatWouldShowOtherwiseThanTheyRead)
+{
+    const char *const refused[] = {"\u0080", "\u009F", "\u061C", "\u200E", "\u200F",
+                                   "\u2028", "\u202E", "\u2066", "\u2069"};
+    for (const char *character : refused) {
+        import_tables(a_table(7, "T", a_col(1, std::string("a") + character, "int")));
+        EXPECT_EQ(codes(), std::string("name-not-writable dbo.T.a") + character);
+    }
+    import_tables(a_table(7, "T", a_col(1, "a\u00A0\u061B\u061D\u200D\u2010\u2027\u202F\u2065\u206A\u00E9", "int")));
+    EXPECT_EQ(codes(), "");
+}
+
 TEST_F(HostImportTest, SplitTextsAreReported)
 {
     std::string file = an_export(one_table);
