@@ -2,9 +2,8 @@
 // itself it takes time with the square of the number of tables: half a minute for 4,000 with their triggers. Two things
 // keep both short (PRAGMA writable_schema allows them, and the transaction covers them):
 // - While tables are created, the rows of those that are finished wait on a shelf, a temporary table, and SQLite is
-// made
-//   to forget these tables; a table may refer to one that SQLite does not know. The rows go back, in order, before the
-//   first trigger, and SQLite reads them once.
+//   made to forget these tables; a table may refer to one that SQLite does not know. The rows go back, in order, before
+//   the first trigger, and SQLite reads them once.
 // - A trigger's statement is compiled, which checks it as creating would, but not run: the row that running would
 //   write is inserted instead.
 #include "client_schema_rows.h"
