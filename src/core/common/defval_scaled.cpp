@@ -22,26 +22,19 @@ static void my_missing_decimals(KT_context *ctx, const char *text, uint32_t scal
     *missing = scale - static_cast<uint32_t>(decimals);
 }
 
-static void my_copy_without_points(const char *text, char *copy) noexcept
-{
-    for (; *text; text++)
-        if (*text != '.')
-            *copy++ = *text;
-    *copy = '\0';
-}
-
+// The buffer holds the host's 38 digits with a sign. What does not fit is refused, leading zeros or not.
 static void my_parse_without_points(KT_context *ctx, const char *text, int64_t *value) noexcept
 {
-    char buffer[40];
-    kt_owned_text longer{ctx};
-    char *digits = buffer;
-    const size_t size = std::strlen(text) + 1;
-    if (size > sizeof buffer) {
-        void *block = nullptr;
-        KT_TRY(_kt_malloc(ctx, size, &block));
-        *longer.out() = digits = static_cast<char *>(block);
+    char digits[40];
+    size_t length = 0;
+    for (const char *at = text; *at; at++) {
+        if (*at == '.')
+            continue;
+        if (length == sizeof digits - 1)
+            KT_FAIL(KT_ERR_BAD_NUMBER, "'%s' is too long for a number", text);
+        digits[length++] = *at;
     }
-    my_copy_without_points(text, digits);
+    digits[length] = '\0';
     KT_TRY(KT_int64__parse__strict(ctx, digits, value));
 }
 

@@ -50,7 +50,8 @@ TOV_API KT_bool tov_is_defval_legit(const char *host_text, int32_t type_code, ui
  * @param scale  decimals, of which the low 8 bits count.
  *
  * Fails with KT_ERR_NOT_FOUND when the text has a second point or more decimals than the scale, e.g. "problem with
- * decimal string for scale=2: 1.234", and with KT_ERR_BAD_NUMBER when it is no number otherwise.
+ * decimal string for scale=2: 1.234", and with KT_ERR_BAD_NUMBER when it is no number otherwise, does not fit 64 bits
+ * without the point, or has more than 39 characters without it.
  */
 TOV_API void tov_convert_decimal_constant_to_scaled_integer(KT_context *ctx, const char *text, uint32_t scale,
                                                             int64_t *value) KT_NOEXCEPT;

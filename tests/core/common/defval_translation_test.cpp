@@ -328,7 +328,7 @@ TEST_F(DefvalTranslation, SurvivesEveryFailingAllocation)
         {"date", "('2020-02-29')", "'2020-02-29'"},
         {"date", "(getutcdate())", "(date('now'))"},
         {"money8", "((1.5))", "15000"},
-        {"decimal", "((0000000000000000000000000000000000000000000001.5))", "150", 2},
+        {"decimal", "((00000000000000000000000000000000000001.5))", "150", 2},
         {"text", "(N'abc')", "'abc'"},
         {"guid", "(newid())", "(randomblob(16))"},
         {"blob", "(0x12)", "x'12'"},
