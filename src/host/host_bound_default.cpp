@@ -57,8 +57,9 @@ static bool my_is_as(std::string_view word)
 std::string_view host_bound_default_expression(std::string_view statement)
 {
     size_t expression = statement.size();
+    size_t end = statement.size();
     int depth = 0;
-    for (size_t at = 0; at < statement.size();) {
+    for (size_t at = 0; at < end;) {
         const char byte = statement[at];
         if (byte == '\'' || byte == '"' || byte == '[') {
             at = my_skip_quoted(statement, at);
@@ -67,19 +68,20 @@ std::string_view host_bound_default_expression(std::string_view statement)
         } else if (statement.substr(at, 2) == "--") {
             at = std::min(statement.find('\n', at), statement.size());
         } else if (my_is_name_byte(byte)) {
-            const size_t end = my_skip_name(statement, at);
-            if (depth == 0 && my_is_as(statement.substr(at, end - at)))
-                expression = end;
-            at = end;
+            const size_t word_end = my_skip_name(statement, at);
+            if (depth == 0 && my_is_as(statement.substr(at, word_end - at)))
+                expression = word_end;
+            at = word_end;
+        } else if (byte == ';' && expression < end) {
+            end = at;
         } else {
             depth += byte == '(' ? 1 : 0;
             depth -= byte == ')' ? 1 : 0;
             at++;
         }
     }
-    statement.remove_prefix(expression);
-    const size_t last = statement.find_last_not_of(" \t\r\n;");
-    statement = statement.substr(0, last == statement.npos ? 0 : last + 1);
+    statement = statement.substr(expression, end - expression);
     const size_t first = statement.find_first_not_of(blanks);
-    return first == statement.npos ? std::string_view{} : statement.substr(first);
+    const size_t last = statement.find_last_not_of(blanks);
+    return first == statement.npos ? std::string_view{} : statement.substr(first, last + 1 - first);
 }
