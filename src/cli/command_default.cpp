@@ -27,7 +27,7 @@ struct known_type {
 };
 
 constexpr const char *a_literal = "a single literal carries over, an expression does not";
-constexpr const char *an_integer = "an integer within the type's range carries over, nothing else";
+constexpr const char *an_integer = "an integer within the type's range carries over, an expression does not";
 constexpr const char *a_number = "a single number carries over, an expression does not";
 constexpr const char *a_date = "a literal, getutcdate() and sysutcdatetime() carry over, nothing else";
 constexpr const char *a_guid = "newid() and newsequentialid() carry over, nothing else";
@@ -41,10 +41,10 @@ constexpr known_type known_types[] = {
     {"sint16", "sint16", an_integer},
     {"uint8", "uint8", an_integer},
     {"uint1", "uint1", an_integer},
-    {"loose/int", "loose/int", an_integer},
+    {"loose/int", "loose/int", a_literal},
     {"real8", "real8", a_number},
     {"real4", "real4", a_number},
-    {"loose/real", "loose/real", a_number},
+    {"loose/real", "loose/real", a_literal},
     {"decimal", "decimal", a_number},
     {"money8", "money8", a_number},
     {"money4", "money4", a_number},
@@ -80,12 +80,13 @@ constexpr known_type known_types[] = {
     {"uniqueidentifier", "guid", a_guid},
 };
 
-const known_type &find_type(const std::string &name)
+// Null for an unknown name.
+const known_type *find_type(const std::string &name)
 {
     for (const known_type &type : known_types)
         if (KT_stricmp(type.name, name.c_str()) == 0)
-            return type;
-    throw cli_failure("no type of this name", name, cli_usage);
+            return &type;
+    return nullptr;
 }
 
 struct outcome {
@@ -136,7 +137,8 @@ void print(KT_context *ctx, const default_options &options, const std::string &t
 }
 
 struct input_line {
-    std::string type;
+    std::string type_name;
+    const known_type *type = nullptr;
     uint32_t scale = 0;
     std::string text;
 };
@@ -152,7 +154,10 @@ input_line split(const std::string &line, size_t number)
     if (line.find('\0') != std::string::npos)
         throw cli_failure("the line holds a NUL", where);
     input_line result;
-    result.type = line.substr(0, first);
+    result.type_name = line.substr(0, first);
+    result.type = find_type(result.type_name);
+    if (!result.type)
+        throw cli_failure("no type of the name '" + result.type_name + "'", where);
     result.text = line.substr(second + 1);
     const char *begin = line.data() + first + 1, *end = line.data() + second;
     const auto [stop, error] = std::from_chars(begin, end, result.scale);
@@ -170,8 +175,7 @@ int run_lines(KT_context *ctx, tov_schema *schema, const default_options &option
         if (line.empty())
             continue;
         const input_line input = split(line, number);
-        print(ctx, options, input.type, input.text,
-              translate(ctx, schema, find_type(input.type), input.scale, input.text));
+        print(ctx, options, input.type_name, input.text, translate(ctx, schema, *input.type, input.scale, input.text));
     }
     if (std::cin.bad())
         throw cli_failure("cannot read", "standard input");
@@ -180,6 +184,9 @@ int run_lines(KT_context *ctx, tov_schema *schema, const default_options &option
 
 int run(const default_options &options)
 {
+    const known_type *type = find_type(options.type);
+    if (!type && !options.type.empty())
+        throw cli_failure("no type of this name", options.type, cli_usage);
     const cli_context context;
     KT_context *ctx = context.ctx;
     cli_schema schema(ctx);
@@ -189,10 +196,9 @@ int run(const default_options &options)
     cli_check(ctx, "");
     tov_schema__add_col(ctx, schema, "t", "c", "c", 1, 0, 0);
     cli_check(ctx, "");
-    if (options.type.empty())
+    if (!type)
         return run_lines(ctx, schema, options);
-    print(ctx, options, options.type, options.text,
-          translate(ctx, schema, find_type(options.type), options.scale, options.text));
+    print(ctx, options, options.type, options.text, translate(ctx, schema, *type, options.scale, options.text));
     return cli_done;
 }
 

@@ -113,6 +113,8 @@ try {
 } catch (cli_failure &failure) {
     failure.exit_code = cli_usage; // trouble, as diff has it
     throw;
+} catch (const std::bad_alloc &) {
+    throw cli_failure("out of memory", "", cli_usage);
 }
 
 } // namespace

@@ -24,6 +24,10 @@ const default_case default_cases[] = {
     {{"uniqueidentifier", "('x')"}, "dropped\tnewid() and newsequentialid() carry over, nothing else\n"},
     {{"datetime", "(getdate())"}, "dropped\ta literal, getutcdate() and sysutcdatetime() carry over, nothing else\n"},
     {{"varbinary", "(0x0A1B)"}, "kept\tx'0A1B'\n"},
+    {{"int", "((1)+(2))"}, "dropped\tan integer within the type's range carries over, an expression does not\n"},
+    {{"loose/int", "('abc')"}, "kept\t'abc'\n"},
+    {{"loose/int", "(f())"}, "dropped\ta single literal carries over, an expression does not\n"},
+    {{"loose/real", "(rand())"}, "dropped\ta single literal carries over, an expression does not\n"},
     {{"identity", "((1))"}, "dropped\tan identity column has no default\n"},
     {{"identity", "(NULL)"}, "kept\tNULL\n"},
 };
@@ -44,7 +48,7 @@ TEST_F(CommandDefaultTest, ReadsManyFromStandardInput)
     const command_result result = run({"default"}, "int\t0\t((7))\r\n\ndecimal\t2\t((1.5))\nint\t\t((300)\n");
     EXPECT_EXIT_CODE(result, 0);
     EXPECT_EQ(result.out,
-              "kept\t7\nkept\t150\ndropped\tan integer within the type's range carries over, nothing else\n");
+              "kept\t7\nkept\t150\ndropped\tan integer within the type's range carries over, an expression does not\n");
 }
 
 TEST_F(CommandDefaultTest, PrintsJson)
@@ -61,7 +65,7 @@ TEST_F(CommandDefaultTest, PrintsJson)
 
 TEST_F(CommandDefaultTest, SaysWhichLineIsWrong)
 {
-    for (const char *line : {"int ((0))", "int\t0", "int\tx\t((0))", "int\t256\t((0))"}) {
+    for (const char *line : {"int ((0))", "int\t0", "int\tx\t((0))", "int\t256\t((0))", "sql\t0\t((0))"}) {
         const command_result result = run({"default"}, std::string("int\t0\t((7))\n") + line + "\n");
         EXPECT_EXIT_CODE(result, 1);
         EXPECT_NE(result.err.find("standard input, line 2"), std::string::npos) << result.err;

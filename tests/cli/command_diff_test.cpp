@@ -3,6 +3,8 @@
 #include "run_command.h"
 #include "sample.h"
 
+#include <filesystem>
+
 namespace {
 
 class CommandDiffTest : public CommandTest {
@@ -62,5 +64,17 @@ TEST_F(CommandDiffTest, TroubleIsTwo)
     EXPECT_EXIT_CODE(run({"diff", old_schema, path("absent.json")}), 2);
     EXPECT_EXIT_CODE(run({"diff", write("bad.json", "{"), old_schema}), 2);
 }
+
+#ifndef TOV_SANITIZED // sanitizers need more address space than the limit
+TEST_F(CommandDiffTest, WantOfMemoryIsTroubleToo)
+{
+    const std::string large = write("large.json", "{");
+    std::filesystem::resize_file(large, 1U << 30);
+    const command_result result =
+        run_program("/bin/sh", {"-c", "ulimit -v 500000; exec \"$0\" diff \"$1\" \"$1\"", TOV_SCHEMA_COMMAND, large});
+    EXPECT_EXIT_CODE(result, 2);
+    EXPECT_EQ(result.err, "tov-schema: out of memory\n");
+}
+#endif
 
 } // namespace
