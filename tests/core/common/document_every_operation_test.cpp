@@ -127,6 +127,7 @@ class EveryOperation : public ContextTest {
         s.trees[1] = parsed(std::string("{") + host_internals + "}");
         s.lite = parsed(lite_document);
         tov_schema__get_converted_col_names_as_vhash(ctx, s.schema, "c", 1, &s.cols);
+        KT_varray__alloc(ctx, &s.loose_list);
         KT_nullhash__alloc(ctx, &s.set);
         KT_nullhash__update(ctx, s.set, "p");
         KT_string__alloc__sz(ctx, &s.string, "text");
@@ -142,6 +143,7 @@ class EveryOperation : public ContextTest {
         tov_schema__nullfree(ctx, &s.other);
         for (KT_vhash *map : {s.map, s.trees[0], s.trees[1], s.lite, s.cols})
             KT_vhash__free(ctx, map);
+        KT_varray__free(ctx, s.loose_list);
         KT_nullhash__free(ctx, s.set);
         KT_string__free(ctx, s.string);
         KT_string__free(ctx, s.longer_string);

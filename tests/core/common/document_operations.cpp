@@ -78,7 +78,7 @@ const operation operations[] = {
     ROW(KT_varray__append__string__sz, all, s.list, long_text),
     ROW(KT_varray__appendnew__vhash, all, s.list, &o.child),
     ROW(KT_varray__count, nothing, s.list, &o.count),
-    ROW_OF(KT_varray__free, nothing, KT_varray__free(c, nullptr)),
+    ROW(KT_varray__free, nothing, std::exchange(s.loose_list, nullptr)),
     ROW(KT_varray__get__sz, nothing, s.list, 0, &o.texts[0]),
     ROW(KT_varray__get__vhash, nothing, s.list, 1, &o.child),
     ROW(KT_varray__get_nth, nothing, s.list, 0, &o.variant),

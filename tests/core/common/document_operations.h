@@ -12,9 +12,10 @@
 // What the calls work on. A call that takes something over leaves null behind.
 struct stage {
     tov_schema *schema;       // tables p and c, each with something of everything
-    tov_schema *other;        // the same but for a table and a column
+    tov_schema *other;        // shares table p and one of its columns, and has no settings
     KT_vhash *map;            // a value of each kind, by the name of the kind
     KT_varray *list;          // a member of map: a text and a map
+    KT_varray *loose_list;    // a list of its own, empty
     KT_vhash *trees[2];       // a document and host internals
     KT_vhash *lite;           // a lite schema of p
     KT_vhash *cols;           // what a select list of c is made of
