@@ -13,6 +13,7 @@ void register_module_benches();
 void register_references_benches();
 void register_defaults_benches();
 void register_whole_way_benches();
+void measure_whole_way_peaks();
 
 // Ratios against the best peer; of "release" against the parse, of the module's calls against what the comment in
 // their source says.
@@ -34,6 +35,7 @@ const std::vector<bench_case> &bench_cases()
         {"order_chain", "order a reversed chain, against one walk", {{"10000", 2.0}}},
         {"trial", "trial of a default, against the statements issued directly", {{"", 1.10}}},
         {"tokens", "scan text into tokens, against sqlite3_complete()", {{"", 1.0 / 0.6}}},
+        {"peak", "the whole way, one step after the other: most memory held", {}},
         {"way_import", "import a catalogue", {}},
         {"way_write", "write the schema", {}},
         {"way_read", "read the schema", {}},
@@ -54,6 +56,8 @@ int main(int argc, char **argv)
         else
             arguments.push_back(argv[n]);
     }
+    if (!output.empty())
+        measure_whole_way_peaks(); // first, while this process itself is small
     int count = static_cast<int>(arguments.size());
     benchmark::Initialize(&count, arguments.data());
     if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))

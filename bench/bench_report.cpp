@@ -63,6 +63,8 @@ std::string as_time(double nanoseconds)
 
 std::string as_value(const std::string &name, double value)
 {
+    if (name.rfind("peak", 0) == 0)
+        return rounded(value / 1e6, 0) + " MB";
     return name.rfind("memory", 0) == 0 ? rounded(value, 2) + " B/B" : as_time(value);
 }
 

@@ -78,8 +78,8 @@ host_type set_type(KT_context *ctx, tov_schema *schema, const char *tbl, const c
 void add_column(KT_context *ctx, tov_schema *schema, const char *tbl, uint32_t n, std::mt19937 &random)
 {
     const std::string col = std::to_string(n);
-    const std::string name = name_of(random) + (random() % 4 ? "" : col);
-    tov_schema__add_col(ctx, schema, tbl, col.c_str(), (name + std::to_string(n)).c_str(), 1, 0, 0);
+    const std::string name = name_of(random) + col;
+    tov_schema__add_col(ctx, schema, tbl, col.c_str(), name.c_str(), 1, 0, 0);
     if (n == 1) {
         tov_schema__set_col_type_identity(ctx, schema, tbl, col.c_str(), nullptr);
         tov_schema__set_mssql_col_type_name(ctx, schema, tbl, col.c_str(), "int");

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr uint32_t table_counts[] = {100, 1000, 10000};
+constexpr uint32_t table_counts[] = {100, 1000, 10000, 26653};
 
 tov_schema *random_schema(uint32_t tables)
 {

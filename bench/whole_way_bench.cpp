@@ -5,6 +5,10 @@
 #include "tov_client.h"
 #include "tov_host.h"
 
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace {
 
 void import_catalogue(benchmark::State &state, const bench_size &size)
@@ -113,9 +117,54 @@ void triggers(benchmark::State &state, const bench_size &size)
     bench_check();
 }
 
+// Import, JSON out and in, order, all texts, all inputs of triggers: each once.
+void go_the_whole_way(const bench_size &size)
+{
+    KT_context *ctx = bench_ctx();
+    tov_schema *imported = nullptr, *schema = nullptr;
+    KT_varray *findings = nullptr, *ids = nullptr;
+    KT_string *json = nullptr;
+    {
+        const std::string catalogue = bench_catalogue(size);
+        tov_host__import(ctx, catalogue.data(), catalogue.size(), nullptr, &imported, &findings);
+        bench_check();
+    }
+    tov_schema__to_json(ctx, imported, &json);
+    tov_schema__nullfree(ctx, &imported);
+    tov_schema__from_json(ctx, KT_string__sz(json), &schema);
+    KT_string__free(ctx, json);
+    tov_schema__sort_by_references(ctx, schema, &ids);
+    for_each_col(schema, size, [&](const char *tbl, const char *col) {
+        const char *defin = nullptr;
+        KT_string *check = nullptr;
+        tov_schema__get_col_defin(ctx, schema, tbl, col, nullptr, &defin);
+        tov_schema__get_col_validation_expression(ctx, schema, tbl, col, &check);
+        KT_string__free(ctx, check);
+    });
+    bench_check();
+}
+
 using bench = void (*)(benchmark::State &, const bench_size &);
 
 } // namespace
+
+// Each size in a process of its own, the catalogue's text included.
+void measure_whole_way_peaks()
+{
+    for (const bench_size &size : bench_sizes) {
+        const pid_t child = fork();
+        if (child == 0) {
+            go_the_whole_way(size);
+            _exit(0);
+        }
+        int status = 0;
+        struct rusage usage {};
+        wait4(child, &status, 0, &usage);
+        if (status == 0)
+            bench_add_figure("peak/" + std::to_string(size.tables) + "/ours",
+                             static_cast<double>(usage.ru_maxrss) * 1024);
+    }
+}
 
 void register_whole_way_benches()
 {
