@@ -68,12 +68,13 @@ std::string as_value(const std::string &name, double value)
     return name.rfind("memory", 0) == 0 ? rounded(value, 2) + " B/B" : as_time(value);
 }
 
-// The exponent e of time ~ size^e, by least squares over the logarithms.
-double growth(const std::map<uint64_t, measured> &sizes)
+// The exponent e of time ~ size^e, by least squares over the logarithms; who is "ours" or a peer at every size.
+double growth(const std::map<uint64_t, measured> &sizes, const std::string &who)
 {
     double n = 0, x = 0, y = 0, xx = 0, xy = 0;
     for (const auto &[size, entry] : sizes) {
-        const double lx = std::log(static_cast<double>(size)), ly = std::log(entry.ours);
+        const double value = who == "ours" ? entry.ours : entry.peers.at(who);
+        const double lx = std::log(static_cast<double>(size)), ly = std::log(value);
         n += 1;
         x += lx;
         y += ly;
@@ -81,6 +82,21 @@ double growth(const std::map<uint64_t, measured> &sizes)
         xy += lx * ly;
     }
     return (n * xy - x * y) / (n * xx - x * x);
+}
+
+// The peer's own growth: where a pass over the smallest schema stays in the cache and one over the largest does not,
+// plain walks grow faster than their size too.
+std::string peer_growth(const std::map<uint64_t, measured> &sizes)
+{
+    const auto &peers = sizes.begin()->second.peers;
+    for (const auto &[who, value] : peers) {
+        bool is_everywhere = true;
+        for (const auto &[size, entry] : sizes)
+            is_everywhere = is_everywhere && entry.peers.count(who);
+        if (is_everywhere)
+            return rounded(growth(sizes, who), 2) + " (" + who + ")";
+    }
+    return "-";
 }
 
 std::string row(const bench_case &c, uint64_t size, const measured &entry, bool *is_met)
@@ -141,7 +157,7 @@ std::string bench_collector::table(bool *is_met) const
 
     *is_met = true;
     std::string text = "| case | tables | ours | best peer | ratio | target | |\n|---|--:|--:|--:|--:|--:|---|\n";
-    std::string exponents = "\n| case | sizes | growth exponent | target | |\n|---|---|--:|--:|---|\n";
+    std::string exponents = "\n| case | sizes | growth exponent | target | | a peer's |\n|---|---|--:|--:|---|--:|\n";
     for (const bench_case &c : bench_cases()) {
         const auto found = all.find(c.name);
         if (found == all.end())
@@ -150,10 +166,10 @@ std::string bench_collector::table(bool *is_met) const
             text += row(c, size, entry, is_met);
         if (found->second.size() < 3 || std::string(c.name).rfind("memory", 0) == 0)
             continue;
-        const double exponent = growth(found->second);
+        const double exponent = growth(found->second, "ours");
         exponents += "| " + std::string(c.title) + " | " + std::to_string(found->second.begin()->first) + " to " +
                      std::to_string(found->second.rbegin()->first) + " | " + rounded(exponent, 2) + " | 1.10 | " +
-                     (exponent <= 1.1 ? "met" : "**missed**") + " |\n";
+                     (exponent <= 1.1 ? "met" : "**missed**") + " | " + peer_growth(found->second) + " |\n";
         *is_met = *is_met && exponent <= 1.1;
     }
     return text + exponents;
