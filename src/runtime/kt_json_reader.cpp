@@ -1,8 +1,8 @@
 // Reading JSON text straight into a tree: one pass, no recursion.
 //
 // Values lie on a stack until their map or list closes and is made in its final size. A map follows the transitions
-// of shapes while it is read; the transition taken last is tried first, with one comparison and no hashing. Since the
-// text ends at a NUL, which no rule accepts, the end needs no test of its own.
+// of shapes while it is read; two that were taken before are tried first, with one comparison each and no hashing.
+// Since the text ends at a NUL, which no rule accepts, the end needs no test of its own.
 
 #include "kt_json_reader.hpp"
 #include "kt_json_text.hpp"
@@ -10,7 +10,7 @@
 
 #define KT_HERE "src/runtime/kt_json_reader"
 
-// Whether the next key is the one that came next last time.
+// Whether the next key is the one that leads to a likely shape.
 static inline bool my_guess_key(const kt_json_reader *reader, const kt_shape *likely, const char *at) noexcept
 {
     alignas(16) static constexpr uint8_t ones[32] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
@@ -30,10 +30,13 @@ static inline const char *my_read_key(kt_json_reader *reader, const char *at) no
         return kt_reader_fail(reader, at, "a key in quotes");
     at++;
     kt_reader_frame &frame = reader->frame;
-    kt_shape *likely = frame.kind == kt_reader_kind::shared_map ? frame.shape->likely : nullptr;
-    if (my_guess_key(reader, likely, at)) [[likely]] {
-        frame.shape = likely;
-        at += likely->quoted_length;
+    const kt_shape *shape = frame.kind == kt_reader_kind::shared_map ? frame.shape : nullptr;
+    kt_shape *guess = shape ? shape->likely : nullptr;
+    if (!my_guess_key(reader, guess, at) && !my_guess_key(reader, guess = shape ? shape->also_likely : nullptr, at))
+        guess = nullptr;
+    if (guess) [[likely]] {
+        frame.shape = guess;
+        at += guess->quoted_length;
     } else if (!(at = kt_reader_key_text(reader, at))) {
         return nullptr;
     }

@@ -220,6 +220,7 @@ kt_step kt_shape_next(kt_shape *shape, const kt_query &query, kt_shape **next) n
             return kt_step::out_of_memory;
         arena->shape_credit--;
     }
+    shape->also_likely = shape->likely;
     shape->likely = found;
     *next = found;
     return kt_step::shared;

@@ -91,6 +91,7 @@ struct kt_shape : kt_layout {
     kt_shape_keys *keys;
     kt_shape *parent;
     kt_shape *likely;       // the transition taken last
+    kt_shape *also_likely;  // and one that was taken before
     uint32_t quoted_length; // of the key added last with a quote behind it; 0 when longer than 16
     uint8_t quoted[16];     // that key, for the reader's guess
 };
