@@ -15,7 +15,12 @@ static inline bool my_guess_key(const kt_json_reader *reader, const kt_shape *li
 {
     alignas(16) static constexpr uint8_t ones[32] = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
                                                      0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
-    if (!likely || likely->quoted_length == 0 || reader->end - at < 16)
+    if (!likely || likely->quoted_length == 0)
+        return false;
+    if (likely->quoted_length > sizeof(likely->quoted))
+        return reader->end - at >= static_cast<ptrdiff_t>(likely->quoted_length) &&
+               std::memcmp(at, likely->long_quoted, likely->quoted_length) == 0;
+    if (reader->end - at < 16)
         return false;
     uint64_t text[2], key[2], mask[2];
     std::memcpy(text, at, 16);

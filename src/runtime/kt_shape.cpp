@@ -160,16 +160,16 @@ static bool my_reserve_key(kt_arena *arena, kt_shape_keys *list) noexcept
     return true;
 }
 
-static void my_remember_quoted(kt_shape *shape, const kt_query &query) noexcept
+static void my_remember_quoted(kt_shape *shape, const kt_shape_key &key) noexcept
 {
-    shape->quoted_length = 0;
-    if (query.length + 1 > sizeof(shape->quoted))
+    if (!key.json_length)
         return;
-    std::memset(shape->quoted, 0, sizeof(shape->quoted));
-    std::memcpy(shape->quoted, query.text, query.length);
-    shape->quoted[query.length] = '"';
-    if (my_is_plain(query.text, query.length))
-        shape->quoted_length = query.length + 1;
+    // Behind the key's own text and its NUL stands "key": in JSON.
+    const char *quoted = key.text + key.json_length - 1;
+    shape->quoted_length = key.json_length - 2;
+    shape->long_quoted = quoted;
+    if (shape->quoted_length <= sizeof(shape->quoted))
+        std::memcpy(shape->quoted, quoted, shape->quoted_length);
 }
 
 static kt_shape *my_make_transition(kt_shape *shape, const kt_query &query, uint32_t hash) noexcept
@@ -192,7 +192,7 @@ static kt_shape *my_make_transition(kt_shape *shape, const kt_query &query, uint
     next->count = shape->count + 1;
     next->keys = list;
     next->parent = shape;
-    my_remember_quoted(next, query);
+    my_remember_quoted(next, key);
     my_put_transition(&arena->transitions, next);
     return next;
 }

@@ -90,10 +90,13 @@ struct kt_shape_keys {
 struct kt_shape : kt_layout {
     kt_shape_keys *keys;
     kt_shape *parent;
-    kt_shape *likely;       // the transition taken last
-    kt_shape *also_likely;  // and one that was taken before
-    uint32_t quoted_length; // of the key added last with a quote behind it; 0 when longer than 16
-    uint8_t quoted[16];     // that key, for the reader's guess
+    kt_shape *likely;      // the transition taken last
+    kt_shape *also_likely; // and one that was taken before
+    // The key added last with a quote behind it, for the reader's guess: up to 16 bytes here, longer ones in the list
+    // of keys. The length is 0 for a key that JSON writes otherwise.
+    uint32_t quoted_length;
+    uint8_t quoted[16];
+    const char *long_quoted;
 };
 
 struct kt_entry {
