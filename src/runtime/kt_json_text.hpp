@@ -16,8 +16,8 @@ inline bool kt_json_is_plain(char byte) noexcept
     return code >= 0x20 && code < 0x80 && code != '"' && code != '\\';
 }
 
-// How many of the 16 bytes at text come before the first that is not plain.
-inline uint32_t kt_json_plain_run_16(const char *text) noexcept
+// A bit for each of the 16 bytes at text that is not plain, the first byte's lowest.
+inline uint32_t kt_json_special_16(const char *text) noexcept
 {
 #if defined(__SSE2__)
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(text));
@@ -25,13 +25,19 @@ inline uint32_t kt_json_plain_run_16(const char *text) noexcept
     const __m128i special = _mm_or_si128(
         _mm_cmplt_epi8(bytes, _mm_set1_epi8(0x20)),
         _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('"')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\'))));
-    return static_cast<uint32_t>(__builtin_ctz(static_cast<uint32_t>(_mm_movemask_epi8(special)) | 0x10000U));
+    return static_cast<uint32_t>(_mm_movemask_epi8(special));
 #else
-    uint32_t run = 0;
-    while (run < 16 && kt_json_is_plain(text[run]))
-        run++;
-    return run;
+    uint32_t special = 0;
+    for (uint32_t i = 0; i < 16; i++)
+        special |= static_cast<uint32_t>(!kt_json_is_plain(text[i])) << i;
+    return special;
 #endif
+}
+
+// How many of the 16 bytes at text come before the first that is not plain.
+inline uint32_t kt_json_plain_run_16(const char *text) noexcept
+{
+    return static_cast<uint32_t>(__builtin_ctz(kt_json_special_16(text) | 0x10000U));
 }
 
 // The first byte from text on that is not plain, or end.

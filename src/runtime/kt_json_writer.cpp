@@ -112,21 +112,19 @@ static void my_write_text(my_writer *writer, const char *text, size_t length) no
     writer->out = out + length + 2;
 }
 
-// A text inside its variant: all 16 bytes can be looked at and copied at once.
+// A text inside its variant: the whole variant can be looked at and copied at once.
 static inline void my_write_inline_text(my_writer *writer, const KT_variant *value) noexcept
 {
-    const char *bytes = reinterpret_cast<const char *>(value);
     static constexpr uint32_t before = offsetof(KT_variant, inline_text);
+    const char *bytes = reinterpret_cast<const char *>(value);
     const uint32_t length = value->inline_length;
-    char copy[16] = {};
-    std::memcpy(copy, bytes + before, 16 - before);
-    if (kt_json_plain_run_16(copy) < length) {
+    if ((kt_json_special_16(bytes) >> before) & ((1U << length) - 1)) [[unlikely]] {
         my_write_special_text(writer, bytes + before, length);
         return;
     }
     char *out = writer->out;
     *out = '"';
-    std::memcpy(out + 1, copy, 16 - before);
+    std::memcpy(out + 1, bytes + before, sizeof(KT_variant) - before);
     out[length + 1] = '"';
     writer->out = out + length + 2;
 }
@@ -211,7 +209,11 @@ static inline void my_write_key(my_writer *writer, const KT_vhash *map, uint32_t
         const kt_shape_key &key = kt_shape_of(map)->keys->keys[slot];
         if (key.json_length) [[likely]] {
             KT_TRY(my_reserve(writer, key.json_length + my_member_room));
-            std::memcpy(writer->out, key.text + key.json_length - 2, key.json_length);
+            const char *json = key.text + key.json_length - 2;
+            if (key.json_length <= kt_json_key_room) [[likely]]
+                std::memcpy(writer->out, json, kt_json_key_room); // there is room behind both
+            else
+                std::memcpy(writer->out, json, key.json_length);
             writer->out += key.json_length;
             return;
         }

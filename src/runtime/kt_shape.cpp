@@ -3,6 +3,8 @@
 #include "kt_json_text.hpp"
 #include "kt_tree.hpp"
 
+#include <algorithm>
+
 // A map is worth a shape only when others will have the same keys. Maps keyed by ids of their own (the tables of a
 // schema, the columns of one foreign key) show that in their first key: one that no map has begun with before starts
 // no shape. Beyond that, shapes that are made spend a credit which shapes that are met again earn back.
@@ -94,13 +96,15 @@ static bool my_make_key(kt_arena *arena, const kt_query &query, uint32_t hash, k
 {
     const uint32_t length = query.length;
     const bool has_json = my_is_plain(query.text, length);
-    char *text = kt_new_block<char>(arena, has_json ? 2 * size_t{length} + 4 : size_t{length} + 1);
+    const size_t own_size = size_t{length} + 1;
+    const size_t json_size = std::max<size_t>(own_size + 2, kt_json_key_room);
+    char *text = kt_new_block<char>(arena, has_json ? own_size + json_size : own_size);
     if (!text)
         return false;
     std::memcpy(text, query.text, length);
     text[length] = '\0';
     if (has_json) {
-        char *json = text + length + 1;
+        char *json = static_cast<char *>(std::memset(text + own_size, 0, json_size));
         json[0] = '"';
         std::memcpy(json + 1, query.text, length);
         json[length + 1] = '"';

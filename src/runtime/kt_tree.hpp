@@ -61,7 +61,9 @@ struct KT_varray {
     kt_segments<KT_variant> elements;
 };
 
-// A key of a shape. Its text is followed by the text that the JSON writer copies: "key": with quotes and colon.
+// A key of a shape. Its text is followed by the text that the JSON writer copies: "key": with quotes and colon, and at
+// least kt_json_key_room bytes that may be read.
+inline constexpr uint32_t kt_json_key_room = 32;
 struct kt_shape_key {
     kt_packed_key packed;
     const char *text;
