@@ -1,6 +1,8 @@
 #include "cli_progress.h"
 
+#include <condition_variable>
 #include <cstdio>
+#include <mutex>
 #include <unistd.h>
 
 using namespace std::chrono_literals;
@@ -34,4 +36,25 @@ void cli_progress::finish()
     if (is_shown_)
         std::fputs("\r\033[K", stderr);
     is_shown_ = false;
+}
+
+// Ends as soon as it is asked to, and takes its line away.
+static void show_time(const std::stop_token &stop, const char *what)
+{
+    std::mutex mutex;
+    std::condition_variable_any wake;
+    std::unique_lock lock(mutex);
+    unsigned seconds = 0;
+    while (!wake.wait_for(lock, stop, 1s, [&] { return stop.stop_requested(); })) {
+        std::fprintf(stderr, "\r%s: %u s ", what, ++seconds);
+        std::fflush(stderr);
+    }
+    if (seconds)
+        std::fputs("\r\033[K", stderr);
+}
+
+cli_waiting::cli_waiting(const char *what)
+{
+    if (isatty(STDERR_FILENO) == 1)
+        clock_ = std::jthread([what](const std::stop_token &stop) { show_time(stop, what); });
 }

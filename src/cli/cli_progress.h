@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <thread>
 
 class cli_progress {
   public:
@@ -19,4 +20,13 @@ class cli_progress {
     bool is_terminal_;
     bool is_shown_ = false;
     std::chrono::steady_clock::time_point next_;
+};
+
+// The same for work that does not report: says how long it has taken, from the first second on, until it goes.
+class cli_waiting {
+  public:
+    explicit cli_waiting(const char *what);
+
+  private:
+    std::jthread clock_; // not running where there is no terminal
 };

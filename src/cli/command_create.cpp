@@ -50,7 +50,10 @@ int run_sql(const create_options &options)
     cli_load_schema(context.ctx, options.schema, &schema);
     print_remarks(context.ctx, schema, options.schema);
     KT_string *script = nullptr;
-    tov_client__write_script(context.ctx, schema, &script);
+    {
+        const cli_waiting waiting("writing");
+        tov_client__write_script(context.ctx, schema, &script);
+    }
     const std::string text = cli_take(context.ctx, script);
     cli_check(context.ctx, options.schema);
     cli_write_file(options.output, text);

@@ -2,6 +2,7 @@
 
 #include "cli_files.h"
 #include "cli_json.h"
+#include "cli_progress.h"
 #include "commands.h"
 #include "tov_host.h"
 
@@ -93,7 +94,10 @@ int run(const import_options &options)
     tov_host_options host_options;
     host_options.txid = options.txid;
     host_options.verbose = options.is_verbose;
-    tov_host__import(ctx, bytes.data(), bytes.size(), &host_options, &schema.schema, &findings.list);
+    {
+        const cli_waiting waiting("importing");
+        tov_host__import(ctx, bytes.data(), bytes.size(), &host_options, &schema.schema, &findings.list);
+    }
     cli_check(ctx, options.catalogue);
     if (findings.list)
         KT_varray__count(ctx, findings.list, &findings.count);
