@@ -347,19 +347,20 @@ inline void read_summary(reading &r, const std::vector<std::string> &tbls)
     free_lists(r, {only_in_a, only_in_b, same, changed});
 }
 
+// Without an answer there may be a cycle of either kind.
 inline void read_cycles(reading &r)
 {
     KT_varray *tbl_cycles = nullptr;
     KT_varray *col_cycles = nullptr;
     tov_schema__find_reference_cycles(r.ctx, r.schema, &tbl_cycles, &col_cycles);
-    ended_well(r);
-    r.has_tbl_cycle = tbl_cycles != nullptr;
-    r.has_col_cycle = col_cycles != nullptr;
+    const bool has_answer = ended_well(r);
+    r.has_tbl_cycle = tbl_cycles || !has_answer;
+    r.has_col_cycle = col_cycles || !has_answer;
     free_lists(r, {tbl_cycles, col_cycles});
 }
 
-// Reads all there is to read. The operations that may not return on a cycle of references are left out when there is
-// one. The context is without an error afterwards.
+// Reads all there is to read. The operations that may not return on a cycle of references are left out when there may
+// be one. The context is without an error afterwards.
 inline void read_everything(reading &r)
 {
     value_of<int64_t>(r, tov_schema__get_filter_id);

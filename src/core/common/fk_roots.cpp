@@ -5,10 +5,15 @@
 // a circle of references, by contract: callers that cannot rule one out look for cycles first. The search keeps a
 // stack of its own, on which a column stays only while it may have references left to try, so that the length of a
 // chain costs no memory.
+//
+// Columns that are reached in many ways would be searched once for each of them, which is without bound in practice:
+// two references from each of forty columns to the next one make 2^40 ways. So a search that has looked at more
+// columns than any ordinary one takes note of those that lead to no root, and passes by them from then on.
 
 #include "ddl_text.hpp"
 #include "ddl_walk.hpp"
 #include "fk_array.hpp"
+#include "fk_names.hpp"
 #include "fk_types.hpp"
 #include "fk_walk.hpp"
 
@@ -36,7 +41,21 @@ struct my_step {
     const char *ref_tbl_id;
     uint32_t next_pair;
     uint32_t pair_count;
+    // Its number among the columns that are taken note of.
+    uint32_t number;
 };
+
+enum class my_verdict : uint8_t { on_path, no_root };
+
+struct my_search {
+    fk_array<my_step> path;
+    uint32_t looks = 0;
+    fk_names noted; // columns under the ids that lead to them; scope: the column's record
+    fk_array<my_verdict> verdicts;
+};
+
+// As many columns are looked at before any is taken note of.
+constexpr uint32_t ordinary_looks = 64;
 
 } // namespace
 
@@ -99,13 +118,31 @@ static void my_find_next_target(KT_context *ctx, my_step *step, my_target *targe
     }
 }
 
+// Takes note of a column, and tells whether it is known to lead to no root. One that is on the way already closes a
+// circle: nothing before it will be gone back to.
+static void my_note(KT_context *ctx, my_search *search, my_step *step, bool *is_known) noexcept
+{
+    step->number = FK_NO_NUMBER;
+    *is_known = false;
+    if (search->looks++ < ordinary_looks)
+        return;
+    KT_TRY(fk_add_name(ctx, &search->noted, reinterpret_cast<uintptr_t>(step->col), step->col_id, &step->number));
+    if (step->number == search->verdicts.count)
+        KT_TRY(fk_append(ctx, &search->verdicts, my_verdict::on_path));
+    else if (search->verdicts[step->number] == my_verdict::no_root)
+        *is_known = true;
+    else
+        search->path.count = 0;
+}
+
 // Looks at a column: its type, and with an integer type the references to be tried.
-static void my_look_at(KT_context *ctx, tov_schema *schema, const my_target &at, fk_array<my_step> *path,
+static void my_look_at(KT_context *ctx, tov_schema *schema, const my_target &at, my_search *search,
                        bool *is_root) noexcept
 {
     my_step step = {};
     const char *abstract_type = nullptr;
     KT_bool has_keys = 0;
+    bool is_known = false;
     step.tbl_id = at.tbl_id;
     step.col_id = at.col_id;
     KT_TRY(_tov_schema__get_tbl(ctx, schema, at.tbl_id, &step.tbl));
@@ -116,35 +153,42 @@ static void my_look_at(KT_context *ctx, tov_schema *schema, const my_target &at,
         return;
     KT_TRY(KT_vhash__has(ctx, step.tbl, "foreignkeys", &has_keys));
     step.keys_are_open = !has_keys;
-    KT_TRY(fk_append(ctx, path, step));
+    KT_TRY(my_note(ctx, search, &step, &is_known));
+    if (!is_known)
+        KT_TRY(fk_append(ctx, &search->path, step));
 }
 
-// Goes back to the last column that has references left, and on to the next one.
-static void my_go_on(KT_context *ctx, fk_array<my_step> *path, my_target *target) noexcept
+// Goes back to the last column that has references left, and on to the next one. A column that is taken note of stays
+// until all that it leads to is known.
+static void my_go_on(KT_context *ctx, my_search *search, my_target *target) noexcept
 {
-    while (path->count && !target->tbl_id) {
-        my_step *last = &(*path)[path->count - 1];
+    while (search->path.count && !target->tbl_id) {
+        my_step *last = &search->path[search->path.count - 1];
         KT_TRY(my_find_next_target(ctx, last, target));
-        if (!my_has_more(*last))
-            path->count--;
+        const bool is_noted = last->number != FK_NO_NUMBER;
+        if (is_noted ? target->tbl_id != nullptr : my_has_more(*last))
+            continue;
+        if (is_noted)
+            search->verdicts[last->number] = my_verdict::no_root;
+        search->path.count--;
     }
 }
 
 void tov_schema__find_ipk_root_column(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                       const char **root_tbl_id, const char **root_col_id) noexcept
 {
-    fk_array<my_step> path{ctx};
+    my_search search = {fk_array<my_step>{ctx}, 0, fk_names{ctx}, fk_array<my_verdict>{ctx}};
     my_target at = {tbl_id, col_id};
     while (at.tbl_id) {
         bool is_root = false;
-        KT_TRY(my_look_at(ctx, schema, at, &path, &is_root));
+        KT_TRY(my_look_at(ctx, schema, at, &search, &is_root));
         *root_tbl_id = is_root ? at.tbl_id : nullptr;
         if (root_col_id)
             *root_col_id = is_root ? at.col_id : nullptr;
         if (is_root)
             return;
         at = {};
-        KT_TRY(my_go_on(ctx, &path, &at));
+        KT_TRY(my_go_on(ctx, &search, &at));
     }
 }
 

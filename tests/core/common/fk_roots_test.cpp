@@ -213,6 +213,27 @@ TEST_F(RootsTest, ALongChainIsFollowed)
     }
 }
 
+// Every column refers to the next one in three ways, so that there are 3^200 of them to its end.
+TEST_F(RootsTest, ManyWaysToAColumnAreSearchedOnce)
+{
+    const int count = 200;
+    std::string text = R"({"tbls":{)";
+    for (int n = 0; n < count; n++) {
+        const std::string to = std::to_string(n + 1);
+        text += joined({"\"", std::to_string(n), R"(":{"cols":{"c":{"type":{"name":"sint32"},"fk":{"ref_tbl_id":")", to,
+                        R"(","ref_col_id":"c"}}},"foreignkeys":{"k":{"ref_tbl_id":")", to,
+                        R"(","cols":{"c":"c"}},"l":{"ref_tbl_id":")", to, R"(","cols":{"c":"C"}}}},)"});
+    }
+    const std::string end = joined({"\"", std::to_string(count), R"(":{"cols":{"c":{"type":{"name":)"});
+    load(joined({text, end, R"("text"}}}}}})"}).c_str());
+    EXPECT_EQ(find("0", "c"), "none");
+    // The last way of all is the one to a root.
+    load(joined({text, end, R"("sint32"}}},"foreignkeys":{"k":{"ref_tbl_id":"p","cols":{"C":"id"}}}},)",
+                 R"("p":{"cols":{"id":{"type":{"name":"identity"}}}}}})"})
+             .c_str());
+    EXPECT_EQ(find("0", "c"), "p.id");
+}
+
 TEST_F(RootsTest, ACycleIsFollowedWithoutEnd)
 {
     refer("a", "id", "b", "id");
