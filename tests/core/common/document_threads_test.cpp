@@ -1,6 +1,7 @@
 // Distinct schemas on distinct threads: each thread builds, changes, reads, compares and frees schemas of its own, and
 // must find every time what one thread alone finds. What the threads share is the program, its tables of constants
 // and the SQLite function table; ThreadSanitizer, in its build, watches them.
+#include "pair_of_tbls.h"
 #include "read_everything.h"
 #include "schema_test.h"
 
@@ -11,46 +12,6 @@ namespace {
 
 constexpr int thread_count = 4;
 constexpr int round_count = 300;
-
-void add_col(KT_context *ctx, tov_schema *schema, const char *tbl, const char *col, const char *type)
-{
-    tov_schema__add_col(ctx, schema, tbl, col, col, 1, 5, 6);
-    if (std::string(type) == "identity")
-        tov_schema__set_col_type_identity(ctx, schema, tbl, col, "PK");
-    else
-        tov_schema__set_col_type_simple(ctx, schema, tbl, col, type);
-    tov_schema__set_mssql_col_type_name(ctx, schema, tbl, col, "int");
-}
-
-// A parent and a child table of ids that only this thread has, with a constraint of each kind.
-void build(KT_context *ctx, tov_schema *schema, const std::string &own)
-{
-    const std::string parent = "parent_" + own;
-    const std::string child = "child_" + own;
-    const char *p = parent.c_str();
-    const char *c = child.c_str();
-    tov_schema__add_tbl(ctx, schema, c, c, 7);
-    tov_schema__add_tbl(ctx, schema, p, p, 42);
-    add_col(ctx, schema, p, "id", "identity");
-    add_col(ctx, schema, p, "code", "sint32");
-    add_col(ctx, schema, c, "id", "sint32");
-    add_col(ctx, schema, c, "parent", "sint32");
-    add_col(ctx, schema, c, "code", "sint64");
-    tov_schema__add_col(ctx, schema, c, "later", own.c_str(), 0, 1, 1);
-    tov_schema__set_col_type_text(ctx, schema, c, "code", "coll", "en", 0, 0, 1, 0, 0, 0, 1, 1, 10);
-    tov_schema__set_pk_name(ctx, schema, c, "PK");
-    tov_schema__add_to_pk(ctx, schema, c, "id");
-    tov_schema__add_to_unique_constraint(ctx, schema, p, "code", "u");
-    tov_schema__add_check_constraint(ctx, schema, p, "k", "Code>0");
-    tov_schema__set_colcon_notnull(ctx, schema, c, "code", 1, "NN");
-    tov_schema__set_colcon_defval(ctx, schema, c, "code", 1, "DF", "'x'");
-    tov_schema__add_colcon_check(ctx, schema, c, "code", "CK", "(code<>'')");
-    tov_schema__set_colcon_fk(ctx, schema, c, "parent", 1, "f1", "F1", p, "id", 0, "CASCADE", "NO ACTION", 2);
-    tov_schema__create_foreignkey(ctx, schema, "f2", "F2", c, p, 1, "NO ACTION", "CASCADE", 4);
-    tov_schema__add_to_foreignkey(ctx, schema, c, "f2", "id", "code");
-    tov_schema__set_filter_id(ctx, schema, 3);
-    tov_schema__set_backend_info__name(ctx, schema, own.c_str());
-}
 
 // The default as SQLite takes it, which is tried in a database of its own.
 std::string default_of(KT_context *ctx, tov_schema *schema, const std::string &own, const char *col,
@@ -93,7 +54,7 @@ std::string play(const std::string &own)
     tov_schema *copy = nullptr;
     KT_string *json = nullptr;
     tov_schema__new(ctx, 1, &schema);
-    build(ctx, schema, own);
+    add_pair_of_tbls(ctx, schema, own);
     std::string found = KT_context__err_description(ctx);
     tov_schema__to_json(ctx, schema, &json);
     tov_schema__from_json(ctx, json ? KT_string__sz(json) : "", &copy);
