@@ -28,7 +28,8 @@ void client_scratch__open(KT_context *ctx, client_scratch &scratch) noexcept
         KT_FAIL(KT_ERR_SQLITE(code), "scratch database: %s", functions->errstr(code));
 }
 
-// Compiles a text that must be exactly one statement, under the guard's duty.
+// Compiles a text that must be exactly one statement, under the guard's duty. A few codes are about the text; any other
+// says that SQLite could not work.
 static void my_compile(KT_context *ctx, client_scratch &scratch, const client_guard &guard, const client_place &place,
                        const char *sql) noexcept
 {
@@ -39,10 +40,10 @@ static void my_compile(KT_context *ctx, client_scratch &scratch, const client_gu
     const int code = functions->prepare_next(scratch.connection, sql, &statement, &rest);
     scratch.guard = {};
     functions->finalize(statement);
-    if (code == SQLITE_NOMEM || code == SQLITE_MISUSE)
-        CLIENT_FAIL(KT_ERR_SQLITE(code), place, "%s", functions->errstr(code));
-    if (code != SQLITE_OK)
+    if (code == SQLITE_ERROR || code == SQLITE_AUTH || code == SQLITE_TOOBIG)
         CLIENT_FAIL(KT_ERR_SCHEMA_NOT_SUPPORTED, place, "%s", functions->message(scratch.connection));
+    if (code != SQLITE_OK)
+        CLIENT_FAIL(KT_ERR_SQLITE(code), place, "%s", functions->errstr(code));
     if (!statement || *rest)
         CLIENT_FAIL(KT_ERR_SCHEMA_NOT_SUPPORTED, place, "more than one expression");
 }

@@ -20,7 +20,8 @@ struct host_scratch {
     std::string columns;
 };
 
-static constexpr int sqlite_nomem = 7;
+static constexpr int sqlite_error = 1;
+static constexpr int sqlite_toobig = 18;
 static constexpr int open_read_write_create = 6;
 
 // Writes all of the table's columns, ready for a constraint to follow.
@@ -45,18 +46,19 @@ static void my_open(KT_context *ctx, host_import &import, const host_table &tabl
         KT_FAIL(KT_ERR_SQLITE(rc), "%s", tov__get_sqlite_functions()->errstr(rc));
 }
 
-// Compiles the table with a check; the message stays empty when SQLite takes it.
+// Compiles the table with a check; the message stays empty when SQLite takes it. Any other code than the one for what
+// is wrong with a statement says that SQLite could not work.
 static void my_compile(KT_context *ctx, const host_scratch &scratch, const char *definition, std::string &message)
 {
     const KT_sqlite_functions *sqlite = tov__get_sqlite_functions();
     const std::string sql = scratch.columns + "CHECK (" + definition + "))";
     sqlite3_stmt *statement = nullptr;
     const int rc = sqlite->prepare(scratch.connection, sql.c_str(), &statement);
-    if (rc == sqlite_nomem)
-        KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
-    if (rc != 0)
-        message = sqlite->message(scratch.connection);
     sqlite->finalize(statement);
+    if (rc != 0 && rc != sqlite_error && rc != sqlite_toobig)
+        KT_FAIL(KT_ERR_SQLITE(rc), "%s", sqlite->errstr(rc));
+    if (rc != 0)
+        message = std::string("SQLite does not compile the table with it: ") + sqlite->message(scratch.connection);
 }
 
 // Gives a check of one column to the column, which keeps its name, and any other to the table.
@@ -102,8 +104,7 @@ static void my_add_or_report(KT_context *ctx, host_import &import, host_scratch 
         KT_TRY(my_open(ctx, import, table, scratch));
     KT_TRY(my_compile(ctx, scratch, check.definition, message));
     if (!message.empty()) {
-        KT_TRY(my_report(ctx, import, table, check, "check-left-out",
-                         "left out: SQLite does not compile the table with it: " + message));
+        KT_TRY(my_report(ctx, import, table, check, "check-left-out", "left out: " + message));
         return;
     }
     KT_TRY(my_add_check(ctx, import, table, check, reading));

@@ -22,10 +22,12 @@ struct host_translation {
 static bool my_is_refusal(uint64_t code)
 {
     constexpr int sqlite_error = 1;
+    constexpr int sqlite_toobig = 18;
     constexpr int sqlite_constraint = 19;
     constexpr int sqlite_mismatch = 20;
     return code == KT_ERR_NOT_FOUND || code == KT_ERR_BAD_NUMBER || code == KT_ERR_SQLITE(sqlite_error) ||
-           code == KT_ERR_SQLITE(sqlite_constraint) || code == KT_ERR_SQLITE(sqlite_mismatch);
+           code == KT_ERR_SQLITE(sqlite_toobig) || code == KT_ERR_SQLITE(sqlite_constraint) ||
+           code == KT_ERR_SQLITE(sqlite_mismatch);
 }
 
 static void my_translate(KT_context *ctx, host_import &import, const host_table &table, const host_column &col,

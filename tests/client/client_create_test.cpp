@@ -1,4 +1,5 @@
 #include "client_test.h"
+#include "counting_sqlite.h"
 #include "failing_alloc.h"
 
 #include <csignal>
@@ -238,84 +239,13 @@ TEST_F(ClientCreate, OfNoTablesMakesAnEmptyDatabase)
     EXPECT_EQ(in_file("SELECT count(*) FROM sqlite_master"), "0");
 }
 
-// Every entry of the function table that creating uses, failing at its 1st, 2nd, 3rd ... call.
-static const KT_sqlite_functions *linked;
-static int calls_left;
-static int failing_code;
-static int open_statements;
-static int open_connections;
-
-static int failing(int code)
+// Failures that change nothing: when a statement or a connection ends, when rows of triggers cannot be written and the
+// triggers are created instead, and when no wait can be agreed on.
+static bool may_be_survived(kt_sqlite_entry entry)
 {
-    return --calls_left == 0 ? failing_code : code;
-}
-static int my_prepare(sqlite3 *connection, const char *sql, sqlite3_stmt **statement)
-{
-    if (const int code = failing(SQLITE_OK)) {
-        *statement = nullptr;
-        return code;
-    }
-    const int code = linked->prepare(connection, sql, statement);
-    open_statements += *statement != nullptr;
-    return code;
-}
-static int my_prepare_next(sqlite3 *connection, const char *sql, sqlite3_stmt **statement, const char **rest)
-{
-    if (const int code = failing(SQLITE_OK)) {
-        *statement = nullptr;
-        return code;
-    }
-    const int code = linked->prepare_next(connection, sql, statement, rest);
-    open_statements += *statement != nullptr;
-    return code;
-}
-static int my_finalize(sqlite3_stmt *statement)
-{
-    open_statements -= statement != nullptr;
-    return linked->finalize(statement);
-}
-static int my_step(sqlite3_stmt *statement)
-{
-    const int code = failing(SQLITE_OK);
-    return code ? code : linked->step(statement);
-}
-static int my_bind_text(sqlite3_stmt *statement, int index, const char *text, int size)
-{
-    const int code = failing(SQLITE_OK);
-    return code ? code : linked->bind_text(statement, index, text, size);
-}
-static int my_open(const char *file_name, sqlite3 **connection, int flags)
-{
-    int code = failing(SQLITE_OK);
-    *connection = nullptr;
-    code = code ? code : linked->open(file_name, connection, flags);
-    open_connections += *connection != nullptr;
-    return code;
-}
-static int my_open_plain(const char *file_name, sqlite3 **connection, int flags)
-{
-    int code = failing(SQLITE_OK);
-    *connection = nullptr;
-    code = code ? code : linked->open_plain(file_name, connection, flags);
-    open_connections += *connection != nullptr;
-    return code;
-}
-static int my_close(sqlite3 *connection)
-{
-    open_connections--;
-    return linked->close(connection);
-}
-static int my_set_authorizer(sqlite3 *connection,
-                             int (*authorize)(void *, int, const char *, const char *, const char *, const char *),
-                             void *data)
-{
-    const int code = failing(SQLITE_OK);
-    return code ? code : linked->set_authorizer(connection, authorize, data);
-}
-static int my_configure(sqlite3 *connection, int setting, int on)
-{
-    const int code = failing(SQLITE_OK);
-    return code ? code : linked->configure(connection, setting, on);
+    return entry == kt_sqlite_entry::none || entry == kt_sqlite_entry::finalize || entry == kt_sqlite_entry::close ||
+           entry == kt_sqlite_entry::prepare || entry == kt_sqlite_entry::busy_timeout ||
+           entry == kt_sqlite_entry::column_text;
 }
 
 TEST_F(ClientCreate, SurvivesEachFailureOfSqlite)
@@ -323,53 +253,41 @@ TEST_F(ClientCreate, SurvivesEachFailureOfSqlite)
     make_tbls(2);
     tov_schema__set_colcon_defval(ctx, schema, "T0", "b", 1, nullptr, "'x'");
     tov_schema__add_check_constraint(ctx, schema, "T0", "ck", "A > 0");
-    linked = tov__get_sqlite_functions();
-    KT_sqlite_functions faulty = *linked;
-    faulty.prepare = my_prepare;
-    faulty.prepare_next = my_prepare_next;
-    faulty.finalize = my_finalize;
-    faulty.step = my_step;
-    faulty.bind_text = my_bind_text;
-    faulty.open = my_open;
-    faulty.open_plain = my_open_plain;
-    faulty.close = my_close;
-    faulty.set_authorizer = my_set_authorizer;
-    faulty.configure = my_configure;
-    tov__set_sqlite_functions(&faulty);
-    for (int code : {SQLITE_BUSY, SQLITE_FULL, SQLITE_IOERR, SQLITE_NOMEM, SQLITE_MISUSE, SQLITE_CORRUPT}) {
-        SCOPED_TRACE(code);
-        failing_code = code;
-        int turn = 1;
-        for (; turn < 200; turn++) {
-            fs::remove(file);
-            calls_left = turn;
-            create();
-            EXPECT_EQ(open_statements, 0);
-            EXPECT_EQ(open_connections, 0);
-            const bool failed = KT_context__has_err(ctx);
-            reset();
-            if (!failed && calls_left > 0)
-                break;
-            // One failure is none: that writing rows of triggers is refused. The triggers are then created.
-            EXPECT_EQ(fs::exists(file), !failed) << turn;
-            if (!failed) {
-                EXPECT_EQ(in_file("SELECT count(*) FROM sqlite_master WHERE type='trigger'"), "5");
-            }
+    kt_counting_sqlite sqlite;
+    int survived_prepares = 0;
+    const auto create_anew = [&] {
+        fs::remove(file);
+        create();
+    };
+    const auto judge = [&](kt_sqlite_entry entry, int turn, int code) {
+        SCOPED_TRACE(std::to_string(static_cast<int>(entry)) + ", call " + std::to_string(turn) + ", code " +
+                     std::to_string(code));
+        EXPECT_EQ(sqlite.open_statements(), 0);
+        EXPECT_EQ(sqlite.open_connections(), 0);
+        sqlite.fail(kt_sqlite_entry::none, 0);
+        if (KT_context__has_err(ctx)) {
+            const int expected = code ? code : SQLITE_NOMEM; // what comes of an entry that answers nothing
+            EXPECT_EQ(KT_context__err_code(ctx), KT_ERR_SQLITE(expected)) << KT_context__err_description(ctx);
+            EXPECT_NE(strstr(KT_context__err_description(ctx), sqlite3_errstr(expected)), nullptr)
+                << KT_context__err_description(ctx);
+            EXPECT_GT(KT_context__count_err_stackframes(ctx), 1u);
+            EXPECT_FALSE(fs::exists(file));
+        } else {
+            EXPECT_TRUE(may_be_survived(entry));
+            survived_prepares += entry == kt_sqlite_entry::prepare;
+            EXPECT_EQ(in_file("SELECT count(*) FROM sqlite_master WHERE type='trigger'"), "5");
         }
-        EXPECT_GT(turn, 30);
-        EXPECT_LT(turn, 200);
-    }
+        reset();
+    };
+    EXPECT_GT(kt_sweep_sqlite(sqlite, create_anew, judge), 6 * 60);
+    EXPECT_EQ(survived_prepares, 6); // one, with each code
 }
 
 TEST_F(ClientCreate, SaysWhatSqliteSays)
 {
     make_tbls(1);
-    linked = tov__get_sqlite_functions();
-    KT_sqlite_functions faulty = *linked;
-    faulty.open = my_open;
-    tov__set_sqlite_functions(&faulty);
-    failing_code = SQLITE_FULL;
-    calls_left = 1;
+    kt_counting_sqlite sqlite;
+    sqlite.fail(kt_sqlite_entry::open, 1, SQLITE_FULL);
     create();
     EXPECT_ERROR(ctx, KT_ERR_SQLITE(SQLITE_FULL), "database or disk is full");
     EXPECT_GE(KT_context__count_err_stackframes(ctx), 2u);
@@ -400,6 +318,7 @@ TEST_F(ClientCreate, WaitsForItsTurnAndGivesUp)
 {
     make_file("CREATE TABLE mine(x)");
     make_tbls(1);
+    static const KT_sqlite_functions *linked;
     linked = tov__get_sqlite_functions();
     KT_sqlite_functions hasty = *linked;
     hasty.busy_timeout = [](sqlite3 *database, int) { return linked->busy_timeout(database, 1); };

@@ -1,6 +1,7 @@
 // The import as a whole.
 #include "host_test.h"
 
+#include "counting_sqlite.h"
 #include "failing_alloc.h"
 
 #include <filesystem>
@@ -8,6 +9,7 @@
 #include <iterator>
 #include <regex>
 #include <set>
+#include <sqlite3.h>
 
 class HostImportTest : public HostTest {};
 
@@ -127,33 +129,69 @@ TEST_F(HostImportTest, DamagedFilesAreRefusedOrRead)
     }
 }
 
-TEST_F(HostImportTest, EveryAllocationMayFail)
+// A table with defaults that are tried in SQLite and others, and checks that are compiled there and others.
+static std::string an_export_of_all_kinds()
 {
-    const std::string file = an_export(a_table(
+    return an_export(a_table(
         7, "T",
         a_col(1, "A", "int", R"("is_identity":true)") + ',' +
             a_col(2, "B", "int", R"x("is_nullable":true,"default":{"definition":"((1))"})x") + ',' +
             a_col(3, "C", "money", R"x("default":{"definition":"((1.23456))"})x") + ',' +
+            a_col(5, "E", "float", R"x("default":{"definition":"((1.5))"})x") + ',' +
             a_col(4, "D", "datetime", R"x("default":{"definition":"(getdate())"})x"),
         a_pk("PK", "A") + R"(,"uniques":[)" + a_unique("UQ", "B") + R"(],"checks":[)" +
             R"x({"name":"CK1","definition":"([A]>(0))"},{"name":"CK2","definition":"([A]>f())"}],"fks":[)x" +
             R"({"name":"FK","id":5,"ref_table_id":7,"ref_schema":"dbo","ref_table":"T","on_delete":"NO_ACTION",)" +
             R"("on_update":"NO_ACTION","columns":[{"column":"B","ref_column":"A"}]}])"));
+}
+
+TEST_F(HostImportTest, EveryAllocationMayFail)
+{
+    const std::string file = an_export_of_all_kinds();
+    int survived = 0;
     for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
-        tov_schema *result = nullptr;
-        KT_varray *list = nullptr;
-        tov_host__import(ctx, file.data(), file.size(), nullptr, &result, &list);
+        import_file(file);
+        const bool is_imported = !KT_context__has_err(ctx);
+        EXPECT_EQ(is_imported, schema != nullptr);
+        EXPECT_EQ(is_imported, findings != nullptr);
+        forget();
+        EXPECT_EQ(fault.leaked(), 0u);
         if (!fault.fired()) {
-            EXPECT_OK(ctx);
-            tov_schema__nullfree(ctx, &result);
-            KT_varray__free(ctx, list);
+            EXPECT_TRUE(is_imported);
             break;
         }
-        EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
-        EXPECT_EQ(result, nullptr);
-        EXPECT_EQ(list, nullptr);
-        EXPECT_EQ(fault.leaked(), 0u);
+        survived += is_imported;
+        if (!is_imported) {
+            EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
+        }
     }
+    EXPECT_EQ(survived, 1); // what a trial's rollback wanted is not missed
+}
+
+// What SQLite refuses is left out of the schema and reported; that SQLite cannot work is an error.
+TEST_F(HostImportTest, EveryCallOfSqliteMayFail)
+{
+    const std::string file = an_export_of_all_kinds();
+    kt_counting_sqlite sqlite;
+    std::string whole;
+    const auto import_it = [&] { import_file(file); };
+    const auto judge = [&](kt_sqlite_entry entry, int turn, int code) {
+        SCOPED_TRACE(std::to_string(static_cast<int>(entry)) + ", call " + std::to_string(turn) + ", code " +
+                     std::to_string(code));
+        EXPECT_EQ(sqlite.open_statements(), 0);
+        EXPECT_EQ(sqlite.open_connections(), 0);
+        EXPECT_EQ(KT_context__has_err(ctx) != 0, schema == nullptr);
+        if (entry == kt_sqlite_entry::none) {
+            whole = codes();
+        } else if (KT_context__has_err(ctx)) {
+            EXPECT_EQ(KT_context__err_code(ctx), KT_ERR_SQLITE(code));
+            EXPECT_NE(std::string(KT_context__err_description(ctx)).find(sqlite3_errstr(code)), std::string::npos);
+        } else if (codes() != whole) {
+            EXPECT_EQ(entry, kt_sqlite_entry::changes); // a default whose trial changed no row is left out
+        }
+        reset();
+    };
+    EXPECT_GT(kt_sweep_sqlite(sqlite, import_it, judge), 6 * 10);
 }
 
 static std::string read_file(const std::string &path)

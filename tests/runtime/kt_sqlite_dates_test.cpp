@@ -1,5 +1,6 @@
 // Impossible dates: they move into the next month, and every other value is answered as SQLite's own functions do.
 // The expectations come from a plain connection of the same library, so the tests hold with a newer one too.
+#include "counting_sqlite.h"
 #include "kt_sqlite_dates.h"
 #include "kt_sqlite_functions.h"
 #include "kt_test.h"
@@ -321,10 +322,11 @@ TEST_F(DatesTest, SeveralThreadsMayOpenAndAskAtOnce)
 // A table whose entries fail on demand; the rest goes to the linked library.
 static KT_sqlite_functions failing;
 static int calls_until_failure;
+static int failing_code;
 
-static int fail_or(int code)
+static int failure()
 {
-    return --calls_until_failure == 0 ? SQLITE_NOMEM : code;
+    return --calls_until_failure == 0 ? failing_code : SQLITE_OK;
 }
 
 class FailingDatesTest : public DatesTest {
@@ -334,6 +336,7 @@ class FailingDatesTest : public DatesTest {
         DatesTest::SetUp();
         failing = *sqlite;
         calls_until_failure = 0;
+        failing_code = SQLITE_NOMEM;
     }
     // Replaces the functions through the table `failing`, whatever the linked library does by itself.
     void replace(sqlite3 *connection)
@@ -345,43 +348,54 @@ class FailingDatesTest : public DatesTest {
         KT_sqlite__normalise_dates(ctx, &failing, connection);
         failing.column_text = sqlite->column_text;
     }
+    // The calls of an expression on a fresh connection that fail, one after another.
+    int count_failures(const char *expression)
+    {
+        for (int failures = 0;; failures++) {
+            sqlite3 *connection = nullptr;
+            EXPECT_EQ(sqlite->open_plain(":memory:", &connection, read_write_create), SQLITE_OK);
+            replace(connection);
+            EXPECT_OK(ctx);
+            calls_until_failure = failures + 1;
+            const std::string value = value_of(connection, expression);
+            const bool failed = calls_until_failure <= 0;
+            calls_until_failure = 0;
+            if (failed) {
+                EXPECT_EQ(value, sqlite3_errstr(failing_code)) << failures;
+            }
+            // A failure is gone with its call.
+            EXPECT_NE(value_of(connection, expression).find("01'"), std::string::npos) << failures;
+            EXPECT_EQ(sqlite->close(connection), SQLITE_OK);
+            if (!failed)
+                return failures;
+        }
+    }
 };
 
 TEST_F(FailingDatesTest, EachFailureIsTheResultOfTheCall)
 {
     failing.open_plain = [](const char *name, sqlite3 **connection, int flags) {
-        return fail_or(0) ? SQLITE_NOMEM : tov__get_sqlite_functions()->open_plain(name, connection, flags);
+        const int code = failure();
+        return code ? code : tov__get_sqlite_functions()->open_plain(name, connection, flags);
     };
     failing.prepare = [](sqlite3 *connection, const char *sql, sqlite3_stmt **statement) {
-        return fail_or(0) ? SQLITE_NOMEM : tov__get_sqlite_functions()->prepare(connection, sql, statement);
+        const int code = failure();
+        return code ? code : tov__get_sqlite_functions()->prepare(connection, sql, statement);
     };
     failing.bind_value = [](sqlite3_stmt *statement, int index, const sqlite3_value *value) {
-        return fail_or(0) ? SQLITE_NOMEM : sqlite3_bind_value(statement, index, value);
+        const int code = failure();
+        return code ? code : sqlite3_bind_value(statement, index, value);
     };
-    failing.step = [](sqlite3_stmt *statement) { return fail_or(0) ? SQLITE_NOMEM : sqlite3_step(statement); };
+    failing.step = [](sqlite3_stmt *statement) {
+        const int code = failure();
+        return code ? code : sqlite3_step(statement);
+    };
     const int64_t before = sqlite3_memory_used();
     for (const char *expression : {"date('2024-02-30')", "strftime('%d', '2024-02-30')"}) {
-        int failures = 0;
-        for (int n = 1;; n++) {
-            sqlite3 *connection = nullptr;
-            ASSERT_EQ(sqlite->open_plain(":memory:", &connection, read_write_create), SQLITE_OK);
-            replace(connection);
-            ASSERT_OK(ctx);
-            calls_until_failure = n;
-            const std::string value = value_of(connection, expression);
-            const bool failed = calls_until_failure <= 0;
-            calls_until_failure = 0;
-            if (failed) {
-                failures++;
-                EXPECT_EQ(value, "out of memory") << n;
-            }
-            // A failure is gone with its call.
-            EXPECT_NE(value_of(connection, expression).find("01'"), std::string::npos) << n;
-            ASSERT_EQ(sqlite->close(connection), SQLITE_OK);
-            if (!failed)
-                break;
+        for (const int code : kt_sqlite_failures) {
+            failing_code = code;
+            EXPECT_GE(count_failures(expression), 7);
         }
-        EXPECT_GE(failures, 7);
     }
     EXPECT_EQ(sqlite3_memory_used(), before);
 }
@@ -421,9 +435,13 @@ TEST_F(FailingDatesTest, AFailureWhileLookingIsReportedAndNotRemembered)
     static int version = 3000000;
     failing.libversion_number = [] { return version; };
     failing.prepare = [](sqlite3 *connection, const char *sql, sqlite3_stmt **statement) {
-        return fail_or(0) ? SQLITE_NOMEM : tov__get_sqlite_functions()->prepare(connection, sql, statement);
+        const int code = failure();
+        return code ? code : tov__get_sqlite_functions()->prepare(connection, sql, statement);
     };
-    failing.step = [](sqlite3_stmt *statement) { return fail_or(0) ? SQLITE_NOMEM : sqlite3_step(statement); };
+    failing.step = [](sqlite3_stmt *statement) {
+        const int code = failure();
+        return code ? code : sqlite3_step(statement);
+    };
     for (int n = 1; n <= 2; n++) {
         calls_until_failure = n;
         KT_sqlite__normalise_dates(ctx, &failing, plain);

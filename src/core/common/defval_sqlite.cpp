@@ -11,7 +11,7 @@ void _tov_scratch__open(KT_context *ctx, tov_scratch *scratch) noexcept
     constexpr int read_write_create = 6;
     const int rc = scratch->fns->open(":memory:", &scratch->connection, read_write_create);
     if (rc != TOV_SQLITE_OK)
-        KT_FAIL_GENERIC(KT_ERR_SQLITE(rc));
+        KT_FAIL(KT_ERR_SQLITE(rc), "%s", scratch->fns->errstr(rc));
 }
 
 void sqlite_fun__exec(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *sql) noexcept

@@ -160,7 +160,7 @@ TEST_F(SqliteExec, ReportsAScratchThatDoesNotOpen)
     sqlite.fail(kt_sqlite_entry::open, 1);
     tov_scratch scratch;
     _tov_scratch__open(ctx, &scratch);
-    EXPECT_FAILED(ctx, KT_ERR_SQLITE(kt_counting_sqlite::failure_code));
+    EXPECT_ERROR(ctx, KT_ERR_SQLITE(kt_counting_sqlite::failure_code), "disk I/O error");
     expect_frames(ctx, 1);
     EXPECT_EQ(scratch.connection, nullptr);
     reset();

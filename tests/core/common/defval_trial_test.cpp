@@ -6,6 +6,7 @@
 #include "kt_test.h"
 
 #include <cerrno>
+#include <sqlite3.h>
 
 class DefvalTrial : public ContextTest {
   protected:
@@ -191,31 +192,39 @@ static const entry_case entry_cases[] = {
     {"close", kt_sqlite_entry::close, 1, 0},
 };
 
+// What a failure says: the code's text and the connection's message, where there is a connection.
+static std::string description_of(kt_sqlite_entry entry, int code)
+{
+    const std::string text = sqlite3_errstr(code);
+    return entry == kt_sqlite_entry::open ? text : text + ": " + text;
+}
+
 TEST_F(DefvalTrial, LeavesNothingOpenWhicheverCallFails)
 {
-    for (const entry_case &c : entry_cases) {
-        for (int turn = 1;; turn++) {
-            SCOPED_TRACE(std::string(c.name) + ", call " + std::to_string(turn));
-            sqlite.fail(c.entry, turn);
-            KT_bool ok = -1;
-            is_valid_constant(ctx, "real8", "1.5", &ok);
-            EXPECT_EQ(sqlite.open_statements(), 0);
-            EXPECT_EQ(sqlite.open_connections(), 0);
-            if (!sqlite.fired()) {
-                EXPECT_EQ(turn, c.calls + 1);
-                break;
-            }
-            if (turn <= c.needed) {
-                EXPECT_FAILED(ctx, KT_ERR_SQLITE(kt_counting_sqlite::failure_code));
-                EXPECT_EQ(ok, -1);
-            } else {
-                EXPECT_OK(ctx);
-                EXPECT_EQ(ok, 1);
-            }
-            reset();
+    KT_bool ok = -1;
+    const auto try_it = [&] {
+        ok = -1;
+        is_valid_constant(ctx, "real8", "1.5", &ok);
+    };
+    const auto judge = [&](kt_sqlite_entry entry, int turn, int code) {
+        SCOPED_TRACE(std::to_string(static_cast<int>(entry)) + ", call " + std::to_string(turn));
+        EXPECT_EQ(sqlite.open_statements(), 0);
+        EXPECT_EQ(sqlite.open_connections(), 0);
+        bool is_needed = false;
+        for (const entry_case &c : entry_cases)
+            is_needed = is_needed || (c.entry == entry && turn <= c.needed);
+        if (is_needed) {
+            EXPECT_ERROR(ctx, KT_ERR_SQLITE(code), description_of(entry, code).c_str());
+            EXPECT_EQ(ok, -1);
+        } else {
+            EXPECT_OK(ctx);
+            EXPECT_EQ(ok, entry == kt_sqlite_entry::changes ? 0 : 1);
         }
         reset();
-    }
+    };
+    kt_sweep_sqlite(sqlite, try_it, judge);
+    for (const entry_case &c : entry_cases)
+        EXPECT_EQ(sqlite.calls(c.entry), c.calls) << c.name;
 }
 
 TEST_F(DefvalTrial, AnswersNoWhenNoRowWasChanged)
