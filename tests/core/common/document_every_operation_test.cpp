@@ -11,38 +11,6 @@
 
 namespace {
 
-// clang-format off
-constexpr char document[] = R"json("tbls":{
- "p":{"name":"Parent","txid":42,
-  "cols":{
-   "id":{"name":"Id","type":{"name":"identity","constraint_name":"PK_P"},"mssql_col_data_type":"int"},
-   "code":{"name":"Code","type":{"name":"text","fixed_width":true,"locale":"en","nocase":true,"unicode":true,"width":10},
-     "mssql_col_data_type":"nchar","defval":{"expr":"'x'","name":"DF"},"check":[{"expr":"([Code]<>'')","name":"CK"}]},
-   "bin":{"name":"Bin","type":{"name":"text","binary":true,"unicode":false,"width":3}},
-   "new":{"name":"New"}},
-  "uniques":{"u":{"code":null,"id":null}},
-  "check":{"c":{"expr":"length(Code)>0"}}},
- "c":{"name":"Child","txid":7,
-  "cols":{
-   "a":{"name":"A","type":{"name":"sint32"},"mssql_col_data_type":"int","fk":{"name":"FK_A","ref_tbl_id":"p","ref_col_id":"id","deferred":true,
-     "on_delete":"SET DEFAULT","on_update":"CASCADE"}},
-   "b":{"name":"B","type":{"name":"blob","fixed_width":false,"width":0},"mssql_col_data_type":"varbinary"},
-   "d":{"name":"D","type":{"name":"decimal","precision":10,"scale":2},"mssql_col_data_type":"decimal"},
-   "t":{"name":"T","type":{"name":"time","precision":3},"mssql_col_data_type":"time"}},
-  "pk":{"name":"PK_C","cols":{"a":null,"d":null}},
-  "foreignkeys":{"f":{"cols":{"b":"id","t":"code"},"name":"FK_F","ref_tbl_id":"p","deferred":false,
-    "on_delete":"CASCADE","on_update":"SET NULL"}}}})json";
-constexpr char settings[] = R"json(,"filter_id":7,"backend":{"name":"host","api":"odbc","indistinct_unique_nulls":true})json";
-constexpr char other_document[] = R"json("tbls":{
- "p":{"name":"Parent","txid":42,"cols":{"id":{"name":"Id","type":{"name":"sint32"}},"z":{"name":"Z"}}},
- "q":{"name":"Other","txid":1,"cols":{"id":{"name":"Id","type":{"name":"sint32"}}}}})json";
-constexpr char host_internals[] = R"json("unprep-cols":{"c":{"g":{"name":"G","type":{"name":"host","host_type":"geography"},
-"mssql_col_data_type":"geography"}}},"col-dump-txids":{"c":{"a":9}},"col-dump-gen":{"c":{"a":3}},
-"collations":{"c":{"a":"Latin1_General_CI_AS"}},"defvals":{"c":{"a":"((0))"}},"fk-rules":{"c":{"f":{"violation-on-insert":3}}})json";
-constexpr char values[] = R"json("sz":"text","int64":1,"vhash":{},"varray":["text",{}],"bool":true,"double":1.5)json";
-constexpr char lite_document[] = R"json({"tbls":{"p":{"txid":42,"cols":{"id":{"name":"Id"}}}}})json";
-// clang-format on
-
 constexpr uint32_t filler_count = 600;
 // How many of the smallest blocks a tree has left, so that its next chunk is needed at different steps of a call.
 constexpr uint32_t rooms_left[] = {0, 1, 2, 4, 8, 16};
@@ -55,14 +23,7 @@ class EveryOperation : public ContextTest {
         std::string json = R"({"fillers":{)";
         for (uint32_t n = 0; n < filler_count; n++)
             json += (n ? ",\"" : "\"") + std::to_string(n) + "\":null";
-        return parsed(json + "}," + members + "}");
-    }
-    KT_vhash *parsed(const std::string &json)
-    {
-        KT_vhash *tree = nullptr;
-        KT_vhash__alloc__from_json__sz(ctx, &tree, json.c_str());
-        EXPECT_OK(ctx);
-        return tree;
+        return tree_of(ctx, json + "}," + members + "}");
     }
     // Takes so many of the smallest blocks that a tree gives, or those that there is room for, which it tells.
     uint32_t fill(KT_vhash *tree, uint32_t count)
@@ -102,89 +63,12 @@ class EveryOperation : public ContextTest {
         fill(tree, room - std::min(room, left));
         return tree;
     }
-    tov_schema *filled_schema(const std::string &members, uint32_t left)
-    {
-        KT_vhash *trees[] = {filled(members, left), filled(host_internals, left)};
-        tov_schema *schema = nullptr;
-        tov_schema__alloc__vhash(ctx, &trees[0], &trees[1], &schema);
-        EXPECT_OK(ctx);
-        return schema;
-    }
     void measure_rooms()
     {
-        for (const std::string &members : {std::string(document) + settings, std::string(other_document),
-                                           std::string(host_internals), std::string(values)})
-            room_of(members);
-    }
-    stage set_up(uint32_t left)
-    {
-        stage s{};
-        s.schema = filled_schema(std::string(document) + settings, left);
-        s.other = filled_schema(other_document, left);
-        s.map = filled(values, left);
-        KT_vhash__get__varray(ctx, s.map, "varray", &s.list);
-        s.trees[0] = parsed(std::string("{") + document + "}");
-        s.trees[1] = parsed(std::string("{") + host_internals + "}");
-        s.lite = parsed(lite_document);
-        tov_schema__get_converted_col_names_as_vhash(ctx, s.schema, "c", 1, &s.cols);
-        KT_varray__alloc(ctx, &s.loose_list);
-        KT_nullhash__alloc(ctx, &s.set);
-        KT_nullhash__update(ctx, s.set, "p");
-        KT_string__alloc__sz(ctx, &s.string, "text");
-        KT_string__alloc__sz(ctx, &s.longer_string, std::string(5000, 'x').c_str());
-        KT_strpool__alloc(ctx, &s.pool, 8);
-        _kt_malloc(ctx, 8, &s.block);
-        EXPECT_OK(ctx);
-        return s;
-    }
-    void tear_down(stage &s)
-    {
-        tov_schema__nullfree(ctx, &s.schema);
-        tov_schema__nullfree(ctx, &s.other);
-        for (KT_vhash *map : {s.map, s.trees[0], s.trees[1], s.lite, s.cols})
-            KT_vhash__free(ctx, map);
-        KT_varray__free(ctx, s.loose_list);
-        KT_nullhash__free(ctx, s.set);
-        KT_string__free(ctx, s.string);
-        KT_string__free(ctx, s.longer_string);
-        KT_strpool__free(ctx, s.pool);
-        _kt_free(ctx, s.block);
-    }
-    void free_outcome(outcome &o)
-    {
-        _kt_free(ctx, o.block);
-        _kt_free(ctx, o.text);
-        KT_string__free(ctx, o.string);
-        KT_strpool__free(ctx, o.pool);
-        KT_vhash__free(ctx, o.map);
-        KT_nullhash__free(ctx, o.set);
-        for (KT_varray *list : o.lists)
-            KT_varray__free(ctx, list);
-        tov_schema__nullfree(ctx, &o.schema);
-    }
-    std::string written(tov_schema *schema)
-    {
-        if (!schema)
-            return "null";
-        KT_vhash *both = nullptr;
-        KT_vhash__alloc(ctx, &both);
-        tov_schema__copy_into_vhash(ctx, schema, both, 1);
-        std::string json = json_of(ctx, both);
-        KT_vhash__free(ctx, both);
-        return json;
-    }
-    // All that a call may have changed.
-    std::string written(const stage &s)
-    {
-        std::string text = s.string ? KT_string__sz(s.string) : "null";
-        uint32_t count = 0;
-        if (s.set)
-            KT_nullhash__count(ctx, s.set, &count);
-        text += " " + std::to_string(count) + "\n" + written(s.schema) + "\n" + written(s.other);
-        for (const KT_vhash *map : {s.map, s.trees[0], s.trees[1], s.lite, s.cols})
-            text += "\n" + json_of(ctx, map);
-        EXPECT_OK(ctx);
-        return text;
+        free_stage(ctx, make_stage(ctx, [this](const std::string &members) {
+                       room_of(members);
+                       return fillable(members);
+                   }));
     }
     // Looks at a call that failed, and makes it again with all the memory it wants.
     void expect_recovery(const operation &row, stage &s, outcome &o, const std::string &before)
@@ -195,7 +79,7 @@ class EveryOperation : public ContextTest {
         if (row.memory != need::outputs) {
             EXPECT_TRUE(o == outcome{}) << "wrote an output";
         }
-        const std::string after = written(s);
+        const std::string after = written(ctx, s);
         if (row.memory != need::part && row.memory != need::record) {
             EXPECT_TRUE(after == before) << "left a change";
         }
@@ -212,8 +96,8 @@ class EveryOperation : public ContextTest {
     bool run_once(const operation &row, kt_failing_alloc &fault, uint32_t left, std::string *result)
     {
         fault.pause();
-        stage s = set_up(left);
-        const std::string before = written(s);
+        stage s = make_stage(ctx, [&](const std::string &members) { return filled(members, left); });
+        const std::string before = written(ctx, s);
         outcome o;
         fault.next();
         row.run(ctx, s, o);
@@ -227,9 +111,9 @@ class EveryOperation : public ContextTest {
         if (row.memory == need::nothing) {
             EXPECT_FALSE(fired);
         }
-        *result = written(s);
-        free_outcome(o);
-        tear_down(s);
+        *result = written(ctx, s);
+        free_outcome(ctx, o);
+        free_stage(ctx, s);
         EXPECT_EQ(fault.leaked(), 0u);
         return fired;
     }

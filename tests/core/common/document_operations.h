@@ -7,7 +7,9 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <span>
+#include <string>
 
 // What the calls work on. A call that takes something over leaves null behind.
 struct stage {
@@ -25,6 +27,16 @@ struct stage {
     KT_strpool *pool;         // empty
     void *block;              // of a few bytes
 };
+
+// Makes a tree of these members, which are JSON without the braces around it; how is the maker's affair.
+using tree_maker = std::function<KT_vhash *(const std::string &members)>;
+
+// A tree read from JSON, which must be well-formed.
+KT_vhash *tree_of(KT_context *ctx, const std::string &json);
+stage make_stage(KT_context *ctx, const tree_maker &make_tree);
+void free_stage(KT_context *ctx, stage s);
+// All that a call may have changed.
+std::string written(KT_context *ctx, const stage &s);
 
 // Outputs of one call, preset to what no operation writes.
 struct outcome {
@@ -53,6 +65,8 @@ struct outcome {
 
     bool operator==(const outcome &) const = default;
 };
+
+void free_outcome(KT_context *ctx, outcome &o);
 
 // What a call needs and what it leaves behind when memory runs out.
 enum class need {

@@ -1,6 +1,7 @@
 // Distinct schemas on distinct threads: each thread builds, changes, reads, compares and frees schemas of its own, and
 // must find every time what one thread alone finds. What the threads share is the program, its tables of constants
 // and the SQLite function table; ThreadSanitizer, in its build, watches them.
+#include "document_operations.h"
 #include "pair_of_tbls.h"
 #include "read_everything.h"
 #include "schema_test.h"
@@ -102,4 +103,41 @@ TEST(Threads, FindOnSchemasOfTheirOwnWhatOneThreadFinds)
     // A round did what it is there for.
     EXPECT_EQ(found_first[0].rfind(R"({"compat_level")", 0), 0u) << found_first[0];
     EXPECT_NE(found_first[0].find("parent_0\nchild_0\n'abc' constraint failed"), std::string::npos) << found_first[0];
+}
+
+// One call of every exported operation, each on a stage of its own; tells what all of them left.
+static std::string call_every_operation()
+{
+    std::string left;
+    KT_context *ctx = nullptr;
+    KT_context__alloc(&ctx);
+    const auto make_tree = [&](const std::string &members) { return tree_of(ctx, "{" + members + "}"); };
+    for (const operation &row : every_operation()) {
+        stage s = make_stage(ctx, make_tree);
+        outcome o;
+        row.run(ctx, s, o);
+        left += std::string(row.name) + KT_context__err_description(ctx) + "\n";
+        KT_context__err_reset(ctx);
+        left += written(ctx, s) + "\n";
+        free_outcome(ctx, o);
+        free_stage(ctx, s);
+    }
+    KT_context__free(ctx);
+    return left;
+}
+
+TEST(Threads, CallEveryOperation)
+{
+    const std::string expected = call_every_operation();
+    std::vector<int> differing(thread_count, 0);
+    std::vector<std::thread> threads;
+    for (size_t n = 0; n < thread_count; n++) {
+        threads.emplace_back([&, n] {
+            for (int round = 0; round < 10; round++)
+                differing[n] += call_every_operation() != expected;
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(differing, std::vector<int>(thread_count, 0));
 }
