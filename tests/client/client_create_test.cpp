@@ -2,12 +2,16 @@
 #include "counting_sqlite.h"
 #include "failing_alloc.h"
 
+#include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -333,39 +337,50 @@ TEST_F(ClientCreate, WaitsForItsTurnAndGivesUp)
     EXPECT_EQ(in_file("SELECT count(*) FROM sqlite_master"), "1");
 }
 
-// Creates in a process of its own, which is killed after a while, or ends. The number of its tables that are there.
-static constexpr const char *count_tbls = "SELECT count(*) FROM sqlite_master WHERE type IN ('table', 'trigger')";
+static constexpr const char *count_objects = "SELECT count(*) FROM sqlite_master WHERE type IN ('table', 'trigger')";
 
+// Creates in a process of its own, which is killed at a moment between its beginning and a little after its usual end.
+// Each run has other moments; scripts/kill makes many runs.
 TEST_F(ClientCreate, KilledAtAnyMomentLeavesAllTablesOrNone)
 {
     make_tbls(300);
+    const auto start = std::chrono::steady_clock::now();
     expect_created();
-    const std::string all = in_file(count_tbls);
+    const auto usual = std::chrono::steady_clock::now() - start;
+    const std::string all = in_file(count_objects);
+    std::random_device seed;
+    std::minstd_rand random(seed());
+    std::uniform_int_distribution<int64_t> moment(0, usual.count() * 11 / 10);
+    const int count = 25;
     int none_left = 0;
-    for (int n = 0; n < 25; n++) {
-        SCOPED_TRACE(n);
+    for (int n = 0; n < count; n++) {
         fs::remove(file);
+        const std::chrono::steady_clock::duration wait(moment(random));
+        SCOPED_TRACE(std::chrono::duration_cast<std::chrono::microseconds>(wait).count());
         const pid_t child = fork();
         if (child == 0) {
             create();
             _exit(0);
         }
-        usleep(static_cast<useconds_t>(2000 + 3000 * n));
+        std::this_thread::sleep_for(wait);
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
-        const std::string left = fs::exists(file) ? in_file(count_tbls) : "0";
+        const std::string left = fs::exists(file) ? in_file(count_objects) : "0";
         EXPECT_TRUE(left == all || left == "0") << left;
         none_left += left == "0";
     }
     EXPECT_GT(none_left, 0);
+    std::printf("killed %d times, %d times before the tables were there\n", count, none_left);
 }
 
+// A limit to the size of files is a disk that is full at that point.
 TEST_F(ClientCreate, OnAFullDiskLeavesNoTables)
 {
     make_tbls(300);
     expect_created();
-    const auto size = fs::file_size(file);
-    for (uintmax_t limit : {uintmax_t{1}, uintmax_t{4096}, size / 3, size - 4096}) {
+    const uintmax_t size = fs::file_size(file);
+    int count = 0;
+    for (uintmax_t limit = 1; limit < size; limit += size / 16, count++) {
         SCOPED_TRACE(limit);
         fs::remove(file);
         const pid_t child = fork();
@@ -381,6 +396,7 @@ TEST_F(ClientCreate, OnAFullDiskLeavesNoTables)
         waitpid(child, &status, 0);
         EXPECT_TRUE(WIFEXITED(status));
         EXPECT_EQ(WEXITSTATUS(status), 7);
-        EXPECT_EQ(fs::exists(file) ? in_file(count_tbls) : "0", "0");
+        EXPECT_EQ(fs::exists(file) ? in_file(count_objects) : "0", "0");
     }
+    std::printf("out of disk %d times\n", count);
 }
