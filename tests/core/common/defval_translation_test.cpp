@@ -274,6 +274,7 @@ TEST_F(DefvalTranslation, LeavesNothingOpenWhicheverCallFails)
         {"sint32", "(- 1)", "- 1"},
         {"uint1", "('True')", "1"},
     };
+    int failed_calls = 0;
     for (const auto &c : cases) {
         std::string result;
         const auto translate = [&] { result = fix(c.abstract_type, 0, c.host_text); };
@@ -294,8 +295,10 @@ TEST_F(DefvalTranslation, LeavesNothingOpenWhicheverCallFails)
             }
             reset();
         };
-        EXPECT_GT(kt_sweep_sqlite(sqlite, translate, judge), 6 * 10);
+        failed_calls += kt_sweep_sqlite(sqlite, translate, judge);
     }
+    EXPECT_GT(failed_calls, 4 * 6 * 10);
+    RecordProperty("failed calls", failed_calls);
 }
 
 TEST_F(DefvalTranslation, KeepsTheRefusalWhenTheTruthValueCannotBeRead)
