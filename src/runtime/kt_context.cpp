@@ -222,8 +222,8 @@ void KT_context__err__generic(KT_context *ctx, uint64_t code, const char *file, 
 
 void KT_context__err_set_description(KT_context *ctx, const char *format, ...) noexcept
 {
-    error_record *record = current_record(ctx);
-    if (!record || ctx->shared_levels > 0)
+    error_record *record = current_record(ctx); // none at a level that is shared
+    if (!record)
         return;
     // The arguments may point into the present description, so that stays until the new text is made.
     char text[inline_text];
@@ -255,7 +255,7 @@ void KT_context__err_set_description(KT_context *ctx, const char *format, ...) n
 void KT_context__err_stackframe_add(KT_context *ctx, const char *file, int32_t line) noexcept
 {
     error_record *record = current_record(ctx);
-    if (record && ctx->shared_levels == 0)
+    if (record)
         add_frame(record, file, line);
 }
 

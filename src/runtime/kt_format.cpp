@@ -63,8 +63,6 @@ static outcome append_conversion(KT_string *string, const char *&at, arguments &
     bool is_made = false;
     switch (*at++) {
     case '%':
-        if (!is_plain)
-            return outcome::not_simple;
         is_made = append_piece(string, "%", 1);
         break;
     case 's':

@@ -195,13 +195,12 @@ static const char *my_read_document(kt_json_reader *reader) noexcept
     // The outermost map shares its keys with no other.
     reader->frame = {&reader->arena->empty_shape, 0, 0, kt_reader_kind::private_map};
     at = kt_reader_skip_blanks(at + 1);
-    if (*at == '}') {
-        if (!my_close(reader))
-            return nullptr;
-        at++;
-    } else if (!(at = my_read_key(reader, at)) || !(at = my_read_members(reader, at))) {
+    if (*at == '}')
+        at = my_close(reader) ? at + 1 : nullptr;
+    else if ((at = my_read_key(reader, at)))
+        at = my_read_members(reader, at);
+    if (!at)
         return nullptr;
-    }
     at = kt_reader_skip_blanks(at);
     return at == reader->end ? at : kt_reader_fail(reader, at, "nothing behind the object");
 }

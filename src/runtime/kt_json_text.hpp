@@ -54,14 +54,13 @@ inline const char *kt_json_skip_plain(const char *text, const char *end) noexcep
     return text;
 }
 
-// The bytes of the UTF-8 sequence that starts at text, or 0 when it is malformed, overlong, a surrogate or too large.
+// The bytes of the UTF-8 sequence that starts at text with a byte beyond ASCII, or 0 when it is malformed, overlong, a
+// surrogate or too large.
 inline uint32_t kt_utf8_sequence(const char *text, const char *end) noexcept
 {
     const auto byte = [&](ptrdiff_t i) { return static_cast<uint8_t>(text[i]); };
     const auto follows = [&](ptrdiff_t i) { return text + i < end && (byte(i) & 0xC0) == 0x80; };
     const uint8_t lead = byte(0);
-    if (lead < 0x80)
-        return 1;
     if (lead >= 0xC2 && lead <= 0xDF)
         return follows(1) ? 2 : 0;
     if (lead >= 0xE0 && lead <= 0xEF) {

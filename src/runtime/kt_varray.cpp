@@ -35,12 +35,10 @@ bool kt_list_append(KT_varray *list, const KT_variant &value) noexcept
 void KT_varray__alloc(KT_context *ctx, KT_varray **list) noexcept
 {
     kt_arena *arena = kt_arena_new(0);
-    KT_varray *made = arena ? kt_list_new(arena, 0) : nullptr;
-    if (!made) {
-        if (arena)
-            kt_arena_destroy(arena);
+    if (!arena)
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
-    }
+    // A new arena has room for it.
+    KT_varray *made = kt_list_new(arena, 0);
     arena->root = made;
     *list = made;
 }

@@ -10,12 +10,10 @@
 void KT_vhash__alloc(KT_context *ctx, KT_vhash **map) noexcept
 {
     kt_arena *arena = kt_arena_new(0);
-    KT_vhash *made = arena ? kt_map_new(arena, 0) : nullptr;
-    if (!made) {
-        if (arena)
-            kt_arena_destroy(arena);
+    if (!arena)
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
-    }
+    // A new arena has room for it.
+    KT_vhash *made = kt_map_new(arena, 0);
     arena->root = made;
     *map = made;
 }
