@@ -118,6 +118,15 @@ TEST_F(KtContextTest, ADescriptionMayBeMadeFromThePresentOne)
     reset();
 }
 
+TEST_F(KtContextTest, ADescriptionThatCannotBeMadeLeavesThePresentOne)
+{
+    static const wchar_t no_character[] = {static_cast<wchar_t>(0x7FFFFFFF), 0};
+    KT_context__err(ctx, KT_ERR_NOT_FOUND, "f", 1, "the present one");
+    KT_context__err_set_description(ctx, "before %ls", no_character);
+    EXPECT_ERROR(ctx, KT_ERR_NOT_FOUND, "the present one");
+    reset();
+}
+
 TEST_F(KtContextTest, DescribingOrTracingNoErrorDoesNothing)
 {
     KT_context__err_set_description(ctx, "nothing");
@@ -289,6 +298,16 @@ TEST_F(KtContextTest, WithoutMemoryALongDescriptionIsCutBetweenCharacters)
     reset();
 }
 
+TEST_F(KtContextTest, WithoutMemoryNothingIsLeftOfALongDescriptionWithoutCharacters)
+{
+    kt_failing_alloc fault{kt_failing_alloc::mode::from_there_on};
+    fault.next();
+    KT_context__err(ctx, KT_ERR_NOT_FOUND, "f", 1, std::string(400, '\x80').c_str());
+    EXPECT_ERROR(ctx, KT_ERR_NOT_FOUND, "");
+    EXPECT_TRUE(fault.fired());
+    reset();
+}
+
 TEST_F(KtContextTest, WithoutMemoryFramesPastTheFirstAreLeftOut)
 {
     kt_failing_alloc fault{kt_failing_alloc::mode::from_there_on};
@@ -327,8 +346,11 @@ TEST_F(KtContextTest, WithoutMemoryAFurtherLevelKeepsItsCode)
     KT_context__push_level(ctx);
     EXPECT_FAILED(ctx, KT_ERR_BAD_JSON);
     KT_context__err__generic(ctx, KT_ERR_NOT_FOUND, "f", 3);
+    KT_context__err_set_description(ctx, "nor here");
+    KT_context__err_stackframe_add(ctx, "f", 4);
     KT_context__err_reset(ctx);
-    EXPECT_FAILED(ctx, KT_ERR_BAD_JSON);
+    EXPECT_ERROR(ctx, KT_ERR_BAD_JSON, "malformed JSON text");
+    EXPECT_EQ(frames_of(ctx), "");
     KT_context__pop_level(ctx);
     KT_context__pop_level(ctx);
     EXPECT_FAILED(ctx, KT_ERR_BAD_JSON);

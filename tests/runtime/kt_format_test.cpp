@@ -70,6 +70,7 @@ TEST_F(FormatTest, ConversionsThatGoToTheCLibrary)
     check("%s %d %5d %s %%", text, 1, 2, text);
     check("%d%s%p", 1, text, static_cast<const void *>(text));
     check("%1000d", 5);
+    check("%ls and %lc", L"wide", static_cast<wint_t>('w'));
 }
 
 TEST_F(FormatTest, ANullTextIsShownAsOne)
@@ -136,4 +137,38 @@ TEST_F(FormatTest, MprintfGivesATextOfItsOwnOrNull)
     }
     EXPECT_EQ(failures, 2);
     EXPECT_EQ(fault.leaked(), 0u);
+}
+
+TEST_F(FormatTest, MemoryThatRunsOutAtAnyPieceGivesNull)
+{
+    for (size_t length = 0; length < 120; length++) {
+        SCOPED_TRACE(length);
+        const std::string text(length, 'x');
+        for (kt_failing_alloc fault; fault.next();) {
+            char *made = KT_mprintf("%s%lld%% and %5d", text.c_str(), LLONG_MIN, 7);
+            if (!fault.fired()) {
+                EXPECT_EQ(made, text + "-9223372036854775808% and     7");
+                _kt_free(ctx, made);
+                break;
+            }
+            EXPECT_EQ(made, nullptr);
+            EXPECT_EQ(fault.leaked(), 0u);
+        }
+        for (kt_failing_alloc fault; fault.next();) {
+            char *made = KT_mprintf("%s%u%%%zu", text.c_str(), UINT_MAX, SIZE_MAX);
+            if (!fault.fired()) {
+                EXPECT_EQ(made, text + "4294967295%18446744073709551615");
+                _kt_free(ctx, made);
+                break;
+            }
+            EXPECT_EQ(made, nullptr);
+            EXPECT_EQ(fault.leaked(), 0u);
+        }
+    }
+}
+
+TEST_F(FormatTest, ATextThatCannotBeMadeGivesNull)
+{
+    static const wchar_t no_character[] = {static_cast<wchar_t>(0x7FFFFFFF), 0};
+    EXPECT_EQ(KT_mprintf("before %ls", no_character), nullptr);
 }

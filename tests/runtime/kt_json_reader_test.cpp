@@ -4,6 +4,7 @@
 #include "kt_test.h"
 
 #include <clocale>
+#include <vector>
 
 namespace {
 
@@ -46,6 +47,10 @@ const accepted_case accepted_cases[] = {
     {"every short escape", R"({"a":"\"\\\/\b\f\n\r\t"})", R"({"a":"\"\\/\b\f\n\r\t"})"},
     {"escapes of two, three and four bytes of UTF-8", R"({"a":"\u00e9\u20ac\ud83d\ude00"})",
      "{\"a\":\"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\"}"},
+    {"the first and last of each length of UTF-8 as escapes",
+     R"({"a":"\u0001\u007f\u0080\u07ff\u0800\ud7ff\ue000\uffff\ud800\udc00\udbff\udfff"})",
+     "{\"a\":\"\\u0001\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF\xF0\x90\x80\x80"
+     "\xF4\x8F\xBF\xBF\"}"},
     {"an escape that could have been plain", R"({"\u0061":"\u0041"})", R"({"a":"A"})"},
     {"the first and last of each length of UTF-8",
      "{\"a\":\"\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF\"}",
@@ -141,6 +146,12 @@ const refused_case refused_cases[] = {
      "line 1, column 13: expected a low surrogate after a high one, found '\"'"},
     {"a high surrogate and no low one", "{\"a\":\"\\ud800\\u0041\"}",
      "line 1, column 13: expected a low surrogate after a high one, found '\\'"},
+    {"a high surrogate and another escape", R"({"a":"\ud800\n\udc00"})",
+     "line 1, column 13: expected a low surrogate after a high one, found '\\'"},
+    {"a high surrogate and a code beyond the low ones", R"({"a":"\ud800\ue000"})",
+     "line 1, column 13: expected a low surrogate after a high one, found '\\'"},
+    {"a high surrogate and a short escape", R"({"a":"\ud800\udc0"})",
+     "line 1, column 18: expected four hexadecimal digits, found '\"'"},
     {"a lone low surrogate", "{\"a\":\"\\udc00\"}",
      "line 1, column 7: expected a high surrogate before a low one, found '\\'"},
     {"a byte that begins no UTF-8", "{\"a\":\"\xFF\"}", "line 1, column 7: expected UTF-8, found byte 0xFF"},
@@ -151,6 +162,15 @@ const refused_case refused_cases[] = {
     {"a surrogate in UTF-8", "{\"a\":\"\xED\xA0\x80\"}", "line 1, column 7: expected UTF-8, found byte 0xED"},
     {"a code point beyond Unicode", "{\"a\":\"\xF4\x90\x80\x80\"}",
      "line 1, column 7: expected UTF-8, found byte 0xF4"},
+    {"a byte that follows none", "{\"a\":\"\x80\"}", "line 1, column 7: expected UTF-8, found byte 0x80"},
+    {"a sequence of three without its second byte", "{\"a\":\"\xE2x\x82\"}",
+     "line 1, column 7: expected UTF-8, found byte 0xE2"},
+    {"a sequence of four without its second byte", "{\"a\":\"\xF0xxx\"}",
+     "line 1, column 7: expected UTF-8, found byte 0xF0"},
+    {"a sequence of four without its third byte", "{\"a\":\"\xF0\x90xx\"}",
+     "line 1, column 7: expected UTF-8, found byte 0xF0"},
+    {"a sequence of four without its fourth byte", "{\"a\":\"\xF0\x90\x80x\"}",
+     "line 1, column 7: expected UTF-8, found byte 0xF0"},
     {"a sequence cut off", "{\"a\":\"\xE2\x82\"}", "line 1, column 7: expected UTF-8, found byte 0xE2"},
     {"columns are characters", "{\"\xC3\xA9\":x}", "line 1, column 6: expected a value, found 'x'"},
     {"a leading zero", "{\"a\":01}", "line 1, column 7: expected no digit after a leading zero, found '1'"},
@@ -233,6 +253,55 @@ TEST_F(JsonReaderTest, ReadsTextsOfEveryLength)
     }
 }
 
+// "k0":0,"k1":1 ...
+std::string members(int count)
+{
+    std::string text;
+    for (int n = 0; n < count; n++)
+        text += (n ? ",\"k" : "\"k") + std::to_string(n) + "\":" + std::to_string(n);
+    return text;
+}
+
+// The second object that begins with a key shares its layout with others, up to a number of keys.
+TEST_F(JsonReaderTest, ReadsObjectsTooLargeToShareTheirKeys)
+{
+    const std::string before =
+        R"({"x":{"k0":0},"a key of more than fourteen":{"k0":0,"a key of more than fourteen":1},"y":{)";
+    for (const int count : {63, 64, 65, 66, 200}) {
+        SCOPED_TRACE(count);
+        const std::string text = before + members(count) + "}}";
+        EXPECT_EQ(read(text), text);
+        EXPECT_OK(ctx);
+        for (const char *repeated : {"k0", "k62", "k63", "k64"}) {
+            const bool is_there = members(count).find(std::string("\"") + repeated + "\"") != std::string::npos;
+            const std::string twice = before + members(count) + ",\"" + repeated + "\":0}}";
+            EXPECT_EQ(read(twice), is_there ? "(refused)" : twice) << repeated;
+            EXPECT_FAILED(ctx, is_there ? KT_ERR_BAD_JSON : 0);
+            if (is_there) {
+                const std::string column = std::to_string(before.size() + members(count).size() + 2);
+                EXPECT_STREQ(KT_context__err_description(ctx),
+                             ("JSON text, line 1, column " + column +
+                              ": expected a key that the object does not have yet, found '\"'")
+                                 .c_str());
+            }
+            reset();
+        }
+    }
+}
+
+// Thousands of objects begin alike and go on with keys of their own, more than are worth sharing.
+TEST_F(JsonReaderTest, ReadsManyObjectsOfDistinctKeys)
+{
+    std::string text = R"({"list":[{"a":0})";
+    for (int n = 0; n < 6000; n++) {
+        const std::string number = std::to_string(n);
+        text += ",{\"a\":0,\"b" + number + "\":1,\"c" + number + "\":2}";
+    }
+    text += "]}";
+    EXPECT_EQ(read(text), text);
+    EXPECT_OK(ctx);
+}
+
 TEST_F(JsonReaderTest, ReadsWhateverPrefixWithoutReadingPastIt)
 {
     const std::string text = R"({"tbls":{"1":{"name":"Ord\u00e9rs","txid":-12,"rate":1.5e3,"ok":true,"l":[null,{}]}}})";
@@ -256,7 +325,15 @@ TEST_F(JsonReaderTest, DoesNotDependOnTheLocale)
     EXPECT_OK(ctx);
 }
 
-TEST_F(JsonReaderTest, SurvivesFailingAllocations)
+std::string repeated(const std::string &piece, int count)
+{
+    std::string text;
+    while (count-- > 0)
+        text += piece;
+    return text;
+}
+
+std::string many_tables()
 {
     std::string text = "{";
     for (int table = 0; table < 40; table++) {
@@ -267,18 +344,38 @@ TEST_F(JsonReaderTest, SurvivesFailingAllocations)
                     "\":{\"name\":\"\\u00e9\",\"list\":[[]]}";
         text += "}}";
     }
-    text += "}";
-    for (kt_failing_alloc fault; fault.next(); reset()) {
-        KT_vhash *map = nullptr;
-        KT_vhash__alloc__from_json__sz(ctx, &map, text.c_str());
-        if (!fault.fired()) {
-            EXPECT_OK(ctx);
-            KT_vhash__free(ctx, map);
-            break;
+    return text + "}";
+}
+
+TEST_F(JsonReaderTest, SurvivesFailingAllocations)
+{
+    std::vector<std::string> texts = {
+        many_tables(),
+        "{\"list\":[" + repeated("1,", 300) + "1]}",
+        "{\"list\":[" + repeated("{},", 300) + "[]]}",
+        nested(100),
+        "{\"" + std::string(5000, 'k') + "\":{\"" + std::string(5000, 'k') + "\":1}}",
+        "{\"x\":{\"k0\":0},\"y\":{" + members(100) + "}}",
+    };
+    // Texts with escapes grow byte by byte, so they may end in the middle of a character.
+    for (const char *piece : {"x", "\\n", "\\u0041", "\\u00e9", "\\u20ac", "\\ud83d\\ude00", "\xC3\xA9", "\xE2\x82\xAC",
+                              "\xF0\x9F\x98\x80"})
+        for (const char *before : {"\\n", "\\nx", "\\nxx", "\\nxxx"})
+            texts.push_back("{\"text\":\"" + (before + repeated(piece, 300)) + "\"}");
+    for (const std::string &text : texts) {
+        SCOPED_TRACE(text.substr(0, 40));
+        for (kt_failing_alloc fault; fault.next(); reset()) {
+            KT_vhash *map = nullptr;
+            KT_vhash__alloc__from_json__sz(ctx, &map, text.c_str());
+            if (!fault.fired()) {
+                EXPECT_OK(ctx);
+                KT_vhash__free(ctx, map);
+                break;
+            }
+            EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
+            EXPECT_EQ(map, nullptr);
+            EXPECT_EQ(fault.leaked(), 0u);
         }
-        EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
-        EXPECT_EQ(map, nullptr);
-        EXPECT_EQ(fault.leaked(), 0u);
     }
 }
 

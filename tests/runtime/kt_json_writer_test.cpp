@@ -147,7 +147,13 @@ TEST_F(JsonWriterTest, SurvivesFailingAllocations)
 {
     KT_vhash *deep = map;
     for (int n = 0; n < 100; n++) {
+        KT_varray *list = nullptr;
         KT_vhash__add__string__sz(ctx, deep, "text", std::string(200, 'x').c_str());
+        KT_vhash__add__string__sz(ctx, deep, "special text", std::string(200, '\n').c_str());
+        KT_vhash__add__null(ctx, deep, std::string(200, '\n').c_str());
+        KT_vhash__addnew__varray(ctx, deep, "list", &list);
+        for (int i = 0; i < 100; i++)
+            KT_varray__append__string__sz(ctx, list, "short");
         KT_vhash__addnew__vhash(ctx, deep, "deeper", &deep);
     }
     const std::string expected = json_of(ctx, map);

@@ -144,9 +144,11 @@ TEST_F(KtMemoryTest, ResizingKeepsTheContentWithAndWithoutTheHooksHelp)
             EXPECT_EQ(kt_resize(block, 2, too_large), nullptr);
             EXPECT_EQ(std::string(block, 2), "ab");
         }
+        block = static_cast<char *>(kt_resize(block, 2, 0));
+        EXPECT_NE(block, nullptr) << "no bytes are a block too";
         kt_release(block);
         KT_memory__set_allocator(nullptr);
-        EXPECT_EQ(counter.released, has_hook ? 3 : 0);
+        EXPECT_EQ(counter.released, has_hook ? 4 : 0);
     }
 }
 

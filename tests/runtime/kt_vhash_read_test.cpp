@@ -226,6 +226,9 @@ TEST_F(VhashReadTest, RefusesPositionsPastTheEndAndOtherTypes)
     KT_vhash__get_nth_pair__uint64(ctx, map, 5, &key, &number);
     EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'negative' is no unsigned 64-bit integer");
     reset();
+    KT_vhash__get_nth_pair__uint64(ctx, map, 7, &key, &number);
+    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'real' is no unsigned 64-bit integer");
+    reset();
     KT_vhash__get_nth_pair__sz(ctx, map, 0, &key, &text);
     EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'null' is no text");
     reset();

@@ -227,6 +227,31 @@ TEST_F(VhashTest, CopiesDeeply)
     EXPECT_EQ(json(), "{\"copy\":" + before + "}");
 }
 
+// A map on the way down has more members behind the one that is gone into.
+std::string branching(int depth)
+{
+    std::string text = "{}";
+    while (depth-- > 0)
+        text = depth % 2 ? "{\"deeper\":" + text + ",\"behind\":[{},[],1,\"a text that does not fit into a variant\"]}"
+                         : "[" + text + ",{\"a key of more than fourteen\":null}]";
+    return "{\"top\":" + text + ",\"behind\":true}";
+}
+
+TEST_F(VhashTest, CopiesBranchesOfAnyDepth)
+{
+    for (const int depth : {0, 1, 2, 15, 16, 17, 33, 100, 1000}) {
+        SCOPED_TRACE(depth);
+        KT_vhash *source = nullptr;
+        KT_vhash__alloc__from_json__sz(ctx, &source, branching(depth).c_str());
+        ASSERT_OK(ctx);
+        KT_vhash__addcopy__vhash(ctx, root, "copy", source);
+        KT_vhash__free(ctx, source);
+        EXPECT_OK(ctx);
+        EXPECT_EQ(json(), "{\"copy\":" + branching(depth) + "}");
+        KT_vhash__remove(ctx, root, "copy");
+    }
+}
+
 TEST_F(VhashTest, CopiesAMapIntoItself)
 {
     KT_vhash *map = child("map");
@@ -412,9 +437,14 @@ TEST_F(VhashTest, ReusesMemory)
             KT_vhash *map = child("m");
             KT_varray *list = nullptr;
             for (int i = 0; i < 20; i++)
-                KT_vhash__add__string__sz(ctx, map, ("key" + std::to_string(i * n)).c_str(),
-                                          "a text that does not fit into a variant");
+                KT_vhash__add__string__sz(
+                    ctx, map, ((i % 2 ? "key" : "a key of more than fourteen ") + std::to_string(i * n)).c_str(),
+                    "a text that does not fit into a variant");
             reset(); // n = 0 repeats its key
+            // A removal in the middle gives the map an order of its own; keys behind it are shared with no other map.
+            if (n % 3)
+                KT_vhash__remove(ctx, map, ("key" + std::to_string(n)).c_str());
+            KT_vhash__add__null(ctx, map, "another key of more than fourteen");
             KT_vhash__addnew__varray(ctx, map, "l", &list);
             for (int i = 0; i < 40; i++)
                 KT_varray__append__string__sz(ctx, list, std::string(static_cast<size_t>(i * 7), 'x').c_str());
@@ -423,10 +453,11 @@ TEST_F(VhashTest, ReusesMemory)
     };
     fill_and_empty();
     fill_and_empty();
-    kt_failing_alloc fault(kt_failing_alloc::mode::from_there_on);
-    fault.next();
-    fill_and_empty();
-    EXPECT_FALSE(fault.fired()) << "a third round took new memory";
+    kt_failing_alloc watch(kt_failing_alloc::mode::never);
+    watch.next();
+    for (int round = 0; round < 30; round++)
+        fill_and_empty();
+    EXPECT_EQ(watch.leaked(), 0u) << "further rounds took new memory";
     EXPECT_OK(ctx);
 }
 
@@ -514,22 +545,32 @@ void leave_memory(const KT_vhash *map, size_t size)
     pools->bump = pools->bump_end - size;
 }
 
+const struct {
+    const char *name;
+    bool is_shared;
+    int others; // maps with the same keys and one more, so that the keys divide behind them
+} step_layouts[] = {{"private", false, 0}, {"shared", true, 0}, {"shared and divided", true, 1}};
+
 // A tree takes memory in chunks, so what it has left decides at which step of an operation there is none.
 TEST_F(VhashTest, SurvivesFailingAtEveryStep)
 {
     for (const sweep_case &c : sweep_cases) {
         for (const int size : {1, 2, 8, 9, 16}) {
-            for (const bool is_shared : {false, true}) {
-                SCOPED_TRACE(std::string(c.name) + ", map of " + std::to_string(size) + (is_shared ? ", shared" : ""));
+            for (const auto &[layout, is_shared, others] : step_layouts) {
+                SCOPED_TRACE(std::string(c.name) + ", map of " + std::to_string(size) + ", " + layout);
                 for (size_t left = 0; left <= 2048; left += kt_granule) {
                     KT_vhash *tree = nullptr, *first = nullptr, *map = nullptr;
                     KT_vhash__alloc(ctx, &tree);
                     // The second map that begins with a key shares its layout.
                     KT_vhash__addnew__vhash(ctx, tree, "first", &first);
                     KT_vhash__add__null(ctx, first, is_shared ? "k0" : "other");
-                    KT_vhash__addnew__vhash(ctx, tree, "map", &map);
-                    for (int n = 0; n < size; n++)
-                        KT_vhash__add__string__sz(ctx, map, ("k" + std::to_string(n)).c_str(), "some text");
+                    for (int n = 0; n <= others; n++) {
+                        KT_vhash__addnew__vhash(ctx, tree, n < others ? "second" : "map", &map);
+                        for (int i = 0; i < size; i++)
+                            KT_vhash__add__string__sz(ctx, map, ("k" + std::to_string(i)).c_str(), "some text");
+                        if (n < others)
+                            KT_vhash__add__null(ctx, map, "beyond");
+                    }
                     ASSERT_OK(ctx);
                     ASSERT_EQ(map->layout->is_private, !is_shared);
                     const std::string before = json_of(ctx, tree);
@@ -551,6 +592,64 @@ TEST_F(VhashTest, SurvivesFailingAtEveryStep)
                 }
             }
         }
+    }
+}
+
+// The copy is made in one tree while another is read, with every amount of memory left and every further block failing.
+TEST_F(VhashTest, CopySurvivesFailingAtEveryStep)
+{
+    KT_vhash *source = nullptr;
+    KT_vhash__alloc__from_json__sz(ctx, &source, branching(40).c_str());
+    for (size_t left = 0; left <= 8000; left += 5 * kt_granule) {
+        SCOPED_TRACE(left);
+        bool is_done = false;
+        for (kt_failing_alloc fault; !is_done;) {
+            fault.pause();
+            KT_vhash *tree = nullptr;
+            KT_vhash__alloc(ctx, &tree);
+            leave_memory(tree, left);
+            fault.next();
+            KT_vhash__addcopy__vhash(ctx, tree, "copy", source);
+            is_done = !fault.fired();
+            fault.pause();
+            EXPECT_FAILED(ctx, is_done ? 0 : KT_ERR_OUT_OF_MEMORY);
+            reset();
+            EXPECT_EQ(json_of(ctx, tree), is_done ? "{\"copy\":" + branching(40) + "}" : "{}");
+            KT_vhash__free(ctx, tree);
+        }
+    }
+    KT_vhash__free(ctx, source);
+}
+
+// Once a pair was removed in the middle, the order is kept apart from the pairs, and both have to grow.
+TEST_F(VhashTest, AddingBehindARemovalSurvivesFailingAtEveryStep)
+{
+    for (size_t left = 0; left <= 2048; left += kt_granule) {
+        SCOPED_TRACE(left);
+        KT_vhash *tree = nullptr, *map = nullptr;
+        KT_vhash__alloc(ctx, &tree);
+        KT_vhash__addnew__vhash(ctx, tree, "map", &map);
+        for (int n = 0; n < 8; n++)
+            KT_vhash__add__int64(ctx, map, ("k" + std::to_string(n)).c_str(), n);
+        KT_vhash__remove(ctx, map, "k0");
+        KT_vhash__add__int64(ctx, map, "k0", 8);
+        ASSERT_OK(ctx);
+        const std::string before = R"({"map":{"k1":1,"k2":2,"k3":3,"k4":4,"k5":5,"k6":6,"k7":7,"k0":8)";
+        leave_memory(map, left);
+        {
+            kt_failing_alloc fault(kt_failing_alloc::mode::from_there_on);
+            fault.next();
+            KT_vhash__add__int64(ctx, map, "new", 9);
+            EXPECT_FAILED(ctx, fault.fired() ? KT_ERR_OUT_OF_MEMORY : 0);
+        }
+        if (KT_context__has_err(ctx)) {
+            reset();
+            EXPECT_EQ(json_of(ctx, tree), before + "}}");
+            KT_vhash__add__int64(ctx, map, "new", 9);
+        }
+        EXPECT_OK(ctx);
+        EXPECT_EQ(json_of(ctx, tree), before + R"(,"new":9}})");
+        KT_vhash__free(ctx, tree);
     }
 }
 
