@@ -3,8 +3,7 @@
 //
 // A root is searched by following references through columns of an integer type. Nothing guards the search against
 // a circle of references, by contract: callers that cannot rule one out look for cycles first. The search keeps a
-// stack of its own, on which a column stays only while it may have references left to try, so that the length of a
-// chain costs no memory.
+// stack of its own, because a chain may be as long as the schema has columns.
 //
 // Columns that are reached in many ways would be searched once for each of them, which is without bound in practice:
 // two references from each of forty columns to the next one make 2^40 ways. So a search that has looked at more

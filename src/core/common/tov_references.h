@@ -118,8 +118,8 @@ TOV_API void tov_schema__sort_by_references(KT_context *ctx, tov_schema *schema,
  *
  * Records stand in the order of their first members.
  *
- * Fails on a document in which a key lacks what every key has, with KT_ERR_KEY_NOT_FOUND or KT_ERR_WRONG_TYPE; there
- * may be cycles of both kinds then.
+ * Fails on a document in which a key lacks what every key has: with KT_ERR_NOT_FOUND where a column's reference names
+ * no table, else with KT_ERR_KEY_NOT_FOUND or KT_ERR_WRONG_TYPE. There may be cycles of both kinds then.
  */
 TOV_API void tov_schema__find_reference_cycles(KT_context *ctx, tov_schema *schema, KT_varray **tbl_cycles,
                                                KT_varray **col_cycles) KT_NOEXCEPT;

@@ -2,7 +2,9 @@
 #include "fk_test.hpp"
 
 #include <csignal>
+#include <cstdlib>
 #include <sys/time.h>
+#include <unistd.h>
 
 namespace {
 
@@ -234,13 +236,28 @@ TEST_F(RootsTest, ManyWaysToAColumnAreSearchedOnce)
     EXPECT_EQ(find("0", "c"), "p.id");
 }
 
-TEST_F(RootsTest, ACycleIsFollowedWithoutEnd)
+// Takes no more than a megabyte in all: the process ends at what goes beyond it.
+static const KT_allocator narrow_allocator = {
+    [](void *, size_t size) {
+        static size_t taken = 0;
+        taken += size;
+        if (taken > 1 << 20)
+            _exit(3);
+        return std::malloc(size);
+    },
+    [](void *, void *block, size_t, size_t new_size) { return std::realloc(block, new_size); },
+    [](void *, void *block) { std::free(block); },
+    nullptr,
+};
+
+TEST_F(RootsTest, ACycleIsFollowedWithoutEndAndWithoutGrowing)
 {
     refer("a", "id", "b", "id");
     refer("b", "id", "a", "id");
+    key("k", "b", "a", {{"id", "id"}});
     root r;
     const itimerval timer = {{0, 0}, {0, 300000}};
-    EXPECT_EXIT((setitimer(ITIMER_REAL, &timer, nullptr),
+    EXPECT_EXIT((KT_memory__set_allocator(&narrow_allocator), setitimer(ITIMER_REAL, &timer, nullptr),
                  tov_schema__find_ipk_root_column(ctx, schema, "a", "id", &r.tbl_id, &r.col_id)),
                 ::testing::KilledBySignal(SIGALRM), "");
 }
@@ -309,6 +326,51 @@ TEST_F(RootsTest, RootsAreThoseOfThePlainSearch)
     EXPECT_GT(found, 1000);
     EXPECT_GT(failed, 1000);
     EXPECT_GT(endless, 100);
+}
+
+// The same at the end of a chain so long that columns are taken note of by then.
+TEST_F(RootsTest, RootsAtTheEndOfALongChainAreThoseOfThePlainSearch)
+{
+    const int length = 80;
+    int found = 0;
+    int failed = 0;
+    int none = 0;
+    for (uint32_t seed = 0; seed < 4000; seed++) {
+        SCOPED_TRACE(seed);
+        fk_random random{seed};
+        std::string text =
+            random.document({.tbls = 4, .cols = 3, .fk_percent = 60, .keys = 3, .odd_percent = seed % 4 ? 0u : 4u});
+        std::string chain;
+        for (int n = 0; n < length; n++) {
+            const bool last = n + 1 == length;
+            chain +=
+                joined({"\"x", std::to_string(n), R"(":{"cols":{"c":{"type":{"name":"sint32"},"fk":{"ref_tbl_id":")",
+                        last ? random.tbl_id() : joined({"x", std::to_string(n + 1)}), R"(","ref_col_id":")",
+                        last ? random.col_id() : "c", "\"}}}},"});
+        }
+        load(text.insert(text.find(R"("tbls":{)") + 8, chain).c_str());
+        root plain;
+        root r;
+        bool ended = true;
+        plain_find_ipk_root_column(ctx, schema, "x0", "c", length + 60, &ended, &plain.tbl_id, &plain.col_id);
+        const uint64_t code = KT_context__err_code(ctx);
+        const std::string description = KT_context__err_description(ctx);
+        reset();
+        if (!ended)
+            continue;
+        tov_schema__find_ipk_root_column(ctx, schema, "x0", "c", &r.tbl_id, &r.col_id);
+        ASSERT_EQ(KT_context__err_code(ctx), code) << document();
+        ASSERT_EQ(KT_context__err_description(ctx), description) << document();
+        reset();
+        ASSERT_STREQ(r.tbl_id, plain.tbl_id) << document();
+        ASSERT_STREQ(r.col_id, plain.col_id) << document();
+        found += !code && r.tbl_id;
+        none += !code && !r.tbl_id;
+        failed += code != 0;
+    }
+    EXPECT_GT(found, 200);
+    EXPECT_GT(none, 200);
+    EXPECT_GT(failed, 200);
 }
 
 TEST_F(RootsTest, ConditionOfATableWithoutPrimaryKeyIsEmpty)
