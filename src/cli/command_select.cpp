@@ -4,6 +4,7 @@
 #include "cli_json.h"
 #include "cli_references.h"
 #include "cli_schema.h"
+#include "client_names.h"
 #include "commands.h"
 
 #include <memory>
@@ -39,11 +40,50 @@ bool has_host_types(KT_context *ctx, tov_schema *schema, const std::string &tbl_
     return has_all;
 }
 
+// Names stand in the text as they are: one that ends its quotes would make a statement of the schema's own choosing.
+void refuse_unsafe_name(KT_context *ctx, const char *name)
+{
+    const char *flaw = name ? client_find_name_flaw(name) : nullptr; // without a name the text cannot be written
+    if (!flaw)
+        return;
+    KT_string *shown = nullptr;
+    KT_string__alloc__sz(ctx, &shown, "column ");
+    cli_check(ctx, flaw);
+    client_append_shown(ctx, shown, name);
+    throw cli_failure(flaw, cli_take(ctx, shown));
+}
+
+void refuse_unsafe_names(KT_context *ctx, const KT_vhash *columns)
+{
+    uint32_t count = 0;
+    KT_vhash__count(ctx, columns, &count);
+    for (uint32_t n = 0; n < count; n++) {
+        const char *name = nullptr;
+        KT_vhash__get_nth_pair(ctx, columns, n, &name, nullptr);
+        refuse_unsafe_name(ctx, name);
+    }
+}
+
+// A key may hold columns that are not prepared, which the select list lacks.
+void refuse_unsafe_key_names(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
+{
+    uint32_t count = 0;
+    tov_schema__count_pk_cols(ctx, schema, tbl_id.c_str(), &count);
+    for (uint32_t n = 0; n < count; n++) {
+        const char *col_id = nullptr, *name = nullptr;
+        tov_schema__get_nth_pk_col(ctx, schema, tbl_id.c_str(), n, &col_id, &name);
+        cli_check(ctx, tbl_id);
+        refuse_unsafe_name(ctx, name);
+    }
+    cli_check(ctx, tbl_id);
+}
+
 std::string select_list(KT_context *ctx, tov_schema *schema, const select_options &options, const std::string &tbl_id)
 {
     kt_owned_vhash columns{ctx};
     tov_schema__get_converted_col_names_as_vhash(ctx, schema, tbl_id.c_str(), 0, columns.out());
     cli_check(ctx, options.table);
+    refuse_unsafe_names(ctx, columns);
     KT_string *list = nullptr;
     tov_schema__get_pvh_col_names_comma_separated_and_qualified(ctx, options.mode, schema, tbl_id.c_str(), columns,
                                                                 nullptr, options.alias.c_str(), 1,
@@ -72,6 +112,7 @@ int run(const select_options &options)
     const std::string tbl_id = cli_find_table(ctx, schema, options.table);
     if (options.mode || options.other_mode)
         refuse_column_cycles(ctx, schema);
+    refuse_unsafe_key_names(ctx, schema, tbl_id);
     const std::string columns = select_list(ctx, schema, options, tbl_id);
     KT_string *join = nullptr;
     tov_schema__get_on_pk_col_names(ctx, schema, tbl_id.c_str(), options.alias.c_str(), options.other_alias.c_str(),

@@ -31,6 +31,44 @@ TEST_F(CommandSelectTest, PrintsJson)
               "\n");
 }
 
+TEST_F(CommandSelectTest, RefusesNamesThatAreNotSafeInSqlText)
+{
+    struct name_case {
+        const char *name; // as JSON
+        const char *error;
+    };
+    const name_case cases[] = {
+        {R"(K\" FROM t; DROP TABLE Parents; --)",
+         "tov-schema: a name with a double quote: column \"K\" FROM t; DROP TABLE Parents; --\"\n"},
+        {R"(\u202eK)",
+         "tov-schema: a name with a character that changes the direction of writing: column \"<U+202E>K\"\n"},
+        {"", "tov-schema: an empty name: column \"\"\n"},
+    };
+    for (const name_case &c : cases) {
+        SCOPED_TRACE(c.name);
+        std::string schema = sample_schema;
+        schema.replace(schema.find(R"("K","type")") + 1, 1, c.name);
+        const command_result result = run({"select", "-", "Children"}, schema);
+        EXPECT_EXIT_CODE(result, 1);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err, c.error);
+        // Another table's text does not hold the name.
+        EXPECT_EXIT_CODE(run({"select", "-", "Parents"}, schema), 0);
+    }
+}
+
+TEST_F(CommandSelectTest, RefusesTheUnsafeNameOfAKeyColumnThatIsNotPrepared)
+{
+    const command_result result =
+        run({"select", "-", "t"},
+            R"({"schema":{"compat_level":1,"tbls":{"t":{"name":"T","txid":1,"cols":{"a":{"name":"A",)"
+            R"("type":{"name":"sint32"},"mssql_col_data_type":"int"}},"pk":{"name":"PK","cols":{"g":null}}}}},)"
+            R"("host_internals":{"unprep-cols":{"t":{"g":{"name":"G\" OR 1=1","type":{"name":"host"}}}}}})");
+    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "tov-schema: a name with a double quote: column \"G\" OR 1=1\"\n");
+}
+
 TEST_F(CommandSelectTest, RefusesKeyColumnsInACycle)
 {
     std::string schema = sample_schema;
