@@ -3,6 +3,7 @@
 #include "cli_files.h"
 #include "cli_json.h"
 #include "commands.h"
+#include "tov_host.h"
 
 #include <charconv>
 #include <iostream>
@@ -109,13 +110,12 @@ outcome translate(KT_context *ctx, tov_schema *schema, const known_type &type, u
     set_type(ctx, schema, type, scale);
     kt_owned_text result{ctx};
     tov_schema__fix_mssql_defval(ctx, schema, "t", "c", text.c_str(), result.out());
-    if (KT_context__err_code(ctx) == KT_ERR_OUT_OF_MEMORY)
-        cli_check(ctx, "");
-    if (KT_context__has_err(ctx)) {
+    if (tov_host__is_refused_default(KT_context__err_code(ctx))) {
         outcome refused{"refused", KT_context__err_description(ctx)};
         KT_context__err_reset(ctx);
         return refused;
     }
+    cli_check(ctx, text);
     if (!result.get())
         return {"dropped", type.carries_over};
     return {"kept", result.get()};

@@ -17,9 +17,7 @@ struct host_translation {
     std::string message;
 };
 
-// The codes with which the translation says that a text is no value of the column. Everything else, such as want of
-// memory, has nothing to do with the text.
-static bool my_is_refusal(uint64_t code)
+bool tov_host__is_refused_default(uint64_t code) noexcept
 {
     constexpr int sqlite_error = 1;
     constexpr int sqlite_toobig = 18;
@@ -39,7 +37,7 @@ static void my_translate(KT_context *ctx, host_import &import, const host_table 
     const uint64_t code = KT_context__err_code(ctx);
     translation.message = KT_context__err_description(ctx);
     KT_context__pop_level(ctx);
-    translation.refused = my_is_refusal(code);
+    translation.refused = tov_host__is_refused_default(code);
     if (code != 0 && !translation.refused)
         KT_FAIL(code, "%s", translation.message.c_str());
 }

@@ -42,6 +42,12 @@ void tov_host__import(KT_context *ctx, const char *bytes, size_t size, const tov
                       tov_schema **schema, KT_varray **findings) noexcept;
 
 /**
+ * Whether an error of tov_schema__fix_mssql_defval() says that the default is no value of the column. Any other says
+ * that the question could not be answered, such as for want of memory.
+ */
+bool tov_host__is_refused_default(uint64_t code) noexcept;
+
+/**
  * Appends a finding to a text as one line without line end: "code: table.column: reason: host text", absent parts
  * left out, line ends and other control characters inside a part written as blanks.
  */

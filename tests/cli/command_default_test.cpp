@@ -1,6 +1,10 @@
 // tov-schema default.
 
+#include "cli_run.h"
+#include "counting_sqlite.h"
 #include "run_command.h"
+
+#include <sqlite3.h>
 
 namespace {
 
@@ -70,6 +74,23 @@ TEST_F(CommandDefaultTest, SaysWhichLineIsWrong)
         EXPECT_EXIT_CODE(result, 1);
         EXPECT_NE(result.err.find("standard input, line 2"), std::string::npos) << result.err;
         EXPECT_EQ(result.out, "kept\t7\n");
+    }
+}
+
+TEST_F(CommandDefaultTest, ThatSqliteCannotWorkIsNoRefusal)
+{
+    char program[] = "tov-schema", command[] = "default", type[] = "float", text[] = "((1.5))";
+    char *arguments[] = {program, command, type, text, nullptr};
+    kt_counting_sqlite sqlite;
+    for (const int code : kt_sqlite_failures) {
+        sqlite.fail(kt_sqlite_entry::step, 1, code);
+        ::testing::internal::CaptureStdout();
+        ::testing::internal::CaptureStderr();
+        const int exit_code = cli_run(4, arguments);
+        const std::string said = sqlite3_errstr(code);
+        EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+        EXPECT_EQ(::testing::internal::GetCapturedStderr(), "tov-schema: " + said + ": " + said + ": ((1.5))\n");
+        EXPECT_EQ(exit_code, 1);
     }
 }
 
