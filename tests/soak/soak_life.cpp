@@ -99,9 +99,12 @@ uint64_t digested_texts(const life &l, uint64_t digest)
     tov_schema__get_col_defin(l.ctx, l.schema, "child_0", "code", nullptr, &defin);
     expect_ok(l.ctx, "a column's definition");
     digest = digested(digest, defin);
-    tov_schema__fix_mssql_defval(l.ctx, l.schema, "child_0", "parent", "((1)+(41))", &defval);
-    KT_context__err_reset(l.ctx);
-    digest = digested(digest, defval ? defval : "none");
+    // Only SQLite can tell whether a number with a blank behind its sign is one.
+    tov_schema__fix_mssql_defval(l.ctx, l.schema, "child_0", "parent", "((- 42))", &defval);
+    expect_ok(l.ctx, "a default");
+    if (!defval)
+        stop("a default was dropped");
+    digest = digested(digest, defval);
     _kt_free(l.ctx, defval);
     return digest;
 }
