@@ -1,0 +1,180 @@
+// What a schema makes SQLite do: the client refuses it in order, or its script creates the schema's tables and
+// triggers, and nothing else. The authorizer here knows nothing of the client's own: it names what a schema may make
+// SQLite do.
+#pragma once
+
+#include "kt_sqlite_functions.h"
+#include "tov_client.h"
+
+#include <sqlite3.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <set>
+#include <string>
+
+inline void check(bool holds, const char *why)
+{
+    if (holds)
+        return;
+    std::fprintf(stderr, "wrong: %s\n", why);
+    std::abort();
+}
+
+// What SQLite is asked to do, and whether a statement of the schema's own choosing is among it.
+struct watch {
+    std::set<std::string> tbls; // in lower case
+    bool is_creating = true;    // else: statements on the tables, which bring their triggers with them
+};
+
+inline std::string lower(const char *text)
+{
+    std::string result = text ? text : "";
+    for (char &byte : result)
+        byte = byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + 32) : byte;
+    return result;
+}
+
+inline bool is_harmful_function(const char *name)
+{
+    for (const char *harmful : {"load_extension", "fts3_tokenizer", "readfile", "writefile", "edit", "eval"}) {
+        if (sqlite3_stricmp(name, harmful) == 0)
+            return true;
+    }
+    return sqlite3_strnicmp(name, "sqlite_", 7) == 0;
+}
+
+inline bool may_create(const watch &w, int action, const std::string &first, const std::string &second)
+{
+    const bool is_schema_tbl = first == "sqlite_master";
+    switch (action) {
+    case SQLITE_CREATE_TABLE:
+        return w.tbls.count(first) == 1;
+    case SQLITE_CREATE_INDEX:
+        return first.rfind("sqlite_autoindex_", 0) == 0 && w.tbls.count(second) == 1;
+    case SQLITE_CREATE_TRIGGER:
+        return first.rfind("tov", 0) == 0 && w.tbls.count(second) == 1;
+    case SQLITE_INSERT:
+    case SQLITE_UPDATE:
+        return is_schema_tbl;
+    case SQLITE_READ:
+        return is_schema_tbl || w.tbls.count(first) == 1;
+    case SQLITE_PRAGMA:
+        return first == "foreign_keys" || first == "recursive_triggers";
+    case SQLITE_TRANSACTION:
+        return true;
+    default:
+        return false;
+    }
+}
+
+inline bool may_use(const watch &w, int action, const std::string &first)
+{
+    switch (action) {
+    case SQLITE_INSERT:
+    case SQLITE_UPDATE:
+    case SQLITE_DELETE:
+    case SQLITE_READ:
+        return w.tbls.count(first) == 1;
+    case SQLITE_SELECT:
+        return true;
+    default:
+        return false;
+    }
+}
+
+extern "C" inline int authorize(void *data, int action, const char *first, const char *second, const char *database,
+                                const char *)
+{
+    const auto &w = *static_cast<const watch *>(data);
+    check(!database || std::strcmp(database, "main") == 0, "another database");
+    if (action == SQLITE_FUNCTION)
+        check(!is_harmful_function(second), second);
+    else if (w.is_creating)
+        check(may_create(w, action, lower(first), lower(second)), "something else was to be created or done");
+    else
+        check(may_use(w, action, lower(first)), "a trigger does something else");
+    return SQLITE_OK;
+}
+
+inline bool ended_well(KT_context *ctx)
+{
+    if (!KT_context__has_err(ctx))
+        return true;
+    check(KT_context__err_description(ctx)[0] != '\0', "no description");
+    check(KT_context__err_code(ctx) != KT_ERR_OUT_OF_MEMORY, "out of memory");
+    KT_context__err_reset(ctx);
+    return false;
+}
+
+inline watch watch_of(KT_context *ctx, tov_schema *schema)
+{
+    watch w;
+    uint32_t count = 0;
+    tov_schema__count_tbls(ctx, schema, &count);
+    for (uint32_t n = 0; n < count; n++) {
+        const char *tbl_id = nullptr;
+        const char *name = nullptr;
+        tov_schema__get_nth_tbl_id(ctx, schema, n, &tbl_id);
+        tov_schema__get_tbl_name(ctx, schema, tbl_id, &name);
+        w.tbls.insert(lower(name));
+    }
+    check(!KT_context__has_err(ctx), "tables of an imported schema");
+    return w;
+}
+
+// SQLite has limits of its own, which no part of the system repeats, and leaves keys without a parent to their use.
+inline bool is_limit(const std::string &message)
+{
+    for (const char *limit :
+         {"too many", "too large", "too big", "too complex", "stack overflow", "foreign key mismatch"}) {
+        if (message.find(limit) != std::string::npos)
+            return true;
+    }
+    return false;
+}
+
+// Compiles what comes first to the triggers' statements.
+inline void compile_uses(sqlite3 *connection, const watch &w)
+{
+    for (const std::string &tbl : w.tbls) {
+        for (const char *use : {"INSERT INTO \"%w\" DEFAULT VALUES", "DELETE FROM \"%w\""}) {
+            char *sql = sqlite3_mprintf(use, tbl.c_str());
+            sqlite3_stmt *statement = nullptr;
+            const int code = sqlite3_prepare_v2(connection, sql, -1, &statement, nullptr);
+            check(code == SQLITE_OK || is_limit(sqlite3_errmsg(connection)), sqlite3_errmsg(connection));
+            sqlite3_finalize(statement);
+            sqlite3_free(sql);
+        }
+    }
+}
+
+inline void run_script(watch &w, const char *script)
+{
+    sqlite3 *connection = nullptr;
+    tov__get_sqlite_functions()->open(":memory:", &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    sqlite3_set_authorizer(connection, authorize, &w);
+    const int code = sqlite3_exec(connection, script, nullptr, nullptr, nullptr);
+    check(code == SQLITE_OK || is_limit(sqlite3_errmsg(connection)), sqlite3_errmsg(connection));
+    w.is_creating = false;
+    if (code == SQLITE_OK)
+        compile_uses(connection, w);
+    sqlite3_close(connection);
+}
+
+inline void create_watched(KT_context *ctx, tov_schema *schema)
+{
+    tov_client__check_texts(ctx, schema);
+    const bool is_accepted = ended_well(ctx);
+    KT_string *script = nullptr;
+    tov_client__write_script(ctx, schema, &script);
+    const bool is_written = ended_well(ctx);
+    check(is_written == (script != nullptr), "script and failure");
+    check(is_accepted || !is_written, "refused and written");
+    if (!is_written)
+        return;
+    watch w = watch_of(ctx, schema);
+    run_script(w, KT_string__sz(script));
+    KT_string__free(ctx, script);
+}
