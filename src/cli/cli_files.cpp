@@ -3,12 +3,14 @@
 #include "cli.h"
 
 #include <cerrno>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -31,7 +33,7 @@ struct open_file {
 
 [[noreturn]] void fail(const char *what, const std::string &path, int error)
 {
-    throw cli_failure(std::string(what) + " (" + std::strerror(error) + ")", path);
+    throw cli_failure(std::string(what) + " (" + std::generic_category().message(error) + ")", path);
 }
 
 void write_all(int fd, const std::string &content, const std::string &path)
@@ -136,6 +138,14 @@ std::string cli_read_text(const std::string &path)
 void cli_print(const std::string &text)
 {
     write_all(STDOUT_FILENO, text, "standard output");
+}
+
+void cli_tell(const char *format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    static_cast<void>(std::vfprintf(stderr, format, args));
+    va_end(args);
 }
 
 // A device or pipe cannot be replaced by a file beside it.

@@ -14,3 +14,6 @@ void cli_write_file(const std::string &path, const std::string &content);
 
 // Writes to standard output and makes sure that it arrived.
 void cli_print(const std::string &text);
+
+// Writes to standard error, printf-style; when that fails there is nobody left to tell. Allocates nothing.
+[[gnu::format(printf, 1, 2)]] void cli_tell(const char *format, ...);

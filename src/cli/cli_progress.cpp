@@ -1,7 +1,8 @@
 #include "cli_progress.h"
 
+#include "cli_files.h"
+
 #include <condition_variable>
-#include <cstdio>
 #include <mutex>
 #include <unistd.h>
 
@@ -26,15 +27,13 @@ void cli_progress::show(uint32_t done, uint32_t total)
         return;
     next_ = now + 200ms;
     is_shown_ = true;
-    std::fprintf(stderr, "\r%s: %u of %u (%u %%) ", what_, done, total,
-                 static_cast<unsigned>(uint64_t{done} * 100 / total));
-    std::fflush(stderr);
+    cli_tell("\r%s: %u of %u (%u %%) ", what_, done, total, static_cast<unsigned>(uint64_t{done} * 100 / total));
 }
 
 void cli_progress::finish()
 {
     if (is_shown_)
-        std::fputs("\r\033[K", stderr);
+        cli_tell("\r\033[K");
     is_shown_ = false;
 }
 
@@ -45,12 +44,10 @@ static void show_time(const std::stop_token &stop, const char *what)
     std::condition_variable_any wake;
     std::unique_lock lock(mutex);
     unsigned seconds = 0;
-    while (!wake.wait_for(lock, stop, 1s, [&] { return stop.stop_requested(); })) {
-        std::fprintf(stderr, "\r%s: %u s ", what, ++seconds);
-        std::fflush(stderr);
-    }
+    while (!wake.wait_for(lock, stop, 1s, [&] { return stop.stop_requested(); }))
+        cli_tell("\r%s: %u s ", what, ++seconds);
     if (seconds)
-        std::fputs("\r\033[K", stderr);
+        cli_tell("\r\033[K");
 }
 
 cli_waiting::cli_waiting(const char *what)

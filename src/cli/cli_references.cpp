@@ -53,7 +53,7 @@ template <class Read> std::string optional_text(KT_context *ctx, Read read)
     const char *text = nullptr;
     KT_context__push_level(ctx);
     read(&text);
-    const std::string result = KT_context__has_err(ctx) ? "" : text_or_empty(text);
+    std::string result = KT_context__has_err(ctx) ? "" : text_or_empty(text);
     KT_context__pop_level(ctx);
     return result;
 }

@@ -3,10 +3,9 @@
 #include "cli_run.h"
 
 #include "cli.h"
+#include "cli_files.h"
 #include "commands.h"
 #include "tov_version.h"
-
-#include <cstdio>
 
 namespace {
 
@@ -40,7 +39,7 @@ int complain(std::string text, int code)
     for (char &byte : text)
         if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F)
             byte = ' ';
-    std::fprintf(stderr, "tov-schema: %s\n", text.c_str());
+    cli_tell("tov-schema: %s\n", text.c_str());
     return code;
 }
 
@@ -59,7 +58,7 @@ try {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
             return app.exit(error); // --help, --version
         complain(error.what(), cli_usage);
-        std::fputs("Run tov-schema --help, or tov-schema SUBCOMMAND --help.\n", stderr);
+        cli_tell("Run tov-schema --help, or tov-schema SUBCOMMAND --help.\n");
         return cli_usage;
     }
     return action();

@@ -2,6 +2,7 @@
 
 #include <span>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -11,35 +12,35 @@ struct member {
     const char *key;
     kind type;
     bool is_required = false;
-    std::span<const member> own = {};  // a map with known keys: its members
-    std::span<const member> each = {}; // a map keyed by ids, or a list: the members of each value
     bool has_maps = false;             // a map keyed by ids: whether its values are maps
     bool has_texts = false;            // or texts
+    std::span<const member> own = {};  // a map with known keys: its members
+    std::span<const member> each = {}; // a map keyed by ids, or a list: the members of each value
 };
 
 constexpr member text(const char *key, bool is_required = false)
 {
-    return {key, kind::text, is_required};
+    return {.key = key, .type = kind::text, .is_required = is_required};
 }
 constexpr member integer(const char *key, bool is_required = false)
 {
-    return {key, kind::integer, is_required};
+    return {.key = key, .type = kind::integer, .is_required = is_required};
 }
 constexpr member truth(const char *key)
 {
-    return {key, kind::truth};
+    return {.key = key, .type = kind::truth};
 }
 constexpr member map(const char *key, std::span<const member> own, bool is_required = false)
 {
-    return {key, kind::map, is_required, own};
+    return {.key = key, .type = kind::map, .is_required = is_required, .own = own};
 }
 constexpr member by_id(const char *key, std::span<const member> each)
 {
-    return {key, kind::map, false, {}, each, true};
+    return {.key = key, .type = kind::map, .has_maps = true, .each = each};
 }
 constexpr member list(const char *key, std::span<const member> each)
 {
-    return {key, kind::list, false, {}, each};
+    return {.key = key, .type = kind::list, .each = each};
 }
 
 constexpr member type_members[] = {
@@ -57,14 +58,14 @@ constexpr member column[] = {
     map("defval", expression), list("check", expression),       map("fk", reference),
 };
 constexpr member foreign_key[] = {
-    {"cols", kind::map, true, {}, {}, false, true},
+    {.key = "cols", .type = kind::map, .is_required = true, .has_texts = true},
     text("name"),
     text("ref_tbl_id", true),
     truth("deferred"),
     text("on_delete"),
     text("on_update"),
 };
-constexpr member primary_key[] = {text("name"), {"cols", kind::map}};
+constexpr member primary_key[] = {text("name"), {.key = "cols", .type = kind::map}};
 constexpr member check[] = {text("expr", true)};
 constexpr member table[] = {
     text("name", true),     integer("txid"),      by_id("cols", column),
@@ -91,7 +92,7 @@ bool has_type(const KT_variant *value, kind type)
 // Walks a document along its shape; place is the way down, for the message.
 class shape_check {
   public:
-    shape_check(KT_context *context, const std::string &path) : ctx_(context), path_(path)
+    shape_check(KT_context *context, std::string path) : ctx_(context), path_(std::move(path))
     {
     }
 

@@ -7,7 +7,6 @@
 #include "commands.h"
 #include "tov_client.h"
 
-#include <cstdio>
 #include <memory>
 
 namespace {
@@ -26,7 +25,7 @@ void print_remarks(KT_context *ctx, tov_schema *schema, const std::string &path)
     cli_check(ctx, path);
     KT_varray__free(ctx, tbl_ids);
     for (const std::string &remark : cli_take_texts(ctx, remarks))
-        std::fprintf(stderr, "tov-schema: note: %s\n", remark.c_str());
+        cli_tell("tov-schema: note: %s\n", remark.c_str());
 }
 
 int run_create(const create_options &options)

@@ -132,7 +132,7 @@ std::string as_dot(const graph &g)
         "    edge [fontname=\"sans-serif\", fontsize=10];\n";
     for (const node &table : g.nodes) {
         text += "    \"" + escaped(table.id) +
-                "\" [label=<<table border=\"0\" cellborder=\"1\" cellspacing=\"0\" cellpadding=\"4\"" +
+                R"(" [label=<<table border="0" cellborder="1" cellspacing="0" cellpadding="4")" +
                 (table.cycle ? " color=\"red\"" : "") + "><tr><td bgcolor=\"" +
                 (table.cycle ? "mistyrose" : "lightgrey") + "\"><b>" + escaped(table.name) + "</b></td></tr>";
         for (const std::string &column : table.key)

@@ -6,7 +6,6 @@
 #include "commands.h"
 #include "tov_host.h"
 
-#include <cstdio>
 #include <memory>
 
 namespace {
@@ -54,7 +53,7 @@ void print_findings(const findings_list &findings)
         tov_host__format_finding(findings.ctx, finding_at(findings, n), line);
         const std::string text = cli_take(findings.ctx, line);
         cli_check(findings.ctx, "");
-        std::fprintf(stderr, "%s\n", text.c_str());
+        cli_tell("%s\n", text.c_str());
     }
 }
 

@@ -7,7 +7,6 @@
 #include "tov_client.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <memory>
 
 namespace {
@@ -115,6 +114,7 @@ int run(const tables_options &options)
     const std::vector<std::string> ids = cli_take_texts(ctx, tbl_ids), remarks = cli_take_texts(ctx, remark_list);
 
     std::vector<table_facts> tables;
+    tables.reserve(ids.size());
     for (const std::string &id : ids)
         tables.push_back(facts_of(ctx, schema, id));
     if (options.is_json) {
@@ -122,7 +122,7 @@ int run(const tables_options &options)
         return cli_done;
     }
     for (const std::string &remark : remarks)
-        std::fprintf(stderr, "tov-schema: note: %s\n", remark.c_str());
+        cli_tell("tov-schema: note: %s\n", remark.c_str());
     cli_print(as_text(tables));
     return cli_done;
 }

@@ -11,12 +11,14 @@
 
 #define KT_HERE "src/client/client_create"
 
+using client_progress = void (*)(void *data, uint32_t done, uint32_t total);
+
 namespace {
 struct creation {
     client_database *database;
     uint32_t done;
     uint32_t total;
-    void (*progress)(void *data, uint32_t done, uint32_t total);
+    client_progress progress;
     void *data;
 };
 } // namespace
@@ -31,10 +33,10 @@ static void my_create_one(KT_context *ctx, void *data, const client_statement &s
 }
 
 static void my_create_all(KT_context *ctx, tov_schema *schema, const client_plan &plan, const char *path,
-                          creation &work) noexcept
+                          client_progress progress, void *data) noexcept
 {
     client_database database;
-    work.database = &database;
+    creation work{&database, 0, client_count_statements(plan), progress, data};
     KT_TRY(client_database__begin(ctx, database, path));
     KT_TRY(client_database__check_names(ctx, database, plan));
     KT_TRY(client_schema_rows__begin(ctx, database));
@@ -74,8 +76,7 @@ void tov_client__create_database(KT_context *ctx, tov_schema *schema, const char
     std::string path;
     KT_TRY(kt_contain(ctx, [&] { path = my_path(file_name); }));
     const bool made = my_make_file(path.c_str());
-    creation work{nullptr, 0, client_count_statements(plan), progress, data};
-    my_create_all(ctx, schema, plan, path.c_str(), work);
+    my_create_all(ctx, schema, plan, path.c_str(), progress, data);
     if (!kt_failed_at(ctx, KT_HERE, __LINE__))
         return;
     if (made)

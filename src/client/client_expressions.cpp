@@ -222,7 +222,7 @@ const char *client_find_expression_flaw(const char *expression, client_shape sha
         expression += next.length;
         // A line that begins inside of quotes or a comment in asterisks is none for the shell either.
         if (next.kind == token_kind::blank && expression[-1] == '\n' && my_ends_statement_in_shell(expression))
-            return "a line with nothing but \"/\" or \"go\", which ends a statement in the sqlite3 shell";
+            return R"(a line with nothing but "/" or "go", which ends a statement in the sqlite3 shell)";
     }
     return my_find_shape_flaw(seen, shape);
 }

@@ -83,5 +83,5 @@ std::string_view host_bound_default_expression(std::string_view statement)
     statement = statement.substr(expression, end - expression);
     const size_t first = statement.find_first_not_of(blanks);
     const size_t last = statement.find_last_not_of(blanks);
-    return first == statement.npos ? std::string_view{} : statement.substr(first, last + 1 - first);
+    return first == std::string_view::npos ? std::string_view{} : statement.substr(first, last + 1 - first);
 }

@@ -170,7 +170,7 @@ static host_value my_read_primary(host_check_reader &reader)
 static bool my_is_operator(const host_check_reader &reader, std::string_view operators)
 {
     return reader.token.kind == host_token_kind::arithmetic &&
-           operators.find(reader.token.text.front()) != operators.npos;
+           operators.find(reader.token.text.front()) != std::string_view::npos;
 }
 
 // A sign before a literal leaves it a literal, before a column a computed number.

@@ -72,7 +72,7 @@ static host_token my_take(std::string_view &rest, host_token_kind kind, size_t l
 static host_token my_take_name(std::string_view &rest)
 {
     const size_t close = rest.find(']');
-    if (close == rest.npos || my_at(rest, close + 1) == ']')
+    if (close == std::string_view::npos || my_at(rest, close + 1) == ']')
         return my_unknown(rest);
     const host_token token{host_token_kind::name, rest.substr(1, close - 1)};
     rest.remove_prefix(close + 1);
@@ -90,14 +90,14 @@ static host_token my_take_operator(std::string_view &rest)
             return my_take(rest, host_token_kind::comparison, comparison.size());
     }
     constexpr std::string_view arithmetic = "+-*/%";
-    const bool is_known = arithmetic.find(rest.front()) != arithmetic.npos;
+    const bool is_known = arithmetic.find(rest.front()) != std::string_view::npos;
     return my_take(rest, host_token_kind::arithmetic, is_known ? 1 : 0);
 }
 
 host_token host_take_token(std::string_view &rest)
 {
     const size_t start = rest.find_first_not_of(" \t\r\n");
-    if (start == rest.npos)
+    if (start == std::string_view::npos)
         return {};
     rest.remove_prefix(start);
     const char first = rest.front();

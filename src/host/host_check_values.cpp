@@ -71,7 +71,7 @@ static constexpr size_t double_digits = 15;
 
 host_value host_number_value(std::string_view number)
 {
-    const bool is_whole = number.find('.') == number.npos && my_count_digits(number) < 10;
+    const bool is_whole = number.find('.') == std::string_view::npos && my_count_digits(number) < 10;
     return {is_whole ? kind::whole_literal : kind::number_literal, nullptr, number};
 }
 
@@ -238,13 +238,13 @@ const char *host_refuse_like(const host_value &left, const host_value &pattern)
         return "LIKE is used on something other than a text column, or without a literal";
     const host_collation_rules rules = host_read_collation(left.col->collation, left.col->comparison_style);
     const std::string text = my_unquoted(pattern.literal);
-    if (text.find('[') != text.npos)
+    if (text.find('[') != std::string_view::npos)
         return "LIKE is used with brackets, which SQLite takes for themselves";
     if (!my_is_plain_ascii(text))
         return "LIKE is used with letters beyond ASCII, whose case SQLite does not know";
     if (my_has_letter(text) && (rules.noaccent || !rules.nocase))
         return "LIKE is used with letters where case or accents count in another way than in SQLite";
-    if (my_is_unicode(*left.col) && text.find('_') != text.npos)
+    if (my_is_unicode(*left.col) && text.find('_') != std::string_view::npos)
         return "LIKE is used with _, which counts code units on the server and characters in SQLite";
     if (!text.ends_with('%') && (!my_is_unicode(*left.col) || my_is_fixed_width(*left.col)))
         return "LIKE is used on a text that may end in blanks: they do not count on the server, and count in SQLite";

@@ -17,7 +17,7 @@ static constexpr std::string_view blanks = " \t\r\n";
 static std::string_view my_trimmed(std::string_view text)
 {
     const size_t first = text.find_first_not_of(blanks);
-    if (first == text.npos)
+    if (first == std::string_view::npos)
         return {};
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
@@ -26,7 +26,7 @@ static std::string_view my_trimmed(std::string_view text)
 static bool my_is_header_line(std::string_view line)
 {
     constexpr std::string_view column = "document";
-    if (line.find_first_not_of('-') == line.npos)
+    if (line.find_first_not_of('-') == std::string_view::npos)
         return true;
     return line.size() == column.size() && KT_strnicmp(line.data(), column.data(), column.size()) == 0;
 }
@@ -43,16 +43,16 @@ static bool my_is_trailing_line(std::string_view line)
 static void my_find_start(KT_context *ctx, std::string_view text, size_t *start)
 {
     size_t at = text.find_first_not_of(blanks);
-    if (at == text.npos)
+    if (at == std::string_view::npos)
         KT_FAIL(KT_ERR_BAD_JSON, "the file is empty");
-    while (at != text.npos && text[at] != '{' && text[at] != '[') {
+    while (at != std::string_view::npos && text[at] != '{' && text[at] != '[') {
         const std::string_view line = my_trimmed(text.substr(at, text.find_first_of("\r\n", at) - at));
         if (!my_is_header_line(line))
             KT_FAIL(KT_ERR_BAD_JSON, "the file is no catalogue export: expected '{' or '[' where it says '%.40s'",
                     std::string(line).c_str());
         at = text.find_first_not_of(blanks, at + line.size());
     }
-    if (at == text.npos)
+    if (at == std::string_view::npos)
         KT_FAIL(KT_ERR_BAD_JSON, "the file holds a header and no document");
     *start = at;
 }
@@ -61,14 +61,14 @@ static void my_find_start(KT_context *ctx, std::string_view text, size_t *start)
 static std::string_view my_without_trailing_lines(std::string_view text)
 {
     const size_t last = text.find_last_of("}]");
-    if (last == text.npos)
+    if (last == std::string_view::npos)
         return text;
     std::string_view rest = text.substr(last + 1);
     while (!rest.empty()) {
         const size_t end = rest.find_first_of("\r\n");
         if (!my_is_trailing_line(my_trimmed(rest.substr(0, end))))
             return text;
-        rest = end == rest.npos ? std::string_view{} : rest.substr(end + 1);
+        rest = end == std::string_view::npos ? std::string_view{} : rest.substr(end + 1);
     }
     return text.substr(0, last + 1);
 }
@@ -82,7 +82,7 @@ static bool my_is_word_byte(char byte)
 // Copies the document without the line ends that split a text, a word or a number.
 static void my_append_joined(std::string_view document, std::string &json, bool &split_texts)
 {
-    if (document.find('\n') == document.npos && document.find('\r') == document.npos) {
+    if (document.find('\n') == std::string_view::npos && document.find('\r') == std::string_view::npos) {
         json += document;
         return;
     }
@@ -92,7 +92,7 @@ static void my_append_joined(std::string_view document, std::string &json, bool 
         const char byte = document[n];
         if (byte == '\r' || byte == '\n') {
             const size_t next = document.find_first_not_of("\r\n", n);
-            if (next == document.npos)
+            if (next == std::string_view::npos)
                 return;
             split_texts |= in_text;
             if (!in_text && !(my_is_word_byte(document[n - 1]) && my_is_word_byte(document[next])))
@@ -121,7 +121,7 @@ static void my_to_utf8(KT_context *ctx, std::string_view file, std::string &buff
     } else if (file.starts_with("\xEF\xBB\xBF")) {
         file.remove_prefix(3);
     }
-    if (const size_t nul = file.find('\0'); nul != file.npos)
+    if (const size_t nul = file.find('\0'); nul != std::string_view::npos)
         KT_FAIL(KT_ERR_BAD_JSON,
                 "the file holds a NUL byte (the %zu. byte of its text): it is damaged, or UTF-16 "
                 "without a byte-order mark",

@@ -75,7 +75,7 @@ static bool my_fill_private(kt_json_reader *reader, kt_private *layout, uint32_t
     for (uint32_t slot = 0; slot < count; slot++) {
         const bool is_shared = slot < frame.shape->count;
         const kt_reader_key *own = is_shared ? nullptr : reader->keys.at(frame.first_key + slot - frame.shape->count);
-        const kt_packed_key &key = is_shared ? frame.shape->keys->keys[slot].packed : own->key;
+        const kt_packed_key &key = own ? own->key : frame.shape->keys->keys[slot].packed;
         const kt_query query = my_query_of(key);
         const uint32_t hash = layout->index.cells ? kt_hash(query, reader->arena->seed) : 0;
         if (own && my_has_key(layout, query, hash))

@@ -43,10 +43,11 @@ template <class T> void fk_reserve(KT_context *ctx, fk_array<T> *array, uint32_t
         capacity = array->count + more;
     if (capacity < 16)
         capacity = 16;
+    constexpr size_t item_size = sizeof(T); // NOLINT(bugprone-sizeof-expression): an item may be a pointer itself.
     void *block = nullptr;
-    KT_TRY(_kt_malloc(ctx, capacity * sizeof(T), &block));
+    KT_TRY(_kt_malloc(ctx, capacity * item_size, &block));
     if (array->count)
-        memcpy(block, array->items.get(), array->count * sizeof(T));
+        memcpy(block, array->items.get(), array->count * item_size);
     array->items.reset();
     *array->items.out() = static_cast<T *>(block);
     array->capacity = capacity;

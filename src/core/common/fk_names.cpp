@@ -2,6 +2,8 @@
 
 #include "fk_names.hpp"
 
+#include <cassert>
+
 static uint64_t my_hash(uint64_t scope, const char *text) noexcept
 {
     uint64_t hash = scope * UINT64_C(0x9E3779B97F4A7C15) ^ UINT64_C(0xCBF29CE484222325);
@@ -24,6 +26,7 @@ static fk_name_table my_get_table(const fk_names &numbering) noexcept
 // The slot that holds the text's number, or the empty one where it belongs. The number of slots is a power of two.
 static uint32_t my_find_slot(const fk_name_table &table, uint64_t scope, const char *text, uint64_t hash) noexcept
 {
+    assert(table.slots && table.slot_count);
     const uint32_t mask = table.slot_count - 1;
     uint32_t slot = static_cast<uint32_t>(hash) & mask;
     while (table.slots[slot] && !my_is_name(table.names[table.slots[slot] - 1], scope, text, hash))
