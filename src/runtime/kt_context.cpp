@@ -246,7 +246,7 @@ void KT_context__err_set_description(KT_context *ctx, const char *format, ...) n
         return;
     }
     va_start(args, format);
-    std::vsnprintf(block, size, format, args);
+    static_cast<void>(std::vsnprintf(block, size, format, args)); // measured above
     va_end(args);
     release_text(record);
     record->text = block;

@@ -155,33 +155,37 @@ static inline const char *my_read_value(kt_json_reader *reader, const char *at, 
     }
 }
 
+// Goes from behind a value to the next one, closing all that ends between them, or to behind the outermost map, which
+// is the end. is_closing: from a bracket that closes an empty map or list.
+static inline const char *my_go_on(kt_json_reader *reader, const char *at, bool is_closing, bool *is_end) noexcept
+{
+    for (;; is_closing = false) {
+        at = kt_reader_skip_blanks(at);
+        const bool is_list = reader->frame.kind == kt_reader_kind::list;
+        if (*at == ',' && !is_closing)
+            return is_list ? at + 1 : my_read_key(reader, kt_reader_skip_blanks(at + 1));
+        if (*at != (is_list ? ']' : '}'))
+            return kt_reader_fail(reader, at, is_list ? "',' or ']'" : "',' or '}'");
+        *is_end = reader->frames.count() == 0;
+        if (!my_close(reader))
+            return nullptr;
+        at++;
+        if (*is_end)
+            return at;
+    }
+}
+
 // Reads from behind the first key of the outermost map to behind its closing bracket.
 static const char *my_read_members(kt_json_reader *reader, const char *at) noexcept
 {
-    for (;;) {
+    bool is_end = false;
+    while (at && !is_end) {
         bool is_closing = false;
-        if (!(at = my_read_value(reader, at, &is_closing)))
-            return nullptr;
-        for (;;) {
-            at = kt_reader_skip_blanks(at);
-            const bool is_list = reader->frame.kind == kt_reader_kind::list;
-            if (*at == ',' && !is_closing) {
-                at++;
-                if (!is_list && !(at = my_read_key(reader, kt_reader_skip_blanks(at))))
-                    return nullptr;
-                break;
-            }
-            if (*at != (is_list ? ']' : '}'))
-                return kt_reader_fail(reader, at, is_list ? "',' or ']'" : "',' or '}'");
-            const bool is_outermost = reader->frames.count() == 0;
-            if (!my_close(reader))
-                return nullptr;
-            at++;
-            if (is_outermost)
-                return at;
-            is_closing = false;
-        }
+        at = my_read_value(reader, at, &is_closing);
+        if (at)
+            at = my_go_on(reader, at, is_closing, &is_end);
     }
+    return at;
 }
 
 static const char *my_read_document(kt_json_reader *reader) noexcept

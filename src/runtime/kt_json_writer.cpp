@@ -61,7 +61,8 @@ static char *my_escape(char *out, uint8_t byte) noexcept
     } else if (byte >= 8 && byte <= 13 && byte != 11) {
         *out++ = letters[byte - 8];
     } else {
-        std::memcpy(out, "u00", 3);
+        out[0] = 'u';
+        out[1] = out[2] = '0';
         out[3] = digits[byte >> 4];
         out[4] = digits[byte & 15];
         out += 5;
@@ -138,8 +139,8 @@ static void my_write_double(my_writer *writer, double number) noexcept
     char *end = std::to_chars(out, out + 32, number).ptr;
     if (!std::memchr(out, '.', static_cast<size_t>(end - out)) &&
         !std::memchr(out, 'e', static_cast<size_t>(end - out))) {
-        std::memcpy(end, ".0", 2); // or it would come back as an integer
-        end += 2;
+        *end++ = '.'; // or it would come back as an integer
+        *end++ = '0';
     }
     writer->out = end;
 }

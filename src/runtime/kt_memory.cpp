@@ -29,8 +29,10 @@ static void c_release(void *, void *block)
 }
 
 static constexpr KT_allocator c_library = {c_allocate, c_resize, c_release, nullptr};
+// NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): the one allocator of a process; see the header.
 static constinit KT_allocator brought_in = {};
 constinit std::atomic<const KT_allocator *> kt_allocator_in_force{&c_library};
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 void KT_memory__set_allocator(const KT_allocator *allocator) noexcept
 {

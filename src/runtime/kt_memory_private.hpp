@@ -8,6 +8,7 @@
 
 #include <atomic>
 
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): the one allocator of a process.
 extern constinit std::atomic<const KT_allocator *> kt_allocator_in_force;
 
 // A block of at least size bytes, or null; a size of 0 gives a block too.

@@ -13,6 +13,7 @@
 #include "kt_varray.h"
 #include "kt_vhash.h"
 
+#include <cassert>
 #include <new>
 #include <utility>
 
@@ -28,11 +29,20 @@ inline bool kt_has_err(const KT_context *ctx) noexcept
     KT_context__err_stackframe_add(ctx, file, line);
 }
 
+// A function that fails leaves an error, which its callers' KT_TRY finds. Stated for the analyzers: they cannot see
+// into other sources, and would follow a failure on into code that is only reached after a success.
+inline void kt_assert_failed(const KT_context *ctx) noexcept
+{
+    assert(kt_has_err(ctx));
+    static_cast<void>(ctx);
+}
+
 inline bool kt_failed_at(KT_context *ctx, const char *file, int32_t line) noexcept
 {
     if (!kt_has_err(ctx)) [[likely]]
         return false;
     kt_add_frame(ctx, file, line);
+    kt_assert_failed(ctx);
     return true;
 }
 
@@ -49,6 +59,7 @@ inline bool kt_failed_at(KT_context *ctx, const char *file, int32_t line) noexce
     do {                                                          \
         KT_context__err__generic(ctx, (code), KT_HERE, __LINE__); \
         KT_context__err_set_description(ctx, __VA_ARGS__);        \
+        kt_assert_failed(ctx);                                    \
         return;                                                   \
     } while (0)
 
@@ -56,6 +67,7 @@ inline bool kt_failed_at(KT_context *ctx, const char *file, int32_t line) noexce
 #define KT_FAIL_GENERIC(code)                                     \
     do {                                                          \
         KT_context__err__generic(ctx, (code), KT_HERE, __LINE__); \
+        kt_assert_failed(ctx);                                    \
         return;                                                   \
     } while (0)
 

@@ -70,17 +70,18 @@ static bool my_reserve_transition(kt_arena *arena) noexcept
     if (table.count < cells / 2)
         return true;
     const uint32_t wanted = cells ? cells * 2 : 32;
-    auto **fresh = kt_new_block<kt_shape *>(arena, wanted * sizeof(kt_shape *));
+    constexpr size_t cell_size = sizeof(kt_shape *); // NOLINT(bugprone-sizeof-expression): a cell is a pointer.
+    auto **fresh = kt_new_block<kt_shape *>(arena, wanted * cell_size);
     if (!fresh)
         return false;
-    std::memset(fresh, 0, wanted * sizeof(kt_shape *));
+    std::memset(fresh, 0, wanted * cell_size);
 
     kt_transition_table grown{fresh, wanted - 1, 0};
     for (uint32_t at = 0; at < cells; at++)
         if (table.cells[at])
             my_put_transition(&grown, table.cells[at]);
     if (table.cells)
-        kt_pools_release(&arena->pools, table.cells, cells * sizeof(kt_shape *));
+        kt_pools_release(&arena->pools, table.cells, cells * cell_size);
     table = grown;
     return true;
 }

@@ -195,6 +195,7 @@ static int look(const KT_sqlite_functions *sqlite, sqlite3 *connection, bool *le
 
 // What the last look found, with the version of the library it looked at (a program may put another in its place):
 // the version number times 2, plus 1 when impossible dates stand. 0 before the first look.
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): one SQLite library for a process.
 static constinit std::atomic<int64_t> last_look{0};
 
 int kt_sqlite_normalise_dates(const KT_sqlite_functions *functions, sqlite3 *connection) noexcept

@@ -197,6 +197,7 @@ static int open_with_dates(const char *file_name, sqlite3 **connection, int flag
     return code;
 }
 
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): one SQLite library for a process.
 static constinit std::atomic<const KT_sqlite_functions *> functions_in_force{&linked_functions};
 
 const KT_sqlite_functions *tov__get_sqlite_functions(void) noexcept

@@ -14,6 +14,7 @@
 #include "kt_vhash.h"
 
 #include <bit>
+#include <cassert>
 
 inline constexpr uint32_t kt_no_slot = UINT32_MAX;
 inline constexpr uint32_t kt_scan_limit = 8;     // up to here keys are scanned, beyond they are indexed
@@ -179,6 +180,7 @@ template <class T> inline T *kt_segment_at(const kt_segments<T> &segments, uint3
 {
     if (i < segments.first_capacity) [[likely]]
         return segments.first + i;
+    assert(segments.first_capacity);
     const uint32_t n = static_cast<uint32_t>(std::bit_width(i / segments.first_capacity));
     return segments.more[n - 1] + (i - (segments.first_capacity << (n - 1)));
 }
