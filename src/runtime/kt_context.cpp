@@ -135,20 +135,25 @@ static void copy_cut(char *to, size_t room, const char *text)
     to[length] = '\0';
 }
 
-// The text may be the record's present one or a part of it.
+// A text of at most inline_text bytes. Like that of set_text(), it may be the record's present one or a part of it.
+static void set_short_text(error_record *record, const char *text, size_t size)
+{
+    std::memmove(record->short_text, text, size);
+    release_text(record);
+}
+
 static void set_text(error_record *record, const char *text)
 {
     const size_t size = std::strlen(text) + 1;
     if (size <= inline_text) {
-        std::memmove(record->short_text, text, size);
-        release_text(record);
+        set_short_text(record, text, size);
         return;
     }
     void *block = kt_allocate(size);
     if (!block) {
         char cut[inline_text];
         copy_cut(cut, inline_text, text);
-        set_text(record, cut);
+        set_short_text(record, cut, std::strlen(cut) + 1);
         return;
     }
     std::memcpy(block, text, size);

@@ -182,6 +182,7 @@ template <class T> inline T *kt_segment_at(const kt_segments<T> &segments, uint3
         return segments.first + i;
     assert(segments.first_capacity);
     const uint32_t n = static_cast<uint32_t>(std::bit_width(i / segments.first_capacity));
+    assert(n > 0);
     return segments.more[n - 1] + (i - (segments.first_capacity << (n - 1)));
 }
 

@@ -3,6 +3,7 @@
 
 #include "tov_parse_defin_private.h"
 
+#include <cassert>
 #include <cstring>
 #include <type_traits>
 
@@ -64,6 +65,7 @@ template <class T>
 void fk_append_many(KT_context *ctx, fk_array<T> *array, uint32_t many, std::type_identity_t<T> item) noexcept
 {
     KT_TRY(fk_reserve(ctx, array, many));
+    assert(array->items.get() || many == 0);
     for (uint32_t n = 0; n < many; n++)
         array->items.get()[array->count++] = item;
 }

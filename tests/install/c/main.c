@@ -28,8 +28,8 @@ int main(void)
         tov_schema__set_col_type_identity(ctx, schema, "t", "id", NULL);
     if (!KT_context__has_err(ctx))
         tov_schema__get_col_defin(ctx, schema, "t", "id", NULL, &defin);
-    failed = KT_context__has_err(ctx) || !tov__get_sqlite_functions();
-    puts(failed ? KT_context__err_description(ctx) : defin);
+    failed = !defin || !tov__get_sqlite_functions();
+    puts(defin ? defin : KT_context__err_description(ctx));
     tov_schema__nullfree(ctx, &schema);
     KT_context__free(ctx);
     return failed;
