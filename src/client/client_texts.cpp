@@ -8,6 +8,7 @@
 #include "client_expressions.h"
 #include "client_scratch.h"
 
+#include <cctype>
 #include <iterator>
 #include <string_view>
 
@@ -73,6 +74,19 @@ static void my_check_distinct(KT_context *ctx, const client_place &place, KT_vha
     if (former)
         CLIENT_FAIL(KT_ERR_SCHEMA_NOT_SUPPORTED, place, "the name is that of \"%s\" too, letter case aside", former);
     KT_TRY(KT_vhash__add__string__sz(ctx, names, folded, name));
+}
+
+// An id with a capital letter is not found under itself: what is found instead may not have been looked at.
+static void my_check_id(KT_context *ctx, const client_place &place, const char *id) noexcept
+{
+    for (const char *byte = id; *byte; byte++) {
+        if (!isupper(static_cast<unsigned char>(*byte)))
+            continue;
+        kt_owned_string shown{ctx};
+        KT_TRY(KT_string__alloc(ctx, shown.out()));
+        KT_TRY(client_append_shown(ctx, shown, id));
+        CLIENT_FAIL(KT_ERR_SCHEMA_NOT_SUPPORTED, place, "the id %s has a capital letter", KT_string__sz(shown));
+    }
 }
 
 static void my_check_action(KT_context *ctx, const client_place &place, const KT_vhash *fk, const char *key) noexcept
@@ -262,8 +276,7 @@ static void my_check_col(KT_context *ctx, text_check &check, tbl_check &tbl, con
     KT_TRY(KT_vhash__check__sz(ctx, col, "name", &name));
     const client_place place{tbl.name, "column", name ? name : id};
     KT_TRY(my_check_name(ctx, place, name));
-    // An id in upper case is not found under itself; what is found instead may be a column that was not looked at.
-    KT_TRY(my_check_key_col(ctx, check, place, tbl.id, id));
+    KT_TRY(my_check_id(ctx, place, id));
     KT_TRY(my_check_distinct(ctx, place, tbl.col_names, name));
     KT_TRY(my_check_type(ctx, place, col));
     KT_TRY(my_check_notnull(ctx, place, col));
@@ -346,6 +359,7 @@ static void my_check_tbl_name(KT_context *ctx, text_check &check, tbl_check &tbl
     KT_TRY(KT_vhash__check__sz(ctx, tbl.record, "name", &tbl.name));
     const client_place place{tbl.name ? tbl.name : tbl.id};
     KT_TRY(my_check_name(ctx, place, tbl.name));
+    KT_TRY(my_check_id(ctx, place, tbl.id));
     if (KT_strnicmp(tbl.name, "sqlite_", 7) == 0)
         CLIENT_FAIL(KT_ERR_SCHEMA_NOT_SUPPORTED, place, "SQLite keeps names that begin with sqlite_ for itself");
     KT_TRY(my_check_distinct(ctx, place, check.tbl_names, tbl.name));

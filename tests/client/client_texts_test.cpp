@@ -283,8 +283,18 @@ TEST_F(ClientTexts, OfAnIdThatHidesAnUnpreparedColumnAreRefused)
     load(R"({"tbls":{"t":{"name":"T","cols":{"A":{"name":"A","type":{"name":"sint32"}}}}}})");
     tov_schema__add_col(ctx, schema, "t", "a", "x\"); DROP TABLE T; --", 0, 0, 0);
     ASSERT_OK(ctx);
-    expect_refused(KT_ERR_SCHEMA_NOT_SUPPORTED,
-                   "table \"T\", column \"A\": column id \"A\" of table id \"t\" is absent or not prepared");
+    expect_refused(KT_ERR_SCHEMA_NOT_SUPPORTED, "table \"T\", column \"A\": the id \"A\" has a capital letter");
+}
+
+// Both would be written as the one that the lookup finds.
+TEST_F(ClientTexts, OfTwoIdsThatDifferInCaseAreRefused)
+{
+    load(R"({"tbls":{"t":{"name":"T","cols":{"a":{"name":"A","type":{"name":"sint32"}},)"
+         R"("A":{"name":"B","type":{"name":"text"}}}}}})");
+    expect_refused(KT_ERR_SCHEMA_NOT_SUPPORTED, "table \"T\", column \"B\": the id \"A\" has a capital letter");
+    load(R"({"tbls":{"t":{"name":"T","cols":{"a":{"name":"A","type":{"name":"sint32"}}}},)"
+         R"("T":{"name":"U","cols":{"a":{"name":"A","type":{"name":"sint32"}}}}}})");
+    expect_refused(KT_ERR_SCHEMA_NOT_SUPPORTED, "table \"U\": the id \"T\" has a capital letter");
 }
 
 TEST_F(ClientTexts, WithANulNeverBecomeASchema)
