@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const bool is_imported = ended_well(ctx);
     check(is_imported == (schema != nullptr) && (is_imported || !findings), "results and failure");
     if (schema)
-        create_watched(ctx, schema);
+        create_watched(ctx, schema, false);
     if (findings)
         format_findings(ctx, findings);
     KT_varray__free(ctx, findings);

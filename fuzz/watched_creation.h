@@ -24,8 +24,9 @@ inline void check(bool holds, const char *why)
 
 // What SQLite is asked to do, and whether a statement of the schema's own choosing is among it.
 struct watch {
-    std::set<std::string> tbls; // in lower case
-    bool is_creating = true;    // else: statements on the tables, which bring their triggers with them
+    std::set<std::string> tbls;  // in lower case
+    bool is_creating = true;     // else: statements on the tables, which bring their triggers with them
+    bool may_be_refused = false; // by SQLite, which then has created nothing
 };
 
 inline std::string lower(const char *text)
@@ -156,14 +157,14 @@ inline void run_script(watch &w, const char *script)
     tov__get_sqlite_functions()->open(":memory:", &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     sqlite3_set_authorizer(connection, authorize, &w);
     const int code = sqlite3_exec(connection, script, nullptr, nullptr, nullptr);
-    check(code == SQLITE_OK || is_limit(sqlite3_errmsg(connection)), sqlite3_errmsg(connection));
+    check(code == SQLITE_OK || w.may_be_refused || is_limit(sqlite3_errmsg(connection)), sqlite3_errmsg(connection));
     w.is_creating = false;
     if (code == SQLITE_OK)
         compile_uses(connection, w);
     sqlite3_close(connection);
 }
 
-inline void create_watched(KT_context *ctx, tov_schema *schema)
+inline void create_watched(KT_context *ctx, tov_schema *schema, bool may_be_refused)
 {
     tov_client__check_texts(ctx, schema);
     const bool is_accepted = ended_well(ctx);
@@ -175,6 +176,7 @@ inline void create_watched(KT_context *ctx, tov_schema *schema)
     if (!is_written)
         return;
     watch w = watch_of(ctx, schema);
+    w.may_be_refused = may_be_refused;
     run_script(w, KT_string__sz(script));
     KT_string__free(ctx, script);
 }
