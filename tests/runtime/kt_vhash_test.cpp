@@ -499,6 +499,7 @@ const sweep_case sweep_cases[] = {
      }},
     {"copy", [](KT_context *ctx, KT_vhash *map) { KT_vhash__addcopy__vhash(ctx, map, "new", map); }},
     {"remove", [](KT_context *ctx, KT_vhash *map) { KT_vhash__remove(ctx, map, "k0"); }},
+    {"remove if present", [](KT_context *ctx, KT_vhash *map) { KT_vhash__remove_if_present(ctx, map, "k0", nullptr); }},
 };
 
 TEST_F(VhashTest, SurvivesFailingAllocations)
@@ -549,7 +550,8 @@ const struct {
     const char *name;
     bool is_shared;
     int others; // maps with the same keys and one more, so that the keys divide behind them
-} step_layouts[] = {{"private", false, 0}, {"shared", true, 0}, {"shared and divided", true, 1}};
+} step_layouts[] = {
+    {"private", false, 0}, {"shared", true, 0}, {"shared and divided", true, 1}, {"shared and divided twice", true, 2}};
 
 // A tree takes memory in chunks, so what it has left decides at which step of an operation there is none.
 TEST_F(VhashTest, SurvivesFailingAtEveryStep)
@@ -565,11 +567,11 @@ TEST_F(VhashTest, SurvivesFailingAtEveryStep)
                     KT_vhash__addnew__vhash(ctx, tree, "first", &first);
                     KT_vhash__add__null(ctx, first, is_shared ? "k0" : "other");
                     for (int n = 0; n <= others; n++) {
-                        KT_vhash__addnew__vhash(ctx, tree, n < others ? "second" : "map", &map);
+                        KT_vhash__addnew__vhash(ctx, tree, n < others ? std::to_string(n).c_str() : "map", &map);
                         for (int i = 0; i < size; i++)
                             KT_vhash__add__string__sz(ctx, map, ("k" + std::to_string(i)).c_str(), "some text");
                         if (n < others)
-                            KT_vhash__add__null(ctx, map, "beyond");
+                            KT_vhash__add__null(ctx, map, ("beyond" + std::to_string(n)).c_str());
                     }
                     ASSERT_OK(ctx);
                     ASSERT_EQ(map->layout->is_private, !is_shared);
