@@ -29,6 +29,7 @@ static void my_new_schema(KT_context *ctx, host_owned_schema &schema)
 // Characters beyond ASCII that would make a statement show otherwise than it reads, first and last of each range:
 // controls, line separators and what changes the direction of writing.
 static constexpr std::pair<std::string_view, std::string_view> unwritable[] = {
+    // NOLINTNEXTLINE(misc-misleading-bidirectional): named in order to be refused.
     {"\u0080", "\u009F"}, {"\u061C", "\u061C"}, {"\u200E", "\u200F"}, {"\u2028", "\u202E"}, {"\u2066", "\u2069"},
 };
 
