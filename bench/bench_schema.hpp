@@ -1,7 +1,7 @@
 // Schemas as large as one likes, with the types, keys and names that business databases have.
 #pragma once
 
-#include "kt_scope.hpp"
+#include "kt_owned.hpp"
 #include "tov_parse_defin.h"
 
 #include <string>

@@ -2,8 +2,8 @@
 
 #include "bench_report.hpp"
 #include "bench_schema.hpp"
-#include "defval_tokenizer.h"
-#include "defval_trial.h"
+#include "defval/defval_tokenizer.hpp"
+#include "defval/defval_trial.hpp"
 #include "kt_sqlite_functions.h"
 
 #include <sqlite3.h>

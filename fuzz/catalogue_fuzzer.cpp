@@ -1,6 +1,6 @@
 // Any bytes, read as a catalogue export: it is imported or refused in order, and of a schema that comes out of it the
 // client creates the tables and triggers, and nothing else, or refuses it in order.
-#include "watched_creation.h"
+#include "watched_creation.hpp"
 
 #include "tov_host.h"
 

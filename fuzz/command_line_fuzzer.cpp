@@ -1,7 +1,7 @@
 // Any command line, an argument on each line of the input: the command ends with one of its exit codes. It runs in a
 // directory of its own that holds a catalogue, its schema and nothing else; no argument can lead out of it, because
 // slashes are dropped.
-#include "cli_run.h"
+#include "cli_run.hpp"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 // Any JSON text, read as a schema document from outside: the client refuses it in order, or creates its tables and
 // triggers and nothing else. SQLite may refuse a document too, such as one with two identity columns in a table.
-#include "watched_creation.h"
+#include "watched_creation.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {

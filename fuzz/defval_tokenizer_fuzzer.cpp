@@ -1,8 +1,8 @@
 // Any text, split into tokens: they cover it without a gap, mean what they look like, and are the same when they
 // stand alone. Every word is a keyword exactly when the plain list has it.
-#include "defval_keywords.h"
-#include "defval_peel.h"
-#include "defval_tokenizer.h"
+#include "defval/defval_keywords.hpp"
+#include "defval/defval_peel.hpp"
+#include "defval/defval_tokenizer.hpp"
 
 #include <cstdlib>
 #include <cstring>

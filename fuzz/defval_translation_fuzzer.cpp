@@ -1,7 +1,7 @@
 // Any host default for any type: a result is SQL that SQLite compiles, a failure leaves the result as it was, and
 // saying whether a default is carried over is the same as carrying it over. The first byte picks the type, the second
 // is the scale, the rest is the host's text.
-#include "defval_translation.h"
+#include "defval/defval_translation.hpp"
 #include "kt_sqlite_functions.h"
 #include "tov_parse_defin.h"
 

@@ -1,6 +1,6 @@
 // Any JSON text, read as a schema: what the reader accepts is written and read back the same, and every operation
 // that reads a schema answers or fails in order. A text {"schema":...,"host_internals":...} gives both trees.
-#include "read_everything.h"
+#include "read_everything.hpp"
 
 #include <cstdlib>
 

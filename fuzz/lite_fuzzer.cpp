@@ -1,5 +1,5 @@
 // Any JSON text, read as a lite schema: every reader answers or fails in order.
-#include "kt_scope.hpp"
+#include "kt_owned.hpp"
 #include "tov_parse_defin.h"
 
 #include <cstdlib>

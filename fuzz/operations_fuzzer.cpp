@@ -1,8 +1,8 @@
 // Any sequence of operations that change a schema, done to a schema and to the plain model of one: after each of them
 // both failed with the same code or neither did, and both hold the same trees. Each byte picks an operation or one of
 // its arguments, which come from a handful of ids and texts so that operations meet.
-#include "read_everything.h"
-#include "schema_model.h"
+#include "read_everything.hpp"
+#include "schema_model.hpp"
 
 #include <cstdio>
 #include <cstdlib>

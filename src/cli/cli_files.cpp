@@ -1,6 +1,6 @@
-#include "cli_files.h"
+#include "cli_files.hpp"
 
-#include "cli.h"
+#include "cli.hpp"
 
 #include <cerrno>
 #include <cstdarg>

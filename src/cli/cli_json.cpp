@@ -1,4 +1,4 @@
-#include "cli_json.h"
+#include "cli_json.hpp"
 
 std::string cli_take(KT_context *ctx, KT_string *string)
 {

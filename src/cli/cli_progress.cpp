@@ -1,6 +1,6 @@
-#include "cli_progress.h"
+#include "cli_progress.hpp"
 
-#include "cli_files.h"
+#include "cli_files.hpp"
 
 #include <condition_variable>
 #include <mutex>

@@ -1,7 +1,7 @@
-#include "cli_references.h"
+#include "cli_references.hpp"
 
-#include "cli_json.h"
-#include "cli_schema.h"
+#include "cli_json.hpp"
+#include "cli_schema.hpp"
 
 namespace {
 

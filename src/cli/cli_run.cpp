@@ -1,10 +1,10 @@
 // The command line as a whole: which subcommand runs, and how failures come out.
 
-#include "cli_run.h"
+#include "cli_run.hpp"
 
-#include "cli.h"
-#include "cli_files.h"
-#include "commands.h"
+#include "cli.hpp"
+#include "cli_files.hpp"
+#include "commands.hpp"
 #include "tov_version.h"
 
 namespace {

@@ -1,8 +1,8 @@
-#include "cli_schema.h"
+#include "cli_schema.hpp"
 
-#include "cli_files.h"
-#include "cli_json.h"
-#include "cli_shape.h"
+#include "cli_files.hpp"
+#include "cli_json.hpp"
+#include "cli_shape.hpp"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "cli_shape.h"
+#include "cli_shape.hpp"
 
 #include <span>
 #include <string_view>

@@ -1,10 +1,10 @@
 // tov-schema create and sql: a schema becomes a database, or the script that makes it.
 
-#include "cli_files.h"
-#include "cli_json.h"
-#include "cli_progress.h"
-#include "cli_schema.h"
-#include "commands.h"
+#include "cli_files.hpp"
+#include "cli_json.hpp"
+#include "cli_progress.hpp"
+#include "cli_schema.hpp"
+#include "commands.hpp"
 #include "tov_client.h"
 
 #include <memory>

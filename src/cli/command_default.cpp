@@ -1,8 +1,8 @@
 // tov-schema default: what a SQL Server default becomes in SQLite, and why.
 
-#include "cli_files.h"
-#include "cli_json.h"
-#include "commands.h"
+#include "cli_files.hpp"
+#include "cli_json.hpp"
+#include "commands.hpp"
 #include "tov_host.h"
 
 #include <charconv>

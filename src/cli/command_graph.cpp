@@ -1,9 +1,9 @@
 // tov-schema graph: tables and references as a picture, for Graphviz or Mermaid.
 
-#include "cli_files.h"
-#include "cli_references.h"
-#include "cli_schema.h"
-#include "commands.h"
+#include "cli_files.hpp"
+#include "cli_references.hpp"
+#include "cli_schema.hpp"
+#include "commands.hpp"
 
 #include <map>
 #include <memory>

@@ -1,9 +1,9 @@
 // tov-schema import: a catalogue export becomes a schema.
 
-#include "cli_files.h"
-#include "cli_json.h"
-#include "cli_progress.h"
-#include "commands.h"
+#include "cli_files.hpp"
+#include "cli_json.hpp"
+#include "cli_progress.hpp"
+#include "commands.hpp"
 #include "tov_host.h"
 
 #include <memory>

@@ -1,10 +1,10 @@
 // tov-schema lite: the short summary of a schema, written or listed.
 
-#include "cli_files.h"
-#include "cli_json.h"
-#include "cli_references.h"
-#include "cli_schema.h"
-#include "commands.h"
+#include "cli_files.hpp"
+#include "cli_json.hpp"
+#include "cli_references.hpp"
+#include "cli_schema.hpp"
+#include "commands.hpp"
 
 #include <memory>
 

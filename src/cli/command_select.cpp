@@ -1,11 +1,11 @@
 // tov-schema select: the SQL Server text that reads a table, with the conversions that its columns need.
 
-#include "cli_files.h"
-#include "cli_json.h"
-#include "cli_references.h"
-#include "cli_schema.h"
-#include "client_names.h"
-#include "commands.h"
+#include "cli_files.hpp"
+#include "cli_json.hpp"
+#include "cli_references.hpp"
+#include "cli_schema.hpp"
+#include "commands.hpp"
+#include "kt_chars.h"
 
 #include <memory>
 
@@ -43,13 +43,13 @@ bool has_host_types(KT_context *ctx, tov_schema *schema, const std::string &tbl_
 // Names stand in the text as they are: one that ends its quotes would make a statement of the schema's own choosing.
 void refuse_unsafe_name(KT_context *ctx, const char *name)
 {
-    const char *flaw = name ? client_find_name_flaw(name) : nullptr; // without a name the text cannot be written
+    const char *flaw = name ? tov_find_name_flaw(name) : nullptr; // without a name the text cannot be written
     if (!flaw)
         return;
     KT_string *shown = nullptr;
     KT_string__alloc__sz(ctx, &shown, "column ");
     cli_check(ctx, flaw);
-    client_append_shown(ctx, shown, name);
+    KT_string__append__shown(ctx, shown, name);
     throw cli_failure(flaw, cli_take(ctx, shown));
 }
 

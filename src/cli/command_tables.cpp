@@ -1,9 +1,9 @@
 // tov-schema tables: what is in a schema, in creation order.
 
-#include "cli_files.h"
-#include "cli_json.h"
-#include "cli_schema.h"
-#include "commands.h"
+#include "cli_files.hpp"
+#include "cli_json.hpp"
+#include "cli_schema.hpp"
+#include "commands.hpp"
 #include "tov_client.h"
 
 #include <algorithm>

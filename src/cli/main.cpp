@@ -1,6 +1,6 @@
 // tov-schema: from a SQL Server catalogue export to a working SQLite database.
 
-#include "cli_run.h"
+#include "cli_run.hpp"
 
 int main(int argc, char **argv)
 {

@@ -1,7 +1,7 @@
 // Files that cannot be read or written, and what is left behind.
 
-#include "run_command.h"
-#include "sample.h"
+#include "run_command.hpp"
+#include "sample.hpp"
 
 #include <filesystem>
 #include <sys/stat.h>

@@ -1,6 +1,6 @@
 // The command line as a whole.
 
-#include "run_command.h"
+#include "run_command.hpp"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Reading a schema in either form, and naming tables.
 
-#include "run_command.h"
-#include "sample.h"
+#include "run_command.hpp"
+#include "sample.hpp"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Schema files of the wrong shape: the place that is wrong is named.
 
-#include "run_command.h"
-#include "sample.h"
+#include "run_command.hpp"
+#include "sample.hpp"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // tov-schema default.
 
-#include "cli_run.h"
-#include "counting_sqlite.h"
-#include "run_command.h"
+#include "cli_run.hpp"
+#include "counting_sqlite.hpp"
+#include "run_command.hpp"
 
 #include <sqlite3.h>
 

@@ -1,7 +1,7 @@
 // tov-schema tables.
 
-#include "run_command.h"
-#include "sample.h"
+#include "run_command.hpp"
+#include "sample.hpp"
 
 namespace {
 

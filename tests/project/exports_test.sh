@@ -18,6 +18,9 @@ trap 'rm -rf "$work"' EXIT
 # is the first word before a parenthesis or a bracket.
 includes=()
 for header in "$@"; do
+    if [[ $header == *.hpp ]]; then # inline only
+        continue
+    fi
     includes+=(-I "$(dirname "$header")")
     printf '#include "%s"\n' "$(basename "$header")"
 done >"$work/all.c"

@@ -34,11 +34,14 @@ for pair in gcc:g++ clang:clang++; do
     for header in "$@"; do
         name=$(basename "$header")
         printf '#include "%s"\n#include "%s"\nextern int more;\n' "$name" "$name" | tee "$work/alone.c" >"$work/alone.cpp"
+        source=alone.cpp
+        compile "$cxx" -std=c++20 "${cxx_warnings[@]}"
+        if [[ $name == *.hpp ]]; then # C++20 only
+            continue
+        fi
+        compile "$cxx" -std=c++17 "${cxx_warnings[@]}"
         source=alone.c
         compile "$cc" -std=c99 "${c_warnings[@]}"
-        source=alone.cpp
-        compile "$cxx" -std=c++17 "${cxx_warnings[@]}"
-        compile "$cxx" -std=c++20 "${cxx_warnings[@]}"
     done
 done
 if ((compilers == 0)); then

@@ -7,7 +7,7 @@
 // A round is the same jobs in another order. Several schemas are alive at a time and leave in another order than they
 // came, so blocks of all sizes and ages lie beside each other.
 #include "kt_memory.h"
-#include "soak_life.h"
+#include "soak_life.hpp"
 
 #include <algorithm>
 #include <chrono>

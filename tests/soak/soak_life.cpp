@@ -1,7 +1,7 @@
-#include "soak_life.h"
+#include "soak_life.hpp"
 
-#include "pair_of_tbls.h"
-#include "read_everything.h"
+#include "pair_of_tbls.hpp"
+#include "read_everything.hpp"
 
 #include <cstdio>
 #include <cstdlib>

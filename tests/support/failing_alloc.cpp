@@ -1,6 +1,6 @@
 // The hook behind kt_failing_alloc. Blocks come from the C library as ever, so that objects made before the sweep may
 // grow or be freed in it, and objects that survive it may be freed after it; which blocks are new is kept beside.
-#include "failing_alloc.h"
+#include "failing_alloc.hpp"
 
 #include <cstdlib>
 #include <mutex>

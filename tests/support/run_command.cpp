@@ -1,4 +1,4 @@
-#include "run_command.h"
+#include "run_command.hpp"
 
 #include <algorithm>
 #include <csignal>

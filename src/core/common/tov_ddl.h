@@ -22,6 +22,12 @@
 
 KT_BEGIN_DECLS
 
+/**
+ * What is wrong with a name that must not stand in SQL text, e.g. "a name with a double quote"; null for a safe one.
+ * Statements hold names unescaped: whoever takes a schema from outside asks this of every name before using them.
+ */
+TOV_API const char *tov_find_name_flaw(const char *name) KT_NOEXCEPT;
+
 /* Columns and constraints of CREATE TABLE. The texts live in the schema's string pool: borrowed until it is freed. */
 
 /**

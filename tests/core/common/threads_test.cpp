@@ -1,10 +1,10 @@
 // Distinct schemas on distinct threads: each thread builds, changes, reads, compares and frees schemas of its own, and
 // must find every time what one thread alone finds. What the threads share is the program, its tables of constants
 // and the SQLite function table; ThreadSanitizer, in its build, watches them.
-#include "document_operations.h"
-#include "pair_of_tbls.h"
-#include "read_everything.h"
-#include "schema_test.h"
+#include "document/document_operations.hpp"
+#include "pair_of_tbls.hpp"
+#include "read_everything.hpp"
+#include "schema_test.hpp"
 
 #include <thread>
 #include <vector>

@@ -1,0 +1,71 @@
+// What the subcommands of tov-schema share: how a run fails, and objects of the runtime that free themselves.
+//
+// The command is an ordinary program: it uses exceptions and the standard library, and turns a context that holds an
+// error into a cli_failure at once (cli_check).
+#pragma once
+
+#include "kt_owned.hpp"
+#include "tov_parse_defin.h"
+
+#include <stdexcept>
+#include <string>
+
+// Exit codes.
+inline constexpr int cli_done = 0;
+inline constexpr int cli_refused = 1; // the input cannot be used, or (diff) differs
+inline constexpr int cli_usage = 2;   // the command line is wrong, or (diff) trouble
+
+// Ends the run with "tov-schema: what: where" on standard error.
+struct cli_failure : std::runtime_error {
+    cli_failure(const std::string &what, const std::string &where, int code = cli_refused)
+        : std::runtime_error(where.empty() ? what : what + ": " + where), exit_code(code)
+    {
+    }
+    int exit_code;
+};
+
+struct cli_context {
+    cli_context()
+    {
+        KT_context__alloc(&ctx);
+        if (!ctx)
+            throw std::bad_alloc();
+    }
+    ~cli_context()
+    {
+        KT_context__free(ctx);
+    }
+    cli_context(const cli_context &) = delete;
+    cli_context &operator=(const cli_context &) = delete;
+
+    KT_context *ctx = nullptr;
+};
+
+// Throws when the call before has failed. where is the file or thing that it was about.
+inline void cli_check(KT_context *ctx, const std::string &where)
+{
+    if (!KT_context__has_err(ctx))
+        return;
+    const std::string what = KT_context__err_description(ctx);
+    KT_context__err_reset(ctx);
+    throw cli_failure(what, where);
+}
+
+struct cli_schema {
+    explicit cli_schema(KT_context *context) : ctx(context)
+    {
+    }
+    ~cli_schema()
+    {
+        tov_schema__nullfree(ctx, &schema);
+    }
+    cli_schema(const cli_schema &) = delete;
+    cli_schema &operator=(const cli_schema &) = delete;
+    operator tov_schema *() const
+    {
+        return schema;
+    }
+
+    KT_context *ctx;
+    tov_schema *schema = nullptr;
+};

@@ -1,0 +1,48 @@
+// Results for machines: a map of the runtime, built up and printed as JSON.
+#pragma once
+
+#include "cli.hpp"
+
+#include <vector>
+
+// A map that frees itself.
+struct cli_map {
+    explicit cli_map(KT_context *context) : ctx(context)
+    {
+        KT_vhash__alloc(ctx, &map);
+        cli_check(ctx, "");
+    }
+    cli_map(KT_context *context, const std::string &json, const std::string &where) : ctx(context)
+    {
+        KT_vhash__alloc__from_json__sz(ctx, &map, json.c_str());
+        cli_check(ctx, where);
+    }
+    ~cli_map()
+    {
+        KT_vhash__free(ctx, map);
+    }
+    cli_map(const cli_map &) = delete;
+    cli_map &operator=(const cli_map &) = delete;
+    operator KT_vhash *() const
+    {
+        return map;
+    }
+
+    KT_context *ctx;
+    KT_vhash *map = nullptr;
+};
+
+// JSON text of a map, and the text of a string of the runtime.
+std::string cli_json_text(KT_context *ctx, const KT_vhash *map);
+
+// Takes over a string of the runtime.
+std::string cli_take(KT_context *ctx, KT_string *string);
+// Takes over a list of texts; null is an empty one.
+std::vector<std::string> cli_take_texts(KT_context *ctx, KT_varray *list);
+
+// Members of a map; texts that are absent are left out.
+void cli_add_text(KT_context *ctx, KT_vhash *map, const char *key, const char *text);
+void cli_add_number(KT_context *ctx, KT_vhash *map, const char *key, int64_t number);
+void cli_add_texts(KT_context *ctx, KT_vhash *map, const char *key, const std::vector<std::string> &texts);
+KT_varray *cli_add_list(KT_context *ctx, KT_vhash *map, const char *key);
+KT_vhash *cli_append_map(KT_context *ctx, KT_varray *list);

@@ -1,0 +1,14 @@
+// Reading a schema from a file, and finding tables in it as a person names them.
+#pragma once
+
+#include "cli.hpp"
+
+// Reads either form of a schema: the document alone, or {"schema":...,"host_internals":...}. A file of another shape
+// is refused with the place that is wrong.
+void cli_load_schema(KT_context *ctx, const std::string &path, cli_schema *schema);
+
+// The id of a table that is given by its id or, failing that, its name (case aside when that leaves one table).
+std::string cli_find_table(KT_context *ctx, tov_schema *schema, const std::string &table);
+
+// A table's name, or its id where it has none.
+std::string cli_table_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id);

@@ -1,8 +1,0 @@
-// Delete actions that the tables' own definitions leave to triggers.
-#pragma once
-
-#include "client_plan.h"
-
-// Adds to each table of the plan the statements that deleting one of its rows calls for. document is the schema's.
-void client_add_delete_actions(KT_context *ctx, tov_schema *schema, const KT_vhash *document,
-                               client_plan &plan) noexcept;

@@ -1,0 +1,159 @@
+// Running the statements. Each is compiled under a guard that knows what it is meant to do.
+#include "create/client_database.hpp"
+
+#include "create/client_place.hpp"
+#include "create/client_schema_rows.hpp"
+#include "kt_sqlite_dates.h"
+
+#include <sqlite3.h>
+
+#define KT_HERE "src/client/create/client_database"
+
+// How long to wait for another program's lock, in milliseconds.
+static constexpr int patience = 5000;
+
+client_database::~client_database()
+{
+    if (insert_row)
+        functions->finalize(insert_row);
+    if (connection)
+        functions->close(connection);
+}
+
+void client_database__run(KT_context *ctx, client_database &database, const char *sql) noexcept
+{
+    database.guard = {client_duty::own_statement};
+    sqlite3_stmt *statement = nullptr;
+    int code = database.functions->prepare(database.connection, sql, &statement);
+    if (code == SQLITE_OK)
+        code = database.functions->step(statement);
+    database.guard = {};
+    database.functions->finalize(statement);
+    if (code != SQLITE_DONE && code != SQLITE_ROW)
+        CLIENT_FAIL_IN(database, code);
+}
+
+void client_database__begin(KT_context *ctx, client_database &database, const char *file_name) noexcept
+{
+    const KT_sqlite_functions *functions = tov__get_sqlite_functions();
+    database.functions = functions;
+    int code = functions->open(file_name, &database.connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    if (code != SQLITE_OK)
+        KT_FAIL(KT_ERR_SQLITE(code), "%s", functions->errstr(code));
+    KT_TRY(KT_sqlite__normalise_dates(ctx, functions, database.connection));
+    functions->busy_timeout(database.connection, patience);
+    code = client_guard__watch(functions, database.connection, &database.guard);
+    if (code != SQLITE_OK)
+        CLIENT_FAIL_IN(database, code);
+    for (const char *setting : client_settings)
+        KT_TRY(client_database__run(ctx, database, setting));
+    KT_TRY(client_database__run(ctx, database, client_begin));
+}
+
+static void my_refuse_taken(KT_context *ctx, void *taken_names, const client_statement &statement) noexcept
+{
+    kt_owned_text folded{ctx};
+    KT_TRY(KT_strdup__folded(ctx, statement.name, folded.out()));
+    KT_bool taken = 0;
+    KT_TRY(KT_vhash__has(ctx, static_cast<const KT_vhash *>(taken_names), folded, &taken));
+    if (!taken)
+        return;
+    kt_owned_string shown{ctx};
+    KT_TRY(KT_string__alloc(ctx, shown.out()));
+    KT_TRY(KT_string__append__shown(ctx, shown, statement.name));
+    const char *kind = statement.kind == client_kind::tbl ? "table" : "trigger";
+    KT_FAIL(KT_ERR_SQLITE(SQLITE_ERROR), "%s %s is there already, or something else of that name", kind,
+            KT_string__sz(shown));
+}
+
+// Adds the names in the schema table, in lower case, and keeps its last row in mind.
+static void my_collect_names(KT_context *ctx, client_database &database, sqlite3_stmt *statement,
+                             KT_vhash *names) noexcept
+{
+    const KT_sqlite_functions *functions = database.functions;
+    int code = functions->step(statement);
+    for (; code == SQLITE_ROW; code = functions->step(statement)) {
+        const char *name = functions->column_text(statement, 0);
+        kt_owned_text folded{ctx};
+        KT_TRY(KT_strdup__folded(ctx, name ? name : "", folded.out()));
+        KT_TRY(KT_vhash__update__null(ctx, names, folded));
+        database.last_old_row = functions->column_int64(statement, 1);
+    }
+    if (code != SQLITE_DONE)
+        CLIENT_FAIL_IN(database, code);
+}
+
+static void my_list_names(KT_context *ctx, client_database &database, KT_vhash *names) noexcept
+{
+    static constexpr const char *sql = "SELECT name, rowid FROM sqlite_master ORDER BY rowid";
+    sqlite3_stmt *statement = nullptr;
+    database.guard = {client_duty::own_statement};
+    const int code = database.functions->prepare(database.connection, sql, &statement);
+    if (code != SQLITE_OK)
+        CLIENT_FAIL_IN(database, code);
+    my_collect_names(ctx, database, statement, names);
+    database.guard = {};
+    database.functions->finalize(statement);
+    if (kt_failed_at(ctx, KT_HERE, __LINE__))
+        return;
+}
+
+void client_database__check_names(KT_context *ctx, client_database &database, const client_plan &plan) noexcept
+{
+    kt_owned_vhash taken{ctx};
+    KT_TRY(KT_vhash__alloc(ctx, taken.out()));
+    KT_TRY(my_list_names(ctx, database, taken));
+    uint32_t count = 0;
+    KT_TRY(KT_vhash__count(ctx, taken, &count));
+    if (count > 0)
+        KT_TRY(client_each_name(ctx, plan, my_refuse_taken, taken));
+}
+
+// Compiles a statement that holds texts of the schema, and runs it unless compiling it was the purpose.
+static int my_compile(client_database &database, const client_guard &guard, const char *sql, bool run) noexcept
+{
+    const KT_sqlite_functions *functions = database.functions;
+    sqlite3_stmt *statement = nullptr;
+    database.guard = guard;
+    int code = functions->prepare(database.connection, sql, &statement);
+    if (code == SQLITE_OK && run)
+        code = functions->step(statement);
+    database.guard = {};
+    functions->finalize(statement);
+    return code == SQLITE_DONE ? SQLITE_OK : code;
+}
+
+static void my_create_tbl(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
+{
+    const int code = my_compile(database, {client_duty::tbl, statement.tbl}, statement.sql, true);
+    if (code != SQLITE_OK)
+        CLIENT_FAIL(KT_ERR_SQLITE(code), client_place{statement.tbl}, "%s",
+                    database.functions->message(database.connection));
+    KT_TRY(client_schema_rows__note_tbl(ctx, database));
+}
+
+static void my_create_trigger(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
+{
+    KT_TRY(client_schema_rows__end_tbls(ctx, database));
+    const bool insert = database.insert_row != nullptr;
+    const client_guard guard{client_duty::trigger, statement.tbl, statement.name};
+    int code = my_compile(database, guard, statement.sql, !insert);
+    if (code == SQLITE_OK && insert)
+        code = client_schema_rows__insert_trigger(database, statement);
+    const client_place place{statement.tbl, "trigger", statement.name};
+    if (code != SQLITE_OK)
+        CLIENT_FAIL(KT_ERR_SQLITE(code), place, "%s", database.functions->message(database.connection));
+}
+
+void client_database__create(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
+{
+    if (statement.kind == client_kind::tbl)
+        KT_TRY(my_create_tbl(ctx, database, statement));
+    else
+        KT_TRY(my_create_trigger(ctx, database, statement));
+}
+
+void client_database__commit(KT_context *ctx, client_database &database) noexcept
+{
+    KT_TRY(client_database__run(ctx, database, client_commit));
+}

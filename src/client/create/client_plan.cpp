@@ -1,0 +1,54 @@
+// Checks come first: nothing is planned for a schema whose texts are not safe.
+#include "create/client_plan.hpp"
+
+#include "check/client_texts.hpp"
+#include "create/client_actions.hpp"
+
+#define KT_HERE "src/client/create/client_plan"
+
+static void my_add_tbls(KT_context *ctx, tov_schema *schema, client_plan &plan) noexcept
+{
+    kt_owned_varray remarks{ctx};
+    KT_TRY(tov_client__creation_order(ctx, schema, plan.tbl_ids.out(), remarks.out()));
+    uint32_t count = 0;
+    KT_TRY(KT_varray__count(ctx, plan.tbl_ids, &count));
+    KT_TRY(kt_contain(ctx, [&] { plan.tbls.resize(count); }));
+    for (uint32_t n = 0; n < count; n++) {
+        client_tbl &tbl = plan.tbls[n];
+        KT_TRY(KT_varray__get__sz(ctx, plan.tbl_ids, n, &tbl.id));
+        KT_TRY(tov_schema__get_tbl_name(ctx, schema, tbl.id, &tbl.name));
+    }
+}
+
+static bool my_is_prefix_of_tbl(const client_plan &plan) noexcept
+{
+    const auto length = static_cast<uint32_t>(plan.trigger_prefix.size());
+    for (const client_tbl &tbl : plan.tbls) {
+        if (KT_strnicmp(tbl.name, plan.trigger_prefix.c_str(), length) == 0)
+            return true;
+    }
+    return false;
+}
+
+// Tables and triggers share their names' space in SQLite, so the triggers get a beginning that no table has: tov_, or
+// tov2_, tov3_ ... As what follows it tells the kind of trigger and the table, no two triggers are named alike either.
+static void my_choose_trigger_prefix(KT_context *ctx, client_plan &plan) noexcept
+{
+    kt_contain(ctx, [&] {
+        plan.trigger_prefix = "tov_";
+        for (int n = 2; my_is_prefix_of_tbl(plan); n++)
+            plan.trigger_prefix = "tov" + std::to_string(n) + "_";
+    });
+}
+
+void client_make_plan(KT_context *ctx, tov_schema *schema, client_plan &plan) noexcept
+{
+    kt_owned_vhash copy{ctx};
+    KT_TRY(client_copy_document(ctx, schema, copy.out()));
+    KT_TRY(client_check_texts(ctx, schema, copy));
+    KT_vhash *document = nullptr;
+    KT_TRY(KT_vhash__get__vhash(ctx, copy, "schema", &document));
+    KT_TRY(my_add_tbls(ctx, schema, plan));
+    KT_TRY(my_choose_trigger_prefix(ctx, plan));
+    KT_TRY(client_add_delete_actions(ctx, schema, document, plan));
+}

@@ -1,0 +1,28 @@
+// What will be created: the tables in their order, and what deleting a row of each must do to others.
+#pragma once
+
+#include "kt_owned.hpp"
+#include "tov_client.h"
+
+#include <string>
+#include <vector>
+
+// A table of the plan.
+struct client_tbl {
+    const char *id;       // borrowed from the plan
+    const char *name;     // borrowed from the schema
+    std::string cascades; // statements that delete the rows that refer to a deleted one
+    std::string resets;   // statements that make such rows refer to nothing, or to their default
+};
+
+struct client_plan {
+    explicit client_plan(KT_context *ctx) noexcept : tbl_ids(ctx)
+    {
+    }
+    kt_owned_varray tbl_ids;
+    std::vector<client_tbl> tbls; // in creation order
+    std::string trigger_prefix;   // what the name of every trigger, and of no table, begins with
+};
+
+// Checks the schema's texts and makes the plan. The schema must outlive it.
+void client_make_plan(KT_context *ctx, tov_schema *schema, client_plan &plan) noexcept;

@@ -1,0 +1,16 @@
+// Rows of SQLite's schema table, handled so that creating very many tables takes time in proportion to their number.
+#pragma once
+
+#include "create/client_database.hpp"
+
+// Asks whether the schema table may be written to; where it may not, the operations below do nothing.
+void client_schema_rows__begin(KT_context *ctx, client_database &database) noexcept;
+
+// To be told of each table that was created.
+void client_schema_rows__note_tbl(KT_context *ctx, client_database &database) noexcept;
+
+// To be called once all tables are created.
+void client_schema_rows__end_tbls(KT_context *ctx, client_database &database) noexcept;
+
+// Inserts the row that running the statement of a trigger would write. The code is SQLite's.
+int client_schema_rows__insert_trigger(client_database &database, const client_statement &statement) noexcept;

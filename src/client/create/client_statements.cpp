@@ -1,0 +1,188 @@
+// The texts are the schema module's; here they become statements. SQLite keeps the text of a statement in the
+// database, so it is laid out for a reader.
+#include "create/client_statements.hpp"
+
+#define KT_HERE "src/client/create/client_statements"
+
+static constexpr client_kind kinds[] = {client_kind::tbl, client_kind::insert_trigger, client_kind::update_trigger,
+                                        client_kind::delete_trigger};
+
+namespace {
+using id_getter = void (*)(KT_context *, tov_schema *, const char *tbl_id, uint32_t n, const char **id) noexcept;
+using defin_getter = void (*)(KT_context *, tov_schema *, const char *tbl_id, const char *id,
+                              const char **defin) noexcept;
+using counter = void (*)(KT_context *, tov_schema *, const char *tbl_id, uint32_t *count) noexcept;
+
+// A kind of constraint of which a table can have several.
+struct constraint_kind {
+    counter count;
+    id_getter get_nth_id;
+    defin_getter get_defin;
+};
+} // namespace
+
+static constexpr constraint_kind constraint_kinds[] = {
+    {tov_schema__count_uniques, tov_schema__get_nth_unique_id, tov_schema__get_unique_defin},
+    {tov_schema__count_foreignkeys, tov_schema__get_nth_foreignkey_id, tov_schema__get_foreignkey_defin},
+    {tov_schema__count_checks, tov_schema__get_nth_check_id, tov_schema__get_check_defin},
+};
+
+static void my_append_cols(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_string *sql) noexcept
+{
+    uint32_t count = 0;
+    KT_TRY(tov_schema__count_cols(ctx, schema, tbl_id, &count));
+    for (uint32_t n = 0; n < count; n++) {
+        const char *col_id = nullptr;
+        const char *defin = nullptr;
+        KT_TRY(tov_schema__get_nth_col_id(ctx, schema, tbl_id, n, &col_id));
+        KT_TRY(tov_schema__get_col_defin(ctx, schema, tbl_id, col_id, nullptr, &defin));
+        KT_TRY(KT_string__append__sz(ctx, sql, n ? ",\n    " : "\n    "));
+        KT_TRY(KT_string__append__sz(ctx, sql, defin));
+    }
+}
+
+static void my_append_constraint(KT_context *ctx, KT_string *sql, const char *defin) noexcept
+{
+    KT_TRY(KT_string__append__sz(ctx, sql, ",\n    "));
+    KT_TRY(KT_string__append__sz(ctx, sql, defin));
+}
+
+// An integer primary key is declared by its column already.
+static void my_append_pk(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_string *sql) noexcept
+{
+    const char *ipk_col_id = nullptr;
+    uint32_t count = 0;
+    KT_TRY(tov_schema__has_integer_primary_key(ctx, schema, tbl_id, &ipk_col_id));
+    KT_TRY(tov_schema__count_pk_cols(ctx, schema, tbl_id, &count));
+    if (ipk_col_id || count == 0)
+        return;
+    const char *defin = nullptr;
+    KT_TRY(tov_schema__get_pk_defin(ctx, schema, tbl_id, &defin));
+    KT_TRY(my_append_constraint(ctx, sql, defin));
+}
+
+static void my_append_constraints(KT_context *ctx, tov_schema *schema, const char *tbl_id, const constraint_kind &kind,
+                                  KT_string *sql) noexcept
+{
+    uint32_t count = 0;
+    KT_TRY(kind.count(ctx, schema, tbl_id, &count));
+    for (uint32_t n = 0; n < count; n++) {
+        const char *id = nullptr;
+        const char *defin = nullptr;
+        KT_TRY(kind.get_nth_id(ctx, schema, tbl_id, n, &id));
+        KT_TRY(kind.get_defin(ctx, schema, tbl_id, id, &defin));
+        KT_TRY(my_append_constraint(ctx, sql, defin));
+    }
+}
+
+static void my_write_tbl(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, KT_string *sql) noexcept
+{
+    KT_TRY(KT_string__append__format(ctx, sql, "CREATE TABLE \"%s\" (", tbl.name));
+    KT_TRY(my_append_cols(ctx, schema, tbl.id, sql));
+    KT_TRY(my_append_pk(ctx, schema, tbl.id, sql));
+    for (const constraint_kind &kind : constraint_kinds)
+        KT_TRY(my_append_constraints(ctx, schema, tbl.id, kind, sql));
+    KT_TRY(KT_string__append__sz(ctx, sql, "\n)"));
+}
+
+// The body of both checking triggers: each column's statement, which raises an error or does nothing.
+static void my_append_validation(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_string *sql) noexcept
+{
+    uint32_t count = 0;
+    KT_TRY(tov_schema__count_cols(ctx, schema, tbl_id, &count));
+    for (uint32_t n = 0; n < count; n++) {
+        const char *col_id = nullptr;
+        kt_owned_string expression{ctx};
+        KT_TRY(tov_schema__get_nth_col_id(ctx, schema, tbl_id, n, &col_id));
+        KT_TRY(tov_schema__get_col_validation_expression(ctx, schema, tbl_id, col_id, expression.out()));
+        KT_TRY(KT_string__append__string(ctx, sql, expression));
+        KT_TRY(KT_string__append__sz(ctx, sql, ";\n"));
+    }
+}
+
+static const char *my_event(client_kind kind) noexcept
+{
+    switch (kind) {
+    case client_kind::insert_trigger:
+        return "BEFORE INSERT";
+    case client_kind::update_trigger:
+        return "BEFORE UPDATE";
+    default:
+        return "AFTER DELETE";
+    }
+}
+
+static void my_write_trigger(KT_context *ctx, tov_schema *schema, client_kind kind, const client_tbl &tbl,
+                             const char *name, KT_string *sql) noexcept
+{
+    const char *event = my_event(kind);
+    KT_TRY(KT_string__append__format(ctx, sql, "CREATE TRIGGER \"%s\" %s ON \"%s\"\nBEGIN\n", name, event, tbl.name));
+    if (kind == client_kind::delete_trigger) {
+        KT_TRY(KT_string__append__sz(ctx, sql, tbl.cascades.c_str()));
+        KT_TRY(KT_string__append__sz(ctx, sql, tbl.resets.c_str()));
+    } else {
+        KT_TRY(my_append_validation(ctx, schema, tbl.id, sql));
+    }
+    KT_TRY(KT_string__append__sz(ctx, sql, "END"));
+}
+
+static bool my_is_needed(client_kind kind, const client_tbl &tbl) noexcept
+{
+    return kind != client_kind::delete_trigger || !tbl.cascades.empty() || !tbl.resets.empty();
+}
+
+static void my_append_name(KT_context *ctx, const client_plan &plan, client_kind kind, const client_tbl &tbl,
+                           KT_string *name) noexcept
+{
+    static constexpr const char *words[] = {"", "insert_", "update_", "delete_"};
+    const bool trigger = kind != client_kind::tbl;
+    const char *prefix = trigger ? plan.trigger_prefix.c_str() : "";
+    KT_TRY(KT_string__append__format(ctx, name, "%s%s%s", prefix, words[static_cast<int>(kind)], tbl.name));
+}
+
+// Without a schema the statements have no text.
+static void my_hand_out(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_kind kind,
+                        const client_tbl &tbl, client_sink sink, void *data) noexcept
+{
+    kt_owned_string name{ctx};
+    kt_owned_string sql{ctx};
+    KT_TRY(KT_string__alloc(ctx, name.out()));
+    KT_TRY(KT_string__alloc(ctx, sql.out()));
+    KT_TRY(my_append_name(ctx, plan, kind, tbl, name));
+    if (schema && kind == client_kind::tbl)
+        KT_TRY(my_write_tbl(ctx, schema, tbl, sql));
+    else if (schema)
+        KT_TRY(my_write_trigger(ctx, schema, kind, tbl, KT_string__sz(name), sql));
+    KT_TRY(sink(ctx, data, {kind, tbl.name, KT_string__sz(name), KT_string__sz(sql)}));
+}
+
+static void my_each(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink, void *data) noexcept
+{
+    for (client_kind kind : kinds) {
+        for (const client_tbl &tbl : plan.tbls) {
+            if (my_is_needed(kind, tbl))
+                KT_TRY(my_hand_out(ctx, schema, plan, kind, tbl, sink, data));
+        }
+    }
+}
+
+uint32_t client_count_statements(const client_plan &plan) noexcept
+{
+    uint32_t count = 0;
+    for (client_kind kind : kinds) {
+        for (const client_tbl &tbl : plan.tbls)
+            count += my_is_needed(kind, tbl);
+    }
+    return count;
+}
+
+void client_each_name(KT_context *ctx, const client_plan &plan, client_sink sink, void *data) noexcept
+{
+    KT_TRY(my_each(ctx, nullptr, plan, sink, data));
+}
+
+void client_each_statement(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink,
+                           void *data) noexcept
+{
+    KT_TRY(my_each(ctx, schema, plan, sink, data));
+}

@@ -1,0 +1,33 @@
+// The statements that create a schema's tables and triggers, one after the other.
+#pragma once
+
+#include "create/client_plan.hpp"
+
+enum class client_kind { tbl, insert_trigger, update_trigger, delete_trigger };
+
+// A statement, without a ";" after it. Texts are borrowed until the sink returns.
+struct client_statement {
+    client_kind kind;
+    const char *tbl;  // the name of the table that is created or that the trigger is on
+    const char *name; // the name of what is created
+    const char *sql;
+};
+
+using client_sink = void (*)(KT_context *ctx, void *data, const client_statement &statement) noexcept;
+
+// The settings of a connection under which the database works as it should; neither is stored in it.
+inline constexpr const char *client_settings[] = {"PRAGMA foreign_keys=ON", "PRAGMA recursive_triggers=ON"};
+
+// Takes the lock for writing at once, so that nobody can change what the statements were found to fit.
+inline constexpr const char *client_begin = "BEGIN IMMEDIATE";
+inline constexpr const char *client_commit = "COMMIT";
+
+// The number of statements.
+uint32_t client_count_statements(const client_plan &plan) noexcept;
+
+// Hands the name of each thing that is created to a sink, without its statement.
+void client_each_name(KT_context *ctx, const client_plan &plan, client_sink sink, void *data) noexcept;
+
+// Hands each statement to a sink: all tables, since a trigger needs those that it is on, then all triggers.
+void client_each_statement(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink,
+                           void *data) noexcept;

@@ -1,0 +1,235 @@
+// Validation statements: a SELECT CASE for the body of a trigger that rejects what the host would reject.
+//
+// SQLite runs the WHEN lines from the top and stops at the first that holds, so each may rely on what those before it
+// let through: null is always accepted here (NOT NULL is declared by the column), then the storage class is settled,
+// then the value is looked at. The layout is part of the contract, line feeds that are not there included.
+
+#include "ddl/ddl_text.hpp"
+
+namespace {
+
+// What all lines of one statement share.
+struct my_statement {
+    KT_string *text;
+    const char *type;          // the abstract type
+    const char *sqlite_typeof; // what typeof() must say
+    const char *col_name;
+    const char *value; // NEW."column"
+    int32_t width;     // longest value, in characters or bytes; unbounded when not above 0
+    int32_t precision; // most digits
+};
+
+using my_pieces = std::initializer_list<const char *>;
+
+// The end of a WHEN line. Lines of some types follow one another without a line feed.
+void my_append_rejection(KT_context *ctx, const my_statement &s, my_pieces message, const char *end) noexcept
+{
+    KT_TRY(ddl_append(ctx, s.text, {") THEN RAISE(ABORT, '[", s.col_name, "] constraint violation: "}));
+    KT_TRY(ddl_append(ctx, s.text, message));
+    KT_TRY(ddl_append(ctx, s.text, {"')", end}));
+}
+
+// One line that rejects a value when the condition holds.
+void my_append_check(KT_context *ctx, const my_statement &s, my_pieces condition, my_pieces message,
+                     const char *end = "\n") noexcept
+{
+    KT_TRY(KT_string__append__sz(ctx, s.text, "WHEN ("));
+    KT_TRY(ddl_append(ctx, s.text, condition));
+    KT_TRY(my_append_rejection(ctx, s, message, end));
+}
+
+bool my_is_any_storage_class_accepted(const char *type) noexcept
+{
+    static constexpr const char *unchecked[] = {"identity", "loose/int", "loose/real", "loose/text", "loose/blob"};
+    for (const char *name : unchecked)
+        if (ddl_is_type(type, name))
+            return true;
+    return false;
+}
+
+void my_append_type_check(KT_context *ctx, const my_statement &s) noexcept
+{
+    if (my_is_any_storage_class_accepted(s.type))
+        return;
+    const my_pieces message = {"type mismatch: ", s.type, "(", s.sqlite_typeof, ")"};
+    if (std::strcmp(s.sqlite_typeof, "real") != 0) {
+        KT_TRY(my_append_check(ctx, s, {"typeof(", s.value, ")!='", s.sqlite_typeof, "'"}, message));
+        return;
+    }
+    // An integer is a real too, unless a real cannot hold its value.
+    KT_TRY(my_append_check(ctx, s,
+                           {" (typeof(", s.value, ")!='real') AND ( (typeof(", s.value, ")!='integer') OR (", s.value,
+                            "!=CAST(", s.value, " AS real)) ) "},
+                           message));
+}
+
+void my_append_range_check(KT_context *ctx, const my_statement &s, const char *low, const char *high) noexcept
+{
+    KT_TRY(my_append_check(ctx, s, {" (", s.value, " < ", low, ") OR (", s.value, " > ", high, ") "},
+                           {"out of range: ", s.type}));
+}
+
+void my_append_width_check(KT_context *ctx, const my_statement &s) noexcept
+{
+    if (s.width <= 0)
+        return;
+    char digits[21];
+    const char *width = KT_int64_to_sz(s.width, digits);
+    KT_TRY(my_append_check(ctx, s, {" length(", s.value, ") > ", width, " "}, {"width exceeded: ", width}));
+}
+
+// The scaled integer may not have more digits than the decimal; its sign is none.
+void my_append_decimal_check(KT_context *ctx, const my_statement &s) noexcept
+{
+    char digits[21];
+    const char *precision = KT_int64_to_sz(s.precision, digits);
+    KT_TRY(my_append_check(ctx, s, {" (length(CAST (abs(", s.value, ") AS TEXT)) > ", precision, ") "},
+                           {"precision exceeded (", precision, ")"}));
+}
+
+void my_append_guid_check(KT_context *ctx, const my_statement &s) noexcept
+{
+    KT_TRY(my_append_check(ctx, s, {" length(", s.value, ") != 16 "}, {"must be 16 bytes (uniqueidentifier)"}));
+}
+
+void my_append_date_check(KT_context *ctx, const my_statement &s) noexcept
+{
+    KT_TRY(my_append_check(ctx, s,
+                           {" (length(", s.value, ")!=10) OR (date(", s.value, ") != ", s.value, ") OR (date(", s.value,
+                            ") < date('0001-01-01') ) "},
+                           {"invalid date (YYYY-MM-DD)"}));
+}
+
+void my_append_time_checks(KT_context *ctx, const my_statement &s) noexcept
+{
+    static constexpr struct {
+        const char *before;
+        const char *after;
+        const char *end;
+    } conditions[] = {
+        {"length(", ")<8", "\n"},
+        {"length(", ")>16", ""},
+        {"substr(", ",3,1)!=':'", ""},
+        {"substr(", ",6,1)!=':'", ""},
+        {"cast(substr(", ",1,2) as integer)>23", ""},
+        {"cast(substr(", ",4,2) as integer)>59", ""},
+        {"cast(substr(", ",7,2) as integer)>59", ""},
+    };
+    for (const auto &c : conditions)
+        KT_TRY(my_append_check(ctx, s, {c.before, s.value, c.after}, {"invalid time"}, c.end));
+    KT_TRY(my_append_check(
+        ctx, s, {"substr(strftime('%H:%M:%f', ", s.value, "),1,length(", s.value, ")) != substr(", s.value, ",1,12)"},
+        {"invalid time"}, ""));
+}
+
+// A datetime is accepted in nine forms, each when SQLite writes the value back as it was (trailing blanks aside). Of
+// the longest two, with four to seven digits of fraction, only the part up to the second is compared.
+void my_append_datetime_forms(KT_context *ctx, const my_statement &s) noexcept
+{
+    static constexpr struct {
+        const char *length;
+        const char *format;
+    } forms[] = {
+        {"10", "%Y-%m-%d"},          {"16", "%Y-%m-%d %H:%M"},    {"16", "%Y-%m-%dT%H:%M"},
+        {"19", "%Y-%m-%d %H:%M:%S"}, {"19", "%Y-%m-%dT%H:%M:%S"}, {"23", "%Y-%m-%d %H:%M:%f"},
+        {"23", "%Y-%m-%dT%H:%M:%f"},
+    };
+    for (const auto &form : forms)
+        KT_TRY(
+            ddl_append(ctx, s.text,
+                       {&form == forms ? "" : "OR ", "((length(rtrim(", s.value, ")) = ", form.length,
+                        ") AND (coalesce(strftime('", form.format, "', ", s.value, "), '') = rtrim(", s.value, ")))"}));
+
+    for (const char *format : {"%Y-%m-%d %H:%M:%S", "%Y-%m-%dT%H:%M:%S"})
+        KT_TRY(ddl_append(ctx, s.text,
+                          {"OR ((length(rtrim(", s.value, ")) > 23) AND (length(rtrim(", s.value,
+                           ")) <= 27) AND (coalesce(strftime('", format, "', ", s.value, "), '') = substr(rtrim(",
+                           s.value, "),1,19)))"}));
+}
+
+void my_append_datetime_check(KT_context *ctx, const my_statement &s) noexcept
+{
+    KT_TRY(KT_string__append__sz(ctx, s.text, "WHEN (CAST( ("));
+    KT_TRY(my_append_datetime_forms(ctx, s));
+    KT_TRY(KT_string__append__sz(ctx, s.text, ") AS integer) = 0"));
+    KT_TRY(my_append_rejection(ctx, s, {"invalid datetime"}, ""));
+}
+
+// What a value must be besides its storage class; a type that is not here has nothing more to say.
+void my_append_value_check(KT_context *ctx, const my_statement &s) noexcept
+{
+    static constexpr struct {
+        const char *type;
+        const char *low;
+        const char *high;
+    } ranges[] = {
+        {"uint8", "0", "255"},
+        {"sint16", "-32768", "32767"},
+        {"sint32", "-2147483648", "2147483647"},
+        {"money4", "-2147483648", "2147483647"},
+        {"uint1", "0", "1"},
+    };
+    static constexpr struct {
+        const char *type;
+        void (*append_check)(KT_context *ctx, const my_statement &s) noexcept;
+    } others[] = {
+        {"text", my_append_width_check},      {"blob", my_append_width_check}, {"guid", my_append_guid_check},
+        {"date", my_append_date_check},       {"time", my_append_time_checks}, {"datetime", my_append_datetime_check},
+        {"decimal", my_append_decimal_check},
+    };
+    for (const auto &range : ranges)
+        if (ddl_is_type(s.type, range.type))
+            KT_TRY(my_append_range_check(ctx, s, range.low, range.high));
+    for (const auto &other : others)
+        if (ddl_is_type(s.type, other.type))
+            KT_TRY(other.append_check(ctx, s));
+}
+
+} // namespace
+
+void tov_schema__get_validation_expression(KT_context *ctx, const char *abstract_type, int32_t width, int32_t precision,
+                                           int32_t /*scale*/, KT_bool /*notnull*/, const char *col_name,
+                                           KT_string **result) noexcept
+{
+    kt_owned_string value{ctx};
+    KT_TRY(KT_string__alloc(ctx, value.out()));
+    KT_TRY(ddl_append(ctx, value, {"NEW.\"", col_name, "\""}));
+    kt_owned_string text{ctx};
+    KT_TRY(KT_string__alloc(ctx, text.out()));
+
+    const my_statement s = {text,     abstract_type,        tov_abstract_type_to_sqlite_typeof(abstract_type),
+                            col_name, KT_string__sz(value), width,
+                            precision};
+    KT_TRY(ddl_append(ctx, text, {"-- ", s.type, "\nSELECT CASE\nWHEN (", s.value, " IS NULL) THEN 1\n"}));
+    KT_TRY(my_append_type_check(ctx, s));
+    KT_TRY(my_append_value_check(ctx, s));
+    KT_TRY(KT_string__append__sz(ctx, text, "ELSE 1\nEND"));
+    text.move_to(result);
+}
+
+void tov_schema__get_col_validation_expression(KT_context *ctx, tov_schema *schema, const char *tbl_id,
+                                               const char *col_id, KT_string **result) noexcept
+{
+    KT_vhash *col = nullptr;
+    KT_vhash *type = nullptr;
+    KT_bool notnull = 0;
+    const char *col_name = nullptr;
+    const char *abstract_type = nullptr;
+    KT_TRY(_tov_schema__get_col(ctx, schema, tbl_id, col_id, &col));
+    KT_TRY(ddl_get_col_name(ctx, col, &col_name));
+    KT_TRY(KT_vhash__get__vhash(ctx, col, "type", &type));
+    KT_TRY(KT_vhash__get__sz(ctx, type, "name", &abstract_type));
+    KT_TRY(_tov_col__get_notnull(ctx, col, &notnull, nullptr));
+
+    int32_t width = -1;
+    int32_t precision = -1;
+    int32_t scale = -1;
+    if (ddl_is_type(abstract_type, "text") || ddl_is_type(abstract_type, "blob")) {
+        KT_TRY(KT_vhash__get__int32(ctx, type, "width", &width));
+    } else if (ddl_is_type(abstract_type, "decimal")) {
+        KT_TRY(KT_vhash__get__int32(ctx, type, "precision", &precision));
+        KT_TRY(KT_vhash__get__int32(ctx, type, "scale", &scale));
+    }
+    KT_TRY(
+        tov_schema__get_validation_expression(ctx, abstract_type, width, precision, scale, notnull, col_name, result));
+}

@@ -1,0 +1,44 @@
+// Statements in a throw-away SQLite database.
+//
+// The connection's message is read into the error before anything else is asked of the connection, since every call
+// may replace it. No statement stays open, whatever fails.
+
+#include "defval/defval_sqlite.hpp"
+#include "document/tov_parse_defin_private.hpp"
+
+void _tov_scratch__open(KT_context *ctx, tov_scratch *scratch) noexcept
+{
+    constexpr int read_write_create = 6;
+    const int rc = scratch->fns->open(":memory:", &scratch->connection, read_write_create);
+    if (rc != TOV_SQLITE_OK)
+        KT_FAIL(KT_ERR_SQLITE(rc), "%s", scratch->fns->errstr(rc));
+}
+
+void sqlite_fun__exec(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *sql) noexcept
+{
+    tov_statement run{fns};
+    int rc = fns->prepare(connection, sql, &run.statement);
+    if (rc == TOV_SQLITE_OK) {
+        do {
+            rc = fns->step(run.statement);
+        } while (rc == TOV_SQLITE_ROW);
+        if (rc == TOV_SQLITE_DONE)
+            rc = run.finalize();
+    }
+    if (rc != TOV_SQLITE_OK)
+        KT_FAIL(KT_ERR_SQLITE(rc), "%s: %s", fns->errstr(rc), fns->message(connection));
+}
+
+void sqlite_fun__execf(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *format,
+                       ...) noexcept
+{
+    kt_owned_string sql{ctx};
+    KT_TRY(KT_string__alloc(ctx, sql.out()));
+    va_list args;
+    va_start(args, format);
+    KT_string__vsprintf(ctx, sql, format, args);
+    va_end(args);
+    if (kt_failed_at(ctx, KT_HERE, __LINE__))
+        return;
+    KT_TRY(sqlite_fun__exec(ctx, fns, connection, KT_string__sz(sql)));
+}

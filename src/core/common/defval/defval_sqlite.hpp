@@ -1,0 +1,62 @@
+// A throw-away in-memory SQLite database and statements in it, reached through the function table only.
+#pragma once
+
+#include "kt_owned.hpp"
+#include "kt_sqlite_functions.h"
+
+// SQLite's result codes and storage classes as far as they matter here.
+inline constexpr int TOV_SQLITE_OK = 0;
+inline constexpr int TOV_SQLITE_ROW = 100;
+inline constexpr int TOV_SQLITE_DONE = 101;
+inline constexpr int TOV_SQLITE_TEXT = 3;
+
+// A connection that is closed at the end of its scope.
+struct tov_scratch {
+    const KT_sqlite_functions *fns = tov__get_sqlite_functions();
+    sqlite3 *connection = nullptr;
+
+    tov_scratch() = default;
+    tov_scratch(const tov_scratch &) = delete;
+    tov_scratch &operator=(const tov_scratch &) = delete;
+    ~tov_scratch()
+    {
+        if (connection)
+            fns->close(connection);
+    }
+};
+
+// A statement that is finalized at the end of its scope, unless that was done before.
+struct tov_statement {
+    const KT_sqlite_functions *fns;
+    sqlite3_stmt *statement = nullptr;
+
+    explicit tov_statement(const KT_sqlite_functions *functions) noexcept : fns(functions)
+    {
+    }
+    tov_statement(const tov_statement &) = delete;
+    tov_statement &operator=(const tov_statement &) = delete;
+    ~tov_statement()
+    {
+        if (statement)
+            fns->finalize(statement);
+    }
+    int finalize() noexcept
+    {
+        return fns->finalize(std::exchange(statement, nullptr));
+    }
+};
+
+// Opens an empty in-memory database. Fails with KT_ERR_SQLITE(rc).
+void _tov_scratch__open(KT_context *ctx, tov_scratch *scratch) noexcept;
+
+extern "C" {
+
+// Runs one statement to its end and drops the rows it gives. Fails with KT_ERR_SQLITE(rc), described by SQLite's text
+// for the code and the connection's message.
+void sqlite_fun__exec(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *sql) noexcept;
+
+// The same for a printf-style text.
+void sqlite_fun__execf(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *format,
+                       ...) noexcept KT_PRINTF(4, 5);
+
+} // extern "C"

@@ -1,0 +1,321 @@
+// The fields of a catalogue export, in the order in which the server writes them.
+#include "json/host_catalogue.hpp"
+
+#include <array>
+#include <string_view>
+
+#define KT_HERE "src/host/json/host_catalogue"
+
+static constexpr int64_t any_low = INT64_MIN;
+static constexpr int64_t any_high = INT64_MAX;
+
+static constexpr host_field<host_identity> identity_fields[] = {
+    {"seed", &host_identity::seed},
+    {"increment", &host_identity::increment},
+    {"last"},
+    {"not_for_replication"},
+};
+
+static constexpr host_field<host_default> default_fields[] = {
+    {"kind", &host_default::kind}, {"id", host_int_field<host_default>{&host_default::id, any_low, any_high}},
+    {"name", &host_default::name}, {"definition", &host_default::definition},
+    {"is_system_named"},
+};
+
+struct host_computed {
+    const char *definition = nullptr;
+};
+
+static constexpr host_field<host_computed> computed_fields[] = {
+    {"definition", &host_computed::definition},
+    {"is_persisted"},
+};
+
+static void my_read_identity(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                             host_column &column)
+{
+    const KT_vhash *map = nullptr;
+    KT_TRY(host_read_map(ctx, place, value, &map));
+    KT_TRY(host_read_record(ctx, reader, place, map, identity_fields, column.identity));
+}
+
+static void my_read_default(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                            host_column &column)
+{
+    const KT_vhash *map = nullptr;
+    KT_TRY(host_read_map(ctx, place, value, &map));
+    KT_TRY(host_read_record(ctx, reader, place, map, default_fields, column.defval));
+    column.defval.present = true;
+}
+
+static void my_read_computed(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                             host_column &column)
+{
+    const KT_vhash *map = nullptr;
+    host_computed computed;
+    KT_TRY(host_read_map(ctx, place, value, &map));
+    KT_TRY(host_read_record(ctx, reader, place, map, computed_fields, computed));
+    column.computed = computed.definition;
+}
+
+static constexpr host_field<host_column> column_fields[] = {
+    {"id", host_int_field<host_column>{&host_column::id, any_low, any_high}, true},
+    {"name", &host_column::name, true},
+    {"system_type_id"},
+    {"system_type", &host_column::system_type},
+    {"user_type_id"},
+    {"user_type", &host_column::user_type},
+    {"user_type_schema"},
+    {"is_user_type"},
+    {"is_assembly_type", &host_column::is_assembly_type},
+    {"max_length", host_int_field<host_column>{&host_column::max_length, -1, INT32_MAX}, true},
+    {"precision", host_int_field<host_column>{&host_column::precision, 0, 255}},
+    {"scale", host_int_field<host_column>{&host_column::scale, 0, 255}},
+    {"collation", &host_column::collation},
+    {"code_page", host_int_field<host_column>{&host_column::code_page, any_low, any_high}},
+    {"comparison_style", host_int_field<host_column>{&host_column::comparison_style, 0, any_high}},
+    {"is_nullable", &host_column::is_nullable, true},
+    {"is_identity", &host_column::is_identity},
+    {"is_rowguidcol"},
+    {"is_computed", &host_column::is_computed},
+    {"is_sparse"},
+    {"is_column_set", &host_column::is_column_set},
+    {"is_filestream", &host_column::is_filestream},
+    {"is_hidden", &host_column::is_hidden},
+    {"generated_always_type", host_int_field<host_column>{&host_column::generated_always_type, 0, 255}},
+    {"encryption_type", host_int_field<host_column>{&host_column::encryption_type, 0, 255}},
+    {"identity", my_read_identity},
+    {"default", my_read_default},
+    {"computed", my_read_computed},
+    {"rule", &host_column::rule},
+    {"description"},
+};
+
+struct host_key_col {
+    const char *name = nullptr;
+};
+
+static constexpr host_field<host_key_col> key_col_fields[] = {
+    {"name", &host_key_col::name, true},
+    {"descending"},
+};
+
+static void my_read_key_cols(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                             host_key &key)
+{
+    std::vector<host_key_col> cols;
+    const auto make = [&cols]() -> host_key_col & { return cols.emplace_back(); };
+    KT_TRY(host_read_records(ctx, reader, place, value, key_col_fields, make));
+    for (const host_key_col &col : cols)
+        key.col_names.push_back(col.name);
+}
+
+static void my_read_unique_kind(KT_context *ctx, host_reader &, const host_place &place, const KT_variant &value,
+                                host_key &key)
+{
+    const char *kind = nullptr;
+    KT_TRY(host_read_text(ctx, place, value, &kind));
+    key.is_index = std::string_view(kind) == "index";
+}
+
+static constexpr host_field<host_key> pk_fields[] = {
+    {"name", &host_key::name, true},     {"is_system_named"}, {"is_clustered"}, {"is_disabled", &host_key::is_disabled},
+    {"columns", my_read_key_cols, true},
+};
+
+static constexpr host_field<host_key> unique_fields[] = {
+    {"name", &host_key::name, true},         {"kind", my_read_unique_kind}, {"index_id"},
+    {"is_disabled", &host_key::is_disabled}, {"filter", &host_key::filter}, {"columns", my_read_key_cols, true},
+};
+
+struct host_fk_col {
+    const char *column = nullptr;
+    const char *ref_column = nullptr;
+};
+
+static constexpr host_field<host_fk_col> fk_col_fields[] = {
+    {"column", &host_fk_col::column, true},
+    {"ref_column", &host_fk_col::ref_column, true},
+};
+
+static void my_read_fk_cols(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                            host_foreignkey &fk)
+{
+    std::vector<host_fk_col> cols;
+    const auto make = [&cols]() -> host_fk_col & { return cols.emplace_back(); };
+    KT_TRY(host_read_records(ctx, reader, place, value, fk_col_fields, make));
+    for (const host_fk_col &col : cols)
+        fk.col_names.emplace_back(col.column, col.ref_column);
+}
+
+// The actions in the export's words and in SQL's.
+static constexpr std::array<std::pair<std::string_view, const char *>, 4> actions{{
+    {"NO_ACTION", "NO ACTION"},
+    {"CASCADE", "CASCADE"},
+    {"SET_NULL", "SET NULL"},
+    {"SET_DEFAULT", "SET DEFAULT"},
+}};
+
+template <const char *host_foreignkey::*Action>
+static void my_read_action(KT_context *ctx, host_reader &, const host_place &place, const KT_variant &value,
+                           host_foreignkey &fk)
+{
+    const char *text = nullptr;
+    KT_TRY(host_read_text(ctx, place, value, &text));
+    for (const auto &[host_words, sql_words] : actions) {
+        if (host_words == text) {
+            fk.*Action = sql_words;
+            return;
+        }
+    }
+    KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "%s is '%s', none of NO_ACTION, CASCADE, SET_NULL, SET_DEFAULT",
+            host_place_text(place).c_str(), text);
+}
+
+static constexpr host_field<host_foreignkey> fk_fields[] = {
+    {"name", &host_foreignkey::name, true},
+    {"id", host_int_field<host_foreignkey>{&host_foreignkey::id, any_low, any_high}, true},
+    {"ref_table_id", host_int_field<host_foreignkey>{&host_foreignkey::ref_tbl_id, any_low, any_high}, true},
+    {"ref_schema", &host_foreignkey::ref_schema, true},
+    {"ref_table", &host_foreignkey::ref_table, true},
+    {"ref_key"},
+    {"on_delete", my_read_action<&host_foreignkey::on_delete>, true},
+    {"on_update", my_read_action<&host_foreignkey::on_update>, true},
+    {"is_disabled", &host_foreignkey::is_disabled},
+    {"is_not_trusted", &host_foreignkey::is_not_trusted},
+    {"not_for_replication"},
+    {"is_system_named"},
+    {"columns", my_read_fk_cols, true},
+};
+
+static constexpr host_field<host_check> check_fields[] = {
+    {"name", &host_check::name, true},
+    {"definition", &host_check::definition},
+    {"column", &host_check::col_name},
+    {"is_disabled", &host_check::is_disabled},
+    {"is_not_trusted", &host_check::is_not_trusted},
+    {"not_for_replication"},
+};
+
+static void my_read_cols(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                         host_table &table)
+{
+    const auto make = [&table]() -> host_column & { return table.cols.emplace_back(); };
+    KT_TRY(host_read_records(ctx, reader, place, value, column_fields, make));
+}
+
+static void my_read_pk(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                       host_table &table)
+{
+    const KT_vhash *map = nullptr;
+    KT_TRY(host_read_map(ctx, place, value, &map));
+    KT_TRY(host_read_record(ctx, reader, place, map, pk_fields, table.pk));
+    table.has_pk = true;
+}
+
+static void my_read_uniques(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                            host_table &table)
+{
+    const auto make = [&table]() -> host_key & { return table.uniques.emplace_back(); };
+    KT_TRY(host_read_records(ctx, reader, place, value, unique_fields, make));
+}
+
+static void my_read_fks(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                        host_table &table)
+{
+    const auto make = [&table]() -> host_foreignkey & { return table.fks.emplace_back(); };
+    KT_TRY(host_read_records(ctx, reader, place, value, fk_fields, make));
+}
+
+static void my_read_checks(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                           host_table &table)
+{
+    const auto make = [&table]() -> host_check & { return table.checks.emplace_back(); };
+    KT_TRY(host_read_records(ctx, reader, place, value, check_fields, make));
+}
+
+static constexpr host_field<host_table> table_fields[] = {
+    {"id", host_int_field<host_table>{&host_table::id, any_low, any_high}, true},
+    {"schema", &host_table::schema_name, true},
+    {"name", &host_table::name, true},
+    {"temporal_type"},
+    {"is_memory_optimized"},
+    {"is_filetable"},
+    {"is_external"},
+    {"description"},
+    {"columns", my_read_cols, true},
+    {"pk", my_read_pk},
+    {"uniques", my_read_uniques},
+    {"fks", my_read_fks},
+    {"checks", my_read_checks},
+};
+
+struct host_database {
+    bool can_view_definitions = true;
+};
+
+static constexpr host_field<host_database> database_fields[] = {
+    {"name"},
+    {"collation"},
+    {"code_page"},
+    {"comparison_style"},
+    {"can_view_definitions", &host_database::can_view_definitions},
+};
+
+// The document around the records.
+struct host_export {
+    const char *format = nullptr;
+    int64_t format_version = 0;
+    bool has_tables = false;
+    host_catalogue *catalogue = nullptr;
+};
+
+static void my_read_database(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                             host_export &document)
+{
+    const KT_vhash *map = nullptr;
+    host_database database;
+    KT_TRY(host_read_map(ctx, place, value, &map));
+    KT_TRY(host_read_record(ctx, reader, place, map, database_fields, database));
+    document.catalogue->can_view_definitions = database.can_view_definitions;
+}
+
+static void my_read_tables(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                           host_export &document)
+{
+    const auto make = [&document]() -> host_table & { return document.catalogue->tables.emplace_back(); };
+    KT_TRY(host_read_records(ctx, reader, place, value, table_fields, make));
+    document.has_tables = true;
+}
+
+static constexpr host_field<host_export> export_fields[] = {
+    {"format", &host_export::format},
+    {"format_version", host_int_field<host_export>{&host_export::format_version, any_low, any_high}},
+    {"exported_at"},
+    {"server"},
+    {"database", my_read_database},
+    {"tables", my_read_tables},
+};
+
+// A document that says what it is must be an export in the one form there is; one that does not must hold tables.
+static void my_check_format(KT_context *ctx, const host_export &document)
+{
+    if (!document.format && !document.has_tables)
+        KT_FAIL(KT_ERR_KEY_NOT_FOUND, "the document is no catalogue export: it has neither a format nor tables");
+    if (!document.format)
+        return;
+    if (std::string_view(document.format) != "sqlserver-catalogue")
+        KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "format is '%s', not 'sqlserver-catalogue'", document.format);
+    if (document.format_version != 1)
+        KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "format_version is %lld; this program reads version 1",
+                static_cast<long long>(document.format_version));
+}
+
+void host_read_catalogue(KT_context *ctx, host_reader &reader, const KT_vhash *document, host_catalogue &catalogue)
+{
+    host_export read;
+    read.catalogue = &catalogue;
+    KT_TRY(host_read_record(ctx, reader, host_place{}, document, export_fields, read));
+    KT_TRY(my_check_format(ctx, read));
+    KT_TRY(host_link_catalogue(ctx, catalogue));
+}

@@ -1,0 +1,11 @@
+// The bytes of a catalogue file become the text of one JSON object.
+#pragma once
+
+#include "kt_owned.hpp"
+
+#include <string>
+
+// Sets split_texts when a line end stood inside a text of the document: blanks at that place may be lost.
+// Line ends between values stay, and those before the document too, so that the lines of an error message are the
+// file's. A bare list of tables becomes the member "tables" of an object.
+void host_decode_file(KT_context *ctx, const char *bytes, size_t size, std::string &json, bool &split_texts);

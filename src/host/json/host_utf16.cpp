@@ -1,0 +1,47 @@
+// Little-endian UTF-16 becomes UTF-8.
+#include "json/host_utf16.hpp"
+
+#define KT_HERE "src/host/json/host_utf16"
+
+static uint32_t my_unit_at(std::string_view utf16, size_t at)
+{
+    return static_cast<uint8_t>(utf16[at]) | static_cast<uint32_t>(static_cast<uint8_t>(utf16[at + 1])) << 8;
+}
+
+static void my_append_code_point(std::string &utf8, uint32_t code)
+{
+    const auto add = [&utf8](uint32_t byte) { utf8 += static_cast<char>(byte); };
+    if (code < 0x80) {
+        add(code);
+    } else if (code < 0x800) {
+        add(0xC0 | code >> 6);
+        add(0x80 | (code & 0x3F));
+    } else if (code < 0x10000) {
+        add(0xE0 | code >> 12);
+        add(0x80 | (code >> 6 & 0x3F));
+        add(0x80 | (code & 0x3F));
+    } else {
+        add(0xF0 | code >> 18);
+        add(0x80 | (code >> 12 & 0x3F));
+        add(0x80 | (code >> 6 & 0x3F));
+        add(0x80 | (code & 0x3F));
+    }
+}
+
+void host_utf16le_to_utf8(KT_context *ctx, std::string_view utf16, std::string &utf8)
+{
+    if (utf16.size() % 2 != 0)
+        KT_FAIL(KT_ERR_BAD_JSON, "the file is UTF-16 and ends within a character: it is truncated");
+    utf8.reserve(utf16.size() / 2);
+    for (size_t at = 0; at < utf16.size(); at += 2) {
+        uint32_t code = my_unit_at(utf16, at);
+        if (code >= 0xD800 && code < 0xE000) {
+            const uint32_t low = code < 0xDC00 && at + 2 < utf16.size() ? my_unit_at(utf16, at + 2) : 0;
+            if (low < 0xDC00 || low >= 0xE000)
+                KT_FAIL(KT_ERR_BAD_JSON, "the file is UTF-16 and holds half a surrogate pair: it is damaged");
+            code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
+            at += 2;
+        }
+        my_append_code_point(utf8, code);
+    }
+}

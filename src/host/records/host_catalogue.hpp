@@ -1,0 +1,188 @@
+// What a source says about a database, as plain records: every reader fills them, linking joins them, and the steps
+// that decide do not know which reader it was.
+//
+// Strings are borrowed, from the catalogue's own store or from a document that outlives the catalogue, and null when
+// absent. Definitions (defaults, checks, filters, computed columns) have the server's spelling. Keys and references
+// point to the columns they name. A reader whose source has no object ids numbers tables, columns, default objects
+// and foreign keys itself.
+#pragma once
+
+#include "kt_owned.hpp"
+#include "records/host_texts.hpp"
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+struct host_default {
+    const char *kind = nullptr; // "constraint" or "bound"
+    int64_t id = 0;
+    const char *name = nullptr;
+    const char *definition = nullptr; // absent from an export made without the right to see it
+    bool is_system_named = false;     // then the name, if there is one, is the server's invention
+    bool present = false;
+};
+
+struct host_identity {
+    const char *seed = nullptr;
+    const char *increment = nullptr;
+};
+
+struct host_column {
+    int64_t id = 0;
+    std::string id_text;
+    const char *name = nullptr;
+    const char *system_type = nullptr; // absent for a CLR type
+    const char *user_type = nullptr;   // as declared, perhaps an alias
+    const char *user_type_schema = nullptr;
+    bool is_assembly_type = false;
+    int64_t max_length = 0; // bytes; -1: no limit
+    int64_t precision = 0;
+    int64_t scale = 0;
+    const char *collation = nullptr;
+    int64_t code_page = 0;
+    int64_t comparison_style = -1; // -1: absent
+    bool is_nullable = false;
+    bool is_identity = false;
+    bool is_computed = false;
+    bool is_rowguidcol = false;
+    bool is_sparse = false;
+    bool is_column_set = false;
+    bool is_filestream = false;
+    bool is_hidden = false;
+    int64_t generated_always_type = 0;
+    int64_t encryption_type = 0;
+    host_identity identity;
+    host_default defval;
+    const char *computed = nullptr;
+    bool is_persisted = false; // of a computed column
+    const char *rule = nullptr;
+    const char *description = nullptr;
+    int64_t graph_type = 0; // as the server numbers it; above 0 for the pseudo columns of a graph table
+
+    // Decided by host_types: what is prepared takes part in the schema's tables.
+    bool prepared = true;
+    // Decided by host_keys: the key that makes the column the table's rowid, null for every other column.
+    const struct host_key *rowid_key = nullptr;
+};
+
+// A primary key, a unique constraint or a unique index.
+struct host_key {
+    const char *name = nullptr; // absent for a constraint that nobody named
+    bool is_system_named = false;
+    bool is_index = false;
+    bool is_disabled = false;
+    bool is_clustered = false;
+    const char *filter = nullptr;
+    std::vector<const char *> col_names;
+    std::vector<bool> descending;             // empty, or one for each column
+    std::vector<const char *> included_names; // of an index
+    std::vector<const host_column *> cols;
+};
+
+// An index that is not unique.
+struct host_index {
+    const char *name = nullptr;
+    bool is_disabled = false;
+    bool is_clustered = false;
+    const char *kind =
+        nullptr; // absent for an ordinary one; else the server's word: "COLUMNSTORE", "XML", "SPATIAL" ...
+    const char *filter = nullptr;
+    std::vector<const char *> col_names;
+    std::vector<bool> descending; // empty, or one for each column
+    std::vector<const char *> included_names;
+    std::vector<const host_column *> cols;
+    std::vector<const host_column *> included_cols;
+};
+
+struct host_foreignkey {
+    int64_t id = 0;
+    std::string id_text;
+    const char *name = nullptr; // absent when nobody named it
+    bool is_system_named = false;
+    int64_t ref_tbl_id = 0; // 0 in a source without ids; ref_schema and ref_table say which table then
+    const char *ref_schema = nullptr;
+    const char *ref_table = nullptr;
+    const char *on_delete = nullptr; // SQL words, e.g. "SET NULL"
+    const char *on_update = nullptr;
+    bool is_disabled = false;
+    bool is_not_trusted = false;
+    bool not_for_replication = false;
+    std::vector<std::pair<const char *, const char *>> col_names; // referencing, referenced
+    std::vector<const host_column *> cols;
+    std::vector<const host_column *> ref_cols; // empty when the referenced table is not in the export
+    const struct host_table *ref_tbl = nullptr;
+};
+
+struct host_check {
+    const char *name = nullptr; // absent when nobody named it
+    bool is_system_named = false;
+    const char *definition = nullptr;
+    const char *col_name = nullptr; // absent for a check that was declared on the table
+    const host_column *col = nullptr;
+    bool is_disabled = false;
+    bool is_not_trusted = false;
+    bool not_for_replication = false;
+};
+
+struct host_table {
+    int64_t id = 0;
+    std::string id_text;
+    const char *schema_name = nullptr;
+    const char *name = nullptr;
+    std::string label;       // schema.table, as messages and findings have it
+    std::string sqlite_name; // the same, without the schema dbo
+    std::vector<host_column> cols;
+    bool has_pk = false;
+    host_key pk;
+    std::vector<host_key> uniques;
+    std::vector<host_index> indexes;
+    std::vector<host_foreignkey> fks;
+    std::vector<host_check> checks;
+    const char *description = nullptr;
+    int64_t temporal_type = 0; // as the server numbers it: 1 a history table, 2 a table with one
+    bool is_memory_optimized = false;
+    bool is_filetable = false;
+    bool is_external = false;
+    bool is_node = false; // of a graph
+    bool is_edge = false;
+    int64_t row_count = -1; // -1: not known
+
+    // Decided by host_keys: the sets of columns that SQLite takes as parent keys.
+    std::vector<std::vector<const host_column *>> parent_keys;
+    // Decided by host_keys: whether one of the columns is the rowid.
+    bool has_rowid = false;
+    // Decided by host_import: none of the columns is prepared.
+    bool is_left_out = false;
+};
+
+struct host_sequence {
+    const char *schema_name = nullptr;
+    const char *name = nullptr;
+    const char *system_type = nullptr;
+    const char *start = nullptr;
+    const char *increment = nullptr;
+};
+
+// Something that the source has and a schema has no place for: a view, a procedure, a function, a trigger ...
+struct host_left_object {
+    const char *kind = nullptr; // in lower case and plural: "views", "procedures", "functions", "triggers", "synonyms"
+    const char *name = nullptr; // schema.name
+};
+
+struct host_catalogue {
+    const char *name = nullptr; // of the database
+    const char *collation = nullptr;
+    int64_t code_page = 0;
+    bool can_view_definitions = true;
+    std::vector<host_table> tables;
+    std::vector<host_sequence> sequences;
+    std::vector<host_left_object> left_objects;
+    std::unordered_map<int64_t, const host_table *> tables_by_id;
+    host_texts texts;
+};
+
+// Links keys and references to the columns they name, and refuses names and ids that stand for two things, or for
+// nothing.
+void host_link_catalogue(KT_context *ctx, host_catalogue &catalogue);

@@ -1,0 +1,87 @@
+// Findings as records and as lines.
+#include "steps/host_findings.hpp"
+
+#include "tov_host.h"
+
+#define KT_HERE "src/host/steps/host_findings"
+
+static void my_add_member(KT_context *ctx, KT_vhash *finding, const char *key, const char *text)
+{
+    if (text)
+        KT_TRY(KT_vhash__add__string__sz(ctx, finding, key, text));
+}
+
+void host_findings::add(KT_context *ctx, const char *code, const host_table *table, const host_column *col,
+                        const char *host_text, const std::string &reason)
+{
+    if (!list_.get())
+        KT_TRY(KT_varray__alloc(ctx, list_.out()));
+    KT_vhash *finding = nullptr;
+    KT_TRY(KT_varray__appendnew__vhash(ctx, list_, &finding));
+    KT_TRY(my_add_member(ctx, finding, "code", code));
+    KT_TRY(my_add_member(ctx, finding, "table", table ? table->label.c_str() : nullptr));
+    KT_TRY(my_add_member(ctx, finding, "column", col ? col->name : nullptr));
+    KT_TRY(my_add_member(ctx, finding, "reason", reason.c_str()));
+    KT_TRY(my_add_member(ctx, finding, "host_text", host_text));
+}
+
+static std::string my_bracketed(const char *name)
+{
+    std::string text = "[";
+    for (const char *byte = name; *byte; byte++) {
+        text += *byte;
+        if (*byte == ']')
+            text += ']';
+    }
+    return text + ']';
+}
+
+std::string host_key_text(const char *kind, const host_key &key)
+{
+    std::string text = std::string(kind) + ' ' + my_bracketed(key.name) + " (";
+    for (const char *col_name : key.col_names)
+        text += (text.back() == '(' ? "" : ", ") + my_bracketed(col_name);
+    return key.filter ? text + ") WHERE " + key.filter : text + ')';
+}
+
+std::string host_foreignkey_text(const host_foreignkey &fk)
+{
+    std::string cols;
+    std::string ref_cols;
+    for (const auto &[col_name, ref_col_name] : fk.col_names) {
+        cols += (cols.empty() ? "" : ", ") + my_bracketed(col_name);
+        ref_cols += (ref_cols.empty() ? "" : ", ") + my_bracketed(ref_col_name);
+    }
+    return "CONSTRAINT " + my_bracketed(fk.name) + " FOREIGN KEY (" + cols + ") REFERENCES " +
+           my_bracketed(fk.ref_schema) + '.' + my_bracketed(fk.ref_table) + " (" + ref_cols + ") ON DELETE " +
+           fk.on_delete + " ON UPDATE " + fk.on_update;
+}
+
+// Appends a part of a line after its separator; control characters become blanks.
+static void my_append_part(std::string &line, const char *separator, const char *text)
+{
+    if (!text)
+        return;
+    line += separator;
+    for (const char *byte = text; *byte; byte++)
+        line += static_cast<unsigned char>(*byte) < 0x20 || *byte == 0x7F ? ' ' : *byte;
+}
+
+void tov_host__format_finding(KT_context *ctx, const KT_vhash *finding, KT_string *line) noexcept
+{
+    kt_contain(ctx, [&] {
+        const char *code = nullptr, *table = nullptr, *column = nullptr, *reason = nullptr, *host_text = nullptr;
+        KT_TRY(KT_vhash__get__sz(ctx, finding, "code", &code));
+        KT_TRY(KT_vhash__check__sz(ctx, finding, "table", &table));
+        KT_TRY(KT_vhash__check__sz(ctx, finding, "column", &column));
+        KT_TRY(KT_vhash__check__sz(ctx, finding, "reason", &reason));
+        KT_TRY(KT_vhash__check__sz(ctx, finding, "host_text", &host_text));
+        std::string text;
+        my_append_part(text, "", code);
+        my_append_part(text, ": ", table);
+        my_append_part(text, table ? "." : ": ", column);
+        my_append_part(text, ": ", reason);
+        my_append_part(text, ": ", host_text);
+        KT_TRY(KT_string__append__sz(ctx, line, text.c_str()));
+    });
+}

@@ -1,0 +1,38 @@
+// One import under way: what its steps share, and the steps in the order in which they run.
+#pragma once
+
+#include "records/host_catalogue.hpp"
+#include "steps/host_findings.hpp"
+#include "tov_host.h"
+
+struct host_import {
+    tov_schema *schema;
+    host_catalogue &catalogue;
+    host_findings &findings;
+};
+
+// host_types.cpp: which columns are prepared; then the type of one column.
+void host_classify_columns(KT_context *ctx, host_import &import, host_table &table);
+void host_add_type(KT_context *ctx, host_import &import, const host_table &table, const host_column &col);
+// The type's name without aliases, e.g. "nvarchar"; a CLR type has only the name it was declared with. Never null.
+const char *host_type_name(const host_column &col);
+// Whether the column's values are whole numbers that SQLite's rowid can hold.
+bool host_is_rowid_type(const host_column &col);
+
+// host_keys.cpp: which column becomes the rowid; then the table's keys.
+void host_choose_rowid(KT_context *ctx, host_import &import, host_table &table);
+void host_add_keys(KT_context *ctx, host_import &import, host_table &table);
+// Null, or a column of a key that is not prepared.
+const host_column *host_find_unprepared(const std::vector<const host_column *> &cols);
+
+// host_defaults.cpp
+void host_add_default(KT_context *ctx, host_import &import, const host_table &table, const host_column &col);
+
+// host_foreignkeys.cpp
+void host_add_foreignkeys(KT_context *ctx, host_import &import, const host_table &table);
+
+// host_checks.cpp
+void host_add_checks(KT_context *ctx, host_import &import, const host_table &table);
+
+// host_cycles.cpp
+void host_report_cycles(KT_context *ctx, host_import &import);

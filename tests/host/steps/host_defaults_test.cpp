@@ -1,0 +1,110 @@
+// Defaults: kept, left out, hidden.
+#include "host_test.hpp"
+
+class HostDefaultsTest : public HostTest {
+  protected:
+    void import_default(const char *type, const std::string &defval, const std::string &more = "")
+    {
+        import_tables(a_table(7, "T", a_col(1, "C", type, R"("default":)" + defval + more)));
+    }
+};
+
+static std::string constraint(const std::string &definition)
+{
+    return R"({"kind":"constraint","id":5,"name":"DF_C","definition":")" + definition + R"("})";
+}
+
+TEST_F(HostDefaultsTest, Kept)
+{
+    const struct {
+        const char *type;
+        std::string defval;
+        const char *record;
+    } cases[] = {
+        {"int", constraint("((0))"), R"({"expr":"0","name":"DF_C"})"},
+        {"int", constraint("(NULL)"), R"({"expr":"NULL","name":"DF_C"})"},
+        {"nvarchar", constraint("(N'a''b')"), R"({"expr":"'a''b'","name":"DF_C"})"},
+        {"money", constraint("((2.5))"), R"({"expr":"25000","name":"DF_C"})"},
+        {"bit", constraint("('True')"), R"({"expr":"1","name":"DF_C"})"},
+        {"datetime2", constraint("(sysutcdatetime())"), R"x({"expr":"(datetime('now'))","name":"DF_C"})x"},
+        {"uniqueidentifier", constraint("(newid())"), R"x({"expr":"(randomblob(16))","name":"DF_C"})x"},
+        {"varbinary", constraint("(0x0A)"), R"({"expr":"x'0A'","name":"DF_C"})"},
+        {"int", R"({"kind":"bound","id":5,"name":"zero","definition":"-- AS 1\nCREATE DEFAULT zero AS 0\r\n"})",
+         R"({"expr":"0"})"},
+        {"varchar", R"({"kind":"bound","id":5,"name":"d","definition":"create default d as 'as';"})",
+         R"({"expr":"'as'"})"},
+        {"int", R"x({"definition":"((7))"})x", R"({"expr":"7"})"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.defval);
+        import_default(c.type, c.defval);
+        EXPECT_TRUE(has(R"("defval":)" + std::string(c.record))) << document();
+        EXPECT_EQ(codes(), "");
+    }
+}
+
+TEST_F(HostDefaultsTest, LeftOut)
+{
+    const struct {
+        const char *type;
+        std::string defval;
+        const char *line;
+    } cases[] = {
+        {"datetime", constraint("(getdate())"),
+         "default-dropped: dbo.T.C: left out: SQLite has no default that means the same: (getdate())"},
+        {"tinyint", constraint("((256))"),
+         "default-dropped: dbo.T.C: left out: SQLite has no default that means the same: ((256))"},
+        {"uniqueidentifier", constraint("('00000000-0000-0000-0000-000000000000')"),
+         "default-dropped: dbo.T.C: left out: SQLite has no default that means the same: "
+         "('00000000-0000-0000-0000-000000000000')"},
+        {"int", R"({"kind":"bound","id":5,"definition":"CREATE DEFAULT d"})",
+         "default-dropped: dbo.T.C: left out: SQLite has no default that means the same: CREATE DEFAULT d"},
+        {"money", constraint("((1.23456))"),
+         "default-refused: dbo.T.C: left out: it is no value of the column's type: problem with decimal string for "
+         "scale=4: 1.23456: ((1.23456))"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.defval);
+        import_default(c.type, c.defval);
+        EXPECT_EQ(lines(), c.line);
+        EXPECT_FALSE(has(R"("defval")")) << document();
+        EXPECT_NE(everything().find(R"("defvals":{"7":{"1":")"), std::string::npos) << everything();
+    }
+}
+
+TEST_F(HostDefaultsTest, WhatTheTypeCheckRefusesIsAFindingAndTheImportGoesOn)
+{
+    import_tables(a_table(7, "T",
+                          a_col(1, "A", "int", R"("default":)" + constraint("('abc')")) + ',' +
+                              a_col(2, "B", "date", R"("default":)" + constraint("('2020-02-30')")) + ',' +
+                              a_col(3, "C", "int", R"("default":)" + constraint("((3))"))));
+    EXPECT_EQ(codes(), "default-refused dbo.T.A\ndefault-refused dbo.T.B");
+    EXPECT_NE(lines().find("type mismatch"), std::string::npos) << lines();
+    EXPECT_NE(lines().find("invalid date"), std::string::npos) << lines();
+    EXPECT_TRUE(has(R"("defval":{"expr":"3","name":"DF_C"})")) << document();
+}
+
+TEST_F(HostDefaultsTest, TheHostsTextIsKeptAsItStands)
+{
+    import_default("int", constraint("(( 1 ))"));
+    EXPECT_NE(everything().find(R"x("defvals":{"7":{"1":"(( 1 ))"}})x"), std::string::npos) << everything();
+    import_default("int", R"({"kind":"bound","definition":"CREATE DEFAULT d AS 0"})");
+    EXPECT_NE(everything().find(R"("defvals":{"7":{"1":"CREATE DEFAULT d AS 0"}})"), std::string::npos) << everything();
+}
+
+TEST_F(HostDefaultsTest, AHiddenDefaultIsNotNoDefault)
+{
+    import_default("int", R"({"kind":"constraint","id":5,"name":"DF_C"})");
+    EXPECT_EQ(lines(), "default-hidden: dbo.T.C: left out: default hidden from this login: DF_C");
+    import_default("int", R"({"kind":"bound","id":5})");
+    EXPECT_EQ(lines(), "default-hidden: dbo.T.C: left out: default hidden from this login");
+}
+
+TEST_F(HostDefaultsTest, AnUnpreparedColumnKeepsTheHostsTextOnly)
+{
+    import_tables(a_table(
+        7, "T", a_col(1, "A", "int") + ',' + a_col(2, "C", "datetimeoffset", R"("default":)" + constraint("((0))"))));
+    EXPECT_EQ(codes(), "type-unsupported dbo.T.C");
+    EXPECT_NE(everything().find(R"x("defvals":{"7":{"2":"((0))"}})x"), std::string::npos) << everything();
+    EXPECT_EQ(everything().find(R"("defval":)"), std::string::npos) << everything();
+}
