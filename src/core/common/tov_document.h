@@ -141,6 +141,23 @@ TOV_API void tov_schema__set_backend_info__indistinct_unique_nulls(KT_context *c
 TOV_API void tov_schema__get_backend_info__indistinct_unique_nulls(KT_context *ctx, tov_schema *schema,
                                                                    KT_bool *flag) KT_NOEXCEPT;
 
+/**
+ * Gives the facts about the server that the document carries ("server"), borrowed, and creates an empty map when there
+ * is none. The module keeps what is written there and reads none of it; docs/document.md describes the members.
+ */
+TOV_API void tov_schema__ensure_server(KT_context *ctx, tov_schema *schema, KT_vhash **server) KT_NOEXCEPT;
+
+/** The same without creating anything: null when the document carries none. */
+TOV_API void tov_schema__check_server(KT_context *ctx, tov_schema *schema, KT_vhash **server) KT_NOEXCEPT;
+
+/** Gives the facts about a table that the server knows; otherwise like tov_schema__ensure_server(). */
+TOV_API void tov_schema__ensure_tbl_server(KT_context *ctx, tov_schema *schema, const char *tbl_id,
+                                           KT_vhash **server) KT_NOEXCEPT;
+
+/** The same without creating anything: null when the table has none. */
+TOV_API void tov_schema__check_tbl_server(KT_context *ctx, tov_schema *schema, const char *tbl_id,
+                                          KT_vhash **server) KT_NOEXCEPT;
+
 KT_END_DECLS
 
 #endif
