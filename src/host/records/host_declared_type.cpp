@@ -1,0 +1,150 @@
+// The sizes that the server records for its types.
+#include "records/host_declared_type.hpp"
+
+#include <algorithm>
+
+enum class host_sizes {
+    fixed,   // as in the table
+    bytes,   // so many bytes as declared
+    pairs,   // twice as many
+    decimal, // by precision
+    real,    // up to 24 bits
+    seconds, // by scale: what follows the table's precision and bytes is the fraction of a second
+    clr,
+};
+
+struct host_type_sizes {
+    const char *name;
+    host_sizes sizes;
+    int64_t max_length;
+    int64_t precision;
+    int64_t scale;
+};
+
+static constexpr host_type_sizes type_sizes[] = {
+    {"bigint", host_sizes::fixed, 8, 19, 0},
+    {"binary", host_sizes::bytes, 1, 0, 0},
+    {"bit", host_sizes::fixed, 1, 1, 0},
+    {"char", host_sizes::bytes, 1, 0, 0},
+    {"date", host_sizes::fixed, 3, 10, 0},
+    {"datetime", host_sizes::fixed, 8, 23, 3},
+    {"datetime2", host_sizes::seconds, 6, 19, 7},
+    {"datetimeoffset", host_sizes::seconds, 8, 26, 7},
+    {"decimal", host_sizes::decimal, 0, 18, 0},
+    {"float", host_sizes::real, 8, 53, 0},
+    {"geography", host_sizes::clr, -1, 0, 0},
+    {"geometry", host_sizes::clr, -1, 0, 0},
+    {"hierarchyid", host_sizes::clr, 892, 0, 0},
+    {"image", host_sizes::fixed, 16, 0, 0},
+    {"int", host_sizes::fixed, 4, 10, 0},
+    {"money", host_sizes::fixed, 8, 19, 4},
+    {"nchar", host_sizes::pairs, 1, 0, 0},
+    {"ntext", host_sizes::fixed, 16, 0, 0},
+    {"numeric", host_sizes::decimal, 0, 18, 0},
+    {"nvarchar", host_sizes::pairs, 1, 0, 0},
+    {"real", host_sizes::fixed, 4, 24, 0},
+    {"smalldatetime", host_sizes::fixed, 4, 16, 0},
+    {"smallint", host_sizes::fixed, 2, 5, 0},
+    {"smallmoney", host_sizes::fixed, 4, 10, 4},
+    {"sql_variant", host_sizes::fixed, 8016, 0, 0},
+    {"text", host_sizes::fixed, 16, 0, 0},
+    {"time", host_sizes::seconds, 3, 8, 7},
+    {"timestamp", host_sizes::fixed, 8, 0, 0},
+    {"tinyint", host_sizes::fixed, 1, 3, 0},
+    {"uniqueidentifier", host_sizes::fixed, 16, 0, 0},
+    {"varbinary", host_sizes::bytes, 1, 0, 0},
+    {"varchar", host_sizes::bytes, 1, 0, 0},
+    {"xml", host_sizes::fixed, -1, 0, 0},
+};
+
+static std::string my_folded(std::string_view name)
+{
+    std::string folded(name);
+    std::transform(folded.begin(), folded.end(), folded.begin(),
+                   [](char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte | 0x20) : byte; });
+    return folded;
+}
+
+static const host_type_sizes *my_find(std::string_view name)
+{
+    const auto *found = std::lower_bound(
+        std::begin(type_sizes), std::end(type_sizes), name,
+        [](const host_type_sizes &type, std::string_view sought) { return std::string_view(type.name) < sought; });
+    return found != std::end(type_sizes) && found->name == name ? found : nullptr;
+}
+
+static int64_t my_decimal_bytes(int64_t precision)
+{
+    if (precision <= 9)
+        return 5;
+    if (precision <= 19)
+        return 9;
+    return precision <= 28 ? 13 : 17;
+}
+
+// Two more bytes at most, and a point with so many digits.
+static void my_set_seconds(const host_type_sizes &sizes, int64_t scale, host_column &col)
+{
+    col.scale = scale;
+    col.precision = sizes.precision + (scale > 0 ? scale + 1 : 0);
+    col.max_length = sizes.max_length + (scale > 2 ? 1 : 0) + (scale > 4 ? 1 : 0);
+}
+
+static void my_set_sizes(const host_type_sizes &sizes, const host_declared_type &type, host_column &col)
+{
+    col.max_length = sizes.max_length;
+    col.precision = sizes.precision;
+    col.scale = sizes.scale;
+    const int64_t length = type.length.value_or(1);
+    switch (sizes.sizes) {
+    case host_sizes::fixed:
+    case host_sizes::clr:
+        return;
+    case host_sizes::bytes:
+        col.max_length = length;
+        return;
+    case host_sizes::pairs:
+        col.max_length = length < 0 ? length : 2 * length;
+        return;
+    case host_sizes::decimal:
+        col.precision = type.precision.value_or(sizes.precision);
+        col.scale = type.scale.value_or(sizes.scale);
+        col.max_length = my_decimal_bytes(col.precision);
+        return;
+    case host_sizes::real:
+        return;
+    case host_sizes::seconds:
+        my_set_seconds(sizes, type.scale.value_or(sizes.scale), col);
+        return;
+    }
+}
+
+// The name under which the server's catalogue has the type.
+static std::string_view my_catalogue_name(std::string_view name, const host_declared_type &type)
+{
+    if (name == "rowversion")
+        return "timestamp";
+    if (name == "sysname")
+        return "nvarchar";
+    return name == "float" && type.precision.value_or(53) <= 24 ? "real" : name;
+}
+
+void host_set_declared_type(host_texts &texts, const host_declared_type &type, host_column &col)
+{
+    const std::string name = my_folded(type.name);
+    host_declared_type full = type;
+    if (name == "sysname") {
+        full.length = 128;
+        col.user_type = col.user_type ? col.user_type : "sysname";
+    }
+    const host_type_sizes *sizes = my_find(my_catalogue_name(name, type));
+    col.system_type = sizes ? sizes->name : texts.keep(name);
+    col.user_type = col.user_type ? col.user_type : col.system_type;
+    if (!sizes)
+        return;
+    my_set_sizes(*sizes, full, col);
+    if (sizes->sizes == host_sizes::clr) {
+        col.is_assembly_type = true;
+        col.system_type = nullptr;
+    }
+}
