@@ -1,0 +1,64 @@
+// Failure and repeated reading of tokens.
+#include "tsql/host_tsql_cursor.hpp"
+
+void host_tsql_cursor::fail(std::string message)
+{
+    if (failed_)
+        return;
+    failed_ = true;
+    failed_token_ = token;
+    message_ = std::move(message);
+    token = {host_tsql_kind::end, host_word::none, token.text.substr(0, 0)};
+}
+
+static std::string my_shown(const host_tsql_token &token)
+{
+    constexpr size_t longest = 40;
+    if (token.kind == host_tsql_kind::end)
+        return "the end";
+    if (token.kind == host_tsql_kind::batch)
+        return "the end of the batch";
+    const std::string_view text = token.text.substr(0, token.text.find_first_of("\r\n"));
+    if (token.kind == host_tsql_kind::unknown && text.size() > 1)
+        return text.starts_with("/*") ? "a comment that does not end" : "a quote that is not closed";
+    return '\'' + std::string(text.substr(0, longest)) + (text.size() > longest ? "...'" : "'");
+}
+
+void host_tsql_cursor::fail_expected(std::string_view expected)
+{
+    if (!failed_)
+        fail("expected " + std::string(expected) + ", found " + my_shown(token));
+}
+
+void host_tsql_cursor::expect(char mark)
+{
+    if (!take(mark))
+        fail_expected(std::string("'") + mark + '\'');
+}
+
+void host_tsql_cursor::expect(host_word word, std::string_view text)
+{
+    if (!take(word))
+        fail_expected(text);
+}
+
+void host_tsql_cursor::go_back(const host_tsql_token &before)
+{
+    failed_ = false;
+    scanner.set_position(before.start_in(scanner.script()));
+    token = scanner.next();
+}
+
+void host_tsql_cursor::skip_parentheses()
+{
+    expect('(');
+    for (int depth = 1; depth > 0;) {
+        if (token.is_end() || token.kind == host_tsql_kind::unknown) {
+            fail_expected("')'");
+            return;
+        }
+        depth += token.is('(') ? 1 : 0;
+        depth -= token.is(')') ? 1 : 0;
+        advance();
+    }
+}

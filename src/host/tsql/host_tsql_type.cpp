@@ -1,0 +1,173 @@
+// Reads types.
+#include "tsql/host_tsql_type.hpp"
+
+#include "tsql/host_server_spelling.hpp"
+
+#include <charconv>
+
+struct host_type_synonym {
+    std::string_view written;
+    std::string_view name;
+};
+
+// The types of the server, with the other names that it knows for them.
+static constexpr host_type_synonym system_types[] = {
+    {"int", "int"},
+    {"nvarchar", "nvarchar"},
+    {"varchar", "varchar"},
+    {"bit", "bit"},
+    {"datetime", "datetime"},
+    {"decimal", "decimal"},
+    {"bigint", "bigint"},
+    {"uniqueidentifier", "uniqueidentifier"},
+    {"datetime2", "datetime2"},
+    {"smallint", "smallint"},
+    {"tinyint", "tinyint"},
+    {"char", "char"},
+    {"nchar", "nchar"},
+    {"date", "date"},
+    {"money", "money"},
+    {"numeric", "numeric"},
+    {"float", "float"},
+    {"real", "real"},
+    {"varbinary", "varbinary"},
+    {"binary", "binary"},
+    {"time", "time"},
+    {"datetimeoffset", "datetimeoffset"},
+    {"smalldatetime", "smalldatetime"},
+    {"smallmoney", "smallmoney"},
+    {"text", "text"},
+    {"ntext", "ntext"},
+    {"image", "image"},
+    {"xml", "xml"},
+    {"timestamp", "timestamp"},
+    {"rowversion", "timestamp"},
+    {"sql_variant", "sql_variant"},
+    {"sysname", "sysname"},
+    {"geography", "geography"},
+    {"geometry", "geometry"},
+    {"hierarchyid", "hierarchyid"},
+    {"integer", "int"},
+    {"dec", "decimal"},
+    {"character", "char"},
+    {"json", "json"},
+    {"vector", "vector"},
+    {"double precision", "float"},
+    {"char varying", "varchar"},
+    {"character varying", "varchar"},
+    {"binary varying", "varbinary"},
+    {"nchar varying", "nvarchar"},
+    {"national char", "nchar"},
+    {"national character", "nchar"},
+    {"national text", "ntext"},
+    {"national char varying", "nvarchar"},
+    {"national character varying", "nvarchar"},
+};
+
+static const host_type_synonym *my_find_type(std::string_view written)
+{
+    for (const host_type_synonym &type : system_types) {
+        if (host_same_text(type.written, written))
+            return &type;
+    }
+    return nullptr;
+}
+
+// Adds the words that belong to the name after the first: PRECISION, CHARACTER, VARYING.
+static void my_read_more_words(host_tsql_cursor &cursor, std::string &name)
+{
+    const auto take = [&cursor, &name](std::string_view word) {
+        if (cursor.token.kind != host_tsql_kind::word || !host_same_text(cursor.token.text, word))
+            return;
+        name += ' ';
+        name += word;
+        cursor.advance();
+    };
+    if (host_same_text(name, "double"))
+        return take("precision");
+    const bool is_national = host_same_text(name, "national");
+    if (is_national) {
+        take("character");
+        take("char");
+        take("text");
+    }
+    if (is_national || host_same_text(name, "char") || host_same_text(name, "character") ||
+        host_same_text(name, "nchar") || host_same_text(name, "binary"))
+        take("varying");
+}
+
+static std::optional<int64_t> my_read_size(host_tsql_cursor &cursor)
+{
+    int64_t size = 0;
+    const std::string_view text = cursor.token.text;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), size);
+    if (cursor.token.kind != host_tsql_kind::number || error != std::errc{} || end != text.data() + text.size() ||
+        size > 8000) {
+        cursor.fail_expected("the size of the type");
+        return {};
+    }
+    cursor.advance();
+    return size;
+}
+
+static void my_read_sizes(host_tsql_cursor &cursor, host_tsql_type &type)
+{
+    if (!cursor.token.is('('))
+        return;
+    if (type.name == "xml")
+        return cursor.skip_parentheses();
+    cursor.advance();
+    type.is_max = cursor.take(host_word::max);
+    if (!type.is_max)
+        type.first = my_read_size(cursor);
+    if (cursor.take(',') && cursor.token.kind == host_tsql_kind::number)
+        type.second = my_read_size(cursor);
+    else if (cursor.token.kind == host_tsql_kind::word) // vector(3, float16)
+        cursor.advance();
+    cursor.expect(')');
+}
+
+host_tsql_type host_read_type(host_tsql_cursor &cursor)
+{
+    host_tsql_type type;
+    std::string buffer;
+    if (!cursor.token.is_name() || host_is_reserved(cursor.token.word)) {
+        cursor.fail_expected("a type");
+        return type;
+    }
+    const bool is_word = cursor.token.kind == host_tsql_kind::word;
+    type.name = host_unquoted(cursor.token, buffer);
+    cursor.advance();
+    while (cursor.take('.')) {
+        if (!cursor.token.is_name()) {
+            cursor.fail_expected("a type");
+            return type;
+        }
+        type.schema = type.name;
+        type.name = host_unquoted(cursor.token, buffer);
+        cursor.advance();
+    }
+    if (is_word && type.schema.empty())
+        my_read_more_words(cursor, type.name);
+    if (type.schema.empty() || host_same_text(type.schema, "sys")) {
+        if (const host_type_synonym *known = my_find_type(type.name)) {
+            type.is_system = true;
+            type.name = known->name;
+        }
+    }
+    my_read_sizes(cursor, type);
+    return type;
+}
+
+std::string host_read_type_spelling(host_tsql_cursor &cursor)
+{
+    const host_tsql_type type = host_read_type(cursor);
+    std::string text = type.is_system || type.schema.empty() ? "" : host_bracketed(type.schema) + '.';
+    text += host_bracketed(type.name);
+    if (type.is_max)
+        return text + "(max)";
+    if (!type.first)
+        return text;
+    text += '(' + std::to_string(*type.first);
+    return text + (type.second ? ',' + std::to_string(*type.second) + ')' : ")");
+}

@@ -1,0 +1,21 @@
+// Types as scripts write them: varchar(10), [sys].[int], national character varying(20), dbo.Money.
+#pragma once
+
+#include "tsql/host_tsql_cursor.hpp"
+
+#include <cstdint>
+#include <optional>
+
+struct host_tsql_type {
+    std::string schema; // empty when it is left out
+    std::string name;   // of a type of the server: its first name, e.g. "int" for INTEGER
+    bool is_system = false;
+    bool is_max = false;
+    std::optional<int64_t> first; // what stands in the parentheses
+    std::optional<int64_t> second;
+};
+
+host_tsql_type host_read_type(host_tsql_cursor &cursor);
+
+// Reads a type and writes it as the server does: [varchar](10).
+std::string host_read_type_spelling(host_tsql_cursor &cursor);
