@@ -49,7 +49,8 @@ bool tov_host__is_refused_default(uint64_t code) noexcept;
 
 /**
  * Appends a finding to a text as one line without line end: "code: table.column: reason: host text", absent parts
- * left out, line ends and other control characters inside a part written as blanks.
+ * left out. Line ends and tabs inside a part are written as blanks, other characters that would disturb a terminal as
+ * <U+202E>.
  */
 void tov_host__format_finding(KT_context *ctx, const KT_vhash *finding, KT_string *line) noexcept;
 

@@ -27,6 +27,12 @@ KT_API KT_bool KT_char__is_direction(int32_t code_point) KT_NOEXCEPT;
  */
 KT_API void KT_string__append__shown(KT_context *ctx, KT_string *message, const char *text) KT_NOEXCEPT;
 
+/**
+ * Appends a string to a line for people, without quotes and whole: line ends and tabs as blanks, other characters that
+ * would disturb a terminal as <U+202E>, malformed bytes as U+FFFD.
+ */
+KT_API void KT_string__append__harmless(KT_context *ctx, KT_string *line, const char *text) KT_NOEXCEPT;
+
 /** Copies a string with its ASCII letters in lower case, whatever the locale; owned, freed with _kt_free(). */
 KT_API void KT_strdup__folded(KT_context *ctx, const char *text, char **folded) KT_NOEXCEPT;
 

@@ -1,6 +1,7 @@
 // Findings as records and as lines.
 #include "steps/host_findings.hpp"
 
+#include "kt_chars.h"
 #include "tov_host.h"
 
 #define KT_HERE "src/host/steps/host_findings"
@@ -57,31 +58,29 @@ std::string host_foreignkey_text(const host_foreignkey &fk)
            fk.on_delete + " ON UPDATE " + fk.on_update;
 }
 
-// Appends a part of a line after its separator; control characters become blanks.
-static void my_append_part(std::string &line, const char *separator, const char *text)
+// Appends a part of a line after its separator.
+static void my_append_part(KT_context *ctx, KT_string *line, const char *separator, const char *text)
 {
     if (!text)
         return;
-    line += separator;
-    for (const char *byte = text; *byte; byte++)
-        line += static_cast<unsigned char>(*byte) < 0x20 || *byte == 0x7F ? ' ' : *byte;
+    KT_TRY(KT_string__append__sz(ctx, line, separator));
+    KT_TRY(KT_string__append__harmless(ctx, line, text));
 }
 
 void tov_host__format_finding(KT_context *ctx, const KT_vhash *finding, KT_string *line) noexcept
 {
-    kt_contain(ctx, [&] {
-        const char *code = nullptr, *table = nullptr, *column = nullptr, *reason = nullptr, *host_text = nullptr;
-        KT_TRY(KT_vhash__get__sz(ctx, finding, "code", &code));
-        KT_TRY(KT_vhash__check__sz(ctx, finding, "table", &table));
-        KT_TRY(KT_vhash__check__sz(ctx, finding, "column", &column));
-        KT_TRY(KT_vhash__check__sz(ctx, finding, "reason", &reason));
-        KT_TRY(KT_vhash__check__sz(ctx, finding, "host_text", &host_text));
-        std::string text;
-        my_append_part(text, "", code);
-        my_append_part(text, ": ", table);
-        my_append_part(text, table ? "." : ": ", column);
-        my_append_part(text, ": ", reason);
-        my_append_part(text, ": ", host_text);
-        KT_TRY(KT_string__append__sz(ctx, line, text.c_str()));
-    });
+    const char *code = nullptr, *table = nullptr, *column = nullptr, *reason = nullptr, *host_text = nullptr;
+    KT_TRY(KT_vhash__get__sz(ctx, finding, "code", &code));
+    KT_TRY(KT_vhash__check__sz(ctx, finding, "table", &table));
+    KT_TRY(KT_vhash__check__sz(ctx, finding, "column", &column));
+    KT_TRY(KT_vhash__check__sz(ctx, finding, "reason", &reason));
+    KT_TRY(KT_vhash__check__sz(ctx, finding, "host_text", &host_text));
+    kt_owned_string text{ctx};
+    KT_TRY(KT_string__alloc(ctx, text.out()));
+    KT_TRY(my_append_part(ctx, text, "", code));
+    KT_TRY(my_append_part(ctx, text, ": ", table));
+    KT_TRY(my_append_part(ctx, text, table ? "." : ": ", column));
+    KT_TRY(my_append_part(ctx, text, ": ", reason));
+    KT_TRY(my_append_part(ctx, text, ": ", host_text));
+    KT_TRY(KT_string__append__string(ctx, line, text));
 }

@@ -69,6 +69,48 @@ void KT_string__append__shown(KT_context *ctx, KT_string *message, const char *t
     KT_TRY(KT_string__append__string(ctx, message, shown));
 }
 
+static bool my_is_harmless(int32_t code_point) noexcept
+{
+    return code_point >= 0 && !KT_char__is_control(code_point) && !KT_char__is_direction(code_point);
+}
+
+static bool my_is_blank(char byte) noexcept
+{
+    return byte == '\t' || byte == '\n' || byte == '\r';
+}
+
+// Appends the characters from text on that are shown as they are, as many as there are in a row, and moves past them.
+static void my_append_harmless_run(KT_context *ctx, KT_string *line, const char **text) noexcept
+{
+    static constexpr ptrdiff_t longest = 4096; // a length is an int for the formatter
+    const char *start = *text;
+    const char *end = start;
+    while (*end && end - start < longest) {
+        const char *next = end;
+        if (!my_is_harmless(KT_char__next(&next)))
+            break;
+        end = next;
+    }
+    KT_TRY(KT_string__append__format(ctx, line, "%.*s", static_cast<int>(end - start), start));
+    *text = end;
+}
+
+void KT_string__append__harmless(KT_context *ctx, KT_string *line, const char *text) noexcept
+{
+    kt_owned_string harmless{ctx};
+    KT_TRY(KT_string__alloc(ctx, harmless.out()));
+    while (*text) {
+        KT_TRY(my_append_harmless_run(ctx, harmless, &text));
+        if (my_is_blank(*text)) {
+            KT_TRY(KT_string__append__sz(ctx, harmless, " "));
+            text++;
+        } else if (*text) {
+            KT_TRY(my_append_shown_char(ctx, harmless, &text));
+        }
+    }
+    KT_TRY(KT_string__append__string(ctx, line, harmless));
+}
+
 void KT_strdup__folded(KT_context *ctx, const char *text, char **folded) noexcept
 {
     KT_TRY(KT_strdup(ctx, text, folded));

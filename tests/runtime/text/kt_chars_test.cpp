@@ -22,6 +22,43 @@ TEST_F(KtChars, AreShownHarmless)
     EXPECT_EQ(shown(ctx, std::string(61, 'x').c_str()), '"' + std::string(60, 'x') + "...\"");
 }
 
+static std::string harmless(KT_context *ctx, const std::string &text)
+{
+    KT_string *line = nullptr;
+    KT_string__alloc__sz(ctx, &line, "at: ");
+    KT_string__append__harmless(ctx, line, text.c_str());
+    return take(ctx, line);
+}
+
+TEST_F(KtChars, AreMadeHarmlessInALine)
+{
+    EXPECT_EQ(harmless(ctx, ""), "at: ");
+    EXPECT_EQ(harmless(ctx, "Größe \"x\""), "at: Größe \"x\"");
+    EXPECT_EQ(harmless(ctx, "a\r\n\tb"), "at: a   b");
+    EXPECT_EQ(harmless(ctx, "a\x1B[2J\x7F"), "at: a<U+001B>[2J<U+007F>");
+    EXPECT_EQ(harmless(ctx, "\u009B2Ja\u202E\u2028\u061C"), "at: <U+009B>2Ja<U+202E><U+2028><U+061C>");
+    EXPECT_EQ(harmless(ctx, "a\xFF\x9B\xC3"), "at: a\uFFFD\uFFFD\uFFFD");
+    const std::string longer(10000, 'x');
+    EXPECT_EQ(harmless(ctx, longer + "ä\x01"), "at: " + longer + "ä<U+0001>");
+    EXPECT_OK(ctx);
+}
+
+TEST_F(KtChars, MadeHarmlessSurviveFailingAllocations)
+{
+    KT_string *line = nullptr;
+    KT_string__alloc__sz(ctx, &line, "at: ");
+    for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
+        KT_string__append__harmless(ctx, line, std::string(200, '\x01').c_str());
+        if (!fault.fired()) {
+            EXPECT_OK(ctx);
+            break;
+        }
+        EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
+        EXPECT_STREQ(KT_string__sz(line), "at: ");
+    }
+    KT_string__free(ctx, line);
+}
+
 TEST_F(KtChars, AreFoldedAsSqliteComparesThem)
 {
     char *folded = nullptr;

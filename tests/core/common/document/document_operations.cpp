@@ -69,6 +69,7 @@ const operation operations[] = {
     ROW(KT_string__alloc__sz, all, &o.string, long_text),
     ROW(KT_string__append__format, all, s.string, "%s%s%s", long_text, long_text, long_text),
     ROW(KT_string__append__string, all, s.string, s.longer_string),
+    ROW(KT_string__append__harmless, all, s.string, longer_text()),
     ROW(KT_string__append__shown, all, s.string, longer_text()),
     ROW(KT_string__append__sz, all, s.string, longer_text()),
     ROW(KT_string__free, nothing, std::exchange(s.string, nullptr)),
