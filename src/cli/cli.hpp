@@ -1,6 +1,6 @@
-// What the subcommands of tov-schema share: how a run fails, and objects of the runtime that free themselves.
+// What the commands of tov-schema share: how a run fails, and objects of the runtime that free themselves.
 //
-// The command is an ordinary program: it uses exceptions and the standard library, and turns a context that holds an
+// It is an ordinary program: it uses exceptions and the standard library, and turns a context that holds an
 // error into a cli_failure at once (cli_check).
 #pragma once
 
@@ -12,16 +12,22 @@
 
 // Exit codes.
 inline constexpr int cli_done = 0;
-inline constexpr int cli_refused = 1; // the input cannot be used, or (diff) differs
-inline constexpr int cli_usage = 2;   // the command line is wrong, or (diff) trouble
+inline constexpr int cli_found = 1;    // findings or differences, where they were asked for
+inline constexpr int cli_refused = 2;  // the command line is wrong, or a file cannot be used
+inline constexpr int cli_internal = 3; // out of memory, or a mistake of the program
 
 // Ends the run with "tov-schema: what: where" on standard error.
 struct cli_failure : std::runtime_error {
-    cli_failure(const std::string &what, const std::string &where, int code = cli_refused)
+    explicit cli_failure(const std::string &what, const std::string &where = "", int code = cli_refused)
         : std::runtime_error(where.empty() ? what : what + ": " + where), exit_code(code)
     {
     }
     int exit_code;
+};
+
+// The same for a command line that is wrong: says where help is.
+struct cli_usage_failure : cli_failure {
+    using cli_failure::cli_failure;
 };
 
 struct cli_context {
@@ -41,14 +47,23 @@ struct cli_context {
     KT_context *ctx = nullptr;
 };
 
+// Whether an error says nothing about what the user gave: memory ran out, or SQLite was used wrongly or is broken.
+inline bool cli_is_internal(uint64_t code)
+{
+    constexpr int sqlite_internal = 2, sqlite_nomem = 7, sqlite_misuse = 21;
+    return code == KT_ERR_OUT_OF_MEMORY || code == KT_ERR_SQLITE(sqlite_internal) ||
+           code == KT_ERR_SQLITE(sqlite_nomem) || code == KT_ERR_SQLITE(sqlite_misuse);
+}
+
 // Throws when the call before has failed. where is the file or thing that it was about.
 inline void cli_check(KT_context *ctx, const std::string &where)
 {
     if (!KT_context__has_err(ctx))
         return;
     const std::string what = KT_context__err_description(ctx);
+    const int exit_code = cli_is_internal(KT_context__err_code(ctx)) ? cli_internal : cli_refused;
     KT_context__err_reset(ctx);
-    throw cli_failure(what, where);
+    throw cli_failure(what, where, exit_code);
 }
 
 struct cli_schema {

@@ -1,4 +1,4 @@
-// The whole command: reads the command line and runs the subcommand on it; gives the exit code.
+// The whole program: reads the command line and runs the command that it names; gives the exit code.
 #pragma once
 
 int cli_run(int argc, char **argv);

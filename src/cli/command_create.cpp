@@ -1,6 +1,7 @@
 // tov-schema create and sql: a schema becomes a database, or the script that makes it.
 
 #include "cli_files.hpp"
+#include "cli_harmless.hpp"
 #include "cli_json.hpp"
 #include "cli_progress.hpp"
 #include "cli_schema.hpp"
@@ -25,11 +26,14 @@ void print_remarks(KT_context *ctx, tov_schema *schema, const std::string &path)
     cli_check(ctx, path);
     KT_varray__free(ctx, tbl_ids);
     for (const std::string &remark : cli_take_texts(ctx, remarks))
-        cli_tell("tov-schema: note: %s\n", remark.c_str());
+        cli_tell_line("tov-schema: note: " + remark);
 }
 
 int run_create(const create_options &options)
 {
+    if (options.database == "-")
+        throw cli_usage_failure("a database cannot be written to standard output; tov-schema sql prints a script that "
+                                "creates it");
     const cli_context context;
     cli_schema schema(context.ctx);
     cli_load_schema(context.ctx, options.schema, &schema);
@@ -61,23 +65,23 @@ int run_sql(const create_options &options)
 
 } // namespace
 
-void cli_add_create(CLI::App &app, cli_action *action)
+void cli_add_create(cli_arguments &arguments)
 {
     auto options = std::make_shared<create_options>();
-    CLI::App *command = app.add_subcommand("create", "Create the tables of a schema in a SQLite database");
-    command->footer("All tables are created, or none. A database that already has one of them is refused.\n\n"
+    const cli_command command = arguments.add("create", "Create the tables of a schema in a SQLite database");
+    command.details("All tables are created, or none. A database that already has one of them is refused.\n\n"
                     "Example: tov-schema create schema.json client.db");
-    command->add_option("SCHEMA", options->schema, "the schema; - for standard input")->required();
-    command->add_option("DATABASE", options->database, "the database file; made when it is absent")->required();
-    command->callback([options, action] { *action = [options] { return run_create(*options); }; });
+    command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
+    command.argument("DATABASE", options->database, "the database file; made when it is absent").required();
+    command.runs([options] { return run_create(*options); });
 }
 
-void cli_add_sql(CLI::App &app, cli_action *action)
+void cli_add_sql(cli_arguments &arguments)
 {
     auto options = std::make_shared<create_options>();
-    CLI::App *command = app.add_subcommand("sql", "Print the script that create would run");
-    command->footer("Example: tov-schema sql schema.json | sqlite3 -bail client.db");
-    command->add_option("SCHEMA", options->schema, "the schema; - for standard input")->required();
-    command->add_option("-o,--output", options->output, "where the script goes (default: standard output)");
-    command->callback([options, action] { *action = [options] { return run_sql(*options); }; });
+    const cli_command command = arguments.add("sql", "Print the script that create would run");
+    command.details("Example: tov-schema sql schema.json | sqlite3 -bail client.db");
+    command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
+    command.option("-o,--output", options->output, "where the script goes (default: standard output)");
+    command.runs([options] { return run_sql(*options); });
 }

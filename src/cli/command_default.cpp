@@ -1,6 +1,7 @@
 // tov-schema default: what a SQL Server default becomes in SQLite, and why.
 
 #include "cli_files.hpp"
+#include "cli_harmless.hpp"
 #include "cli_json.hpp"
 #include "commands.hpp"
 #include "tov_host.h"
@@ -115,7 +116,8 @@ outcome translate(KT_context *ctx, tov_schema *schema, const known_type &type, u
         KT_context__err_reset(ctx);
         return refused;
     }
-    cli_check(ctx, text);
+    if (KT_context__has_err(ctx)) // SQLite could not try the default: nothing that the user gave is wrong
+        throw cli_failure(KT_context__err_description(ctx), text, cli_internal);
     if (!result.get())
         return {"dropped", type.carries_over};
     return {"kept", result.get()};
@@ -125,7 +127,7 @@ void print(KT_context *ctx, const default_options &options, const std::string &t
            const outcome &result)
 {
     if (!options.is_json) {
-        cli_print(std::string(result.what) + "\t" + result.detail + "\n");
+        cli_print(std::string(result.what) + "\t" + cli_harmless(result.detail) + "\n");
         return;
     }
     cli_map map(ctx);
@@ -186,7 +188,7 @@ int run(const default_options &options)
 {
     const known_type *type = find_type(options.type);
     if (!type && !options.type.empty())
-        throw cli_failure("no type of this name", options.type, cli_usage);
+        throw cli_usage_failure("no type of this name", options.type);
     const cli_context context;
     KT_context *ctx = context.ctx;
     cli_schema schema(ctx);
@@ -204,18 +206,19 @@ int run(const default_options &options)
 
 } // namespace
 
-void cli_add_default(CLI::App &app, cli_action *action)
+void cli_add_default(cli_arguments &arguments)
 {
     auto options = std::make_shared<default_options>();
-    CLI::App *command = app.add_subcommand("default", "Show what a SQL Server default becomes in SQLite");
-    command->footer("Prints kept and the SQLite default, dropped or refused and the reason, with a tab between.\n"
+    const cli_command command = arguments.add("default", "Show what a SQL Server default becomes in SQLite");
+    command.details("Prints kept and the SQLite default, dropped or refused and the reason, with a tab between.\n"
                     "Without TYPE and TEXT, reads lines TYPE<tab>SCALE<tab>TEXT from standard input.\n\n"
                     "Example: tov-schema default money \"((2.5))\"");
-    auto *type = command->add_option("TYPE", options->type, "an abstract type (sint32) or SQL Server's name (int)");
-    auto *text = command->add_option("TEXT", options->text, "the default as SQL Server prints it, e.g. \"((0))\"");
-    type->needs(text);
-    command->add_option("--scale", options->scale, "digits behind the point of a decimal (default: 0)")
-        ->check(CLI::Range(0, 255));
-    command->add_flag("--json", options->is_json, "print one JSON object for each default");
-    command->callback([options, action] { *action = [options] { return run(*options); }; });
+    const cli_option type =
+        command.argument("TYPE", options->type, "an abstract type (sint32) or SQL Server's name (int)");
+    const cli_option text =
+        command.argument("TEXT", options->text, "the default as SQL Server prints it, e.g. \"((0))\"");
+    type.needs(text);
+    command.option("--scale", options->scale, "digits behind the point of a decimal (default: 0)").between(0, 255);
+    command.flag("--json", options->is_json, "print one JSON object for each default");
+    command.runs([options] { return run(*options); });
 }

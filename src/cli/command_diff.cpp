@@ -1,6 +1,7 @@
 // tov-schema diff: which tables and columns two schemas share.
 
 #include "cli_files.hpp"
+#include "cli_harmless.hpp"
 #include "cli_json.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
@@ -55,22 +56,25 @@ std::string as_text(KT_context *ctx, tov_schema *a, tov_schema *b, const table_d
                     const std::vector<column_diff> &columns)
 {
     std::string text;
-    for (const std::string &id : tables.only_in_old)
-        text += "only in old: " + cli_table_name(ctx, a, id) + "\n";
-    for (const std::string &id : tables.only_in_new)
-        text += "only in new: " + cli_table_name(ctx, b, id) + "\n";
-    for (const std::string &id : tables.changed)
-        text += "changed: " + cli_table_name(ctx, b, id) + "\n";
+    const auto add_tables = [&](const char *what, tov_schema *schema, const std::vector<std::string> &ids) {
+        for (const std::string &id : ids)
+            text += what + cli_harmless(cli_table_name(ctx, schema, id)) + "\n";
+    };
+    const auto add_columns = [&](const char *what, tov_schema *schema, const std::string &tbl_id,
+                                 const std::vector<std::string> &ids) {
+        for (const std::string &id : ids)
+            text += what +
+                    cli_harmless(cli_table_name(ctx, schema, tbl_id) + "." + column_name(ctx, schema, tbl_id, id)) +
+                    "\n";
+    };
+    add_tables("only in old: ", a, tables.only_in_old);
+    add_tables("only in new: ", b, tables.only_in_new);
+    add_tables("changed: ", b, tables.changed);
     for (const column_diff &diff : columns) {
-        for (const std::string &id : diff.only_in_old)
-            text +=
-                "only in old: " + cli_table_name(ctx, a, diff.table) + "." + column_name(ctx, a, diff.table, id) + "\n";
-        for (const std::string &id : diff.only_in_new)
-            text +=
-                "only in new: " + cli_table_name(ctx, b, diff.table) + "." + column_name(ctx, b, diff.table, id) + "\n";
+        add_columns("only in old: ", a, diff.table, diff.only_in_old);
+        add_columns("only in new: ", b, diff.table, diff.only_in_new);
     }
-    for (const std::string &id : tables.same)
-        text += "same: " + cli_table_name(ctx, a, id) + "\n";
+    add_tables("same: ", a, tables.same);
     return text;
 }
 
@@ -92,7 +96,7 @@ std::string as_json(KT_context *ctx, const table_diff &tables, const std::vector
 }
 
 int run(const diff_options &options)
-try {
+{
     const cli_context context;
     KT_context *ctx = context.ctx;
     cli_schema a(ctx), b(ctx);
@@ -109,26 +113,21 @@ try {
     cli_print(options.is_json ? as_json(ctx, tables, columns) : as_text(ctx, a, b, tables, columns));
     const bool is_same =
         tables.only_in_old.empty() && tables.only_in_new.empty() && tables.changed.empty() && columns.empty();
-    return is_same ? 0 : 1;
-} catch (cli_failure &failure) {
-    failure.exit_code = cli_usage; // trouble, as diff has it
-    throw;
-} catch (const std::bad_alloc &) {
-    throw cli_failure("out of memory", "", cli_usage);
+    return is_same ? cli_done : cli_found;
 }
 
 } // namespace
 
-void cli_add_diff(CLI::App &app, cli_action *action)
+void cli_add_diff(cli_arguments &arguments)
 {
     auto options = std::make_shared<diff_options>();
-    CLI::App *command = app.add_subcommand("diff", "Compare two schemas by their tables and columns");
-    command->footer(
+    const cli_command command = arguments.add("diff", "Compare two schemas by their tables and columns");
+    command.details(
         "A table in both is changed when both carry a transaction id and the two differ. Exit code: 0 same,\n"
-        "1 different, 2 trouble. JSON holds ids, the text names.\n\n"
+        "1 different. JSON holds ids, the text names.\n\n"
         "Example: tov-schema diff old.json new.json");
-    command->add_option("OLD", options->old_schema, "a schema; - for standard input")->required();
-    command->add_option("NEW", options->new_schema, "the schema to compare it with; - for standard input")->required();
-    command->add_flag("--json", options->is_json, "print JSON");
-    command->callback([options, action] { *action = [options] { return run(*options); }; });
+    command.argument("OLD", options->old_schema, "a schema; - for standard input").required();
+    command.argument("NEW", options->new_schema, "the schema to compare it with; - for standard input").required();
+    command.flag("--json", options->is_json, "print JSON");
+    command.runs([options] { return run(*options); });
 }

@@ -1,6 +1,7 @@
 // tov-schema graph: tables and references as a picture, for Graphviz or Mermaid.
 
 #include "cli_files.hpp"
+#include "cli_harmless.hpp"
 #include "cli_references.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
@@ -84,7 +85,7 @@ const node *target(const graph &g, const cli_reference &reference)
 std::string escaped(const std::string &text)
 {
     std::string result;
-    for (const char byte : text) {
+    for (const char byte : cli_harmless(text)) {
         switch (byte) {
         case '&':
             result += "&amp;";
@@ -102,7 +103,7 @@ std::string escaped(const std::string &text)
             result += "&#92;";
             break;
         default:
-            result += static_cast<unsigned char>(byte) < 0x20 ? ' ' : byte;
+            result += byte;
         }
     }
     return result;
@@ -190,15 +191,14 @@ int run(const graph_options &options)
 
 } // namespace
 
-void cli_add_graph(CLI::App &app, cli_action *action)
+void cli_add_graph(cli_arguments &arguments)
 {
     auto options = std::make_shared<graph_options>();
-    CLI::App *command = app.add_subcommand("graph", "Draw tables and references as Graphviz or Mermaid text");
-    command->footer("Each box shows a table and its key columns; tables that form a cycle are red.\n\n"
+    const cli_command command = arguments.add("graph", "Draw tables and references as Graphviz or Mermaid text");
+    command.details("Each box shows a table and its key columns; tables that form a cycle are red.\n\n"
                     "Example: tov-schema graph schema.json | dot -Tsvg -o schema.svg");
-    command->add_option("SCHEMA", options->schema, "the schema; - for standard input")->required();
-    command->add_option("-o,--output", options->output, "where the text goes (default: standard output)");
-    command->add_option("--format", options->format, "dot (default) or mermaid")
-        ->check(CLI::IsMember({"dot", "mermaid"}));
-    command->callback([options, action] { *action = [options] { return run(*options); }; });
+    command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
+    command.option("-o,--output", options->output, "where the text goes (default: standard output)");
+    command.option("--format", options->format, "dot (default) or mermaid").one_of({"dot", "mermaid"});
+    command.runs([options] { return run(*options); });
 }

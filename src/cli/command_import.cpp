@@ -84,7 +84,7 @@ std::string schema_json(KT_context *ctx, tov_schema *schema, bool with_host_inte
 int run(const import_options &options)
 {
     if (options.findings == options.output)
-        throw cli_failure("schema and findings cannot both be written there", options.output, cli_usage);
+        throw cli_usage_failure("schema and findings cannot both be written there", options.output);
     const cli_context context;
     KT_context *ctx = context.ctx;
     const std::string bytes = cli_read_file(options.catalogue);
@@ -105,27 +105,28 @@ int run(const import_options &options)
     if (!options.findings.empty())
         cli_write_file(options.findings, findings_json(findings));
     if (options.is_strict && findings.count)
-        throw cli_failure(std::to_string(findings.count) + " findings, and --strict allows none", options.catalogue);
+        throw cli_failure(std::to_string(findings.count) + " findings, and --strict allows none", options.catalogue,
+                          cli_found);
     cli_write_file(options.output, schema_json(ctx, schema, options.with_host_internals));
     return cli_done;
 }
 
 } // namespace
 
-void cli_add_import(CLI::App &app, cli_action *action)
+void cli_add_import(cli_arguments &arguments)
 {
     auto options = std::make_shared<import_options>();
-    CLI::App *command = app.add_subcommand("import", "Make a schema of a SQL Server catalogue export");
-    command->footer("What cannot be carried over as it stands is a finding, one line each on standard error.\n\n"
+    const cli_command command = arguments.add("import", "Make a schema of a SQL Server catalogue export");
+    command.details("What cannot be carried over as it stands is a finding, one line each on standard error.\n\n"
                     "Example: tov-schema import catalogue.json -o schema.json --findings findings.json");
-    command->add_option("CATALOGUE", options->catalogue, "the export, as catalogue.sql prints it; - for standard input")
-        ->required();
-    command->add_option("-o,--output", options->output, "where the schema goes (default: standard output)");
-    command->add_option("--findings", options->findings, "write the findings to this file, as JSON");
-    command->add_option("--txid", options->txid, "the transaction id of every table (default: 0)");
-    command->add_flag("--strict", options->is_strict, "fail, and write no schema, when there is any finding");
-    command->add_flag("--with-host-internals", options->with_host_internals,
-                      "write the schema together with what only the host side uses");
-    command->add_flag("--verbose", options->is_verbose, "also report fields of the export that are not known");
-    command->callback([options, action] { *action = [options] { return run(*options); }; });
+    command.argument("CATALOGUE", options->catalogue, "the export, as catalogue.sql prints it; - for standard input")
+        .required();
+    command.option("-o,--output", options->output, "where the schema goes (default: standard output)");
+    command.option("--findings", options->findings, "write the findings to this file, as JSON");
+    command.option("--txid", options->txid, "the transaction id of every table (default: 0)");
+    command.flag("--strict", options->is_strict, "fail, and write no schema, when there is any finding");
+    command.flag("--with-host-internals", options->with_host_internals,
+                 "write the schema together with what only the host side uses");
+    command.flag("--verbose", options->is_verbose, "also report fields of the export that are not known");
+    command.runs([options] { return run(*options); });
 }

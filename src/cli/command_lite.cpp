@@ -1,6 +1,7 @@
 // tov-schema lite: the short summary of a schema, written or listed.
 
 #include "cli_files.hpp"
+#include "cli_harmless.hpp"
 #include "cli_json.hpp"
 #include "cli_references.hpp"
 #include "cli_schema.hpp"
@@ -56,14 +57,14 @@ std::string list_table(KT_context *ctx, KT_vhash *lite, uint32_t n, const std::s
     cli_check(ctx, path);
     tov_schema_lite__count_cols(ctx, lite, tbl_id, &count);
     cli_check(ctx, path);
-    std::string text = std::string(tbl_id) + "\ttxid " + std::to_string(txid) + "\n";
+    std::string text = cli_harmless(tbl_id) + "\ttxid " + std::to_string(txid) + "\n";
     for (uint32_t i = 0; i < count; i++) {
         const char *col_id = nullptr, *name = nullptr;
         tov_schema_lite__get_nth_col_id(ctx, lite, tbl_id, i, &col_id);
         cli_check(ctx, path);
         tov_schema_lite__get_col_name(ctx, lite, tbl_id, col_id, &name);
         cli_check(ctx, path);
-        text += std::string("  ") + col_id + "\t" + name + "\n";
+        text += "  " + cli_harmless(col_id) + "\t" + cli_harmless(name) + "\n";
     }
     return text;
 }
@@ -88,22 +89,22 @@ int run(const lite_options &options)
     if (!options.read.empty())
         return read_lite(options.read);
     if (options.schema.empty())
-        throw cli_failure("lite needs a SCHEMA, or --read FILE", "", cli_usage);
+        throw cli_usage_failure("lite needs a SCHEMA, or --read FILE");
     return write_lite(options);
 }
 
 } // namespace
 
-void cli_add_lite(CLI::App &app, cli_action *action)
+void cli_add_lite(cli_arguments &arguments)
 {
     auto options = std::make_shared<lite_options>();
-    CLI::App *command = app.add_subcommand("lite", "Write the short summary of a schema, or list one");
-    command->footer("Examples: tov-schema lite schema.json Orders Customers -o lite.json\n"
+    const cli_command command = arguments.add("lite", "Write the short summary of a schema, or list one");
+    command.details("Examples: tov-schema lite schema.json Orders Customers -o lite.json\n"
                     "          tov-schema lite --read lite.json");
-    auto *schema = command->add_option("SCHEMA", options->schema, "the schema; - for standard input");
-    command->add_option("TABLE", options->tables, "the tables to summarise, by id or name (default: all)");
-    command->add_option("-o,--output", options->output, "where the summary goes (default: standard output)");
-    command->add_option("--read", options->read, "list the tables and columns of a summary; - for standard input")
-        ->excludes(schema);
-    command->callback([options, action] { *action = [options] { return run(*options); }; });
+    const cli_option schema = command.argument("SCHEMA", options->schema, "the schema; - for standard input");
+    command.argument("TABLE", options->tables, "the tables to summarise, by id or name (default: all)");
+    command.option("-o,--output", options->output, "where the summary goes (default: standard output)");
+    command.option("--read", options->read, "list the tables and columns of a summary; - for standard input")
+        .excludes(schema);
+    command.runs([options] { return run(*options); });
 }

@@ -1,6 +1,7 @@
 // tov-schema refs: who refers to whom.
 
 #include "cli_files.hpp"
+#include "cli_harmless.hpp"
 #include "cli_json.hpp"
 #include "cli_references.hpp"
 #include "cli_schema.hpp"
@@ -33,7 +34,7 @@ std::string as_line(KT_context *ctx, tov_schema *schema, const cli_reference &re
         line += "  ON UPDATE " + reference.on_update;
     if (!reference.name.empty())
         line += "  [" + reference.name + "]";
-    return line + "\n";
+    return cli_harmless(line) + "\n";
 }
 
 void add_to(KT_context *ctx, tov_schema *schema, const cli_reference &reference, KT_varray *list)
@@ -106,20 +107,20 @@ int run(const refs_options &options)
     for (const cli_reference &reference : references)
         text += as_line(ctx, schema, reference);
     for (const std::string &cycle : cycles)
-        text += cycle + "\n";
+        text += cli_harmless(cycle) + "\n";
     cli_print(text);
     return cli_done;
 }
 
 } // namespace
 
-void cli_add_refs(CLI::App &app, cli_action *action)
+void cli_add_refs(cli_arguments &arguments)
 {
     auto options = std::make_shared<refs_options>();
-    CLI::App *command = app.add_subcommand("refs", "Show which tables refer to which, with columns and actions");
-    command->footer("Example: tov-schema refs schema.json Orders");
-    command->add_option("SCHEMA", options->schema, "the schema; - for standard input")->required();
-    command->add_option("TABLE", options->table, "only keys of this table and keys that refer to it (id or name)");
-    command->add_flag("--json", options->is_json, "print JSON");
-    command->callback([options, action] { *action = [options] { return run(*options); }; });
+    const cli_command command = arguments.add("refs", "Show which tables refer to which, with columns and actions");
+    command.details("Example: tov-schema refs schema.json Orders");
+    command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
+    command.argument("TABLE", options->table, "only keys of this table and keys that refer to it (id or name)");
+    command.flag("--json", options->is_json, "print JSON");
+    command.runs([options] { return run(*options); });
 }

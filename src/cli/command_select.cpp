@@ -132,21 +132,20 @@ int run(const select_options &options)
 
 } // namespace
 
-void cli_add_select(CLI::App &app, cli_action *action)
+void cli_add_select(cli_arguments &arguments)
 {
     auto options = std::make_shared<select_options>();
-    CLI::App *command = app.add_subcommand("select", "Print SQL Server's select list and key join for a table");
-    command->footer("The first line is the select list, the second the join condition on the key.\n"
+    const cli_command command = arguments.add("select", "Print SQL Server's select list and key join for a table");
+    command.details("The first line is the select list, the second the join condition on the key.\n"
                     "Modes: 0 columns as they are, 1 from the text form S:123 to bigint, 2 from integer to S:123.\n\n"
                     "Example: tov-schema select schema.json Orders --alias o --mode 2");
-    command->add_option("SCHEMA", options->schema, "the schema; - for standard input")->required();
-    command->add_option("TABLE", options->table, "the table's id or name")->required();
-    command->add_option("--alias", options->alias, "the alias of the table (default: t)");
-    command->add_option("--other-alias", options->other_alias, "the alias on the other side of the join (default: o)");
-    command->add_option("--mode", options->mode, "how key columns of identity values are read (default: 0)")
-        ->check(CLI::Range(0, 2));
-    command->add_option("--other-mode", options->other_mode, "the same on the other side of the join (default: 0)")
-        ->check(CLI::Range(0, 2));
-    command->add_flag("--json", options->is_json, "print JSON");
-    command->callback([options, action] { *action = [options] { return run(*options); }; });
+    command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
+    command.argument("TABLE", options->table, "the table's id or name").required();
+    command.option("--alias", options->alias, "the alias of the table (default: t)");
+    command.option("--other-alias", options->other_alias, "the alias on the other side of the join (default: o)");
+    command.option("--mode", options->mode, "how key columns of identity values are read (default: 0)").between(0, 2);
+    command.option("--other-mode", options->other_mode, "the same on the other side of the join (default: 0)")
+        .between(0, 2);
+    command.flag("--json", options->is_json, "print JSON");
+    command.runs([options] { return run(*options); });
 }

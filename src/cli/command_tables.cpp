@@ -1,6 +1,7 @@
 // tov-schema tables: what is in a schema, in creation order.
 
 #include "cli_files.hpp"
+#include "cli_harmless.hpp"
 #include "cli_json.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
@@ -67,20 +68,31 @@ table_facts facts_of(KT_context *ctx, tov_schema *schema, const std::string &tbl
     return facts;
 }
 
+// The number of characters, which is the width on a terminal for most names.
+size_t count_characters(const std::string &text)
+{
+    return static_cast<size_t>(
+        std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
+}
+
 std::string as_text(const std::vector<table_facts> &tables)
 {
     size_t width = 5;
-    for (const table_facts &t : tables)
-        width = std::max(width, t.name.size());
+    std::vector<std::string> names;
+    for (const table_facts &t : tables) {
+        names.push_back(cli_harmless(t.name));
+        width = std::max(width, count_characters(names.back()));
+    }
     const auto line = [&](const std::string &name, const char *rest) {
-        return name + std::string(width - name.size(), ' ') + rest + "\n";
+        return name + std::string(width - count_characters(name), ' ') + rest + "\n";
     };
     std::string text = line("table", "  columns  key  uniques  foreign keys  checks");
-    for (const table_facts &t : tables) {
+    for (size_t n = 0; n < tables.size(); n++) {
+        const table_facts &t = tables[n];
         char rest[80]; // five numbers of at most ten digits each
         static_cast<void>(std::snprintf(rest, sizeof rest, "  %7u  %3u  %7u  %12u  %6u", t.columns, t.key_columns,
                                         t.uniques, t.foreign_keys, t.checks));
-        text += line(t.name, rest);
+        text += line(names[n], rest);
     }
     return text;
 }
@@ -123,19 +135,19 @@ int run(const tables_options &options)
         return cli_done;
     }
     for (const std::string &remark : remarks)
-        cli_tell("tov-schema: note: %s\n", remark.c_str());
+        cli_tell_line("tov-schema: note: " + remark);
     cli_print(as_text(tables));
     return cli_done;
 }
 
 } // namespace
 
-void cli_add_tables(CLI::App &app, cli_action *action)
+void cli_add_tables(cli_arguments &arguments)
 {
     auto options = std::make_shared<tables_options>();
-    CLI::App *command = app.add_subcommand("tables", "List the tables of a schema in creation order");
-    command->footer("Example: tov-schema tables schema.json");
-    command->add_option("SCHEMA", options->schema, "the schema; - for standard input")->required();
-    command->add_flag("--json", options->is_json, "print JSON");
-    command->callback([options, action] { *action = [options] { return run(*options); }; });
+    const cli_command command = arguments.add("tables", "List the tables of a schema in creation order");
+    command.details("Example: tov-schema tables schema.json");
+    command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
+    command.flag("--json", options->is_json, "print JSON");
+    command.runs([options] { return run(*options); });
 }

@@ -14,21 +14,21 @@ class CliFilesTest : public CommandTest {};
 TEST_F(CliFilesTest, AFileThatIsNotThereIsNamed)
 {
     const command_result result = run({"tables", path("absent.json")});
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_EQ(result.err, "tov-schema: cannot read (No such file or directory): " + path("absent.json") + "\n");
 }
 
 TEST_F(CliFilesTest, ADirectoryIsNoFile)
 {
     const command_result result = run({"tables", directory});
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_EQ(result.err, "tov-schema: cannot read (Is a directory): " + directory + "\n");
 }
 
 TEST_F(CliFilesTest, AnEmptyFileIsRefused)
 {
     const command_result result = run({"tables", write("empty.json", "")});
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_EQ(result.err, "tov-schema: the file is empty: " + path("empty.json") + "\n");
     EXPECT_EQ(run({"tables", "-"}).err, "tov-schema: the file is empty: standard input\n");
 }
@@ -36,7 +36,7 @@ TEST_F(CliFilesTest, AnEmptyFileIsRefused)
 TEST_F(CliFilesTest, AFileWithANulIsNoText)
 {
     const command_result result = run({"tables", write("nul.json", std::string("{\0}", 3))});
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_EQ(result.err, "tov-schema: the file is no text (byte 1 is NUL): " + path("nul.json") + "\n");
 }
 
@@ -57,7 +57,7 @@ TEST_F(CliFilesTest, AFailureLeavesNoOutputAndNoRest)
 {
     write("schema.json", "old");
     const command_result result = run({"import", write("bad.json", "{\"tables\":["), "-o", path("schema.json")});
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_EQ(read("schema.json"), "old");
     EXPECT_EQ(files(), "bad.json schema.json ");
 }
@@ -65,7 +65,7 @@ TEST_F(CliFilesTest, AFailureLeavesNoOutputAndNoRest)
 TEST_F(CliFilesTest, AFolderThatIsNotThereIsNamed)
 {
     const command_result result = run({"import", write("c.json", sample_catalogue), "-o", path("no/schema.json")});
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_NE(result.err.find("tov-schema: cannot write (No such file or directory): " + path("no/schema.json")),
               std::string::npos)
         << result.err;
@@ -106,7 +106,7 @@ TEST_F(CliFilesTest, WritesToADeviceWithoutReplacingIt)
     EXPECT_EXIT_CODE(run({"import", write("c.json", sample_catalogue), "-o", "/dev/null"}), 0);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
     const command_result full = run({"import", path("c.json"), "-o", "/dev/full"});
-    EXPECT_EXIT_CODE(full, 1);
+    EXPECT_EXIT_CODE(full, 2);
     EXPECT_NE(full.err.find("cannot write (No space left on device)"), std::string::npos) << full.err;
 }
 

@@ -6,12 +6,12 @@ namespace {
 
 class CliRunTest : public CommandTest {};
 
-constexpr const char *subcommands[] = {"import", "create", "sql",    "tables", "default",
-                                       "refs",   "graph",  "select", "diff",   "lite"};
+constexpr const char *commands[] = {"import", "create", "sql",    "tables", "default",
+                                    "refs",   "graph",  "select", "diff",   "lite"};
 
-TEST_F(CliRunTest, HelpOfEachSubcommandHasAnExample)
+TEST_F(CliRunTest, HelpOfEachCommandHasAnExample)
 {
-    for (const char *name : subcommands) {
+    for (const char *name : commands) {
         const command_result result = run({name, "--help"});
         EXPECT_EXIT_CODE(result, 0);
         EXPECT_NE(result.out.find("Example"), std::string::npos) << result.out;
@@ -20,12 +20,47 @@ TEST_F(CliRunTest, HelpOfEachSubcommandHasAnExample)
     }
 }
 
-TEST_F(CliRunTest, HelpNamesEverySubcommand)
+TEST_F(CliRunTest, HelpNamesEveryCommand)
 {
     const command_result result = run({"--help"});
     EXPECT_EXIT_CODE(result, 0);
-    for (const char *name : subcommands)
+    for (const char *name : commands)
         EXPECT_NE(result.out.find(std::string("\n  ") + name), std::string::npos) << name;
+}
+
+TEST_F(CliRunTest, HelpIsACommandToo)
+{
+    EXPECT_EQ(run({"help"}).out, run({"--help"}).out);
+    EXPECT_NE(run({"help"}).out, "");
+    for (const char *name : commands) {
+        const command_result result = run({"help", name});
+        EXPECT_EXIT_CODE(result, 0);
+        EXPECT_EQ(result.out, run({name, "--help"}).out);
+    }
+}
+
+struct unknown_case {
+    std::vector<std::string> arguments;
+    const char *err;
+};
+
+const unknown_case unknown_cases[] = {
+    {{"improt", "a"}, "there is no command 'improt'; did you mean 'import'?"},
+    {{"Tables"}, "there is no command 'Tables'; did you mean 'tables'?"},
+    {{"help", "grap"}, "there is no command 'grap'; did you mean 'graph'?"},
+    {{"frobnicate"}, "there is no command 'frobnicate'"},
+    {{"x\u009B2J"}, "there is no command 'x<U+009B>2J'"},
+};
+
+TEST_F(CliRunTest, AnUnknownCommandIsNamedWithTheNearest)
+{
+    for (const unknown_case &c : unknown_cases) {
+        const command_result result = run(c.arguments);
+        EXPECT_EXIT_CODE(result, 2);
+        EXPECT_EQ(result.err,
+                  std::string("tov-schema: ") + c.err + "\nRun tov-schema help, or tov-schema help COMMAND.\n");
+        EXPECT_EQ(result.out, "");
+    }
 }
 
 TEST_F(CliRunTest, SaysItsVersion)
@@ -43,6 +78,7 @@ TEST_F(CliRunTest, WrongUsageIsTwoAndSaysWhere)
         {"import"},
         {"import", "a", "b"},
         {"create", "only-one"},
+        {"create", "a", "-"},
         {"tables"},
         {"tables", "a", "--unknown"},
         {"import", "a", "--txid", "many"},

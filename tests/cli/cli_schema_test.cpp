@@ -33,7 +33,7 @@ TEST_F(CliSchemaTest, EverySubcommandReadsBothForms)
 TEST_F(CliSchemaTest, ACatalogueExportIsRecognised)
 {
     const command_result result = run({"create", write("c.json", sample_catalogue), path("client.db")});
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_EQ(result.err, "tov-schema: this is a catalogue export; tov-schema import makes a schema of it: " +
                               path("c.json") + "\n");
     EXPECT_FALSE(exists("client.db"));
@@ -42,7 +42,7 @@ TEST_F(CliSchemaTest, ACatalogueExportIsRecognised)
 TEST_F(CliSchemaTest, WhatIsNoJsonIsRefusedWithThePlace)
 {
     const command_result result = run({"tables", write("s.json", "{\"compat_level\":1,\n\"tbls\":{]}")});
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_EQ(result.err,
               "tov-schema: JSON text, line 2, column 9: expected a key in quotes, found ']': " + path("s.json") + "\n");
 }
@@ -55,7 +55,7 @@ TEST_F(CliSchemaTest, ATableIsNamedByIdOrName)
     for (const char *table : {"T2", "Children", "CHILDREN"})
         EXPECT_EQ(run({"select", schema, table}).out, expected);
     const command_result absent = run({"select", schema, "Nobody"});
-    EXPECT_EXIT_CODE(absent, 1);
+    EXPECT_EXIT_CODE(absent, 2);
     EXPECT_EQ(absent.err, "tov-schema: no table of this id or name is in the schema: Nobody\n");
 }
 

@@ -47,16 +47,17 @@ const shape_case shape_cases[] = {
 TEST_F(CliShapeTest, APlaceCannotWriteOnTheTerminal)
 {
     const command_result result =
-        run({"tables", write("s.json", R"({"compat_level":1,"tbls":{"a\u001B[2J\nb\u007F":5}})")});
-    EXPECT_EXIT_CODE(result, 1);
-    EXPECT_EQ(result.err, "tov-schema: tbls.a [2J b  is not an object: " + path("s.json") + "\n");
+        run({"tables", write("s.json", R"({"compat_level":1,"tbls":{"a\u001B[2J\nb\u007F\u009B\u202E":5}})")});
+    EXPECT_EXIT_CODE(result, 2);
+    EXPECT_EQ(result.err,
+              "tov-schema: tbls.a<U+001B>[2J b<U+007F><U+009B><U+202E> is not an object: " + path("s.json") + "\n");
 }
 
 TEST_F(CliShapeTest, TheFirstWrongPlaceIsNamed)
 {
     for (const shape_case &c : shape_cases) {
         const command_result result = run({"tables", write("s.json", c.json)});
-        EXPECT_EXIT_CODE(result, 1);
+        EXPECT_EXIT_CODE(result, 2);
         EXPECT_EQ(result.err, std::string("tov-schema: ") + c.what + ": " + path("s.json") + "\n");
         EXPECT_EQ(result.out, "");
     }

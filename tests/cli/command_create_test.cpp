@@ -60,12 +60,23 @@ TEST_F(CommandCreateTest, TheScriptGivesTheSameDatabase)
     EXPECT_EQ(read("script.sql"), script.out);
 }
 
+TEST_F(CommandCreateTest, RefusesToWriteADatabaseToStandardOutput)
+{
+    const command_result result = run({"create", path("s.json"), "-"});
+    EXPECT_EXIT_CODE(result, 2);
+    EXPECT_EQ(result.err.find("tov-schema: a database cannot be written to standard output; tov-schema sql prints a "
+                              "script that creates it\n"),
+              0u)
+        << result.err;
+    EXPECT_EQ(result.out, "");
+}
+
 TEST_F(CommandCreateTest, RefusesADatabaseThatHasSuchATable)
 {
     ASSERT_EQ(run({"create", path("s.json"), path("client.db")}).exit_code, 0);
     const std::string before = read("client.db");
     const command_result result = run({"create", path("s.json"), path("client.db")});
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_NE(result.err.find("Customers"), std::string::npos) << result.err;
     EXPECT_EQ(read("client.db"), before);
 }
@@ -75,7 +86,7 @@ TEST_F(CommandCreateTest, AFailureLeavesNoDatabase)
     std::string schema = sample_schema;
     schema.replace(schema.find("\"Title\""), 7, R"("Ti\"tle")");
     const command_result result = run({"create", write("bad.json", schema), path("client.db")});
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_EQ(result.err, "tov-schema: table \"Parents\", column \"Ti\"tle\": a name with a double quote: " +
                               path("bad.json") + "\n");
     EXPECT_FALSE(exists("client.db"));
@@ -85,7 +96,7 @@ TEST_F(CommandCreateTest, RefusesAFileThatIsNoDatabase)
 {
     write("client.db", "this is no database, and long enough for SQLite to see that it is none");
     const command_result result = run({"create", path("s.json"), path("client.db")});
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_EQ(result.err, "tov-schema: file is not a database: " + path("client.db") + "\n");
     EXPECT_EQ(read("client.db").find("this is no database"), 0u);
 }

@@ -71,7 +71,7 @@ TEST_F(CommandDefaultTest, SaysWhichLineIsWrong)
 {
     for (const char *line : {"int ((0))", "int\t0", "int\tx\t((0))", "int\t256\t((0))", "sql\t0\t((0))"}) {
         const command_result result = run({"default"}, std::string("int\t0\t((7))\n") + line + "\n");
-        EXPECT_EXIT_CODE(result, 1);
+        EXPECT_EXIT_CODE(result, 2);
         EXPECT_NE(result.err.find("standard input, line 2"), std::string::npos) << result.err;
         EXPECT_EQ(result.out, "kept\t7\n");
     }
@@ -90,7 +90,7 @@ TEST_F(CommandDefaultTest, ThatSqliteCannotWorkIsNoRefusal)
         const std::string said = sqlite3_errstr(code);
         EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
         EXPECT_EQ(::testing::internal::GetCapturedStderr(), "tov-schema: " + said + ": " + said + ": ((1.5))\n");
-        EXPECT_EQ(exit_code, 1);
+        EXPECT_EQ(exit_code, 3);
     }
 }
 

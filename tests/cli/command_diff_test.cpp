@@ -59,20 +59,20 @@ TEST_F(CommandDiffTest, PrintsJson)
               "\n");
 }
 
-TEST_F(CommandDiffTest, TroubleIsTwo)
+TEST_F(CommandDiffTest, AFileThatCannotBeUsedIsTwo)
 {
     EXPECT_EXIT_CODE(run({"diff", old_schema, path("absent.json")}), 2);
     EXPECT_EXIT_CODE(run({"diff", write("bad.json", "{"), old_schema}), 2);
 }
 
 #ifndef TOV_SANITIZED // sanitizers need more address space than the limit
-TEST_F(CommandDiffTest, WantOfMemoryIsTroubleToo)
+TEST_F(CommandDiffTest, RunningOutOfMemoryIsThree)
 {
     const std::string large = write("large.json", "{");
     std::filesystem::resize_file(large, 1U << 30);
     const command_result result =
         run_program("/bin/sh", {"-c", "ulimit -v 500000; exec \"$0\" diff \"$1\" \"$1\"", TOV_SCHEMA_COMMAND, large});
-    EXPECT_EXIT_CODE(result, 2);
+    EXPECT_EXIT_CODE(result, 3);
     EXPECT_EQ(result.err, "tov-schema: out of memory\n");
 }
 #endif

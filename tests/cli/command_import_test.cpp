@@ -56,7 +56,7 @@ TEST_F(CommandImportTest, RefusesWhatIsNoExport)
     const char *const wrong[] = {"[", "7", "{\"tables\":5}", "{\"tables\":[5]}", "{}"};
     for (const char *text : wrong) {
         const command_result result = run({"import", write("wrong.json", text), "-o", path("s.json")});
-        EXPECT_EXIT_CODE(result, 1);
+        EXPECT_EXIT_CODE(result, 2);
         EXPECT_EQ(result.err.find("tov-schema: "), 0u) << result.err;
         EXPECT_NE(result.err.find(path("wrong.json")), std::string::npos) << result.err;
         EXPECT_FALSE(exists("s.json"));

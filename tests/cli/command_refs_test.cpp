@@ -58,7 +58,7 @@ TEST_F(CommandRefsTest, AReferenceToNoTableIsNamed)
     std::string schema = sample_schema;
     schema.replace(schema.find(R"("ref_tbl_id":"t1")"), 17, R"("ref_tbl_id":"t9")");
     const command_result result = run({"refs", "-"}, schema);
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_NE(result.err.find("table id 't9' not found in schema"), std::string::npos) << result.err;
 }
 

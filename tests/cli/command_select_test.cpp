@@ -49,7 +49,7 @@ TEST_F(CommandSelectTest, RefusesNamesThatAreNotSafeInSqlText)
         std::string schema = sample_schema;
         schema.replace(schema.find(R"("K","type")") + 1, 1, c.name);
         const command_result result = run({"select", "-", "Children"}, schema);
-        EXPECT_EXIT_CODE(result, 1);
+        EXPECT_EXIT_CODE(result, 2);
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.err, c.error);
         // Another table's text does not hold the name.
@@ -64,7 +64,7 @@ TEST_F(CommandSelectTest, RefusesTheUnsafeNameOfAKeyColumnThatIsNotPrepared)
             R"({"schema":{"compat_level":1,"tbls":{"t":{"name":"T","txid":1,"cols":{"a":{"name":"A",)"
             R"("type":{"name":"sint32"},"mssql_col_data_type":"int"}},"pk":{"name":"PK","cols":{"g":null}}}}},)"
             R"("host_internals":{"unprep-cols":{"t":{"g":{"name":"G\" OR 1=1","type":{"name":"host"}}}}}})");
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.err, "tov-schema: a name with a double quote: column \"G\" OR 1=1\"\n");
 }
@@ -75,7 +75,7 @@ TEST_F(CommandSelectTest, RefusesKeyColumnsInACycle)
     schema.replace(schema.find(R"("K","type")") + 4, 0,
                    R"("fk":{"ref_tbl_id":"t2","ref_col_id":"K","deferred":false},)");
     const command_result result = run({"select", "-", "Children", "--mode", "1"}, schema);
-    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_EXIT_CODE(result, 2);
     EXPECT_EQ(result.err, "tov-schema: the key columns refer to each other in a cycle: Children.K\n");
     EXPECT_EXIT_CODE(run({"select", "-", "Children"}, schema), 0);
 }

@@ -37,3 +37,5 @@ class CommandTest : public ::testing::Test {
 
 #define EXPECT_EXIT_CODE(result, code) \
     EXPECT_EQ((result).exit_code, code) << "out: " << (result).out << "\nerr: " << (result).err
+#define ASSERT_EXIT_CODE(result, code) \
+    ASSERT_EQ((result).exit_code, code) << "out: " << (result).out << "\nerr: " << (result).err

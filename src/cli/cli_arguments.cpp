@@ -1,0 +1,142 @@
+#include "cli_arguments.hpp"
+
+#include "cli.hpp"
+#include "cli_nearest.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+cli_option cli_option::required() const
+{
+    option_->required();
+    return *this;
+}
+
+cli_option cli_option::between(int64_t least, int64_t most) const
+{
+    option_->check(CLI::Range(least, most));
+    return *this;
+}
+
+cli_option cli_option::one_of(const std::vector<std::string> &words) const
+{
+    option_->check(CLI::IsMember(words));
+    return *this;
+}
+
+cli_option cli_option::needs(cli_option other) const
+{
+    option_->needs(other.option_);
+    return *this;
+}
+
+cli_option cli_option::excludes(cli_option other) const
+{
+    option_->excludes(other.option_);
+    return *this;
+}
+
+cli_option cli_command::argument(const char *name, std::string &value, const char *help) const
+{
+    return cli_option(app_->add_option(name, value, help));
+}
+
+cli_option cli_command::argument(const char *name, std::vector<std::string> &values, const char *help) const
+{
+    return cli_option(app_->add_option(name, values, help));
+}
+
+cli_option cli_command::option(const char *names, std::string &value, const char *help) const
+{
+    return cli_option(app_->add_option(names, value, help));
+}
+
+cli_option cli_command::option(const char *names, std::vector<std::string> &values, const char *help) const
+{
+    return cli_option(app_->add_option(names, values, help)->allow_extra_args(false));
+}
+
+cli_option cli_command::option(const char *names, uint32_t &value, const char *help) const
+{
+    return cli_option(app_->add_option(names, value, help));
+}
+
+cli_option cli_command::option(const char *names, int64_t &value, const char *help) const
+{
+    return cli_option(app_->add_option(names, value, help));
+}
+
+cli_option cli_command::flag(const char *names, bool &value, const char *help) const
+{
+    return cli_option(app_->add_flag(names, value, help));
+}
+
+void cli_command::details(const char *text) const
+{
+    app_->footer(text);
+}
+
+void cli_command::runs(action run) const
+{
+    app_->callback([chosen = chosen_, run = std::move(run)] { *chosen = run; });
+}
+
+cli_arguments::cli_arguments(const char *about, const char *version)
+    : app_(std::make_unique<CLI::App>(about, "tov-schema"))
+{
+    app_->set_version_flag("--version", version);
+    app_->require_subcommand(1);
+}
+
+cli_arguments::~cli_arguments() = default;
+
+cli_command cli_arguments::add(const char *name, const char *summary)
+{
+    return {app_->add_subcommand(name, summary), &chosen_};
+}
+
+std::vector<std::string> cli_arguments::names() const
+{
+    std::vector<std::string> names;
+    for (const CLI::App *command : app_->get_subcommands(nullptr))
+        names.push_back(command->get_name());
+    return names;
+}
+
+// "help" and "help COMMAND" are other ways to write "--help" and "COMMAND --help". The parser takes its words in
+// reverse.
+static std::vector<std::string> words_of(int argc, const char *const *argv)
+{
+    std::vector<std::string> words(argv + 1, argv + argc);
+    if (!words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        words.insert(words.begin() + (words.empty() ? 0 : 1), "--help");
+    }
+    return words;
+}
+
+static void refuse_unknown_command(const std::vector<std::string> &words, const std::vector<std::string> &names)
+{
+    if (words.empty() || words.front().starts_with('-') ||
+        std::find(names.begin(), names.end(), words.front()) != names.end())
+        return;
+    const std::string nearest = cli_nearest(words.front(), names);
+    throw cli_usage_failure("there is no command '" + words.front() + "'" +
+                            (nearest.empty() ? "" : "; did you mean '" + nearest + "'?"));
+}
+
+int cli_arguments::run(int argc, const char *const *argv)
+{
+    std::vector<std::string> words = words_of(argc, argv);
+    refuse_unknown_command(words, names());
+    std::reverse(words.begin(), words.end());
+    try {
+        app_->parse(words);
+    } catch (const CLI::ParseError &error) {
+        if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
+            return app_->exit(error); // --help, --version
+        throw cli_usage_failure(error.what());
+    }
+    return chosen_();
+}

@@ -1,0 +1,8 @@
+// What was probably meant by a word that is not known.
+#pragma once
+
+#include <string>
+#include <vector>
+
+// The word that takes the fewest typing errors to become the given one, letter case aside; "" where none is near.
+std::string cli_nearest(const std::string &word, const std::vector<std::string> &words);
