@@ -7,6 +7,31 @@
 
 #include <algorithm>
 
+namespace {
+
+// "help" and "help COMMAND" are other ways to write "--help" and "COMMAND --help".
+std::vector<std::string> words_of(int argc, const char *const *argv)
+{
+    std::vector<std::string> words(argv + 1, argv + argc);
+    if (!words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        words.insert(words.begin() + (words.empty() ? 0 : 1), "--help");
+    }
+    return words;
+}
+
+void refuse_unknown_command(const std::vector<std::string> &words, const std::vector<std::string> &names)
+{
+    if (words.empty() || words.front().starts_with('-') ||
+        std::find(names.begin(), names.end(), words.front()) != names.end())
+        return;
+    const std::string nearest = cli_nearest(words.front(), names);
+    throw cli_usage_failure("there is no command '" + words.front() + "'" +
+                            (nearest.empty() ? "" : "; did you mean '" + nearest + "'?"));
+}
+
+} // namespace
+
 cli_option cli_option::required() const
 {
     option_->required();
@@ -104,32 +129,11 @@ std::vector<std::string> cli_arguments::names() const
     return names;
 }
 
-// "help" and "help COMMAND" are other ways to write "--help" and "COMMAND --help". The parser takes its words in
-// reverse.
-static std::vector<std::string> words_of(int argc, const char *const *argv)
-{
-    std::vector<std::string> words(argv + 1, argv + argc);
-    if (!words.empty() && words.front() == "help") {
-        words.erase(words.begin());
-        words.insert(words.begin() + (words.empty() ? 0 : 1), "--help");
-    }
-    return words;
-}
-
-static void refuse_unknown_command(const std::vector<std::string> &words, const std::vector<std::string> &names)
-{
-    if (words.empty() || words.front().starts_with('-') ||
-        std::find(names.begin(), names.end(), words.front()) != names.end())
-        return;
-    const std::string nearest = cli_nearest(words.front(), names);
-    throw cli_usage_failure("there is no command '" + words.front() + "'" +
-                            (nearest.empty() ? "" : "; did you mean '" + nearest + "'?"));
-}
-
 int cli_arguments::run(int argc, const char *const *argv)
 {
     std::vector<std::string> words = words_of(argc, argv);
     refuse_unknown_command(words, names());
+    // The parser takes its words in reverse.
     std::reverse(words.begin(), words.end());
     try {
         app_->parse(words);

@@ -4,14 +4,16 @@
 #include <numeric>
 #include <utility>
 
-static char lower(char byte)
+namespace {
+
+char lower(char byte)
 {
     return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
 }
 
 // How many characters must be inserted, left out, replaced, or swapped with the next one to make one word of the
 // other; at work are the last three rows of the table that compares every beginning of a with every beginning of b.
-static size_t distance(const std::string &a, const std::string &b)
+size_t distance(const std::string &a, const std::string &b)
 {
     std::vector<size_t> before_last, last, row(b.size() + 1);
     std::iota(row.begin(), row.end(), size_t{0});
@@ -27,6 +29,8 @@ static size_t distance(const std::string &a, const std::string &b)
     }
     return row.back();
 }
+
+} // namespace
 
 std::string cli_nearest(const std::string &word, const std::vector<std::string> &words)
 {
