@@ -7,10 +7,8 @@
 
 #include <algorithm>
 
-namespace {
-
 // "help" and "help COMMAND" are other ways to write "--help" and "COMMAND --help".
-std::vector<std::string> words_of(int argc, const char *const *argv)
+static std::vector<std::string> my_words_of(int argc, const char *const *argv)
 {
     std::vector<std::string> words(argv + 1, argv + argc);
     if (!words.empty() && words.front() == "help") {
@@ -20,7 +18,7 @@ std::vector<std::string> words_of(int argc, const char *const *argv)
     return words;
 }
 
-void refuse_unknown_command(const std::vector<std::string> &words, const std::vector<std::string> &names)
+static void my_refuse_unknown_command(const std::vector<std::string> &words, const std::vector<std::string> &names)
 {
     if (words.empty() || words.front().starts_with('-') ||
         std::find(names.begin(), names.end(), words.front()) != names.end())
@@ -29,8 +27,6 @@ void refuse_unknown_command(const std::vector<std::string> &words, const std::ve
     throw cli_usage_failure("there is no command '" + words.front() + "'" +
                             (nearest.empty() ? "" : "; did you mean '" + nearest + "'?"));
 }
-
-} // namespace
 
 cli_option cli_option::required() const
 {
@@ -131,8 +127,8 @@ std::vector<std::string> cli_arguments::names() const
 
 int cli_arguments::run(int argc, const char *const *argv)
 {
-    std::vector<std::string> words = words_of(argc, argv);
-    refuse_unknown_command(words, names());
+    std::vector<std::string> words = my_words_of(argc, argv);
+    my_refuse_unknown_command(words, names());
     // The parser takes its words in reverse.
     std::reverse(words.begin(), words.end());
     try {

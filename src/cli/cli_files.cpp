@@ -36,7 +36,9 @@ struct open_file {
     throw cli_failure(std::string(what) + " (" + std::generic_category().message(error) + ")", path);
 }
 
-void write_all(int fd, const std::string &content, const std::string &path)
+} // namespace
+
+static void my_write_all(int fd, const std::string &content, const std::string &path)
 {
     size_t written = 0;
     while (written < content.size()) {
@@ -50,7 +52,7 @@ void write_all(int fd, const std::string &content, const std::string &path)
 }
 
 // The rights that a new file gets, or those of the file that is replaced.
-mode_t rights_for(const std::string &path)
+static mode_t my_rights_for(const std::string &path)
 {
     struct stat existing;
     if (::stat(path.c_str(), &existing) == 0)
@@ -61,22 +63,22 @@ mode_t rights_for(const std::string &path)
 }
 
 // The path that a symbolic link leads to, so that the link stays; the path itself where there is no file yet.
-std::string behind_links(const std::string &path)
+static std::string my_behind_links(const std::string &path)
 {
     const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
     return resolved ? resolved.get() : path;
 }
 
-void write_and_rename(const std::string &path, const std::string &content)
+static void my_write_and_rename(const std::string &path, const std::string &content)
 {
-    const std::string target = behind_links(path);
+    const std::string target = my_behind_links(path);
     std::string beside = target + ".XXXXXX";
     open_file file(::mkstemp(beside.data()));
     if (file.fd < 0)
         fail("cannot write", path, errno);
     try {
-        write_all(file.fd, content, path);
-        if (::fchmod(file.fd, rights_for(path)) != 0 || ::fsync(file.fd) != 0 ||
+        my_write_all(file.fd, content, path);
+        if (::fchmod(file.fd, my_rights_for(path)) != 0 || ::fsync(file.fd) != 0 ||
             ::rename(beside.c_str(), target.c_str()) != 0)
             fail("cannot write", path, errno);
     } catch (...) {
@@ -86,20 +88,18 @@ void write_and_rename(const std::string &path, const std::string &content)
 }
 
 // Whether it is the file that standard output goes to, such as /dev/stdout: to be written on, never replaced.
-bool is_standard_output(const std::string &path)
+static bool my_is_standard_output(const std::string &path)
 {
     struct stat existing, output;
     return ::stat(path.c_str(), &existing) == 0 && ::fstat(STDOUT_FILENO, &output) == 0 &&
            existing.st_dev == output.st_dev && existing.st_ino == output.st_ino;
 }
 
-bool is_special(const std::string &path)
+static bool my_is_special(const std::string &path)
 {
     struct stat existing;
     return ::stat(path.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode);
 }
-
-} // namespace
 
 std::string cli_read_file(const std::string &path)
 {
@@ -137,7 +137,7 @@ std::string cli_read_text(const std::string &path)
 
 void cli_print(const std::string &text)
 {
-    write_all(STDOUT_FILENO, text, "standard output");
+    my_write_all(STDOUT_FILENO, text, "standard output");
 }
 
 void cli_tell(const char *format, ...)
@@ -151,14 +151,14 @@ void cli_tell(const char *format, ...)
 // A device or pipe cannot be replaced by a file beside it.
 void cli_write_file(const std::string &path, const std::string &content)
 {
-    if (path == "-" || is_standard_output(path)) {
+    if (path == "-" || my_is_standard_output(path)) {
         cli_print(content);
-    } else if (is_special(path)) {
+    } else if (my_is_special(path)) {
         const open_file file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
         if (file.fd < 0)
             fail("cannot write", path, errno);
-        write_all(file.fd, content, path);
+        my_write_all(file.fd, content, path);
     } else {
-        write_and_rename(path, content);
+        my_write_and_rename(path, content);
     }
 }

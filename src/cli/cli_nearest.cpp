@@ -4,16 +4,14 @@
 #include <numeric>
 #include <utility>
 
-namespace {
-
-char lower(char byte)
+static char my_lower(char byte)
 {
     return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
 }
 
 // How many characters must be inserted, left out, replaced, or swapped with the next one to make one word of the
 // other; at work are the last three rows of the table that compares every beginning of a with every beginning of b.
-size_t distance(const std::string &a, const std::string &b)
+static size_t my_distance(const std::string &a, const std::string &b)
 {
     std::vector<size_t> before_last, last, row(b.size() + 1);
     std::iota(row.begin(), row.end(), size_t{0});
@@ -21,16 +19,14 @@ size_t distance(const std::string &a, const std::string &b)
         before_last = std::exchange(last, row);
         row[0] = i;
         for (size_t j = 1; j <= b.size(); j++) {
-            const bool is_same = lower(a[i - 1]) == lower(b[j - 1]);
+            const bool is_same = my_lower(a[i - 1]) == my_lower(b[j - 1]);
             row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + !is_same});
-            if (i > 1 && j > 1 && lower(a[i - 1]) == lower(b[j - 2]) && lower(a[i - 2]) == lower(b[j - 1]))
+            if (i > 1 && j > 1 && my_lower(a[i - 1]) == my_lower(b[j - 2]) && my_lower(a[i - 2]) == my_lower(b[j - 1]))
                 row[j] = std::min(row[j], before_last[j - 2] + 1);
         }
     }
     return row.back();
 }
-
-} // namespace
 
 std::string cli_nearest(const std::string &word, const std::vector<std::string> &words)
 {
@@ -40,7 +36,7 @@ std::string cli_nearest(const std::string &word, const std::vector<std::string> 
     std::string nearest;
     size_t least = (word.size() + 2) / 3 + 1; // one error in three characters is still a typing error
     for (const std::string &candidate : words) {
-        const size_t errors = distance(word, candidate);
+        const size_t errors = my_distance(word, candidate);
         if (errors < least) {
             least = errors;
             nearest = candidate;

@@ -38,7 +38,7 @@ void cli_progress::finish()
 }
 
 // Ends as soon as it is asked to, and takes its line away.
-static void show_time(const std::stop_token &stop, const char *what)
+static void my_show_time(const std::stop_token &stop, const char *what)
 {
     std::mutex mutex;
     std::condition_variable_any wake;
@@ -53,5 +53,5 @@ static void show_time(const std::stop_token &stop, const char *what)
 cli_waiting::cli_waiting(const char *what)
 {
     if (isatty(STDERR_FILENO) == 1)
-        clock_ = std::jthread([what](const std::stop_token &stop) { show_time(stop, what); });
+        clock_ = std::jthread([what](const std::stop_token &stop) { my_show_time(stop, what); });
 }

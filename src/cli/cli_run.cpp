@@ -20,7 +20,9 @@ constexpr const char *about =
     "Exit codes: 0 done; 1 findings (import --strict) or differences (diff); 2 wrong usage, or a file\n"
     "that cannot be used; 3 out of memory or an internal error.";
 
-void add_commands(cli_arguments &arguments)
+} // namespace
+
+static void my_add_commands(cli_arguments &arguments)
 {
     cli_add_import(arguments);
     cli_add_create(arguments);
@@ -34,35 +36,33 @@ void add_commands(cli_arguments &arguments)
     cli_add_lite(arguments);
 }
 
-int complain_of_memory()
+static int my_complain_of_memory()
 {
     cli_tell("tov-schema: out of memory\n"); // allocates nothing
     return cli_internal;
 }
 
-int complain(const char *what, int code)
+static int my_complain(const char *what, int code)
 try {
     cli_tell_line(std::string("tov-schema: ") + what);
     return code;
 } catch (const std::bad_alloc &) {
-    return complain_of_memory();
+    return my_complain_of_memory();
 }
-
-} // namespace
 
 int cli_run(int argc, char **argv)
 try {
     cli_arguments arguments(about, "tov-schema " TOV_SCHEMA_VERSION);
-    add_commands(arguments);
+    my_add_commands(arguments);
     return arguments.run(argc, argv);
 } catch (const cli_usage_failure &failure) {
-    const int code = complain(failure.what(), failure.exit_code);
+    const int code = my_complain(failure.what(), failure.exit_code);
     cli_tell("Run tov-schema help, or tov-schema help COMMAND.\n");
     return code;
 } catch (const cli_failure &failure) {
-    return complain(failure.what(), failure.exit_code);
+    return my_complain(failure.what(), failure.exit_code);
 } catch (const std::bad_alloc &) {
-    return complain_of_memory();
+    return my_complain_of_memory();
 } catch (const std::exception &error) {
-    return complain(error.what(), cli_internal);
+    return my_complain(error.what(), cli_internal);
 }

@@ -4,9 +4,7 @@
 #include "cli_json.hpp"
 #include "cli_shape.hpp"
 
-namespace {
-
-bool has_key(KT_context *ctx, const KT_vhash *map, const char *key)
+static bool my_has_key(KT_context *ctx, const KT_vhash *map, const char *key)
 {
     KT_bool has = 0;
     KT_vhash__has(ctx, map, key, &has);
@@ -14,7 +12,8 @@ bool has_key(KT_context *ctx, const KT_vhash *map, const char *key)
 }
 
 // A child as a map of its own: the schema takes over whole documents.
-void copy_child(KT_context *ctx, const KT_vhash *map, const char *key, const std::string &path, KT_vhash **copy)
+static void my_copy_child(KT_context *ctx, const KT_vhash *map, const char *key, const std::string &path,
+                          KT_vhash **copy)
 {
     KT_vhash *child = nullptr;
     KT_vhash__get__vhash(ctx, map, key, &child);
@@ -23,20 +22,18 @@ void copy_child(KT_context *ctx, const KT_vhash *map, const char *key, const std
     cli_check(ctx, path);
 }
 
-} // namespace
-
 void cli_load_schema(KT_context *ctx, const std::string &path, cli_schema *schema)
 {
     const std::string text = cli_read_text(path);
     cli_map file(ctx, text, path);
-    if (has_key(ctx, file, "format") || (has_key(ctx, file, "tables") && !has_key(ctx, file, "tbls")))
+    if (my_has_key(ctx, file, "format") || (my_has_key(ctx, file, "tables") && !my_has_key(ctx, file, "tbls")))
         throw cli_failure("this is a catalogue export; tov-schema import makes a schema of it", path);
 
     kt_owned_vhash document{ctx}, host_internals{ctx};
-    if (has_key(ctx, file, "schema")) {
-        copy_child(ctx, file, "schema", path, document.out());
-        if (has_key(ctx, file, "host_internals"))
-            copy_child(ctx, file, "host_internals", path, host_internals.out());
+    if (my_has_key(ctx, file, "schema")) {
+        my_copy_child(ctx, file, "schema", path, document.out());
+        if (my_has_key(ctx, file, "host_internals"))
+            my_copy_child(ctx, file, "host_internals", path, host_internals.out());
     } else {
         *document.out() = std::exchange(file.map, nullptr);
     }

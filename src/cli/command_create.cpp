@@ -18,8 +18,10 @@ struct create_options {
     std::string output = "-";
 };
 
+} // namespace
+
 // Says on standard error why tables are not created in the order of their references.
-void print_remarks(KT_context *ctx, tov_schema *schema, const std::string &path)
+static void my_print_remarks(KT_context *ctx, tov_schema *schema, const std::string &path)
 {
     KT_varray *tbl_ids = nullptr, *remarks = nullptr;
     tov_client__creation_order(ctx, schema, &tbl_ids, &remarks);
@@ -29,7 +31,7 @@ void print_remarks(KT_context *ctx, tov_schema *schema, const std::string &path)
         cli_tell_line("tov-schema: note: " + remark);
 }
 
-int run_create(const create_options &options)
+static int my_run_create(const create_options &options)
 {
     if (options.database == "-")
         throw cli_usage_failure("a database cannot be written to standard output; tov-schema sql prints a script that "
@@ -37,7 +39,7 @@ int run_create(const create_options &options)
     const cli_context context;
     cli_schema schema(context.ctx);
     cli_load_schema(context.ctx, options.schema, &schema);
-    print_remarks(context.ctx, schema, options.schema);
+    my_print_remarks(context.ctx, schema, options.schema);
     cli_progress progress("creating");
     tov_client__create_database(context.ctx, schema, options.database.c_str(), cli_progress::step, &progress);
     progress.finish();
@@ -46,12 +48,12 @@ int run_create(const create_options &options)
     return cli_done;
 }
 
-int run_sql(const create_options &options)
+static int my_run_sql(const create_options &options)
 {
     const cli_context context;
     cli_schema schema(context.ctx);
     cli_load_schema(context.ctx, options.schema, &schema);
-    print_remarks(context.ctx, schema, options.schema);
+    my_print_remarks(context.ctx, schema, options.schema);
     KT_string *script = nullptr;
     {
         const cli_waiting waiting("writing");
@@ -63,8 +65,6 @@ int run_sql(const create_options &options)
     return cli_done;
 }
 
-} // namespace
-
 void cli_add_create(cli_arguments &arguments)
 {
     auto options = std::make_shared<create_options>();
@@ -73,7 +73,7 @@ void cli_add_create(cli_arguments &arguments)
                     "Example: tov-schema create schema.json client.db");
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.argument("DATABASE", options->database, "the database file; made when it is absent").required();
-    command.runs([options] { return run_create(*options); });
+    command.runs([options] { return my_run_create(*options); });
 }
 
 void cli_add_sql(cli_arguments &arguments)
@@ -83,5 +83,5 @@ void cli_add_sql(cli_arguments &arguments)
     command.details("Example: tov-schema sql schema.json | sqlite3 -bail client.db");
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.option("-o,--output", options->output, "where the script goes (default: standard output)");
-    command.runs([options] { return run_sql(*options); });
+    command.runs([options] { return my_run_sql(*options); });
 }

@@ -82,8 +82,22 @@ constexpr known_type known_types[] = {
     {"uniqueidentifier", "guid", a_guid},
 };
 
+struct outcome {
+    const char *what; // kept, dropped, refused
+    std::string detail;
+};
+
+struct input_line {
+    std::string type_name;
+    const known_type *type = nullptr;
+    uint32_t scale = 0;
+    std::string text;
+};
+
+} // namespace
+
 // Null for an unknown name.
-const known_type *find_type(const std::string &name)
+static const known_type *my_find_type(const std::string &name)
 {
     for (const known_type &type : known_types)
         if (KT_stricmp(type.name, name.c_str()) == 0)
@@ -91,13 +105,8 @@ const known_type *find_type(const std::string &name)
     return nullptr;
 }
 
-struct outcome {
-    const char *what; // kept, dropped, refused
-    std::string detail;
-};
-
 // A schema of one column, for the operation that reads a column's type.
-void set_type(KT_context *ctx, tov_schema *schema, const known_type &type, uint32_t scale)
+static void my_set_type(KT_context *ctx, tov_schema *schema, const known_type &type, uint32_t scale)
 {
     if (std::string_view(type.abstract_type) == "decimal")
         tov_schema__set_col_type_decimal(ctx, schema, "t", "c", 38, static_cast<uint8_t>(scale));
@@ -106,9 +115,10 @@ void set_type(KT_context *ctx, tov_schema *schema, const known_type &type, uint3
     cli_check(ctx, type.name);
 }
 
-outcome translate(KT_context *ctx, tov_schema *schema, const known_type &type, uint32_t scale, const std::string &text)
+static outcome my_translate(KT_context *ctx, tov_schema *schema, const known_type &type, uint32_t scale,
+                            const std::string &text)
 {
-    set_type(ctx, schema, type, scale);
+    my_set_type(ctx, schema, type, scale);
     kt_owned_text result{ctx};
     tov_schema__fix_mssql_defval(ctx, schema, "t", "c", text.c_str(), result.out());
     if (tov_host__is_refused_default(KT_context__err_code(ctx))) {
@@ -123,8 +133,8 @@ outcome translate(KT_context *ctx, tov_schema *schema, const known_type &type, u
     return {"kept", result.get()};
 }
 
-void print(KT_context *ctx, const default_options &options, const std::string &type, const std::string &text,
-           const outcome &result)
+static void my_print(KT_context *ctx, const default_options &options, const std::string &type, const std::string &text,
+                     const outcome &result)
 {
     if (!options.is_json) {
         cli_print(std::string(result.what) + "\t" + cli_harmless(result.detail) + "\n");
@@ -138,15 +148,8 @@ void print(KT_context *ctx, const default_options &options, const std::string &t
     cli_print(cli_json_text(ctx, map) + "\n");
 }
 
-struct input_line {
-    std::string type_name;
-    const known_type *type = nullptr;
-    uint32_t scale = 0;
-    std::string text;
-};
-
 // TYPE<tab>SCALE<tab>TEXT; an empty scale is 0.
-input_line split(const std::string &line, size_t number)
+static input_line my_split(const std::string &line, size_t number)
 {
     const std::string where = "standard input, line " + std::to_string(number);
     const size_t first = line.find('\t');
@@ -157,7 +160,7 @@ input_line split(const std::string &line, size_t number)
         throw cli_failure("the line holds a NUL", where);
     input_line result;
     result.type_name = line.substr(0, first);
-    result.type = find_type(result.type_name);
+    result.type = my_find_type(result.type_name);
     if (!result.type)
         throw cli_failure("no type of the name '" + result.type_name + "'", where);
     result.text = line.substr(second + 1);
@@ -168,7 +171,7 @@ input_line split(const std::string &line, size_t number)
     return result;
 }
 
-int run_lines(KT_context *ctx, tov_schema *schema, const default_options &options)
+static int my_run_lines(KT_context *ctx, tov_schema *schema, const default_options &options)
 {
     std::string line;
     for (size_t number = 1; std::getline(std::cin, line); number++) {
@@ -176,17 +179,18 @@ int run_lines(KT_context *ctx, tov_schema *schema, const default_options &option
             line.pop_back();
         if (line.empty())
             continue;
-        const input_line input = split(line, number);
-        print(ctx, options, input.type_name, input.text, translate(ctx, schema, *input.type, input.scale, input.text));
+        const input_line input = my_split(line, number);
+        my_print(ctx, options, input.type_name, input.text,
+                 my_translate(ctx, schema, *input.type, input.scale, input.text));
     }
     if (std::cin.bad())
         throw cli_failure("cannot read", "standard input");
     return cli_done;
 }
 
-int run(const default_options &options)
+static int my_run(const default_options &options)
 {
-    const known_type *type = find_type(options.type);
+    const known_type *type = my_find_type(options.type);
     if (!type && !options.type.empty())
         throw cli_usage_failure("no type of this name", options.type);
     const cli_context context;
@@ -199,12 +203,10 @@ int run(const default_options &options)
     tov_schema__add_col(ctx, schema, "t", "c", "c", 1, 0, 0);
     cli_check(ctx, "");
     if (!type)
-        return run_lines(ctx, schema, options);
-    print(ctx, options, options.type, options.text, translate(ctx, schema, *type, options.scale, options.text));
+        return my_run_lines(ctx, schema, options);
+    my_print(ctx, options, options.type, options.text, my_translate(ctx, schema, *type, options.scale, options.text));
     return cli_done;
 }
-
-} // namespace
 
 void cli_add_default(cli_arguments &arguments)
 {
@@ -220,5 +222,5 @@ void cli_add_default(cli_arguments &arguments)
     type.needs(text);
     command.option("--scale", options->scale, "digits behind the point of a decimal (default: 0)").between(0, 255);
     command.flag("--json", options->is_json, "print one JSON object for each default");
-    command.runs([options] { return run(*options); });
+    command.runs([options] { return my_run(*options); });
 }

@@ -25,7 +25,9 @@ struct column_diff {
     std::vector<std::string> only_in_old, only_in_new;
 };
 
-table_diff compare_tables(KT_context *ctx, tov_schema *a, tov_schema *b)
+} // namespace
+
+static table_diff my_compare_tables(KT_context *ctx, tov_schema *a, tov_schema *b)
 {
     KT_varray *only_a = nullptr, *only_b = nullptr, *same = nullptr, *changed = nullptr;
     tov_schema__diff_tbls(ctx, a, b, &only_a, &only_b, &same, &changed);
@@ -35,7 +37,7 @@ table_diff compare_tables(KT_context *ctx, tov_schema *a, tov_schema *b)
     return diff;
 }
 
-column_diff compare_columns(KT_context *ctx, tov_schema *a, tov_schema *b, const std::string &tbl_id)
+static column_diff my_compare_columns(KT_context *ctx, tov_schema *a, tov_schema *b, const std::string &tbl_id)
 {
     KT_varray *only_a = nullptr, *only_b = nullptr;
     tov_schema__diff_cols(ctx, a, b, tbl_id.c_str(), &only_a, &only_b, nullptr);
@@ -44,7 +46,8 @@ column_diff compare_columns(KT_context *ctx, tov_schema *a, tov_schema *b, const
     return diff;
 }
 
-std::string column_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id, const std::string &col_id)
+static std::string my_column_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id,
+                                  const std::string &col_id)
 {
     const char *name = nullptr;
     tov_schema__get_col_name(ctx, schema, tbl_id.c_str(), col_id.c_str(), &name);
@@ -52,8 +55,8 @@ std::string column_name(KT_context *ctx, tov_schema *schema, const std::string &
     return name ? name : col_id;
 }
 
-std::string as_text(KT_context *ctx, tov_schema *a, tov_schema *b, const table_diff &tables,
-                    const std::vector<column_diff> &columns)
+static std::string my_as_text(KT_context *ctx, tov_schema *a, tov_schema *b, const table_diff &tables,
+                              const std::vector<column_diff> &columns)
 {
     std::string text;
     const auto add_tables = [&](const char *what, tov_schema *schema, const std::vector<std::string> &ids) {
@@ -64,7 +67,7 @@ std::string as_text(KT_context *ctx, tov_schema *a, tov_schema *b, const table_d
                                  const std::vector<std::string> &ids) {
         for (const std::string &id : ids)
             text += what +
-                    cli_harmless(cli_table_name(ctx, schema, tbl_id) + "." + column_name(ctx, schema, tbl_id, id)) +
+                    cli_harmless(cli_table_name(ctx, schema, tbl_id) + "." + my_column_name(ctx, schema, tbl_id, id)) +
                     "\n";
     };
     add_tables("only in old: ", a, tables.only_in_old);
@@ -78,7 +81,7 @@ std::string as_text(KT_context *ctx, tov_schema *a, tov_schema *b, const table_d
     return text;
 }
 
-std::string as_json(KT_context *ctx, const table_diff &tables, const std::vector<column_diff> &columns)
+static std::string my_as_json(KT_context *ctx, const table_diff &tables, const std::vector<column_diff> &columns)
 {
     cli_map result(ctx);
     cli_add_texts(ctx, result, "only_in_old", tables.only_in_old);
@@ -95,28 +98,26 @@ std::string as_json(KT_context *ctx, const table_diff &tables, const std::vector
     return cli_json_text(ctx, result) + "\n";
 }
 
-int run(const diff_options &options)
+static int my_run(const diff_options &options)
 {
     const cli_context context;
     KT_context *ctx = context.ctx;
     cli_schema a(ctx), b(ctx);
     cli_load_schema(ctx, options.old_schema, &a);
     cli_load_schema(ctx, options.new_schema, &b);
-    const table_diff tables = compare_tables(ctx, a, b);
+    const table_diff tables = my_compare_tables(ctx, a, b);
     std::vector<column_diff> columns;
     for (const auto &shared : {tables.changed, tables.same})
         for (const std::string &id : shared) {
-            column_diff diff = compare_columns(ctx, a, b, id);
+            column_diff diff = my_compare_columns(ctx, a, b, id);
             if (!diff.only_in_old.empty() || !diff.only_in_new.empty())
                 columns.push_back(std::move(diff));
         }
-    cli_print(options.is_json ? as_json(ctx, tables, columns) : as_text(ctx, a, b, tables, columns));
+    cli_print(options.is_json ? my_as_json(ctx, tables, columns) : my_as_text(ctx, a, b, tables, columns));
     const bool is_same =
         tables.only_in_old.empty() && tables.only_in_new.empty() && tables.changed.empty() && columns.empty();
     return is_same ? cli_done : cli_found;
 }
-
-} // namespace
 
 void cli_add_diff(cli_arguments &arguments)
 {
@@ -129,5 +130,5 @@ void cli_add_diff(cli_arguments &arguments)
     command.argument("OLD", options->old_schema, "a schema; - for standard input").required();
     command.argument("NEW", options->new_schema, "the schema to compare it with; - for standard input").required();
     command.flag("--json", options->is_json, "print JSON");
-    command.runs([options] { return run(*options); });
+    command.runs([options] { return my_run(*options); });
 }

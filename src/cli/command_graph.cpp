@@ -30,7 +30,9 @@ struct graph {
     std::map<std::string, size_t> index; // by id
 };
 
-std::vector<std::string> key_of(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
+} // namespace
+
+static std::vector<std::string> my_key_of(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
 {
     std::vector<std::string> names;
     uint32_t count = 0;
@@ -45,7 +47,7 @@ std::vector<std::string> key_of(KT_context *ctx, tov_schema *schema, const std::
     return names;
 }
 
-std::string lower(std::string text)
+static std::string my_lower(std::string text)
 {
     for (char &byte : text)
         if (byte >= 'A' && byte <= 'Z')
@@ -53,14 +55,14 @@ std::string lower(std::string text)
     return text;
 }
 
-graph read_graph(KT_context *ctx, tov_schema *schema)
+static graph my_read_graph(KT_context *ctx, tov_schema *schema)
 {
     graph result;
     for (const std::string &id : cli_table_ids(ctx, schema)) {
         node table;
         table.id = id;
         table.name = cli_table_name(ctx, schema, id);
-        table.key = key_of(ctx, schema, id);
+        table.key = my_key_of(ctx, schema, id);
         table.references = cli_references_of(ctx, schema, id);
         result.index[id] = result.nodes.size();
         result.nodes.push_back(std::move(table));
@@ -75,14 +77,14 @@ graph read_graph(KT_context *ctx, tov_schema *schema)
 }
 
 // The table that a reference points to; null for one that is not in the schema.
-const node *target(const graph &g, const cli_reference &reference)
+static const node *my_target(const graph &g, const cli_reference &reference)
 {
-    const auto found = g.index.find(lower(reference.to_table));
+    const auto found = g.index.find(my_lower(reference.to_table));
     return found == g.index.end() ? nullptr : &g.nodes[found->second];
 }
 
 // Names stand inside HTML-like labels in both formats.
-std::string escaped(const std::string &text)
+static std::string my_escaped(const std::string &text)
 {
     std::string result;
     for (const char byte : cli_harmless(text)) {
@@ -110,64 +112,65 @@ std::string escaped(const std::string &text)
 }
 
 // One column to a line, because the columns of a long key side by side would push the tables far apart.
-std::string edge_label(const cli_reference &reference)
+static std::string my_edge_label(const cli_reference &reference)
 {
     std::string label;
     for (const std::string &column : reference.from_columns)
-        label += (label.empty() ? "" : "<br/>") + escaped(column);
+        label += (label.empty() ? "" : "<br/>") + my_escaped(column);
     if (!reference.on_delete.empty())
-        label += " (" + escaped(reference.on_delete) + ")";
+        label += " (" + my_escaped(reference.on_delete) + ")";
     return label;
 }
 
 // All tables of a cycle lead to each other, so a reference between two of them is part of it.
-bool is_cycle_edge(const node &from, const node &to)
+static bool my_is_cycle_edge(const node &from, const node &to)
 {
     return from.cycle && from.cycle == to.cycle && &from != &to;
 }
 
-std::string as_dot(const graph &g)
+static std::string my_as_dot(const graph &g)
 {
     std::string text =
         "digraph schema {\n    rankdir=LR;\n    node [shape=plain, fontname=\"sans-serif\", fontsize=12];\n"
         "    edge [fontname=\"sans-serif\", fontsize=10];\n";
     for (const node &table : g.nodes) {
-        text += "    \"" + escaped(table.id) +
+        text += "    \"" + my_escaped(table.id) +
                 R"(" [label=<<table border="0" cellborder="1" cellspacing="0" cellpadding="4")" +
                 (table.cycle ? " color=\"red\"" : "") + "><tr><td bgcolor=\"" +
-                (table.cycle ? "mistyrose" : "lightgrey") + "\"><b>" + escaped(table.name) + "</b></td></tr>";
+                (table.cycle ? "mistyrose" : "lightgrey") + "\"><b>" + my_escaped(table.name) + "</b></td></tr>";
         for (const std::string &column : table.key)
-            text += "<tr><td align=\"left\"><u>" + escaped(column) + "</u></td></tr>";
+            text += "<tr><td align=\"left\"><u>" + my_escaped(column) + "</u></td></tr>";
         text += "</table>>];\n";
     }
     for (const node &table : g.nodes)
         for (const cli_reference &reference : table.references)
-            if (const node *to = target(g, reference))
-                text += "    \"" + escaped(table.id) + "\" -> \"" + escaped(to->id) + "\" [label=<" +
-                        edge_label(reference) + ">" + (is_cycle_edge(table, *to) ? ", color=\"red\"" : "") + "];\n";
+            if (const node *to = my_target(g, reference))
+                text += "    \"" + my_escaped(table.id) + "\" -> \"" + my_escaped(to->id) + "\" [label=<" +
+                        my_edge_label(reference) + ">" + (my_is_cycle_edge(table, *to) ? ", color=\"red\"" : "") +
+                        "];\n";
     return text + "}\n";
 }
 
 // A flow chart: an entity diagram of Mermaid takes no names with blanks or dots.
-std::string as_mermaid(const graph &g)
+static std::string my_as_mermaid(const graph &g)
 {
     std::string text = "flowchart LR\n";
     const auto name_of = [&](const node &table) { return "t" + std::to_string(g.index.at(table.id)); };
     for (const node &table : g.nodes) {
-        text += "    " + name_of(table) + "[\"<b>" + escaped(table.name) + "</b>";
+        text += "    " + name_of(table) + "[\"<b>" + my_escaped(table.name) + "</b>";
         for (const std::string &column : table.key)
-            text += "<br/><u>" + escaped(column) + "</u>";
+            text += "<br/><u>" + my_escaped(column) + "</u>";
         text += "\"]\n";
     }
     std::string styles, red_edges;
     size_t edge = 0;
     for (const node &table : g.nodes) {
         for (const cli_reference &reference : table.references) {
-            const node *to = target(g, reference);
+            const node *to = my_target(g, reference);
             if (!to)
                 continue;
-            text += "    " + name_of(table) + " -->|\"" + edge_label(reference) + "\"| " + name_of(*to) + "\n";
-            if (is_cycle_edge(table, *to))
+            text += "    " + name_of(table) + " -->|\"" + my_edge_label(reference) + "\"| " + name_of(*to) + "\n";
+            if (my_is_cycle_edge(table, *to))
                 red_edges += (red_edges.empty() ? "" : ",") + std::to_string(edge);
             edge++;
         }
@@ -179,17 +182,15 @@ std::string as_mermaid(const graph &g)
     return text + styles;
 }
 
-int run(const graph_options &options)
+static int my_run(const graph_options &options)
 {
     const cli_context context;
     cli_schema schema(context.ctx);
     cli_load_schema(context.ctx, options.schema, &schema);
-    const graph g = read_graph(context.ctx, schema);
-    cli_write_file(options.output, options.format == "dot" ? as_dot(g) : as_mermaid(g));
+    const graph g = my_read_graph(context.ctx, schema);
+    cli_write_file(options.output, options.format == "dot" ? my_as_dot(g) : my_as_mermaid(g));
     return cli_done;
 }
-
-} // namespace
 
 void cli_add_graph(cli_arguments &arguments)
 {
@@ -200,5 +201,5 @@ void cli_add_graph(cli_arguments &arguments)
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.option("-o,--output", options->output, "where the text goes (default: standard output)");
     command.option("--format", options->format, "dot (default) or mermaid").one_of({"dot", "mermaid"});
-    command.runs([options] { return run(*options); });
+    command.runs([options] { return my_run(*options); });
 }

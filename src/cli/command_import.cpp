@@ -36,7 +36,9 @@ struct findings_list {
     uint32_t count = 0;
 };
 
-KT_vhash *finding_at(const findings_list &findings, uint32_t n)
+} // namespace
+
+static KT_vhash *my_finding_at(const findings_list &findings, uint32_t n)
 {
     KT_vhash *finding = nullptr;
     KT_varray__get__vhash(findings.ctx, findings.list, n, &finding);
@@ -44,13 +46,13 @@ KT_vhash *finding_at(const findings_list &findings, uint32_t n)
     return finding;
 }
 
-void print_findings(const findings_list &findings)
+static void my_print_findings(const findings_list &findings)
 {
     for (uint32_t n = 0; n < findings.count; n++) {
         KT_string *line = nullptr;
         KT_string__alloc(findings.ctx, &line);
         cli_check(findings.ctx, "");
-        tov_host__format_finding(findings.ctx, finding_at(findings, n), line);
+        tov_host__format_finding(findings.ctx, my_finding_at(findings, n), line);
         const std::string text = cli_take(findings.ctx, line);
         cli_check(findings.ctx, "");
         cli_tell("%s\n", text.c_str());
@@ -58,15 +60,15 @@ void print_findings(const findings_list &findings)
 }
 
 // {"findings":[{...},...]}; each finding is JSON already.
-std::string findings_json(const findings_list &findings)
+static std::string my_findings_json(const findings_list &findings)
 {
     std::string json = "{\"findings\":[";
     for (uint32_t n = 0; n < findings.count; n++)
-        json += (n ? ",\n" : "\n") + cli_json_text(findings.ctx, finding_at(findings, n));
+        json += (n ? ",\n" : "\n") + cli_json_text(findings.ctx, my_finding_at(findings, n));
     return json + (findings.count ? "\n]}\n" : "]}\n");
 }
 
-std::string schema_json(KT_context *ctx, tov_schema *schema, bool with_host_internals)
+static std::string my_schema_json(KT_context *ctx, tov_schema *schema, bool with_host_internals)
 {
     if (with_host_internals) {
         cli_map both(ctx);
@@ -81,7 +83,7 @@ std::string schema_json(KT_context *ctx, tov_schema *schema, bool with_host_inte
     return text + "\n";
 }
 
-int run(const import_options &options)
+static int my_run(const import_options &options)
 {
     if (options.findings == options.output)
         throw cli_usage_failure("schema and findings cannot both be written there", options.output);
@@ -101,17 +103,15 @@ int run(const import_options &options)
     if (findings.list)
         KT_varray__count(ctx, findings.list, &findings.count);
 
-    print_findings(findings);
+    my_print_findings(findings);
     if (!options.findings.empty())
-        cli_write_file(options.findings, findings_json(findings));
+        cli_write_file(options.findings, my_findings_json(findings));
     if (options.is_strict && findings.count)
         throw cli_failure(std::to_string(findings.count) + " findings, and --strict allows none", options.catalogue,
                           cli_found);
-    cli_write_file(options.output, schema_json(ctx, schema, options.with_host_internals));
+    cli_write_file(options.output, my_schema_json(ctx, schema, options.with_host_internals));
     return cli_done;
 }
-
-} // namespace
 
 void cli_add_import(cli_arguments &arguments)
 {
@@ -128,5 +128,5 @@ void cli_add_import(cli_arguments &arguments)
     command.flag("--with-host-internals", options->with_host_internals,
                  "write the schema together with what only the host side uses");
     command.flag("--verbose", options->is_verbose, "also report fields of the export that are not known");
-    command.runs([options] { return run(*options); });
+    command.runs([options] { return my_run(*options); });
 }

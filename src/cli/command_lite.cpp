@@ -18,7 +18,9 @@ struct lite_options {
     std::string read;
 };
 
-int write_lite(const lite_options &options)
+} // namespace
+
+static int my_write_lite(const lite_options &options)
 {
     const cli_context context;
     KT_context *ctx = context.ctx;
@@ -46,7 +48,7 @@ int write_lite(const lite_options &options)
 }
 
 // A table's line, then one for each of its columns.
-std::string list_table(KT_context *ctx, KT_vhash *lite, uint32_t n, const std::string &path)
+static std::string my_list_table(KT_context *ctx, KT_vhash *lite, uint32_t n, const std::string &path)
 {
     const char *tbl_id = nullptr;
     int64_t txid = 0;
@@ -69,7 +71,7 @@ std::string list_table(KT_context *ctx, KT_vhash *lite, uint32_t n, const std::s
     return text;
 }
 
-int read_lite(const std::string &path)
+static int my_read_lite(const std::string &path)
 {
     const cli_context context;
     KT_context *ctx = context.ctx;
@@ -79,21 +81,19 @@ int read_lite(const std::string &path)
     cli_check(ctx, path);
     std::string text;
     for (uint32_t n = 0; n < count; n++)
-        text += list_table(ctx, lite, n, path);
+        text += my_list_table(ctx, lite, n, path);
     cli_print(text);
     return cli_done;
 }
 
-int run(const lite_options &options)
+static int my_run(const lite_options &options)
 {
     if (!options.read.empty())
-        return read_lite(options.read);
+        return my_read_lite(options.read);
     if (options.schema.empty())
         throw cli_usage_failure("lite needs a SCHEMA, or --read FILE");
-    return write_lite(options);
+    return my_write_lite(options);
 }
-
-} // namespace
 
 void cli_add_lite(cli_arguments &arguments)
 {
@@ -106,5 +106,5 @@ void cli_add_lite(cli_arguments &arguments)
     command.option("-o,--output", options->output, "where the summary goes (default: standard output)");
     command.option("--read", options->read, "list the tables and columns of a summary; - for standard input")
         .excludes(schema);
-    command.runs([options] { return run(*options); });
+    command.runs([options] { return my_run(*options); });
 }

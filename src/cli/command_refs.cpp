@@ -17,8 +17,10 @@ struct refs_options {
     bool is_json = false;
 };
 
+} // namespace
+
 // Table (a, b) -> Parent (x, y)  ON DELETE CASCADE  [FK_name]
-std::string as_line(KT_context *ctx, tov_schema *schema, const cli_reference &reference)
+static std::string my_as_line(KT_context *ctx, tov_schema *schema, const cli_reference &reference)
 {
     const auto columns = [](const std::vector<std::string> &names) {
         std::string text;
@@ -37,7 +39,7 @@ std::string as_line(KT_context *ctx, tov_schema *schema, const cli_reference &re
     return cli_harmless(line) + "\n";
 }
 
-void add_to(KT_context *ctx, tov_schema *schema, const cli_reference &reference, KT_varray *list)
+static void my_add_to(KT_context *ctx, tov_schema *schema, const cli_reference &reference, KT_varray *list)
 {
     KT_vhash *entry = cli_append_map(ctx, list);
     if (!reference.name.empty())
@@ -53,7 +55,7 @@ void add_to(KT_context *ctx, tov_schema *schema, const cli_reference &reference,
 }
 
 // All keys, or those that a table holds and those that refer to it.
-std::vector<cli_reference> collect(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
+static std::vector<cli_reference> my_collect(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
 {
     std::vector<cli_reference> result;
     for (const std::string &id : cli_table_ids(ctx, schema))
@@ -66,7 +68,7 @@ std::vector<cli_reference> collect(KT_context *ctx, tov_schema *schema, const st
 }
 
 // Name the tables of each cycle by what a person calls them.
-std::vector<std::string> cycle_texts(KT_context *ctx, tov_schema *schema)
+static std::vector<std::string> my_cycle_texts(KT_context *ctx, tov_schema *schema)
 {
     std::vector<std::string> texts;
     for (const std::vector<std::string> &cycle : cli_table_cycles(ctx, schema)) {
@@ -84,35 +86,33 @@ std::vector<std::string> cycle_texts(KT_context *ctx, tov_schema *schema)
     return texts;
 }
 
-int run(const refs_options &options)
+static int my_run(const refs_options &options)
 {
     const cli_context context;
     KT_context *ctx = context.ctx;
     cli_schema schema(ctx);
     cli_load_schema(ctx, options.schema, &schema);
     const std::string tbl_id = options.table.empty() ? "" : cli_find_table(ctx, schema, options.table);
-    const std::vector<cli_reference> references = collect(ctx, schema, tbl_id);
-    const std::vector<std::string> cycles = tbl_id.empty() ? cycle_texts(ctx, schema) : std::vector<std::string>();
+    const std::vector<cli_reference> references = my_collect(ctx, schema, tbl_id);
+    const std::vector<std::string> cycles = tbl_id.empty() ? my_cycle_texts(ctx, schema) : std::vector<std::string>();
 
     if (options.is_json) {
         cli_map result(ctx);
         KT_varray *list = cli_add_list(ctx, result, "references");
         for (const cli_reference &reference : references)
-            add_to(ctx, schema, reference, list);
+            my_add_to(ctx, schema, reference, list);
         cli_add_texts(ctx, result, "cycles", cycles);
         cli_print(cli_json_text(ctx, result) + "\n");
         return cli_done;
     }
     std::string text;
     for (const cli_reference &reference : references)
-        text += as_line(ctx, schema, reference);
+        text += my_as_line(ctx, schema, reference);
     for (const std::string &cycle : cycles)
         text += cli_harmless(cycle) + "\n";
     cli_print(text);
     return cli_done;
 }
-
-} // namespace
 
 void cli_add_refs(cli_arguments &arguments)
 {
@@ -122,5 +122,5 @@ void cli_add_refs(cli_arguments &arguments)
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.argument("TABLE", options->table, "only keys of this table and keys that refer to it (id or name)");
     command.flag("--json", options->is_json, "print JSON");
-    command.runs([options] { return run(*options); });
+    command.runs([options] { return my_run(*options); });
 }

@@ -21,8 +21,10 @@ struct select_options {
     bool is_json = false;
 };
 
+} // namespace
+
 // The select list looks host types up, so each column must have one; import records them all.
-bool has_host_types(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
+static bool my_has_host_types(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
 {
     uint32_t count = 0;
     tov_schema__count_cols(ctx, schema, tbl_id.c_str(), &count);
@@ -41,7 +43,7 @@ bool has_host_types(KT_context *ctx, tov_schema *schema, const std::string &tbl_
 }
 
 // Names stand in the text as they are: one that ends its quotes would make a statement of the schema's own choosing.
-void refuse_unsafe_name(KT_context *ctx, const char *name)
+static void my_refuse_unsafe_name(KT_context *ctx, const char *name)
 {
     const char *flaw = name ? tov_find_name_flaw(name) : nullptr; // without a name the text cannot be written
     if (!flaw)
@@ -53,19 +55,19 @@ void refuse_unsafe_name(KT_context *ctx, const char *name)
     throw cli_failure(flaw, cli_take(ctx, shown));
 }
 
-void refuse_unsafe_names(KT_context *ctx, const KT_vhash *columns)
+static void my_refuse_unsafe_names(KT_context *ctx, const KT_vhash *columns)
 {
     uint32_t count = 0;
     KT_vhash__count(ctx, columns, &count);
     for (uint32_t n = 0; n < count; n++) {
         const char *name = nullptr;
         KT_vhash__get_nth_pair(ctx, columns, n, &name, nullptr);
-        refuse_unsafe_name(ctx, name);
+        my_refuse_unsafe_name(ctx, name);
     }
 }
 
 // A key may hold columns that are not prepared, which the select list lacks.
-void refuse_unsafe_key_names(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
+static void my_refuse_unsafe_key_names(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
 {
     uint32_t count = 0;
     tov_schema__count_pk_cols(ctx, schema, tbl_id.c_str(), &count);
@@ -73,27 +75,28 @@ void refuse_unsafe_key_names(KT_context *ctx, tov_schema *schema, const std::str
         const char *col_id = nullptr, *name = nullptr;
         tov_schema__get_nth_pk_col(ctx, schema, tbl_id.c_str(), n, &col_id, &name);
         cli_check(ctx, tbl_id);
-        refuse_unsafe_name(ctx, name);
+        my_refuse_unsafe_name(ctx, name);
     }
     cli_check(ctx, tbl_id);
 }
 
-std::string select_list(KT_context *ctx, tov_schema *schema, const select_options &options, const std::string &tbl_id)
+static std::string my_select_list(KT_context *ctx, tov_schema *schema, const select_options &options,
+                                  const std::string &tbl_id)
 {
     kt_owned_vhash columns{ctx};
     tov_schema__get_converted_col_names_as_vhash(ctx, schema, tbl_id.c_str(), 0, columns.out());
     cli_check(ctx, options.table);
-    refuse_unsafe_names(ctx, columns);
+    my_refuse_unsafe_names(ctx, columns);
     KT_string *list = nullptr;
     tov_schema__get_pvh_col_names_comma_separated_and_qualified(ctx, options.mode, schema, tbl_id.c_str(), columns,
                                                                 nullptr, options.alias.c_str(), 1,
-                                                                has_host_types(ctx, schema, tbl_id), &list);
+                                                                my_has_host_types(ctx, schema, tbl_id), &list);
     cli_check(ctx, options.table);
     return cli_take(ctx, list);
 }
 
 // A key column on a cycle of references would be followed round and round.
-void refuse_column_cycles(KT_context *ctx, tov_schema *schema)
+static void my_refuse_column_cycles(KT_context *ctx, tov_schema *schema)
 {
     for (const std::vector<std::string> &cycle : cli_column_cycles(ctx, schema)) {
         std::string columns;
@@ -103,7 +106,7 @@ void refuse_column_cycles(KT_context *ctx, tov_schema *schema)
     }
 }
 
-int run(const select_options &options)
+static int my_run(const select_options &options)
 {
     const cli_context context;
     KT_context *ctx = context.ctx;
@@ -111,9 +114,9 @@ int run(const select_options &options)
     cli_load_schema(ctx, options.schema, &schema);
     const std::string tbl_id = cli_find_table(ctx, schema, options.table);
     if (options.mode || options.other_mode)
-        refuse_column_cycles(ctx, schema);
-    refuse_unsafe_key_names(ctx, schema, tbl_id);
-    const std::string columns = select_list(ctx, schema, options, tbl_id);
+        my_refuse_column_cycles(ctx, schema);
+    my_refuse_unsafe_key_names(ctx, schema, tbl_id);
+    const std::string columns = my_select_list(ctx, schema, options, tbl_id);
     KT_string *join = nullptr;
     tov_schema__get_on_pk_col_names(ctx, schema, tbl_id.c_str(), options.alias.c_str(), options.other_alias.c_str(),
                                     options.mode, options.other_mode, &join);
@@ -130,8 +133,6 @@ int run(const select_options &options)
     return cli_done;
 }
 
-} // namespace
-
 void cli_add_select(cli_arguments &arguments)
 {
     auto options = std::make_shared<select_options>();
@@ -147,5 +148,5 @@ void cli_add_select(cli_arguments &arguments)
     command.option("--other-mode", options->other_mode, "the same on the other side of the join (default: 0)")
         .between(0, 2);
     command.flag("--json", options->is_json, "print JSON");
-    command.runs([options] { return run(*options); });
+    command.runs([options] { return my_run(*options); });
 }

@@ -28,8 +28,10 @@ struct table_facts {
     uint32_t checks = 0;       // of both kinds
 };
 
+} // namespace
+
 // Foreign keys and checks that columns carry.
-void count_in_columns(KT_context *ctx, tov_schema *schema, table_facts *facts)
+static void my_count_in_columns(KT_context *ctx, tov_schema *schema, table_facts *facts)
 {
     for (uint32_t n = 0; n < facts->columns; n++) {
         const char *col_id = nullptr;
@@ -47,7 +49,7 @@ void count_in_columns(KT_context *ctx, tov_schema *schema, table_facts *facts)
     }
 }
 
-table_facts facts_of(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
+static table_facts my_facts_of(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
 {
     table_facts facts;
     facts.id = tbl_id;
@@ -64,27 +66,27 @@ table_facts facts_of(KT_context *ctx, tov_schema *schema, const std::string &tbl
         operation(ctx, schema, tbl_id.c_str(), result);
         cli_check(ctx, facts.name);
     }
-    count_in_columns(ctx, schema, &facts);
+    my_count_in_columns(ctx, schema, &facts);
     return facts;
 }
 
 // The number of characters, which is the width on a terminal for most names.
-size_t count_characters(const std::string &text)
+static size_t my_count_characters(const std::string &text)
 {
     return static_cast<size_t>(
         std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
 }
 
-std::string as_text(const std::vector<table_facts> &tables)
+static std::string my_as_text(const std::vector<table_facts> &tables)
 {
     size_t width = 5;
     std::vector<std::string> names;
     for (const table_facts &t : tables) {
         names.push_back(cli_harmless(t.name));
-        width = std::max(width, count_characters(names.back()));
+        width = std::max(width, my_count_characters(names.back()));
     }
     const auto line = [&](const std::string &name, const char *rest) {
-        return name + std::string(width - count_characters(name), ' ') + rest + "\n";
+        return name + std::string(width - my_count_characters(name), ' ') + rest + "\n";
     };
     std::string text = line("table", "  columns  key  uniques  foreign keys  checks");
     for (size_t n = 0; n < tables.size(); n++) {
@@ -97,7 +99,8 @@ std::string as_text(const std::vector<table_facts> &tables)
     return text;
 }
 
-std::string as_json(KT_context *ctx, const std::vector<table_facts> &tables, const std::vector<std::string> &remarks)
+static std::string my_as_json(KT_context *ctx, const std::vector<table_facts> &tables,
+                              const std::vector<std::string> &remarks)
 {
     cli_map result(ctx);
     KT_varray *list = cli_add_list(ctx, result, "tables");
@@ -115,7 +118,7 @@ std::string as_json(KT_context *ctx, const std::vector<table_facts> &tables, con
     return cli_json_text(ctx, result) + "\n";
 }
 
-int run(const tables_options &options)
+static int my_run(const tables_options &options)
 {
     const cli_context context;
     KT_context *ctx = context.ctx;
@@ -129,18 +132,16 @@ int run(const tables_options &options)
     std::vector<table_facts> tables;
     tables.reserve(ids.size());
     for (const std::string &id : ids)
-        tables.push_back(facts_of(ctx, schema, id));
+        tables.push_back(my_facts_of(ctx, schema, id));
     if (options.is_json) {
-        cli_print(as_json(ctx, tables, remarks));
+        cli_print(my_as_json(ctx, tables, remarks));
         return cli_done;
     }
     for (const std::string &remark : remarks)
         cli_tell_line("tov-schema: note: " + remark);
-    cli_print(as_text(tables));
+    cli_print(my_as_text(tables));
     return cli_done;
 }
-
-} // namespace
 
 void cli_add_tables(cli_arguments &arguments)
 {
@@ -149,5 +150,5 @@ void cli_add_tables(cli_arguments &arguments)
     command.details("Example: tov-schema tables schema.json");
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.flag("--json", options->is_json, "print JSON");
-    command.runs([options] { return run(*options); });
+    command.runs([options] { return my_run(*options); });
 }

@@ -53,7 +53,7 @@ struct KT_context {
 };
 static_assert(offsetof(KT_context, code) == 0 && sizeof(KT_context::code) == sizeof(uint64_t));
 
-static const char *generic_text(uint64_t code)
+static const char *my_generic_text(uint64_t code)
 {
     switch (code) {
     case KT_ERR_NOT_FOUND:
@@ -85,22 +85,22 @@ static const char *generic_text(uint64_t code)
     }
 }
 
-static error_record *current_record(const KT_context *ctx)
+static error_record *my_current_record(const KT_context *ctx)
 {
     return ctx->top && ctx->top->level == ctx->level ? ctx->top : nullptr;
 }
 
-static void release_text(error_record *record)
+static void my_release_text(error_record *record)
 {
     if (record->text != record->short_text)
         kt_release(record->text);
     record->text = record->short_text;
 }
 
-static void drop_record(KT_context *ctx)
+static void my_drop_record(KT_context *ctx)
 {
     error_record *record = ctx->top;
-    release_text(record);
+    my_release_text(record);
     if (record->frames != record->first_frames)
         kt_release(record->frames);
     ctx->top = record->below;
@@ -108,7 +108,7 @@ static void drop_record(KT_context *ctx)
         kt_release(record);
 }
 
-static error_record *add_record(KT_context *ctx)
+static error_record *my_add_record(KT_context *ctx)
 {
     void *place = ctx->records < inline_records ? &ctx->first_records[ctx->records] : kt_allocate(sizeof(error_record));
     if (!place)
@@ -126,7 +126,7 @@ static error_record *add_record(KT_context *ctx)
 }
 
 // The first `room` - 1 bytes of a text that is longer, without cutting a UTF-8 character in two.
-static void copy_cut(char *to, size_t room, const char *text)
+static void my_copy_cut(char *to, size_t room, const char *text)
 {
     size_t length = room - 1;
     while (length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80)
@@ -135,34 +135,34 @@ static void copy_cut(char *to, size_t room, const char *text)
     to[length] = '\0';
 }
 
-// A text of at most inline_text bytes. Like that of set_text(), it may be the record's present one or a part of it.
-static void set_short_text(error_record *record, const char *text, size_t size)
+// A text of at most inline_text bytes. Like that of my_set_text(), it may be the record's present one or a part of it.
+static void my_set_short_text(error_record *record, const char *text, size_t size)
 {
     std::memmove(record->short_text, text, size);
-    release_text(record);
+    my_release_text(record);
 }
 
-static void set_text(error_record *record, const char *text)
+static void my_set_text(error_record *record, const char *text)
 {
     const size_t size = std::strlen(text) + 1;
     if (size <= inline_text) {
-        set_short_text(record, text, size);
+        my_set_short_text(record, text, size);
         return;
     }
     void *block = kt_allocate(size);
     if (!block) {
         char cut[inline_text];
-        copy_cut(cut, inline_text, text);
-        set_short_text(record, cut, std::strlen(cut) + 1);
+        my_copy_cut(cut, inline_text, text);
+        my_set_short_text(record, cut, std::strlen(cut) + 1);
         return;
     }
     std::memcpy(block, text, size);
-    release_text(record);
+    my_release_text(record);
     record->text = static_cast<char *>(block);
 }
 
 // Past the frames that lie inside, a frame for which there is no memory is left out.
-static void add_frame(error_record *record, const char *file, int32_t line)
+static void my_add_frame(error_record *record, const char *file, int32_t line)
 {
     if (record->frame_count == record->frame_room) {
         const size_t size = record->frame_room * sizeof(stack_frame);
@@ -199,7 +199,7 @@ void KT_context__free(KT_context *ctx) noexcept
     if (!ctx)
         return;
     while (ctx->top)
-        drop_record(ctx);
+        my_drop_record(ctx);
     kt_release(ctx);
 }
 
@@ -208,16 +208,16 @@ void KT_context__err(KT_context *ctx, uint64_t code, const char *file, int32_t l
     assert(code != 0);
     if (ctx->shared_levels > 0)
         return;
-    error_record *record = current_record(ctx);
+    error_record *record = my_current_record(ctx);
     if (!record)
-        record = add_record(ctx);
+        record = my_add_record(ctx);
     ctx->code = code;
     if (!record)
         return;
     record->code = code;
     record->frame_count = 0;
-    set_text(record, message ? message : generic_text(code));
-    add_frame(record, file, line);
+    my_set_text(record, message ? message : my_generic_text(code));
+    my_add_frame(record, file, line);
 }
 
 void KT_context__err__generic(KT_context *ctx, uint64_t code, const char *file, int32_t line) noexcept
@@ -227,7 +227,7 @@ void KT_context__err__generic(KT_context *ctx, uint64_t code, const char *file, 
 
 void KT_context__err_set_description(KT_context *ctx, const char *format, ...) noexcept
 {
-    error_record *record = current_record(ctx); // none at a level that is shared
+    error_record *record = my_current_record(ctx); // none at a level that is shared
     if (!record)
         return;
     // The arguments may point into the present description, so that stays until the new text is made.
@@ -243,25 +243,25 @@ void KT_context__err_set_description(KT_context *ctx, const char *format, ...) n
     if (!block) {
         if (size > sizeof text) {
             char cut[inline_text - 1];
-            copy_cut(cut, sizeof cut, text);
-            set_text(record, cut);
+            my_copy_cut(cut, sizeof cut, text);
+            my_set_text(record, cut);
         } else {
-            set_text(record, text);
+            my_set_text(record, text);
         }
         return;
     }
     va_start(args, format);
     static_cast<void>(std::vsnprintf(block, size, format, args)); // measured above
     va_end(args);
-    release_text(record);
+    my_release_text(record);
     record->text = block;
 }
 
 void KT_context__err_stackframe_add(KT_context *ctx, const char *file, int32_t line) noexcept
 {
-    error_record *record = current_record(ctx);
+    error_record *record = my_current_record(ctx);
     if (record)
-        add_frame(record, file, line);
+        my_add_frame(record, file, line);
 }
 
 KT_bool KT_context__has_err(const KT_context *ctx) noexcept
@@ -273,14 +273,14 @@ void KT_context__err_reset(KT_context *ctx) noexcept
 {
     if (ctx->shared_levels > 0)
         return;
-    if (current_record(ctx))
-        drop_record(ctx);
+    if (my_current_record(ctx))
+        my_drop_record(ctx);
     ctx->code = 0;
 }
 
 void KT_context__push_level(KT_context *ctx) noexcept
 {
-    if (ctx->code != 0 && !current_record(ctx)) {
+    if (ctx->code != 0 && !my_current_record(ctx)) {
         ctx->shared_levels++;
         return;
     }
@@ -295,10 +295,10 @@ void KT_context__pop_level(KT_context *ctx) noexcept
         return;
     }
     assert(ctx->level > 0);
-    if (current_record(ctx))
-        drop_record(ctx);
+    if (my_current_record(ctx))
+        my_drop_record(ctx);
     ctx->level--;
-    const error_record *record = current_record(ctx);
+    const error_record *record = my_current_record(ctx);
     ctx->code = record ? record->code : 0;
 }
 
@@ -311,19 +311,19 @@ const char *KT_context__err_description(const KT_context *ctx) noexcept
 {
     if (ctx->code == 0)
         return "";
-    const error_record *record = current_record(ctx);
-    return record ? record->text : generic_text(ctx->code);
+    const error_record *record = my_current_record(ctx);
+    return record ? record->text : my_generic_text(ctx->code);
 }
 
 uint32_t KT_context__count_err_stackframes(const KT_context *ctx) noexcept
 {
-    const error_record *record = current_record(ctx);
+    const error_record *record = my_current_record(ctx);
     return record ? record->frame_count : 0;
 }
 
 void KT_context__get_nth_err_stackframe(const KT_context *ctx, uint32_t n, const char **file, int32_t *line) noexcept
 {
-    const error_record *record = current_record(ctx);
+    const error_record *record = my_current_record(ctx);
     const bool is_there = record && n < record->frame_count;
     *file = is_there ? record->frames[n].file : "";
     *line = is_there ? record->frames[n].line : 0;

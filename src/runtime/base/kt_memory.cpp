@@ -13,22 +13,22 @@
 
 #define KT_HERE "src/runtime/kt_memory"
 
-static void *c_allocate(void *, size_t size)
+static void *my_c_allocate(void *, size_t size)
 {
     return std::malloc(size);
 }
 
-static void *c_resize(void *, void *block, size_t, size_t new_size)
+static void *my_c_resize(void *, void *block, size_t, size_t new_size)
 {
     return std::realloc(block, new_size);
 }
 
-static void c_release(void *, void *block)
+static void my_c_release(void *, void *block)
 {
     std::free(block);
 }
 
-static constexpr KT_allocator c_library = {c_allocate, c_resize, c_release, nullptr};
+static constexpr KT_allocator c_library = {my_c_allocate, my_c_resize, my_c_release, nullptr};
 // NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): the one allocator of a process; see the header.
 static constinit KT_allocator brought_in = {};
 constinit std::atomic<const KT_allocator *> kt_allocator_in_force{&c_library};

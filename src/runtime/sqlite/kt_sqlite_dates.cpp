@@ -42,7 +42,7 @@ constexpr int function_flags = SQLITE_UTF8 | SQLITE_DETERMINISTIC | SQLITE_INNOC
 
 } // namespace
 
-static int number_of(const char *digits, int count)
+static int my_number_of(const char *digits, int count)
 {
     int number = 0;
     for (int n = 0; n < count; n++)
@@ -51,19 +51,19 @@ static int number_of(const char *digits, int count)
 }
 
 // `date` is a date as SQLite renders it, so its year has four digits and its month is one of the twelve.
-static bool is_impossible(const char *date)
+static bool my_is_impossible(const char *date)
 {
     static constexpr int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     const char *digits = *date == '-' ? date + 1 : date;
-    const int year = number_of(digits, 4);
-    const int month = number_of(digits + 5, 2);
-    const int day = number_of(digits + 8, 2);
+    const int year = my_number_of(digits, 4);
+    const int month = my_number_of(digits + 5, 2);
+    const int day = my_number_of(digits + 8, 2);
     const bool is_leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
     return day > days[month - 1] + (month == 2 && is_leap ? 1 : 0);
 }
 
 // Whether the value is a text YYYY-MM-DD and there is such a day.
-static bool is_own_date(const KT_sqlite_functions *sqlite, sqlite3_value *value)
+static bool my_is_own_date(const KT_sqlite_functions *sqlite, sqlite3_value *value)
 {
     constexpr char form[] = "0000-00-00";
     if (sqlite->value_type(value) != SQLITE_TEXT)
@@ -76,12 +76,12 @@ static bool is_own_date(const KT_sqlite_functions *sqlite, sqlite3_value *value)
         if (form[n] == '0' ? !is_digit : text[n] != form[n])
             return false;
     }
-    const int month = number_of(text + 5, 2);
-    return month >= 1 && month <= 12 && number_of(text + 8, 2) >= 1 && !is_impossible(text);
+    const int month = my_number_of(text + 5, 2);
+    return month >= 1 && month <= 12 && my_number_of(text + 8, 2) >= 1 && !my_is_impossible(text);
 }
 
 // Prepares a question at its first use. The statement is left on its row; the caller resets it.
-static int ask(date_functions *self, question which, int count, sqlite3_value **arguments, sqlite3_stmt **row)
+static int my_ask(date_functions *self, question which, int count, sqlite3_value **arguments, sqlite3_stmt **row)
 {
     const KT_sqlite_functions *sqlite = self->sqlite;
     int code = SQLITE_OK;
@@ -100,23 +100,23 @@ static int ask(date_functions *self, question which, int count, sqlite3_value **
 }
 
 // Ends a question; the values bound may be large, so they go as well.
-static void end_question(const KT_sqlite_functions *sqlite, sqlite3_stmt *row)
+static void my_end_question(const KT_sqlite_functions *sqlite, sqlite3_stmt *row)
 {
     sqlite->reset(row);
     sqlite->clear_bindings(row);
 }
 
-static void answer(sqlite3_context *call, date_functions *self, question plain, question moved, int count,
-                   sqlite3_value **arguments)
+static void my_answer(sqlite3_context *call, date_functions *self, question plain, question moved, int count,
+                      sqlite3_value **arguments)
 {
     const KT_sqlite_functions *sqlite = self->sqlite;
     sqlite3_stmt *row = nullptr;
-    int code = ask(self, plain, count, arguments, &row);
+    int code = my_ask(self, plain, count, arguments, &row);
     if (code == SQLITE_OK) {
         const char *date = sqlite->column_text(row, count - 1);
-        if (date && is_impossible(date)) {
-            end_question(sqlite, row);
-            code = ask(self, moved, count, arguments, &row);
+        if (date && my_is_impossible(date)) {
+            my_end_question(sqlite, row);
+            code = my_ask(self, moved, count, arguments, &row);
         }
     }
     if (code == SQLITE_OK)
@@ -124,30 +124,30 @@ static void answer(sqlite3_context *call, date_functions *self, question plain, 
     else
         sqlite->result_error_code(call, code);
     if (row)
-        end_question(sqlite, row);
+        my_end_question(sqlite, row);
 }
 
 // SQLite hands a function its call and no more, so what leads from there to the data is the table in force.
-static date_functions *functions_of(sqlite3_context *call)
+static date_functions *my_functions_of(sqlite3_context *call)
 {
     return static_cast<date_functions *>(tov__get_sqlite_functions()->user_data(call));
 }
 
-static void date_of_text(sqlite3_context *call, int count, sqlite3_value **arguments)
+static void my_date_of_text(sqlite3_context *call, int count, sqlite3_value **arguments)
 {
-    date_functions *self = functions_of(call);
-    if (is_own_date(self->sqlite, arguments[0]))
+    date_functions *self = my_functions_of(call);
+    if (my_is_own_date(self->sqlite, arguments[0]))
         self->sqlite->result_value(call, arguments[0]);
     else
-        answer(call, self, plain_date, moved_date, count, arguments);
+        my_answer(call, self, plain_date, moved_date, count, arguments);
 }
 
-static void strftime_of_text(sqlite3_context *call, int count, sqlite3_value **arguments)
+static void my_strftime_of_text(sqlite3_context *call, int count, sqlite3_value **arguments)
 {
-    answer(call, functions_of(call), plain_strftime, moved_strftime, count, arguments);
+    my_answer(call, my_functions_of(call), plain_strftime, moved_strftime, count, arguments);
 }
 
-static void leave(void *data)
+static void my_leave(void *data)
 {
     auto *self = static_cast<date_functions *>(data);
     if (--self->users > 0)
@@ -160,25 +160,26 @@ static void leave(void *data)
     sqlite->release(self);
 }
 
-// Each function holds its data, and so does this function while it works: SQLite calls leave() when it cannot add one.
-static int add_functions(const KT_sqlite_functions *sqlite, sqlite3 *connection)
+// Each function holds its data, and so does this function while it works: SQLite calls my_leave() when it cannot add
+// one.
+static int my_add_functions(const KT_sqlite_functions *sqlite, sqlite3 *connection)
 {
     void *place = sqlite->allocate(sizeof(date_functions));
     if (!place)
         return SQLITE_NOMEM;
     auto *self = new (place) date_functions{sqlite, nullptr, {}, 1};
     self->users++;
-    int code = sqlite->create_function(connection, "date", 1, function_flags, self, date_of_text, leave);
+    int code = sqlite->create_function(connection, "date", 1, function_flags, self, my_date_of_text, my_leave);
     if (code == SQLITE_OK) {
         self->users++;
-        code = sqlite->create_function(connection, "strftime", 2, function_flags, self, strftime_of_text, leave);
+        code = sqlite->create_function(connection, "strftime", 2, function_flags, self, my_strftime_of_text, my_leave);
     }
-    leave(self);
+    my_leave(self);
     return code;
 }
 
 // Asks datetime(), which is never replaced, so that the answer is SQLite's own on any connection.
-static int look(const KT_sqlite_functions *sqlite, sqlite3 *connection, bool *lets_stand)
+static int my_look(const KT_sqlite_functions *sqlite, sqlite3 *connection, bool *lets_stand)
 {
     sqlite3_stmt *statement = nullptr;
     int code = sqlite->prepare(connection, "SELECT datetime('2024-02-30')", &statement);
@@ -204,13 +205,13 @@ int kt_sqlite_normalise_dates(const KT_sqlite_functions *functions, sqlite3 *con
     int64_t found = last_look.load(std::memory_order_relaxed);
     if (found / 2 != version) {
         bool lets_stand = false;
-        const int code = look(functions, connection, &lets_stand);
+        const int code = my_look(functions, connection, &lets_stand);
         if (code != SQLITE_OK)
             return code;
         found = version * 2 + (lets_stand ? 1 : 0);
         last_look.store(found, std::memory_order_relaxed);
     }
-    return found % 2 == 1 ? add_functions(functions, connection) : SQLITE_OK;
+    return found % 2 == 1 ? my_add_functions(functions, connection) : SQLITE_OK;
 }
 
 void KT_sqlite__normalise_dates(KT_context *ctx, const KT_sqlite_functions *functions, sqlite3 *connection) noexcept

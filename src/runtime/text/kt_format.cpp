@@ -22,7 +22,7 @@ struct arguments {
 
 } // namespace
 
-template <class Number> static bool append_number(KT_string *string, Number value) noexcept
+template <class Number> static bool my_append_number(KT_string *string, Number value) noexcept
 {
     constexpr size_t longest = 20;
     if (!kt_string_reserve(string, longest))
@@ -33,7 +33,7 @@ template <class Number> static bool append_number(KT_string *string, Number valu
 }
 
 // Arguments do not point into the string, so there is no need to look after that as kt_string_append_bytes() does.
-static bool append_piece(KT_string *string, const char *piece, size_t length) noexcept
+static bool my_append_piece(KT_string *string, const char *piece, size_t length) noexcept
 {
     if (!kt_string_reserve(string, length))
         return false;
@@ -43,15 +43,15 @@ static bool append_piece(KT_string *string, const char *piece, size_t length) no
     return true;
 }
 
-static bool append_text(KT_string *string, const char *text) noexcept
+static bool my_append_text(KT_string *string, const char *text) noexcept
 {
     if (!text)
         text = "(null)";
-    return append_piece(string, text, std::strlen(text));
+    return my_append_piece(string, text, std::strlen(text));
 }
 
 // Appends what the conversion behind a '%' stands for, and moves `at` behind it.
-static outcome append_conversion(KT_string *string, const char *&at, arguments &args) noexcept
+static outcome my_append_conversion(KT_string *string, const char *&at, arguments &args) noexcept
 {
     int longs = 0;
     for (; *at == 'l' && longs < 2; at++)
@@ -63,33 +63,33 @@ static outcome append_conversion(KT_string *string, const char *&at, arguments &
     bool is_made = false;
     switch (*at++) { // NOLINTBEGIN(bugprone-branch-clone): branches are only alike where two types are one.
     case '%':
-        is_made = append_piece(string, "%", 1);
+        is_made = my_append_piece(string, "%", 1);
         break;
     case 's':
         if (!is_plain)
             return outcome::not_simple;
-        is_made = append_text(string, va_arg(args.list, const char *));
+        is_made = my_append_text(string, va_arg(args.list, const char *));
         break;
     case 'd':
     case 'i':
         if (is_size)
-            is_made = append_number(string, va_arg(args.list, ptrdiff_t));
+            is_made = my_append_number(string, va_arg(args.list, ptrdiff_t));
         else if (longs == 0)
-            is_made = append_number(string, va_arg(args.list, int));
+            is_made = my_append_number(string, va_arg(args.list, int));
         else if (longs == 1)
-            is_made = append_number(string, va_arg(args.list, long));
+            is_made = my_append_number(string, va_arg(args.list, long));
         else
-            is_made = append_number(string, va_arg(args.list, long long));
+            is_made = my_append_number(string, va_arg(args.list, long long));
         break;
     case 'u':
         if (is_size)
-            is_made = append_number(string, va_arg(args.list, size_t));
+            is_made = my_append_number(string, va_arg(args.list, size_t));
         else if (longs == 0)
-            is_made = append_number(string, va_arg(args.list, unsigned));
+            is_made = my_append_number(string, va_arg(args.list, unsigned));
         else if (longs == 1)
-            is_made = append_number(string, va_arg(args.list, unsigned long));
+            is_made = my_append_number(string, va_arg(args.list, unsigned long));
         else
-            is_made = append_number(string, va_arg(args.list, unsigned long long));
+            is_made = my_append_number(string, va_arg(args.list, unsigned long long));
         break;
     default:
         return outcome::not_simple;
@@ -97,25 +97,25 @@ static outcome append_conversion(KT_string *string, const char *&at, arguments &
     return is_made ? outcome::done : outcome::no_memory;
 }
 
-static outcome append_simple(KT_string *string, const char *format, arguments &args) noexcept
+static outcome my_append_simple(KT_string *string, const char *format, arguments &args) noexcept
 {
     for (const char *at = format; *at;) {
         const char *literal = at;
         while (*at && *at != '%')
             at++;
-        if (at != literal && !append_piece(string, literal, static_cast<size_t>(at - literal)))
+        if (at != literal && !my_append_piece(string, literal, static_cast<size_t>(at - literal)))
             return outcome::no_memory;
         if (!*at)
             break;
         at++;
-        const outcome result = append_conversion(string, at, args);
+        const outcome result = my_append_conversion(string, at, args);
         if (result != outcome::done)
             return result;
     }
     return outcome::done;
 }
 
-KT_PRINTF(2, 0) static bool append_any(KT_string *string, const char *format, va_list args) noexcept
+KT_PRINTF(2, 0) static bool my_append_any(KT_string *string, const char *format, va_list args) noexcept
 {
     va_list again;
     va_copy(again, args);
@@ -135,12 +135,12 @@ bool kt_string_append_va(KT_string *string, const char *format, va_list args) no
     const size_t old_length = kt_string_length(string);
     arguments simple;
     va_copy(simple.list, args);
-    const outcome result = append_simple(string, format, simple);
+    const outcome result = my_append_simple(string, format, simple);
     va_end(simple.list);
     if (result == outcome::done)
         return true;
     kt_string_set_end(string, string->begin + old_length);
-    return result == outcome::not_simple && append_any(string, format, args);
+    return result == outcome::not_simple && my_append_any(string, format, args);
 }
 
 char *KT_mprintf(const char *format, ...) noexcept

@@ -39,7 +39,7 @@ void KT_strpool__alloc(KT_context *ctx, KT_strpool **pool, uint32_t size_hint) n
     *pool = new (block) KT_strpool{nullptr, first, size_hint, next_size};
 }
 
-static void add_chunk(KT_context *ctx, KT_strpool *pool, size_t size, char **place) noexcept
+static void my_add_chunk(KT_context *ctx, KT_strpool *pool, size_t size, char **place) noexcept
 {
     void *block = nullptr;
     KT_TRY(_kt_malloc(ctx, sizeof(chunk) + size, &block));
@@ -47,14 +47,14 @@ static void add_chunk(KT_context *ctx, KT_strpool *pool, size_t size, char **pla
     *place = static_cast<char *>(block) + sizeof(chunk);
 }
 
-static void take_place(KT_context *ctx, KT_strpool *pool, size_t size, char **place) noexcept
+static void my_take_place(KT_context *ctx, KT_strpool *pool, size_t size, char **place) noexcept
 {
     if (size > pool->free_size) {
         if (size > pool->next_size / 2) {
-            KT_TRY(add_chunk(ctx, pool, size, place));
+            KT_TRY(my_add_chunk(ctx, pool, size, place));
             return;
         }
-        KT_TRY(add_chunk(ctx, pool, pool->next_size, &pool->free));
+        KT_TRY(my_add_chunk(ctx, pool, pool->next_size, &pool->free));
         pool->free_size = pool->next_size;
         pool->next_size = std::min(2 * pool->next_size, largest_chunk);
     }
@@ -67,7 +67,7 @@ void KT_strpool__add__sz(KT_context *ctx, KT_strpool *pool, const char *text, co
 {
     const size_t size = std::strlen(text) + 1;
     char *place = nullptr;
-    KT_TRY(take_place(ctx, pool, size, &place));
+    KT_TRY(my_take_place(ctx, pool, size, &place));
     std::memcpy(place, text, size);
     *copy = place;
 }

@@ -7,7 +7,7 @@
 
 #define KT_HERE "src/runtime/kt_text"
 
-static int lower(char c)
+static int my_lower(char c)
 {
     const int byte = static_cast<unsigned char>(c);
     return byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte;
@@ -16,7 +16,7 @@ static int lower(char c)
 int KT_stricmp(const char *a, const char *b) noexcept
 {
     for (;; a++, b++) {
-        const int difference = lower(*a) - lower(*b);
+        const int difference = my_lower(*a) - my_lower(*b);
         if (difference != 0 || *a == '\0')
             return difference;
     }
@@ -25,7 +25,7 @@ int KT_stricmp(const char *a, const char *b) noexcept
 int KT_strnicmp(const char *a, const char *b, uint32_t n) noexcept
 {
     for (; n > 0; a++, b++, n--) {
-        const int difference = lower(*a) - lower(*b);
+        const int difference = my_lower(*a) - my_lower(*b);
         if (difference != 0 || *a == '\0')
             return difference;
     }

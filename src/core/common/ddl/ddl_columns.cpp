@@ -28,7 +28,9 @@ struct my_column {
     const char *abstract_type = nullptr;
 };
 
-void my_find_column(KT_context *ctx, my_column *c) noexcept
+} // namespace
+
+static void my_find_column(KT_context *ctx, my_column *c) noexcept
 {
     KT_TRY(_tov_schema__get_tbl(ctx, c->schema, c->tbl_id, &c->tbl));
     KT_TRY(_tov_schema__get_col_in_tbl(ctx, c->schema, c->tbl, c->tbl_id, c->col_id, &c->col));
@@ -36,13 +38,13 @@ void my_find_column(KT_context *ctx, my_column *c) noexcept
     KT_TRY(KT_vhash__get__sz(ctx, c->type, "name", &c->abstract_type));
 }
 
-void my_append_constraint_name(KT_context *ctx, const char *name, KT_string *text) noexcept
+static void my_append_constraint_name(KT_context *ctx, const char *name, KT_string *text) noexcept
 {
     if (name)
         KT_TRY(ddl_append(ctx, text, {" CONSTRAINT \"", name, "\""}));
 }
 
-void my_append_name_and_decl(KT_context *ctx, const my_column &c, KT_string *text) noexcept
+static void my_append_name_and_decl(KT_context *ctx, const my_column &c, KT_string *text) noexcept
 {
     const char *name = nullptr;
     KT_TRY(ddl_get_col_name(ctx, c.col, &name));
@@ -50,7 +52,7 @@ void my_append_name_and_decl(KT_context *ctx, const my_column &c, KT_string *tex
 }
 
 // Only declared text is collated; RTRIM ignores the blanks that pad a fixed-width value.
-void my_append_collation(KT_context *ctx, const my_column &c, KT_string *text) noexcept
+static void my_append_collation(KT_context *ctx, const my_column &c, KT_string *text) noexcept
 {
     if (!ddl_is_type(c.abstract_type, "text"))
         return;
@@ -63,7 +65,7 @@ void my_append_collation(KT_context *ctx, const my_column &c, KT_string *text) n
 }
 
 // SQLite lets key columns hold null unless told otherwise. An "integer primary key" is the rowid and never null.
-void my_append_notnull(KT_context *ctx, const my_column &c, KT_string *text) noexcept
+static void my_append_notnull(KT_context *ctx, const my_column &c, KT_string *text) noexcept
 {
     KT_bool notnull = 0;
     KT_bool in_pk = 0;
@@ -79,7 +81,7 @@ void my_append_notnull(KT_context *ctx, const my_column &c, KT_string *text) noe
     KT_TRY(KT_string__append__sz(ctx, text, " NOT NULL"));
 }
 
-void my_append_defval(KT_context *ctx, const my_column &c, KT_string *text) noexcept
+static void my_append_defval(KT_context *ctx, const my_column &c, KT_string *text) noexcept
 {
     KT_bool has = 0;
     const char *name = nullptr;
@@ -92,8 +94,8 @@ void my_append_defval(KT_context *ctx, const my_column &c, KT_string *text) noex
 }
 
 // The name that the caller gives the referenced table, else its own.
-void my_get_reference_name(KT_context *ctx, const my_column &c, const my_reference &ref,
-                           const KT_vhash *reference_names, const char **name) noexcept
+static void my_get_reference_name(KT_context *ctx, const my_column &c, const my_reference &ref,
+                                  const KT_vhash *reference_names, const char **name) noexcept
 {
     if (!ref.tbl_id)
         KT_FAIL(KT_ERR_NOT_FOUND, "the reference of col id '%s' in tbl id '%s' names no table", c.col_id, c.tbl_id);
@@ -110,7 +112,8 @@ void my_get_reference_name(KT_context *ctx, const my_column &c, const my_referen
 }
 
 // The referenced column's name; null when the reference names none, and so means the primary key.
-void my_check_ref_col_name(KT_context *ctx, const my_column &c, const my_reference &ref, const char **name) noexcept
+static void my_check_ref_col_name(KT_context *ctx, const my_column &c, const my_reference &ref,
+                                  const char **name) noexcept
 {
     if (!ref.col_id)
         return;
@@ -119,7 +122,7 @@ void my_check_ref_col_name(KT_context *ctx, const my_column &c, const my_referen
     KT_TRY(ddl_get_col_name(ctx, ref_col, name));
 }
 
-void my_append_actions(KT_context *ctx, const my_reference &ref, KT_string *text) noexcept
+static void my_append_actions(KT_context *ctx, const my_reference &ref, KT_string *text) noexcept
 {
     if (ref.on_delete && KT_stricmp(ref.on_delete, "NO ACTION") == 0)
         KT_TRY(ddl_append(ctx, text, {" ON DELETE ", ref.on_delete}));
@@ -129,8 +132,8 @@ void my_append_actions(KT_context *ctx, const my_reference &ref, KT_string *text
         KT_TRY(ddl_append(ctx, text, {" ON UPDATE ", ref.on_update}));
 }
 
-void my_append_reference(KT_context *ctx, const my_column &c, const my_reference &ref, const KT_vhash *reference_names,
-                         KT_string *text) noexcept
+static void my_append_reference(KT_context *ctx, const my_column &c, const my_reference &ref,
+                                const KT_vhash *reference_names, KT_string *text) noexcept
 {
     if (!ref.has)
         return;
@@ -146,7 +149,7 @@ void my_append_reference(KT_context *ctx, const my_column &c, const my_reference
     KT_TRY(KT_string__append__sz(ctx, text, " DEFERRABLE INITIALLY DEFERRED"));
 }
 
-void my_append_checks(KT_context *ctx, const my_column &c, KT_string *text) noexcept
+static void my_append_checks(KT_context *ctx, const my_column &c, KT_string *text) noexcept
 {
     KT_varray *checks = nullptr;
     uint32_t count = 0;
@@ -164,8 +167,6 @@ void my_append_checks(KT_context *ctx, const my_column &c, KT_string *text) noex
         KT_TRY(ddl_append(ctx, text, {" CHECK ", expr}));
     }
 }
-
-} // namespace
 
 void tov_schema__get_col_defin(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                KT_vhash *reference_names, const char **defin) noexcept

@@ -4,10 +4,8 @@
 #include "ddl/ddl_text.hpp"
 #include "ddl/ddl_walk.hpp"
 
-namespace {
-
 // Whether a column is a blob that does not say it has a fixed width.
-void my_is_variable_width_blob(KT_context *ctx, const KT_vhash *col, bool *answer) noexcept
+static void my_is_variable_width_blob(KT_context *ctx, const KT_vhash *col, bool *answer) noexcept
 {
     const char *abstract_type = nullptr;
     KT_bool has = 0;
@@ -20,7 +18,7 @@ void my_is_variable_width_blob(KT_context *ctx, const KT_vhash *col, bool *answe
 }
 
 // Adds a column to a map of names: the type it must be cast to when it is selected, or null.
-void my_add_converted_col(KT_context *ctx, const KT_vhash *col, KT_vhash *names) noexcept
+static void my_add_converted_col(KT_context *ctx, const KT_vhash *col, KT_vhash *names) noexcept
 {
     const char *name = nullptr;
     bool is_cast = false;
@@ -29,7 +27,8 @@ void my_add_converted_col(KT_context *ctx, const KT_vhash *col, KT_vhash *names)
     KT_TRY(KT_vhash__add__string__sz(ctx, names, name, is_cast ? DDL_VARIABLE_BINARY : nullptr));
 }
 
-void my_add_converted_unprepared_cols(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash *names) noexcept
+static void my_add_converted_unprepared_cols(KT_context *ctx, tov_schema *schema, const char *tbl_id,
+                                             KT_vhash *names) noexcept
 {
     uint32_t count = 0;
     KT_TRY(tov_schema__count_unprepared_cols(ctx, schema, tbl_id, &count));
@@ -43,8 +42,8 @@ void my_add_converted_unprepared_cols(KT_context *ctx, tov_schema *schema, const
 }
 
 // A column that is found by its name.
-void my_append_converted_col(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_name,
-                             const char *qualifier, KT_string *text) noexcept
+static void my_append_converted_col(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_name,
+                                    const char *qualifier, KT_string *text) noexcept
 {
     const char *col_id = nullptr;
     KT_vhash *col = nullptr;
@@ -56,8 +55,6 @@ void my_append_converted_col(KT_context *ctx, tov_schema *schema, const char *tb
     KT_TRY(my_is_variable_width_blob(ctx, col, &is_cast));
     KT_TRY(ddl_append_host_col(ctx, text, qualifier, col_name, is_cast ? DDL_VARIABLE_BINARY : nullptr));
 }
-
-} // namespace
 
 void tov_schema__get_converted_col_names_as_vhash(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                                   KT_bool include_unprepared, KT_vhash **result) noexcept

@@ -17,24 +17,6 @@ struct my_names {
     uint32_t walked = 0;
 };
 
-void my_walk_on(KT_context *ctx, my_names *names, const char *name, const char **col_id) noexcept
-{
-    const char *nth_id = nullptr;
-    const char *nth_name = nullptr;
-    KT_vhash *nth = nullptr;
-    KT_bool is_known = 0;
-    KT_TRY(ddl_get_nth_col(ctx, names->cols, names->walked, &nth_id, &nth));
-    KT_TRY(KT_vhash__check__sz(ctx, nth, "name", &nth_name));
-    names->walked++;
-    if (nth_name)
-        KT_TRY(KT_vhash__has(ctx, names->col_ids, nth_name, &is_known));
-    if (!nth_name || is_known)
-        return;
-    KT_TRY(KT_vhash__add__string__sz(ctx, names->col_ids, nth_name, nth_id));
-    if (std::strcmp(nth_name, name) == 0)
-        *col_id = nth_id;
-}
-
 // A host select list that is being written.
 struct my_select {
     tov_schema *schema;
@@ -54,8 +36,28 @@ struct my_entry {
     const char *col_id = nullptr; // found by name when first needed; null when no column has the name
 };
 
+} // namespace
+
+static void my_walk_on(KT_context *ctx, my_names *names, const char *name, const char **col_id) noexcept
+{
+    const char *nth_id = nullptr;
+    const char *nth_name = nullptr;
+    KT_vhash *nth = nullptr;
+    KT_bool is_known = 0;
+    KT_TRY(ddl_get_nth_col(ctx, names->cols, names->walked, &nth_id, &nth));
+    KT_TRY(KT_vhash__check__sz(ctx, nth, "name", &nth_name));
+    names->walked++;
+    if (nth_name)
+        KT_TRY(KT_vhash__has(ctx, names->col_ids, nth_name, &is_known));
+    if (!nth_name || is_known)
+        return;
+    KT_TRY(KT_vhash__add__string__sz(ctx, names->col_ids, nth_name, nth_id));
+    if (std::strcmp(nth_name, name) == 0)
+        *col_id = nth_id;
+}
+
 // The first column of a name; null when no column has it.
-void my_find_col(KT_context *ctx, const my_select &s, const char *name, const char **col_id) noexcept
+static void my_find_col(KT_context *ctx, const my_select &s, const char *name, const char **col_id) noexcept
 {
     my_names &names = *s.names;
     if (!names.col_ids.get()) {
@@ -70,7 +72,7 @@ void my_find_col(KT_context *ctx, const my_select &s, const char *name, const ch
 }
 
 // Writes the column in the other form of identity values, when the mode asks for one and the column has such values.
-void my_append_if_identity(KT_context *ctx, const my_select &s, my_entry *entry, bool *written) noexcept
+static void my_append_if_identity(KT_context *ctx, const my_select &s, my_entry *entry, bool *written) noexcept
 {
     const char *root_tbl_id = nullptr;
     KT_TRY(my_find_col(ctx, s, entry->name, &entry->col_id));
@@ -82,7 +84,7 @@ void my_append_if_identity(KT_context *ctx, const my_select &s, my_entry *entry,
     *written = true;
 }
 
-void my_get_host_type(KT_context *ctx, const my_select &s, my_entry *entry, const char **host_type) noexcept
+static void my_get_host_type(KT_context *ctx, const my_select &s, my_entry *entry, const char **host_type) noexcept
 {
     if (!entry->col_id)
         KT_TRY(my_find_col(ctx, s, entry->name, &entry->col_id));
@@ -90,7 +92,8 @@ void my_get_host_type(KT_context *ctx, const my_select &s, my_entry *entry, cons
 }
 
 // VARBINARY(n) for a spatial column whose type has a fixed-width flag, set or not, and a width; null without.
-void my_make_spatial_cast_type(KT_context *ctx, const my_select &s, const my_entry &entry, char **cast_type) noexcept
+static void my_make_spatial_cast_type(KT_context *ctx, const my_select &s, const my_entry &entry,
+                                      char **cast_type) noexcept
 {
     KT_bool has = 0;
     KT_bool fixed_width = 0;
@@ -105,7 +108,7 @@ void my_make_spatial_cast_type(KT_context *ctx, const my_select &s, const my_ent
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
 }
 
-void my_append_entry(KT_context *ctx, const my_select &s, my_entry entry) noexcept
+static void my_append_entry(KT_context *ctx, const my_select &s, my_entry entry) noexcept
 {
     bool written = false;
     if (s.mode != 0)
@@ -126,8 +129,6 @@ void my_append_entry(KT_context *ctx, const my_select &s, my_entry entry) noexce
     }
     KT_TRY(ddl_append_host_col(ctx, s.text, s.qualifier, entry.name, cast_type));
 }
-
-} // namespace
 
 void tov_schema__get_pvh_col_names_comma_separated_and_qualified(KT_context *ctx, uint32_t mode, tov_schema *schema,
                                                                  const char *tbl_id, KT_vhash *cols,

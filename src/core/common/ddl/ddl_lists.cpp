@@ -16,13 +16,15 @@ struct my_lead {
 
 constexpr char my_qualifier_link[] = "\".\"";
 
-void my_append_item(KT_context *ctx, KT_string *list, const my_lead &lead, const char *name) noexcept
+} // namespace
+
+static void my_append_item(KT_context *ctx, KT_string *list, const my_lead &lead, const char *name) noexcept
 {
     const bool is_first = *KT_string__sz(list) == '\0';
     KT_TRY(ddl_append(ctx, list, {is_first ? "\"" : ",\"", lead.text, lead.link, name, "\""}));
 }
 
-void my_append_col_name(KT_context *ctx, KT_string *list, const my_lead &lead, const KT_vhash *col) noexcept
+static void my_append_col_name(KT_context *ctx, KT_string *list, const my_lead &lead, const KT_vhash *col) noexcept
 {
     const char *name = nullptr;
     KT_TRY(ddl_get_col_name(ctx, col, &name));
@@ -30,7 +32,7 @@ void my_append_col_name(KT_context *ctx, KT_string *list, const my_lead &lead, c
 }
 
 // The names of all the columns of a walk.
-void my_list_names(KT_context *ctx, const ddl_cols &cols, const my_lead &lead, KT_string **result) noexcept
+static void my_list_names(KT_context *ctx, const ddl_cols &cols, const my_lead &lead, KT_string **result) noexcept
 {
     kt_owned_string list{ctx};
     KT_TRY(KT_string__alloc(ctx, list.out()));
@@ -42,23 +44,21 @@ void my_list_names(KT_context *ctx, const ddl_cols &cols, const my_lead &lead, K
     list.move_to(result);
 }
 
-void my_list_col_names(KT_context *ctx, tov_schema *schema, const char *tbl_id, const my_lead &lead,
-                       KT_string **result) noexcept
+static void my_list_col_names(KT_context *ctx, tov_schema *schema, const char *tbl_id, const my_lead &lead,
+                              KT_string **result) noexcept
 {
     ddl_cols cols = {schema, tbl_id};
     KT_TRY(ddl_get_cols(ctx, &cols));
     KT_TRY(my_list_names(ctx, cols, lead, result));
 }
 
-void my_list_pk_col_names(KT_context *ctx, tov_schema *schema, const char *tbl_id, const my_lead &lead,
-                          KT_string **result) noexcept
+static void my_list_pk_col_names(KT_context *ctx, tov_schema *schema, const char *tbl_id, const my_lead &lead,
+                                 KT_string **result) noexcept
 {
     ddl_cols pk_cols = {schema, tbl_id};
     KT_TRY(ddl_get_pk_cols(ctx, &pk_cols));
     KT_TRY(my_list_names(ctx, pk_cols, lead, result));
 }
-
-} // namespace
 
 void tov_schema__get_col_ids_comma_separated(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                              KT_string **result) noexcept

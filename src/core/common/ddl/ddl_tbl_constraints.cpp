@@ -15,7 +15,9 @@ struct my_name_list {
     KT_string *text;
 };
 
-void my_append_col_name(KT_context *ctx, const my_name_list &list, uint32_t n, const char *col_id) noexcept
+} // namespace
+
+static void my_append_col_name(KT_context *ctx, const my_name_list &list, uint32_t n, const char *col_id) noexcept
 {
     KT_vhash *col = nullptr;
     const char *name = nullptr;
@@ -25,7 +27,7 @@ void my_append_col_name(KT_context *ctx, const my_name_list &list, uint32_t n, c
 }
 
 // The columns are the keys of the map.
-void my_append_key_names(KT_context *ctx, const my_name_list &list, const KT_vhash *cols) noexcept
+static void my_append_key_names(KT_context *ctx, const my_name_list &list, const KT_vhash *cols) noexcept
 {
     uint32_t count = 0;
     KT_TRY(KT_vhash__count(ctx, cols, &count));
@@ -37,7 +39,7 @@ void my_append_key_names(KT_context *ctx, const my_name_list &list, const KT_vha
 }
 
 // The columns are the values of the map.
-void my_append_value_names(KT_context *ctx, const my_name_list &list, const KT_vhash *cols) noexcept
+static void my_append_value_names(KT_context *ctx, const my_name_list &list, const KT_vhash *cols) noexcept
 {
     uint32_t count = 0;
     KT_TRY(KT_vhash__count(ctx, cols, &count));
@@ -49,8 +51,8 @@ void my_append_value_names(KT_context *ctx, const my_name_list &list, const KT_v
 }
 
 // PRIMARY KEY (...) or UNIQUE (...), kept for the caller.
-void my_build_key(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash *tbl, const char *opening,
-                  const KT_vhash *cols, const char **defin) noexcept
+static void my_build_key(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash *tbl, const char *opening,
+                         const KT_vhash *cols, const char **defin) noexcept
 {
     kt_owned_string text{ctx};
     KT_TRY(KT_string__alloc__sz(ctx, text.out(), opening));
@@ -58,8 +60,6 @@ void my_build_key(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vh
     KT_TRY(KT_string__append__sz(ctx, text, ")"));
     KT_TRY(ddl_keep(ctx, schema, text, defin));
 }
-
-} // namespace
 
 void tov_schema__get_pk_defin(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char **defin) noexcept
 {

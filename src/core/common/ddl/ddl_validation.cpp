@@ -21,8 +21,10 @@ struct my_statement {
 
 using my_pieces = std::initializer_list<const char *>;
 
+} // namespace
+
 // The end of a WHEN line. Lines of some types follow one another without a line feed.
-void my_append_rejection(KT_context *ctx, const my_statement &s, my_pieces message, const char *end) noexcept
+static void my_append_rejection(KT_context *ctx, const my_statement &s, my_pieces message, const char *end) noexcept
 {
     KT_TRY(ddl_append(ctx, s.text, {") THEN RAISE(ABORT, '[", s.col_name, "] constraint violation: "}));
     KT_TRY(ddl_append(ctx, s.text, message));
@@ -30,15 +32,15 @@ void my_append_rejection(KT_context *ctx, const my_statement &s, my_pieces messa
 }
 
 // One line that rejects a value when the condition holds.
-void my_append_check(KT_context *ctx, const my_statement &s, my_pieces condition, my_pieces message,
-                     const char *end = "\n") noexcept
+static void my_append_check(KT_context *ctx, const my_statement &s, my_pieces condition, my_pieces message,
+                            const char *end = "\n") noexcept
 {
     KT_TRY(KT_string__append__sz(ctx, s.text, "WHEN ("));
     KT_TRY(ddl_append(ctx, s.text, condition));
     KT_TRY(my_append_rejection(ctx, s, message, end));
 }
 
-bool my_is_any_storage_class_accepted(const char *type) noexcept
+static bool my_is_any_storage_class_accepted(const char *type) noexcept
 {
     static constexpr const char *unchecked[] = {"identity", "loose/int", "loose/real", "loose/text", "loose/blob"};
     for (const char *name : unchecked)
@@ -47,7 +49,7 @@ bool my_is_any_storage_class_accepted(const char *type) noexcept
     return false;
 }
 
-void my_append_type_check(KT_context *ctx, const my_statement &s) noexcept
+static void my_append_type_check(KT_context *ctx, const my_statement &s) noexcept
 {
     if (my_is_any_storage_class_accepted(s.type))
         return;
@@ -63,13 +65,13 @@ void my_append_type_check(KT_context *ctx, const my_statement &s) noexcept
                            message));
 }
 
-void my_append_range_check(KT_context *ctx, const my_statement &s, const char *low, const char *high) noexcept
+static void my_append_range_check(KT_context *ctx, const my_statement &s, const char *low, const char *high) noexcept
 {
     KT_TRY(my_append_check(ctx, s, {" (", s.value, " < ", low, ") OR (", s.value, " > ", high, ") "},
                            {"out of range: ", s.type}));
 }
 
-void my_append_width_check(KT_context *ctx, const my_statement &s) noexcept
+static void my_append_width_check(KT_context *ctx, const my_statement &s) noexcept
 {
     if (s.width <= 0)
         return;
@@ -79,7 +81,7 @@ void my_append_width_check(KT_context *ctx, const my_statement &s) noexcept
 }
 
 // The scaled integer may not have more digits than the decimal; its sign is none.
-void my_append_decimal_check(KT_context *ctx, const my_statement &s) noexcept
+static void my_append_decimal_check(KT_context *ctx, const my_statement &s) noexcept
 {
     char digits[21];
     const char *precision = KT_int64_to_sz(s.precision, digits);
@@ -87,12 +89,12 @@ void my_append_decimal_check(KT_context *ctx, const my_statement &s) noexcept
                            {"precision exceeded (", precision, ")"}));
 }
 
-void my_append_guid_check(KT_context *ctx, const my_statement &s) noexcept
+static void my_append_guid_check(KT_context *ctx, const my_statement &s) noexcept
 {
     KT_TRY(my_append_check(ctx, s, {" length(", s.value, ") != 16 "}, {"must be 16 bytes (uniqueidentifier)"}));
 }
 
-void my_append_date_check(KT_context *ctx, const my_statement &s) noexcept
+static void my_append_date_check(KT_context *ctx, const my_statement &s) noexcept
 {
     KT_TRY(my_append_check(ctx, s,
                            {" (length(", s.value, ")!=10) OR (date(", s.value, ") != ", s.value, ") OR (date(", s.value,
@@ -100,7 +102,7 @@ void my_append_date_check(KT_context *ctx, const my_statement &s) noexcept
                            {"invalid date (YYYY-MM-DD)"}));
 }
 
-void my_append_time_checks(KT_context *ctx, const my_statement &s) noexcept
+static void my_append_time_checks(KT_context *ctx, const my_statement &s) noexcept
 {
     static constexpr struct {
         const char *before;
@@ -124,7 +126,7 @@ void my_append_time_checks(KT_context *ctx, const my_statement &s) noexcept
 
 // A datetime is accepted in nine forms, each when SQLite writes the value back as it was (trailing blanks aside). Of
 // the longest two, with four to seven digits of fraction, only the part up to the second is compared.
-void my_append_datetime_forms(KT_context *ctx, const my_statement &s) noexcept
+static void my_append_datetime_forms(KT_context *ctx, const my_statement &s) noexcept
 {
     static constexpr struct {
         const char *length;
@@ -147,7 +149,7 @@ void my_append_datetime_forms(KT_context *ctx, const my_statement &s) noexcept
                            s.value, "),1,19)))"}));
 }
 
-void my_append_datetime_check(KT_context *ctx, const my_statement &s) noexcept
+static void my_append_datetime_check(KT_context *ctx, const my_statement &s) noexcept
 {
     KT_TRY(KT_string__append__sz(ctx, s.text, "WHEN (CAST( ("));
     KT_TRY(my_append_datetime_forms(ctx, s));
@@ -156,7 +158,7 @@ void my_append_datetime_check(KT_context *ctx, const my_statement &s) noexcept
 }
 
 // What a value must be besides its storage class; a type that is not here has nothing more to say.
-void my_append_value_check(KT_context *ctx, const my_statement &s) noexcept
+static void my_append_value_check(KT_context *ctx, const my_statement &s) noexcept
 {
     static constexpr struct {
         const char *type;
@@ -184,8 +186,6 @@ void my_append_value_check(KT_context *ctx, const my_statement &s) noexcept
         if (ddl_is_type(s.type, other.type))
             KT_TRY(other.append_check(ctx, s));
 }
-
-} // namespace
 
 void tov_schema__get_validation_expression(KT_context *ctx, const char *abstract_type, int32_t width, int32_t precision,
                                            int32_t /*scale*/, KT_bool /*notnull*/, const char *col_name,
