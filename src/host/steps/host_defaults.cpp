@@ -67,12 +67,13 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
     KT_TRY(my_translate(ctx, import, table, col, my_expression(defval).c_str(), translation));
     if (translation.refused) {
         KT_TRY(import.findings.add(ctx, "default-refused", &table, &col, defval.definition,
-                                   "left out: it is no value of the column's type: " + translation.message));
+                                   "left out: it is not a value of the column's type: " + translation.message +
+                                       host_must_give_value(col)));
         return;
     }
     if (!translation.expr.get()) {
         KT_TRY(import.findings.add(ctx, "default-dropped", &table, &col, defval.definition,
-                                   "left out: SQLite has no default that means the same"));
+                                   "left out: SQLite has no default that means the same" + host_must_give_value(col)));
         return;
     }
     const bool has_name = !defval.kind || std::string_view(defval.kind) == "constraint";

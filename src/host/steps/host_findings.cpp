@@ -26,6 +26,11 @@ void host_findings::add(KT_context *ctx, const char *code, const host_table *tab
     KT_TRY(my_add_member(ctx, finding, "host_text", host_text));
 }
 
+std::string host_must_give_value(const host_column &col)
+{
+    return col.is_nullable ? "" : "; the column is NOT NULL, so inserts must give a value";
+}
+
 static std::string my_bracketed(const char *name)
 {
     std::string text = "[";

@@ -21,6 +21,9 @@ class host_findings {
     kt_owned_varray list_;
 };
 
+// The end of a reason: what follows from nothing filling in the values of a column that allows no NULL.
+std::string host_must_give_value(const host_column &col);
+
 // A key as the server would write it, for the host text of a finding: UNIQUE [UQ_Code] ([Code]).
 std::string host_key_text(const char *kind, const host_key &key);
 std::string host_foreignkey_text(const host_foreignkey &fk);

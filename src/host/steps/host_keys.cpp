@@ -95,16 +95,19 @@ static void my_add_unique(KT_context *ctx, host_import &import, host_table &tabl
     table.parent_keys.push_back(key.cols);
 }
 
-// The server lets a unique key hold one NULL, SQLite any number.
+// The server lets a unique key hold one NULL, SQLite any number. One finding for a key: it names the column where only
+// one may be NULL.
 static void my_report_nullable(KT_context *ctx, host_import &import, const host_table &table, const host_key &key)
 {
-    const char *kind = key.is_index ? "UNIQUE INDEX" : "UNIQUE";
-    for (const host_column *col : key.cols) {
-        if (col->is_nullable)
-            KT_TRY(import.findings.add(ctx, "unique-nullable", &table, col, host_key_text(kind, key).c_str(),
-                                       "kept: SQLite takes NULLs for distinct and allows any number of them, the "
-                                       "server takes them for equal"));
-    }
+    const auto is_nullable = [](const host_column *col) { return col->is_nullable; };
+    const auto count = std::count_if(key.cols.begin(), key.cols.end(), is_nullable);
+    if (count == 0)
+        return;
+    const host_column *first = *std::find_if(key.cols.begin(), key.cols.end(), is_nullable);
+    KT_TRY(import.findings.add(ctx, "unique-nullable", &table, count == 1 ? first : nullptr,
+                               host_key_text(key.is_index ? "UNIQUE INDEX" : "UNIQUE", key).c_str(),
+                               "kept: SQLite treats NULLs as distinct and allows any number of them; the server treats "
+                               "them as equal"));
 }
 
 static void my_add_pk(KT_context *ctx, host_import &import, host_table &table)

@@ -23,6 +23,7 @@ struct host_type {
     host_width width = host_width::unbounded;
     bool fixed_width = false;
     bool unicode = false;
+    bool is_row_version = false; // the server writes a new value with every change of the row
 };
 
 static constexpr host_type types[] = {
@@ -53,8 +54,8 @@ static constexpr host_type types[] = {
     {"varbinary", host_type_kind::blob, nullptr, host_width::bytes},
     {"binary", host_type_kind::blob, nullptr, host_width::bytes, true},
     {"image", host_type_kind::blob},
-    {"timestamp", host_type_kind::blob, nullptr, host_width::bytes, true},
-    {"rowversion", host_type_kind::blob, nullptr, host_width::bytes, true},
+    {"timestamp", host_type_kind::blob, nullptr, host_width::bytes, true, false, true},
+    {"rowversion", host_type_kind::blob, nullptr, host_width::bytes, true, false, true},
     {"geography", host_type_kind::blob},
     {"geometry", host_type_kind::blob},
     {"hierarchyid", host_type_kind::blob},
@@ -146,6 +147,18 @@ static std::string my_declared_type(const host_column &col, const char *sizes)
     return std::string(host_type_name(col)) + '(' + sizes + ')';
 }
 
+// The greatest 64-bit integer with its last digits after the point.
+static std::string my_greatest_decimal(uint8_t scale)
+{
+    std::string digits = std::to_string(INT64_MAX);
+    const size_t after_point = scale;
+    if (after_point == 0)
+        return digits;
+    if (digits.size() <= after_point)
+        digits.insert(0, after_point + 1 - digits.size(), '0');
+    return digits.insert(digits.size() - after_point, 1, '.');
+}
+
 static void my_add_decimal(KT_context *ctx, host_import &import, const host_table &table, const host_column &col)
 {
     KT_TRY(tov_schema__set_col_type_decimal(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(),
@@ -153,8 +166,8 @@ static void my_add_decimal(KT_context *ctx, host_import &import, const host_tabl
     if (col.prepared && col.precision > max_decimal_digits) {
         const std::string sizes = std::to_string(col.precision) + ',' + std::to_string(col.scale);
         KT_TRY(import.findings.add(ctx, "decimal-too-wide", &table, &col, my_declared_type(col, sizes.c_str()).c_str(),
-                                   "kept as a scaled 64-bit integer: values of more than 18 digits may not fit and "
-                                   "are refused then"));
+                                   "kept as a scaled 64-bit integer: values beyond " + my_greatest_decimal(static_cast<uint8_t>(col.scale)) +
+                                       " are refused"));
     }
 }
 
@@ -190,6 +203,9 @@ static void my_add_blob(KT_context *ctx, host_import &import, const host_table &
 {
     KT_TRY(tov_schema__set_col_type_blob(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(),
                                          type.fixed_width, my_width(col, type.width)));
+    if (type.is_row_version && col.prepared)
+        KT_TRY(import.findings.add(ctx, "rowversion-as-bytes", &table, &col, host_type_name(col),
+                                   "kept as 8 bytes that SQLite does not fill in" + host_must_give_value(col)));
     if (&type == &clr_type && col.prepared)
         KT_TRY(import.findings.add(ctx, "type-as-bytes", &table, &col, host_type_name(col),
                                    "kept as the bytes that the server stores: their meaning is not known here"));

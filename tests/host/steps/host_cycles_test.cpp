@@ -21,6 +21,18 @@ TEST_F(HostCyclesTest, TablesInACircleAreNamed)
                        "first: dbo.A, dbo.B, dbo.C");
 }
 
+TEST_F(HostCyclesTest, CirclesThatShareATableAreOneFinding)
+{
+    const auto pointing_back = [](int id, const std::string &name) { return referring(id, name, 5); };
+    std::string both = referring(5, "A", 6);
+    both.replace(both.find(R"("fks":[)"), 7,
+                 R"("fks":[{"name":"FK2","id":2000,"ref_table_id":7,"ref_schema":"dbo",)"
+                 R"("ref_table":"C","on_delete":"NO_ACTION","on_update":"NO_ACTION",)"
+                 R"("columns":[{"column":"Ref","ref_column":"Id"}]},)");
+    import_tables(both + ',' + pointing_back(6, "B") + ',' + pointing_back(7, "C"));
+    EXPECT_EQ(codes(), "tables-in-circle dbo.A");
+}
+
 TEST_F(HostCyclesTest, ColumnsInACircleAreNamed)
 {
     import_tables(referring(5, "A", 6, "Id") + ',' + referring(6, "B", 5, "Id"));

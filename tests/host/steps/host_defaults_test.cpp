@@ -51,17 +51,24 @@ TEST_F(HostDefaultsTest, LeftOut)
         const char *line;
     } cases[] = {
         {"datetime", constraint("(getdate())"),
-         "default-dropped: dbo.T.C: left out: SQLite has no default that means the same: (getdate())"},
+         "default-dropped: dbo.T.C: left out: SQLite has no default that means the same; the column is NOT NULL, so "
+         "inserts must give a value: "
+         "(getdate())"},
         {"tinyint", constraint("((256))"),
-         "default-dropped: dbo.T.C: left out: SQLite has no default that means the same: ((256))"},
+         "default-dropped: dbo.T.C: left out: SQLite has no default that means the same; the column is NOT NULL, so "
+         "inserts must give a value: "
+         "((256))"},
         {"uniqueidentifier", constraint("('00000000-0000-0000-0000-000000000000')"),
-         "default-dropped: dbo.T.C: left out: SQLite has no default that means the same: "
+         "default-dropped: dbo.T.C: left out: SQLite has no default that means the same; the column is NOT NULL, so "
+         "inserts must give a value: "
          "('00000000-0000-0000-0000-000000000000')"},
         {"int", R"({"kind":"bound","id":5,"definition":"CREATE DEFAULT d"})",
-         "default-dropped: dbo.T.C: left out: SQLite has no default that means the same: CREATE DEFAULT d"},
+         "default-dropped: dbo.T.C: left out: SQLite has no default that means the same; the column is NOT NULL, so "
+         "inserts must give a value: "
+         "CREATE DEFAULT d"},
         {"money", constraint("((1.23456))"),
-         "default-refused: dbo.T.C: left out: it is no value of the column's type: problem with decimal string for "
-         "scale=4: 1.23456: ((1.23456))"},
+         "default-refused: dbo.T.C: left out: it is not a value of the column's type: problem with decimal string for "
+         "scale=4: 1.23456; the column is NOT NULL, so inserts must give a value: ((1.23456))"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.defval);
@@ -70,6 +77,13 @@ TEST_F(HostDefaultsTest, LeftOut)
         EXPECT_FALSE(has(R"("defval")")) << document();
         EXPECT_NE(everything().find(R"("defvals":{"7":{"1":")"), std::string::npos) << everything();
     }
+}
+
+TEST_F(HostDefaultsTest, LeftOutOfAColumnThatMayBeNull)
+{
+    const std::string more = R"("is_nullable":true,"default":)" + constraint("(getdate())");
+    import_tables(a_table(7, "T", a_col(1, "C", "datetime", more)));
+    EXPECT_EQ(lines(), "default-dropped: dbo.T.C: left out: SQLite has no default that means the same: (getdate())");
 }
 
 TEST_F(HostDefaultsTest, WhatTheTypeCheckRefusesIsAFindingAndTheImportGoesOn)

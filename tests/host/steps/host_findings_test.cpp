@@ -26,8 +26,7 @@ TEST_F(HostFindingsTest, Lines)
         {R"({"code":"c","table":"dbo.T","reason":"why"})", "> c: dbo.T: why"},
         {R"({"code":"c","reason":"why","host_text":"x"})", "> c: why: x"},
         {R"({"code":"c"})", "> c"},
-        {R"({"code":"c","reason":"a\nb","host_text":"x\r\n\ty\u007f\u009b"})",
-         "> c: a b: x   y<U+007F><U+009B>"},
+        {R"({"code":"c","reason":"a\nb","host_text":"x\r\n\ty\u007f\u009b"})", "> c: a b: x   y<U+007F><U+009B>"},
         {"{\"code\":\"c\",\"reason\":\"\xC3\xA4\"}", "> c: \xC3\xA4"},
     };
     for (const auto &c : cases) {

@@ -211,6 +211,7 @@ TEST_F(HostImportTest, TheSampleCatalogue)
                        "column-computed sales.OrderLines.LineTotal\n"
                        "type-unsupported sales.Shipments.LastSeen\n"
                        "default-dropped dbo.ProductPrices.SetAt\n"
+                       "rowversion-as-bytes dbo.Products.Changed\n"
                        "unique-nullable dbo.Customers.Email\n"
                        "pk-as-unique sales.Shipments\n"
                        "check-left-out dbo.Products.Sku");

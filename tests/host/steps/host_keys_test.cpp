@@ -116,6 +116,18 @@ TEST_F(HostKeysTest, NullableColumnsOfUniqueKeysAreReported)
     import_tables(a_table(7, "T",
                           a_col(1, "A", "int") + ',' + a_col(2, "B", "int", null) + ',' + a_col(3, "C", "int", null),
                           uniques(a_unique("UQ", "A B") + ',' + a_unique("IX", "C", R"(,"kind":"index")"))));
-    EXPECT_EQ(codes(), "unique-nullable dbo.T.B\nunique-nullable dbo.T.C");
+    EXPECT_EQ(lines(),
+              "unique-nullable: dbo.T.B: kept: SQLite treats NULLs as distinct and allows any number of them; the "
+              "server treats them as equal: UNIQUE [UQ] ([A], [B])\n"
+              "unique-nullable: dbo.T.C: kept: SQLite treats NULLs as distinct and allows any number of them; the "
+              "server treats them as equal: UNIQUE INDEX [IX] ([C])");
     EXPECT_TRUE(has(R"("uniques":{"UQ":{"1":null,"2":null},"IX":{"3":null}})")) << document();
+}
+
+TEST_F(HostKeysTest, AUniqueKeyOfSeveralNullableColumnsIsOneFinding)
+{
+    const std::string null = R"("is_nullable":true)";
+    import_tables(
+        a_table(7, "T", a_col(1, "A", "int", null) + ',' + a_col(2, "B", "int", null), uniques(a_unique("UQ", "A B"))));
+    EXPECT_EQ(codes(), "unique-nullable dbo.T");
 }

@@ -63,7 +63,7 @@ TEST_F(HostTypesTest, TypeRecords)
         import_tables(a_table(7, "T", a_col(1, "C", c.type, c.more)));
         EXPECT_TRUE(has(R"("cols":{"1":{"name":"C","type":)" + c.record + R"(,"mssql_col_data_type":")" + c.type + '"'))
             << document();
-        EXPECT_EQ(codes(), "");
+        EXPECT_EQ(codes(), c.type == std::string("timestamp") ? "rowversion-as-bytes dbo.T.C" : "");
     }
 }
 
@@ -161,8 +161,22 @@ TEST_F(HostTypesTest, WidthsThatAreNotExactAreReported)
         const char *line;
     } cases[] = {
         {"decimal", R"("precision":19,"scale":4)",
-         "decimal-too-wide: dbo.T.C: kept as a scaled 64-bit integer: values of more than 18 digits may not fit and "
-         "are refused then: decimal(19,4)"},
+         "decimal-too-wide: dbo.T.C: kept as a scaled 64-bit integer: values beyond 922337203685477.5807 are refused: "
+         "decimal(19,4)"},
+        {"decimal", R"("precision":38,"scale":0)",
+         "decimal-too-wide: dbo.T.C: kept as a scaled 64-bit integer: values beyond 9223372036854775807 are refused: "
+         "decimal(38,0)"},
+        {"numeric", R"("precision":38,"scale":19)",
+         "decimal-too-wide: dbo.T.C: kept as a scaled 64-bit integer: values beyond 0.9223372036854775807 are refused: "
+         "numeric(38,19)"},
+        {"decimal", R"("precision":38,"scale":21)",
+         "decimal-too-wide: dbo.T.C: kept as a scaled 64-bit integer: values beyond 0.009223372036854775807 are "
+         "refused: decimal(38,21)"},
+        {"timestamp", R"("max_length":8)",
+         "rowversion-as-bytes: dbo.T.C: kept as 8 bytes that SQLite does not fill in; the column is NOT NULL, so "
+         "inserts must give a value: timestamp"},
+        {"timestamp", R"("max_length":8,"is_nullable":true)",
+         "rowversion-as-bytes: dbo.T.C: kept as 8 bytes that SQLite does not fill in: timestamp"},
         {"varchar", R"("max_length":20,"collation":"Latin1_General_100_CI_AS_SC_UTF8","code_page":65001)",
          "width-in-bytes: dbo.T.C: kept with its width in characters: the server counts bytes of code page 65001, so "
          "fewer characters may fit there: varchar(20)"},
