@@ -131,7 +131,7 @@ std::string cli_read_text(const std::string &path)
     std::string content = cli_read_file(path);
     const size_t nul = content.find('\0');
     if (nul != std::string::npos)
-        throw cli_failure("the file is no text (byte " + std::to_string(nul) + " is NUL)", path);
+        throw cli_failure("the file is not a text file (byte " + std::to_string(nul) + " is NUL)", path);
     return content;
 }
 

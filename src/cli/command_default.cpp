@@ -220,7 +220,7 @@ void cli_add_default(cli_arguments &arguments)
     const cli_option text =
         command.argument("TEXT", options->text, "the default as SQL Server prints it, e.g. \"((0))\"");
     type.needs(text);
-    command.option("--scale", options->scale, "digits behind the point of a decimal (default: 0)").between(0, 255);
+    command.option("--scale", options->scale, "digits after the decimal point (default: 0)").between(0, 255);
     command.flag("--json", options->is_json, "print one JSON object for each default");
     command.runs([options] { return my_run(*options); });
 }

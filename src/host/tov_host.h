@@ -42,7 +42,7 @@ void tov_host__import(KT_context *ctx, const char *bytes, size_t size, const tov
                       tov_schema **schema, KT_varray **findings) noexcept;
 
 /**
- * Whether an error of tov_schema__fix_mssql_defval() says that the default is no value of the column. Any other says
+ * Whether an error of tov_schema__fix_mssql_defval() says that the default is not a value of the column. Any other says
  * that the question could not be answered, such as for want of memory.
  */
 bool tov_host__is_refused_default(uint64_t code) noexcept;

@@ -80,12 +80,12 @@ KT_API void KT_context__err(KT_context *ctx, uint64_t code, const char *file, in
 KT_API void KT_context__err__generic(KT_context *ctx, uint64_t code, const char *file, int32_t line) KT_NOEXCEPT;
 
 /**
- * Replaces the description of the current error by a printf-style text. Does nothing when there is no error.
+ * Replaces the description of the current error by a printf-style text. Does nothing when there is not an error.
  * The arguments may point into the present description.
  */
 KT_API void KT_context__err_set_description(KT_context *ctx, const char *format, ...) KT_NOEXCEPT KT_PRINTF(2, 3);
 
-/** Appends a frame to the current error's trace. Does nothing when there is no error. */
+/** Appends a frame to the current error's trace. Does nothing when there is not an error. */
 KT_API void KT_context__err_stackframe_add(KT_context *ctx, const char *file, int32_t line) KT_NOEXCEPT;
 
 /** Whether the current level holds an error. */
@@ -106,7 +106,7 @@ KT_API void KT_context__pop_level(KT_context *ctx) KT_NOEXCEPT;
 /** The current level's error code, 0 when there is none. */
 KT_API uint64_t KT_context__err_code(const KT_context *ctx) KT_NOEXCEPT;
 
-/** The current level's description: never null, empty when there is no error; borrowed until the error changes. */
+/** The current level's description: never null, empty when there is not an error; borrowed until the error changes. */
 KT_API const char *KT_context__err_description(const KT_context *ctx) KT_NOEXCEPT;
 
 /** The number of frames of the current error, the place where it was raised first. */

@@ -10,8 +10,8 @@
  * Variants that are handed out are borrowed until the map changes.
  *
  * What absence means is part of the name:
- * - get: the key must be there (KT_ERR_KEY_NOT_FOUND) and hold that type (KT_ERR_WRONG_TYPE; a null is no type).
- * - check: an absent key, or a null value, is no failure: a pointer output becomes null, any other output is left
+ * - get: the key must be there (KT_ERR_KEY_NOT_FOUND) and hold that type (KT_ERR_WRONG_TYPE; a null is not a type).
+ * - check: an absent key, or a null value, is not a failure: a pointer output becomes null, any other output is left
  *   as it was. A value of another type is KT_ERR_WRONG_TYPE.
  * - ensure: an absent key gets an empty child at the end. A value of another type, null too, is KT_ERR_WRONG_TYPE.
  */

@@ -37,7 +37,7 @@ TEST_F(CliFilesTest, AFileWithANulIsNoText)
 {
     const command_result result = run({"tables", write("nul.json", std::string("{\0}", 3))});
     EXPECT_EXIT_CODE(result, 2);
-    EXPECT_EQ(result.err, "tov-schema: the file is no text (byte 1 is NUL): " + path("nul.json") + "\n");
+    EXPECT_EQ(result.err, "tov-schema: the file is not a text file (byte 1 is NUL): " + path("nul.json") + "\n");
 }
 
 TEST_F(CliFilesTest, OutputIsWrittenBesideAndRenamed)

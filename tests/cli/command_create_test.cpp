@@ -94,11 +94,11 @@ TEST_F(CommandCreateTest, AFailureLeavesNoDatabase)
 
 TEST_F(CommandCreateTest, RefusesAFileThatIsNoDatabase)
 {
-    write("client.db", "this is no database, and long enough for SQLite to see that it is none");
+    write("client.db", "this is not a database, and long enough for SQLite to see that it is none");
     const command_result result = run({"create", path("s.json"), path("client.db")});
     EXPECT_EXIT_CODE(result, 2);
     EXPECT_EQ(result.err, "tov-schema: file is not a database: " + path("client.db") + "\n");
-    EXPECT_EQ(read("client.db").find("this is no database"), 0u);
+    EXPECT_EQ(read("client.db").find("this is not a database"), 0u);
 }
 
 } // namespace

@@ -38,7 +38,7 @@ TEST_F(CommandLiteTest, RefusesWhatIsNoSummary)
 {
     const command_result result = run({"lite", "--read", "-"}, "{\"compat_level\":1}");
     EXPECT_EXIT_CODE(result, 2);
-    EXPECT_EQ(result.err, "tov-schema: key 'tbls' is not there: -\n");
+    EXPECT_EQ(result.err, "tov-schema: no key 'tbls': -\n");
 }
 
 } // namespace

@@ -154,9 +154,9 @@ static const char *my_find_token_flaw(token_kind kind) noexcept
     case token_kind::semicolon:
         return "a \";\" outside of quotes";
     case token_kind::endless_quote:
-        return "a quote that does not end";
+        return "unterminated quote";
     case token_kind::endless_comment:
-        return "a comment that does not end";
+        return "unterminated comment";
     default:
         return nullptr;
     }
@@ -189,7 +189,7 @@ static const char *my_take(outline &seen, token_kind kind) noexcept
     if (kind == token_kind::blank)
         return nullptr;
     if (kind == token_kind::close)
-        return --seen.depth < 0 ? "a \")\" that closes nothing" : nullptr;
+        return --seen.depth < 0 ? "unmatched \")\"" : nullptr;
     if (seen.depth == 0)
         my_count_outside(seen, kind);
     seen.depth += kind == token_kind::open;

@@ -102,7 +102,7 @@ static void my_check_action(KT_context *ctx, const client_place &place, const KT
     kt_owned_string shown{ctx};
     KT_TRY(KT_string__alloc(ctx, shown.out()));
     KT_TRY(KT_string__append__shown(ctx, shown, action));
-    CLIENT_FAIL(KT_ERR_UNEXPECTED_VALUE, client_at(place, key), "%s is no action that is known", KT_string__sz(shown));
+    CLIENT_FAIL(KT_ERR_UNEXPECTED_VALUE, client_at(place, key), "%s is not a known action", KT_string__sz(shown));
 }
 
 static void my_check_type(KT_context *ctx, const client_place &place, const KT_vhash *col) noexcept
@@ -121,7 +121,7 @@ static void my_check_type(KT_context *ctx, const client_place &place, const KT_v
     kt_owned_string shown{ctx};
     KT_TRY(KT_string__alloc(ctx, shown.out()));
     KT_TRY(KT_string__append__shown(ctx, shown, name));
-    CLIENT_FAIL(KT_ERR_UNEXPECTED_VALUE, client_at(place, "type"), "%s is no type that is known", KT_string__sz(shown));
+    CLIENT_FAIL(KT_ERR_UNEXPECTED_VALUE, client_at(place, "type"), "%s is not a known type", KT_string__sz(shown));
 }
 
 static void my_check_shape(KT_context *ctx, const client_place &place, const char *expression,

@@ -62,8 +62,7 @@ static void my_refuse_taken(KT_context *ctx, void *taken_names, const client_sta
     KT_TRY(KT_string__alloc(ctx, shown.out()));
     KT_TRY(KT_string__append__shown(ctx, shown, statement.name));
     const char *kind = statement.kind == client_kind::tbl ? "table" : "trigger";
-    KT_FAIL(KT_ERR_SQLITE(SQLITE_ERROR), "%s %s is there already, or something else of that name", kind,
-            KT_string__sz(shown));
+    KT_FAIL(KT_ERR_SQLITE(SQLITE_ERROR), "%s %s: an object of this name already exists", kind, KT_string__sz(shown));
 }
 
 // Adds the names in the schema table, in lower case, and keeps its last row in mind.

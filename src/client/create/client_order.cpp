@@ -55,7 +55,7 @@ static void my_list_cycles(KT_context *ctx, tov_schema *schema, const KT_varray 
     }
 }
 
-// Sorts by references. Where the order is refused the list stays null: that is no failure here.
+// Sorts by references. Where the order is refused the list stays null: that is not a failure here.
 static void my_sort(KT_context *ctx, tov_schema *schema, kt_owned_varray &tbl_ids) noexcept
 {
     char description[200];

@@ -31,7 +31,7 @@ static constexpr const char *drop_shelf = "DROP TABLE temp.\"tov'shelf\"";
 static constexpr const char *allow_writing = "PRAGMA writable_schema=ON";
 static constexpr const char *forget_schema = "PRAGMA writable_schema=RESET";
 
-// A refusal is no failure: the statement then stays null, and every row is SQLite's own affair.
+// A refusal is not a failure: the statement then stays null, and every row is SQLite's own affair.
 void client_schema_rows__begin(KT_context *ctx, client_database &database) noexcept
 {
     KT_TRY(client_database__run(ctx, database, allow_writing));

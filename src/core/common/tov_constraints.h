@@ -38,7 +38,7 @@ TOV_API void tov_schema__set_colcon_defval(KT_context *ctx, tov_schema *schema, 
  * Whether a column has a default, and which.
  *
  * @param[out] name  optional; borrowed. Null when there is none.
- * @param[out] expr  borrowed. Null when there is no default.
+ * @param[out] expr  borrowed. Null when there is not a default.
  */
 TOV_API void tov_schema__get_colcon_defval(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                            KT_bool *has, const char **name, const char **expr) KT_NOEXCEPT;

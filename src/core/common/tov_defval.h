@@ -23,12 +23,12 @@ KT_BEGIN_DECLS
  *
  * @param host_text    the host's text, with the parentheses around it.
  * @param[out] result  owned, freed with _kt_free(); null when the default cannot be carried over: a call of any other
- *                     function, an expression, an integer out of the type's range. That is no failure.
+ *                     function, an expression, an integer out of the type's range. That is not a failure.
  *
  * Fails with KT_ERR_SQLITE(19) when the column's type check rejects the literal, e.g. text for a number or a date that
  * does not exist; the description ends in the check's message. Fails with KT_ERR_NOT_FOUND when a decimal has more
- * than one point or more decimals than the scale, with KT_ERR_BAD_NUMBER when a money or decimal literal is no number
- * otherwise, and with the runtime's codes when the column has no type.
+ * than one point or more decimals than the scale, with KT_ERR_BAD_NUMBER when a money or decimal literal is not a
+ * number otherwise, and with the runtime's codes when the column has no type.
  */
 TOV_API void tov_schema__fix_mssql_defval(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                           const char *host_text, char **result) KT_NOEXCEPT;
@@ -50,8 +50,8 @@ TOV_API KT_bool tov_is_defval_legit(const char *host_text, int32_t type_code, ui
  * @param scale  decimals, of which the low 8 bits count.
  *
  * Fails with KT_ERR_NOT_FOUND when the text has a second point or more decimals than the scale, e.g. "problem with
- * decimal string for scale=2: 1.234", and with KT_ERR_BAD_NUMBER when it is no number otherwise, does not fit 64 bits
- * without the point, or has more than 39 characters without it.
+ * decimal string for scale=2: 1.234", and with KT_ERR_BAD_NUMBER when it is not a number otherwise, does not fit 64
+ * bits without the point, or has more than 39 characters without it.
  */
 TOV_API void tov_convert_decimal_constant_to_scaled_integer(KT_context *ctx, const char *text, uint32_t scale,
                                                             int64_t *value) KT_NOEXCEPT;

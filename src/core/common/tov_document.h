@@ -102,14 +102,14 @@ TOV_API void tov_schema__set_col_name(KT_context *ctx, tov_schema *schema, const
 
 /**
  * Whether a column is among the unprepared ones of a table. The table id matches exactly, as it was given when the
- * column was added; an unknown table or column is no failure.
+ * column was added; an unknown table or column is not a failure.
  */
 TOV_API void tov_schema__is_col_unprepared(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                            KT_bool *unprepared) KT_NOEXCEPT;
 
 /**
  * Gives a column's dump transaction id, 0 when none is recorded. Both ids match exactly, as they were given when the
- * column was added; an unknown table or column is no failure.
+ * column was added; an unknown table or column is not a failure.
  */
 TOV_API void tov_schema__get_col_dump_txid(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                            int64_t *dump_txid) KT_NOEXCEPT;

@@ -88,7 +88,7 @@ TOV_API void tov_schema__list_tbls_referenced_by(KT_context *ctx, tov_schema *sc
  *
  * The order is that of levels found by repeated passes in schema order. A table without foreign keys gets level 0 when
  * a pass first meets it, and any other one more than the highest level among those it refers to that have one; a
- * reference to itself (in any letter case) gives a table level 0 too, but is no change, and the passes end after one
+ * reference to itself (in any letter case) gives a table level 0 too, but is not a change, and the passes end after one
  * that changed nothing. Tables are listed by level, and within a level as they first got one: by pass, then in schema
  * order. Time is linear in the size of the schema.
  *

@@ -344,7 +344,7 @@ host_check_reading host_read_check(const host_table &table, std::string_view def
     if (!my_failed(value) && reader.token.kind != host_token_kind::end)
         my_refuse_token(reader);
     else if (!my_failed(value) && value.kind != host_value_kind::truth)
-        my_refuse(reader, "it is no condition");
+        my_refuse(reader, "it is not a condition");
     reader.reading.is_enclosed = my_is_enclosed(definition);
     return std::move(reader.reading);
 }

@@ -111,7 +111,7 @@ static const char *my_refuse_number(const host_value &value, const host_value &l
         return "a 32-bit real is compared with a number that it does not hold exactly";
     if (value.kind == kind::real8 || value.kind == kind::real4 || my_is_whole(value.kind))
         return nullptr;
-    return "a number is compared with something that is no number";
+    return "a number is compared with something that is not a number";
 }
 
 static bool my_is_plain_ascii(std::string_view text)
@@ -206,7 +206,7 @@ const char *host_refuse_comparison(const host_value &left, const host_value &rig
         if (other.kind == kind::date || other.kind == kind::moment || other.kind == kind::guid)
             return "a date, time or guid is compared with a literal";
         if (other.kind != kind::text)
-            return "a text is compared with something that is no text";
+            return "a text is compared with something that is not a string";
         return is_equality ? my_refuse_text(*other.col, left.kind == kind::text ? right.literal : left.literal)
                            : "texts are ordered, which SQLite does by their bytes";
     }

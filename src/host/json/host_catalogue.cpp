@@ -301,7 +301,7 @@ static constexpr host_field<host_export> export_fields[] = {
 static void my_check_format(KT_context *ctx, const host_export &document)
 {
     if (!document.format && !document.has_tables)
-        KT_FAIL(KT_ERR_KEY_NOT_FOUND, "the document is no catalogue export: it has neither a format nor tables");
+        KT_FAIL(KT_ERR_KEY_NOT_FOUND, "the document is not a catalogue export: it has neither a format nor tables");
     if (!document.format)
         return;
     if (std::string_view(document.format) != "sqlserver-catalogue")

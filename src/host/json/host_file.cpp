@@ -48,7 +48,7 @@ static void my_find_start(KT_context *ctx, std::string_view text, size_t *start)
     while (at != std::string_view::npos && text[at] != '{' && text[at] != '[') {
         const std::string_view line = my_trimmed(text.substr(at, text.find_first_of("\r\n", at) - at));
         if (!my_is_header_line(line))
-            KT_FAIL(KT_ERR_BAD_JSON, "the file is no catalogue export: expected '{' or '[' where it says '%.40s'",
+            KT_FAIL(KT_ERR_BAD_JSON, "the file is not a catalogue export: expected '{' or '[' where it says '%.40s'",
                     std::string(line).c_str());
         at = text.find_first_not_of(blanks, at + line.size());
     }

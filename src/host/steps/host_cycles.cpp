@@ -39,7 +39,7 @@ static void my_report_tables(KT_context *ctx, host_import &import, const KT_vhas
         names += (n ? ", " : "") + table->label;
     }
     KT_TRY(import.findings.add(ctx, "tables-in-circle", first, nullptr, nullptr,
-                               "kept: tables refer to each other in a circle, so that none can come first: " + names));
+                               "kept: tables refer to each other in a cycle, so that none can come first: " + names));
 }
 
 static void my_report_cols(KT_context *ctx, host_import &import, const KT_vhash *cycle)
@@ -65,7 +65,7 @@ static void my_report_cols(KT_context *ctx, host_import &import, const KT_vhash 
         names += (n ? ", " : "") + table->label + '.' + col->name;
     }
     KT_TRY(import.findings.add(ctx, "columns-in-circle", first_table, first_col, nullptr,
-                               "kept: columns refer to each other in a circle, so that no identity column is the "
+                               "kept: columns refer to each other in a cycle, so that no identity column is the "
                                "source of their values: " +
                                    names));
 }

@@ -5,7 +5,7 @@
 // the frames and description texts of ordinary errors lie inside the context, so that running out of memory can be
 // reported in full without taking any.
 //
-// An error for which there is no record (more levels with errors than the context has room for, and no memory) lives
+// An error for which there is not a record (more levels with errors than the context has room for, and no memory) lives
 // in the code alone. It cannot be set aside when a further level is opened, so that level shares it: an error is
 // never forgotten.
 #include "kt_context.h"

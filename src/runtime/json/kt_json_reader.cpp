@@ -206,7 +206,7 @@ static const char *my_read_document(kt_json_reader *reader) noexcept
     if (!at)
         return nullptr;
     at = kt_reader_skip_blanks(at);
-    return at == reader->end ? at : kt_reader_fail(reader, at, "nothing behind the object");
+    return at == reader->end ? at : kt_reader_fail(reader, at, "nothing after the object");
 }
 
 // Line and column count from 1; columns are characters, not bytes.

@@ -10,6 +10,6 @@
 void KT_variant__get__sz(KT_context *ctx, const KT_variant *variant, const char **text) noexcept
 {
     if (variant->type != KT_VARIANT_STRING)
-        KT_FAIL(KT_ERR_WRONG_TYPE, "the value is no text");
+        KT_FAIL(KT_ERR_WRONG_TYPE, "the value is not a string");
     *text = kt_variant_text(variant);
 }

@@ -91,7 +91,7 @@ void KT_varray__get__vhash(KT_context *ctx, const KT_varray *list, uint32_t i, K
     const KT_variant *value = nullptr;
     KT_TRY(KT_varray__get_nth(ctx, list, i, &value));
     if (value->type != KT_VARIANT_VHASH)
-        KT_FAIL(KT_ERR_WRONG_TYPE, "element %u of the list is no map", i);
+        KT_FAIL(KT_ERR_WRONG_TYPE, "element %u of the list is not a map", i);
     *child = value->as.vhash;
 }
 
@@ -100,6 +100,6 @@ void KT_varray__get__sz(KT_context *ctx, const KT_varray *list, uint32_t i, cons
     const KT_variant *value = nullptr;
     KT_TRY(KT_varray__get_nth(ctx, list, i, &value));
     if (value->type != KT_VARIANT_STRING)
-        KT_FAIL(KT_ERR_WRONG_TYPE, "element %u of the list is no text", i);
+        KT_FAIL(KT_ERR_WRONG_TYPE, "element %u of the list is not a string", i);
     *text = kt_variant_text(value);
 }

@@ -223,7 +223,7 @@ void KT_vhash__ensure__vhash(KT_context *ctx, KT_vhash *map, const char *key, KT
     }
     const KT_variant *value = kt_value_at(map, slot);
     if (value->type != KT_VARIANT_VHASH)
-        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is no map", key);
+        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is not a map", key);
     *child = value->as.vhash;
 }
 
@@ -237,7 +237,7 @@ void KT_vhash__ensure__varray(KT_context *ctx, KT_vhash *map, const char *key, K
     }
     const KT_variant *value = kt_value_at(map, slot);
     if (value->type != KT_VARIANT_VARRAY)
-        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is no list", key);
+        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is not a list", key);
     *child = value->as.varray;
 }
 
@@ -247,7 +247,7 @@ void KT_vhash__remove(KT_context *ctx, KT_vhash *map, const char *key) noexcept
 {
     const uint32_t slot = kt_find(map, kt_make_query(key));
     if (slot == kt_no_slot)
-        KT_FAIL(KT_ERR_KEY_NOT_FOUND, "key '%s' is not there", key);
+        KT_FAIL(KT_ERR_KEY_NOT_FOUND, "no key '%s'", key);
     if (!kt_map_remove(map, slot))
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
 }

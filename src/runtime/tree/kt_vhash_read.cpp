@@ -87,8 +87,8 @@ static bool my_read_bool(const KT_variant *value, KT_bool *out) noexcept
                                                      const char *type) noexcept
 {
     if (is_absent)
-        KT_FAIL(KT_ERR_KEY_NOT_FOUND, "key '%s' is not there", key);
-    KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is no %s", key, type);
+        KT_FAIL(KT_ERR_KEY_NOT_FOUND, "no key '%s'", key);
+    KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is not %s", key, type);
 }
 
 template <class T>
@@ -101,39 +101,39 @@ static inline void my_get_as(KT_context *ctx, const KT_vhash *map, const char *k
 
 void KT_vhash__get__vhash(KT_context *ctx, const KT_vhash *map, const char *key, KT_vhash **value) noexcept
 {
-    my_get_as(ctx, map, key, "map", value);
+    my_get_as(ctx, map, key, "a map", value);
 }
 
 void KT_vhash__get__varray(KT_context *ctx, const KT_vhash *map, const char *key, KT_varray **value) noexcept
 {
-    my_get_as(ctx, map, key, "list", value);
+    my_get_as(ctx, map, key, "a list", value);
 }
 
 void KT_vhash__get__sz(KT_context *ctx, const KT_vhash *map, const char *key, const char **value) noexcept
 {
-    my_get_as(ctx, map, key, "text", value);
+    my_get_as(ctx, map, key, "a string", value);
 }
 
 void KT_vhash__get__int64(KT_context *ctx, const KT_vhash *map, const char *key, int64_t *value) noexcept
 {
-    my_get_as(ctx, map, key, "64-bit integer", value);
+    my_get_as(ctx, map, key, "a 64-bit integer", value);
 }
 
 void KT_vhash__get__int32(KT_context *ctx, const KT_vhash *map, const char *key, int32_t *value) noexcept
 {
-    my_get_as(ctx, map, key, "32-bit integer", value);
+    my_get_as(ctx, map, key, "a 32-bit integer", value);
 }
 
 void KT_vhash__get__double(KT_context *ctx, const KT_vhash *map, const char *key, double *value) noexcept
 {
-    my_get_as(ctx, map, key, "number", value);
+    my_get_as(ctx, map, key, "a number", value);
 }
 
 void KT_vhash__get__bool(KT_context *ctx, const KT_vhash *map, const char *key, KT_bool *value) noexcept
 {
     const KT_variant *found = my_look_up(map, key);
     if (!found || !my_read_bool(found, value)) [[unlikely]]
-        my_fail_get(ctx, key, !found, "truth value");
+        my_fail_get(ctx, key, !found, "a boolean");
 }
 
 // The value of a key, or null when the key is absent or holds null.
@@ -150,36 +150,36 @@ static void my_check_pointer(KT_context *ctx, const KT_vhash *map, const char *k
     if (!value)
         *out = nullptr;
     else if (!my_read(value, out))
-        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is no %s", key, type);
+        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is not %s", key, type);
 }
 
 void KT_vhash__check__vhash(KT_context *ctx, const KT_vhash *map, const char *key, KT_vhash **value) noexcept
 {
-    KT_TRY(my_check_pointer(ctx, map, key, "map", value));
+    KT_TRY(my_check_pointer(ctx, map, key, "a map", value));
 }
 
 void KT_vhash__check__varray(KT_context *ctx, const KT_vhash *map, const char *key, KT_varray **value) noexcept
 {
-    KT_TRY(my_check_pointer(ctx, map, key, "list", value));
+    KT_TRY(my_check_pointer(ctx, map, key, "a list", value));
 }
 
 void KT_vhash__check__sz(KT_context *ctx, const KT_vhash *map, const char *key, const char **value) noexcept
 {
-    KT_TRY(my_check_pointer(ctx, map, key, "text", value));
+    KT_TRY(my_check_pointer(ctx, map, key, "a string", value));
 }
 
 void KT_vhash__check__int64(KT_context *ctx, const KT_vhash *map, const char *key, int64_t *value) noexcept
 {
     const KT_variant *found = my_check(map, key);
     if (found && !my_read(found, value))
-        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is no 64-bit integer", key);
+        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is not a 64-bit integer", key);
 }
 
 void KT_vhash__check__bool(KT_context *ctx, const KT_vhash *map, const char *key, KT_bool *value) noexcept
 {
     const KT_variant *found = my_check(map, key);
     if (found && !my_read_bool(found, value))
-        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is no truth value", key);
+        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is not a boolean", key);
 }
 
 // By position
@@ -210,7 +210,7 @@ static void my_get_nth_as(KT_context *ctx, const KT_vhash *map, uint32_t n, cons
     KT_TRY(my_find_nth(ctx, map, n, &slot));
     T found{};
     if (!my_read(kt_value_at(map, slot), &found))
-        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is no %s", kt_key_at(map, slot), type);
+        KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is not %s", kt_key_at(map, slot), type);
     if (key)
         *key = kt_key_at(map, slot);
     if (value)
@@ -220,19 +220,19 @@ static void my_get_nth_as(KT_context *ctx, const KT_vhash *map, uint32_t n, cons
 void KT_vhash__get_nth_pair__sz(KT_context *ctx, const KT_vhash *map, uint32_t n, const char **key,
                                 const char **value) noexcept
 {
-    KT_TRY(my_get_nth_as(ctx, map, n, "text", key, value));
+    KT_TRY(my_get_nth_as(ctx, map, n, "a string", key, value));
 }
 
 void KT_vhash__get_nth_pair__vhash(KT_context *ctx, const KT_vhash *map, uint32_t n, const char **key,
                                    KT_vhash **value) noexcept
 {
-    KT_TRY(my_get_nth_as(ctx, map, n, "map", key, value));
+    KT_TRY(my_get_nth_as(ctx, map, n, "a map", key, value));
 }
 
 void KT_vhash__get_nth_pair__uint64(KT_context *ctx, const KT_vhash *map, uint32_t n, const char **key,
                                     uint64_t *value) noexcept
 {
-    KT_TRY(my_get_nth_as(ctx, map, n, "unsigned 64-bit integer", key, value));
+    KT_TRY(my_get_nth_as(ctx, map, n, "an unsigned 64-bit integer", key, value));
 }
 
 void KT_vhash__foreach(KT_context *ctx, KT_vhash *map,

@@ -18,8 +18,8 @@ static constexpr client_shape INNER = client_shape::inner;
 static constexpr const char *not_one_value = "neither one literal nor one expression in parentheses";
 static constexpr const char *not_a_group = "not one expression in parentheses";
 static constexpr const char *semicolon = "a \";\" outside of quotes";
-static constexpr const char *endless_quote = "a quote that does not end";
-static constexpr const char *endless_comment = "a comment that does not end";
+static constexpr const char *endless_quote = "unterminated quote";
+static constexpr const char *endless_comment = "unterminated comment";
 static constexpr const char *shell_line =
     "a line with nothing but \"/\" or \"go\", which ends a statement in the sqlite3 shell";
 static constexpr const char *direction = "a character that changes the direction of writing";
@@ -37,9 +37,9 @@ static const expression_case expression_cases[] = {
     {"a group is a value", VALUE, "(datetime('now'))", nullptr},
     {"with blanks around it", VALUE, " ( 1 + 2 ) ", nullptr},
     {"with comments that end", VALUE, "/* a ; */ (1) -- b ;\n", nullptr},
-    {"nothing is no value", VALUE, "", not_one_value},
+    {"nothing is not a value", VALUE, "", not_one_value},
     {"blanks are no value", VALUE, " /* x */ ", not_one_value},
-    {"a sign is no value", VALUE, "-", not_one_value},
+    {"a sign is not a value", VALUE, "-", not_one_value},
     {"two values", VALUE, "1 2", not_one_value},
     {"a further constraint", VALUE, "1 NOT NULL", not_one_value},
     {"a further constraint after a group", VALUE, "(1) CHECK (0)", not_one_value},
@@ -47,7 +47,7 @@ static const expression_case expression_cases[] = {
     {"an operator outside of parentheses", VALUE, "1+1", not_one_value},
     {"a hexadecimal number ends before a sign", VALUE, "0x1e+1", not_one_value},
     {"a call outside of parentheses", VALUE, "load_extension('x')", not_one_value},
-    {"a group that ends too soon", VALUE, "(1)); DROP TABLE t; --\n", "a \")\" that closes nothing"},
+    {"a group that ends too soon", VALUE, "(1)); DROP TABLE t; --\n", "unmatched \")\""},
     {"a statement of its own", VALUE, "1; DROP TABLE t", semicolon},
     {"a ; inside parentheses", VALUE, "(1; 2)", semicolon},
     {"a group that is open", VALUE, "((1)", "a \"(\" that is not closed"},
@@ -78,14 +78,14 @@ static const expression_case expression_cases[] = {
     {"a bracket swallows quotes and parentheses", GROUP, "([a'(]>0)", nullptr},
     {"a doubled quote stays in the name", GROUP, "(\"a\"\")\">0)", nullptr},
     {"a column check needs parentheses", GROUP, "A>0", not_a_group},
-    {"a literal is no group", GROUP, "1", not_a_group},
+    {"a literal is not a group", GROUP, "1", not_a_group},
     {"a sign before a group", GROUP, "-(1)", not_a_group},
     {"two groups", GROUP, "(1) (2)", not_a_group},
     {"a conflict clause", GROUP, "(1) ON CONFLICT REPLACE", not_a_group},
     {"groups joined by an operator", GROUP, "(1) OR (1)", not_a_group},
 
     {"inside parentheses anything goes that leaves them closed", INNER, "[A]>0 AND (B) IN (1, 2)", nullptr},
-    {"but not closing them", INNER, "1) ON CONFLICT IGNORE CHECK (1", "a \")\" that closes nothing"},
+    {"but not closing them", INNER, "1) ON CONFLICT IGNORE CHECK (1", "unmatched \")\""},
     {"nor a comment that swallows what closes them", INNER, "1 --", endless_comment},
     {"nor a ;", INNER, "1; ATTACH 'x' AS y", semicolon},
 };

@@ -141,7 +141,7 @@ static const refused_case refused_cases[] = {
     // Defaults
     {"a default that ends the statement",
      [](KT_context *ctx, tov_schema *s) { set_default(ctx, s, "1); DROP TABLE T; --"); },
-     "table \"T\", column \"A\", default: a \")\" that closes nothing"},
+     "table \"T\", column \"A\", default: unmatched \")\""},
     {"a default with a statement after it",
      [](KT_context *ctx, tov_schema *s) { set_default(ctx, s, "1; ATTACH 'x.db' AS x"); },
      "table \"T\", column \"A\", default: a \";\" outside of quotes"},
@@ -150,7 +150,7 @@ static const refused_case refused_cases[] = {
      "table \"T\", column \"A\", default: neither one literal nor one expression in parentheses"},
     {"a default with a comment that swallows the rest",
      [](KT_context *ctx, tov_schema *s) { set_default(ctx, s, "1 /*"); },
-     "table \"T\", column \"A\", default: a comment that does not end"},
+     "table \"T\", column \"A\", default: unterminated comment"},
     {"a default that loads an extension",
      [](KT_context *ctx, tov_schema *s) { set_default(ctx, s, "(load_extension('evil'))"); },
      "table \"T\", column \"A\", default: not authorized to use function: load_extension"},
@@ -199,7 +199,7 @@ static const refused_case refused_cases[] = {
      [](KT_context *ctx, tov_schema *s) {
          tov_schema__add_check_constraint(ctx, s, "t", "ck", "1) , evil int CHECK (1");
      },
-     "table \"T\", check \"ck\": a \")\" that closes nothing"},
+     "table \"T\", check \"ck\": unmatched \")\""},
     {"a table check that loads an extension",
      [](KT_context *ctx, tov_schema *s) {
          tov_schema__add_check_constraint(ctx, s, "t", "ck", "load_extension('x') IS NULL");
@@ -211,7 +211,7 @@ static const refused_case refused_cases[] = {
     {"a table check with a column that is absent",
      [](KT_context *ctx, tov_schema *s) { tov_schema__add_check_constraint(ctx, s, "t", "ck", "[B] > 0"); },
      "table \"T\", check \"ck\": no such column: B"},
-    {"a table check whose double-quoted word is no column",
+    {"a table check whose double-quoted word is not a column",
      [](KT_context *ctx, tov_schema *s) { tov_schema__add_check_constraint(ctx, s, "t", "ck", "A <> \"x\""); },
      "table \"T\", check \"ck\": no such column: x"},
 };
@@ -230,25 +230,25 @@ TEST_F(ClientTexts, AreRefusedWithThePlaceNamed)
 static const refused_case unexpected_cases[] = {
     {"a delete action that ends its comment",
      [](KT_context *ctx, tov_schema *s) { set_fk(ctx, s, nullptr, "t", "a", "CASCADE */ CHECK (0) /*", nullptr); },
-     "table \"T\", column \"A\", on_delete: \"CASCADE */ CHECK (0) /*\" is no action that is known"},
+     "table \"T\", column \"A\", on_delete: \"CASCADE */ CHECK (0) /*\" is not a known action"},
     {"an update action that is more than one",
      [](KT_context *ctx, tov_schema *s) { set_fk(ctx, s, nullptr, "t", "a", nullptr, "CASCADE CHECK (0)"); },
-     "table \"T\", column \"A\", on_update: \"CASCADE CHECK (0)\" is no action that is known"},
+     "table \"T\", column \"A\", on_update: \"CASCADE CHECK (0)\" is not a known action"},
     {"an action of a table's foreign key",
      [](KT_context *ctx, tov_schema *s) {
          tov_schema__create_foreignkey(ctx, s, "fk", "n", "t", "t", 1, "NO_ACTION", "NO ACTION", 0);
          tov_schema__add_to_foreignkey(ctx, s, "t", "fk", "a", "a");
      },
-     "table \"T\", foreign key \"fk\", on_delete: \"NO_ACTION\" is no action that is known"},
+     "table \"T\", foreign key \"fk\", on_delete: \"NO_ACTION\" is not a known action"},
     {"a type that would end its comment line",
      [](KT_context *ctx, tov_schema *s) { tov_schema__set_col_type_simple(ctx, s, "t", "a", "x\nDROP TABLE T;"); },
-     "table \"T\", column \"A\", type: \"x<U+000A>DROP TABLE T;\" is no type that is known"},
+     "table \"T\", column \"A\", type: \"x<U+000A>DROP TABLE T;\" is not a known type"},
     {"a type of another letter case",
      [](KT_context *ctx, tov_schema *s) { tov_schema__set_col_type_simple(ctx, s, "t", "a", "Text"); },
-     "table \"T\", column \"A\", type: \"Text\" is no type that is known"},
+     "table \"T\", column \"A\", type: \"Text\" is not a known type"},
     {"a prepared column of a type that only the host has",
      [](KT_context *ctx, tov_schema *s) { tov_schema__set_col_type_unsuported(ctx, s, "t", "a", "sql_variant"); },
-     "table \"T\", column \"A\", type: \"host\" is no type that is known"},
+     "table \"T\", column \"A\", type: \"host\" is not a known type"},
 };
 
 TEST_F(ClientTexts, OfUnknownActionsAndTypesAreRefused)

@@ -267,7 +267,7 @@ TEST_F(ClientActions, FollowATableThatRefersToItself)
     expect("DELETE FROM T WHERE I=2", "");
     expect_rows("SELECT * FROM T", "1|NULL 4|4 5|1");
     expect("DELETE FROM T WHERE I=4", "");
-    // Rows that refer to each other in a circle go together.
+    // Rows that refer to each other in a cycle go together.
     expect("BEGIN; INSERT INTO T VALUES(6,7),(7,8),(8,6); COMMIT; DELETE FROM T WHERE I=7", "");
     expect_rows("SELECT * FROM T", "1|NULL 5|1");
     // A row that is replaced is deleted.

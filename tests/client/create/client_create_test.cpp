@@ -139,7 +139,7 @@ TEST_F(ClientCreate, RefusesADatabaseThatHasAThingOfANeededName)
         make_file(c.sql);
         const std::string before = in_file(all_objects);
         create();
-        const std::string expected = std::string(c.named) + " is there already, or something else of that name";
+        const std::string expected = std::string(c.named) + ": an object of this name already exists";
         EXPECT_ERROR(ctx, KT_ERR_SQLITE(SQLITE_ERROR), expected.c_str());
         reset();
         EXPECT_EQ(in_file(all_objects), before);

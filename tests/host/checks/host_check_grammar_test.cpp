@@ -155,7 +155,7 @@ TEST_F(HostCheckGrammarTest, Refused)
         {"([I]>(0)", "it ends too early"},
         {"([I]>", "it ends too early"},
         {"([I]>(0)))", unread, ")"},
-        {"([I])", "it is no condition"},
+        {"([I])", "it is not a condition"},
         {"([I] AND [J]=(1))", "a value is used as a condition"},
         {"(NOT [I])", "a value is used as a condition"},
         {"(([I]=(1))=(1))", "a condition is used as a value"},
@@ -172,7 +172,7 @@ TEST_F(HostCheckGrammarTest, Refused)
         {"([Tiny]-[Tiny2]<(5))", "it computes with two tinyint values, whose result has to be one on the server"},
         {"([I]/[J]=(1))", "it divides by something that may be 0, which is NULL in SQLite"},
         {"([I]%(0)=(1))", "it divides by something that may be 0, which is NULL in SQLite"},
-        {"([I]='1')", "a text is compared with something that is no text"},
+        {"([I]='1')", "a text is compared with something that is not a string"},
         {"(abs([Big])<(5))", "CASE or ABS is used with values other than whole numbers of up to 32 bits"},
         {"(-[M]<(0))", "CASE or ABS is used with values other than whole numbers of up to 32 bits"},
         // reals
@@ -204,7 +204,7 @@ TEST_F(HostCheckGrammarTest, Refused)
         {"([C]='\xC3\xA4')", "a text is compared with letters beyond ASCII, which SQLite compares by their bytes"},
         {"([C]>'AB')", "texts are ordered, which SQLite does by their bytes"},
         {"([C]=[Cs])", "texts are compared with one another: the server ignores blanks at their end, SQLite does not"},
-        {"([V]>(0))", "a number is compared with something that is no number"},
+        {"([V]>(0))", "a number is compared with something that is not a number"},
         {"([Bin]=[Bin])", "values of a type are compared that SQLite compares differently"},
         // LIKE
         {"([V] LIKE '[0-9]%')", "LIKE is used with brackets, which SQLite takes for themselves"},

@@ -29,7 +29,8 @@ TEST_F(HostCatalogueTest, Accepted)
 TEST_F(HostCatalogueTest, Refused)
 {
     import_file("{}");
-    EXPECT_ERROR(ctx, KT_ERR_KEY_NOT_FOUND, "the document is no catalogue export: it has neither a format nor tables");
+    EXPECT_ERROR(ctx, KT_ERR_KEY_NOT_FOUND,
+                 "the document is not a catalogue export: it has neither a format nor tables");
     reset();
     import_file(R"({"format":"sqlserver-catalogue"})");
     EXPECT_ERROR(ctx, KT_ERR_UNEXPECTED_VALUE, "format_version is 0; this program reads version 1");

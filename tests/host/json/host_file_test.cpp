@@ -75,7 +75,7 @@ TEST_F(HostFileTest, Refused)
         {"a byte-order mark alone", "\xEF\xBB\xBF", "the file is empty"},
         {"a header alone", "document\n--------\n", "the file holds a header and no document"},
         {"something else", "Msg 102, Level 15\n{}",
-         "the file is no catalogue export: expected '{' or '[' where it says 'Msg 102, Level 15'"},
+         "the file is not a catalogue export: expected '{' or '[' where it says 'Msg 102, Level 15'"},
         {"a NUL", "{\"a\":\0}"s,
          "the file holds a NUL byte (the 6. byte of its text): it is damaged, or UTF-16 without a byte-order mark"},
         {"a NUL in UTF-16", as_utf16("{\0}"s),

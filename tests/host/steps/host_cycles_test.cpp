@@ -17,7 +17,7 @@ TEST_F(HostCyclesTest, TablesInACircleAreNamed)
 {
     import_tables(referring(-5, "A", 6) + ',' + referring(6, "B", 7) + ',' + referring(7, "C", -5) + ',' +
                   referring(8, "D", 7));
-    EXPECT_EQ(lines(), "tables-in-circle: dbo.A: kept: tables refer to each other in a circle, so that none can come "
+    EXPECT_EQ(lines(), "tables-in-circle: dbo.A: kept: tables refer to each other in a cycle, so that none can come "
                        "first: dbo.A, dbo.B, dbo.C");
 }
 
@@ -36,9 +36,9 @@ TEST_F(HostCyclesTest, CirclesThatShareATableAreOneFinding)
 TEST_F(HostCyclesTest, ColumnsInACircleAreNamed)
 {
     import_tables(referring(5, "A", 6, "Id") + ',' + referring(6, "B", 5, "Id"));
-    EXPECT_EQ(lines(), "tables-in-circle: dbo.A: kept: tables refer to each other in a circle, so that none can come "
+    EXPECT_EQ(lines(), "tables-in-circle: dbo.A: kept: tables refer to each other in a cycle, so that none can come "
                        "first: dbo.A, dbo.B\n"
-                       "columns-in-circle: dbo.A.Id: kept: columns refer to each other in a circle, so that no "
+                       "columns-in-circle: dbo.A.Id: kept: columns refer to each other in a cycle, so that no "
                        "identity column is the source of their values: dbo.A.Id, dbo.B.Id");
 }
 

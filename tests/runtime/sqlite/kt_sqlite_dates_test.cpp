@@ -113,8 +113,8 @@ static const moved_case moved_cases[] = {
     {"in the zone that shifts nothing", "date('2024-02-30 01:00Z')", "text '2024-03-01'"},
     {"a format that shows no day", "strftime('%m', '2024-06-31')", "text '07'"},
     {"a year before 0", "date('-0001-02-29')", "text '-0001-03-01'"},
-    {"day 32 is no date", "date('2024-01-32')", "null NULL"},
-    {"month 13 is no date", "date('2024-13-01')", "null NULL"},
+    {"day 32 is not a date", "date('2024-01-32')", "null NULL"},
+    {"month 13 is not a date", "date('2024-13-01')", "null NULL"},
     {"the last fraction of a day stays in it", "date('2024-01-15 23:59:59.9999999')", "text '2024-01-15'"},
     {"a time alone", "strftime('%H:%M:%f', '23:59:59.9999999')", "text '23:59:59.999'"},
 };

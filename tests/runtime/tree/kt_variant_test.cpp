@@ -37,7 +37,7 @@ TEST_F(VariantTest, RefusesWhatIsNoText)
         const char *text = "preset";
         KT_vhash__get_nth_pair(ctx, map, n, nullptr, &value);
         KT_variant__get__sz(ctx, value, &text);
-        EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "the value is no text");
+        EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "the value is not a string");
         EXPECT_STREQ(text, "preset");
         reset();
     }

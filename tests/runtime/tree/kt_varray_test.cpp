@@ -62,10 +62,10 @@ TEST_F(VarrayTest, RefusesPositionsPastTheEndAndOtherTypes)
     EXPECT_FAILED(ctx, KT_ERR_OUT_OF_RANGE);
     reset();
     KT_varray__get__sz(ctx, list, 1, &text);
-    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "element 1 of the list is no text");
+    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "element 1 of the list is not a string");
     reset();
     KT_varray__get__vhash(ctx, list, 0, &map);
-    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "element 0 of the list is no map");
+    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "element 0 of the list is not a map");
     reset();
     EXPECT_STREQ(text, "preset");
     EXPECT_EQ(map, nullptr);

@@ -112,7 +112,7 @@ TEST_F(VhashReadTest, GetFailsWithoutTheKeyAndLeavesTheOutput)
         if (r.is_check) {
             EXPECT_OK(ctx);
         } else {
-            EXPECT_ERROR(ctx, KT_ERR_KEY_NOT_FOUND, "key 'absent' is not there");
+            EXPECT_ERROR(ctx, KT_ERR_KEY_NOT_FOUND, "no key 'absent'");
         }
         reset();
     }
@@ -127,7 +127,8 @@ TEST_F(VhashReadTest, RefusesValuesOfOtherTypes)
             SCOPED_TRACE(std::string(r.name) + " of " + key);
             EXPECT_TRUE(r.leaves_output(ctx, map, key));
             EXPECT_FAILED(ctx, KT_ERR_WRONG_TYPE);
-            EXPECT_EQ(std::string(KT_context__err_description(ctx)).find(std::string("key '") + key + "' is no "), 0u);
+            EXPECT_EQ(std::string(KT_context__err_description(ctx)).find(std::string("key '") + key + "' is not a"),
+                      0u);
             reset();
         }
     }
@@ -172,13 +173,13 @@ TEST_F(VhashReadTest, CheckReadsWhatIsThereAndRefusesOtherTypes)
     EXPECT_NE(list, nullptr);
     EXPECT_STREQ(text, "t");
     KT_vhash__check__vhash(ctx, map, "text", &child);
-    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'text' is no map");
+    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'text' is not a map");
     reset();
     KT_vhash__check__varray(ctx, map, "map", &list);
-    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'map' is no list");
+    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'map' is not a list");
     reset();
     KT_vhash__check__sz(ctx, map, "int", &text);
-    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'int' is no text");
+    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'int' is not a string");
     reset();
 }
 
@@ -224,13 +225,13 @@ TEST_F(VhashReadTest, RefusesPositionsPastTheEndAndOtherTypes)
     EXPECT_ERROR(ctx, KT_ERR_OUT_OF_RANGE, "no pair 12 in a map of 12");
     reset();
     KT_vhash__get_nth_pair__uint64(ctx, map, 5, &key, &number);
-    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'negative' is no unsigned 64-bit integer");
+    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'negative' is not an unsigned 64-bit integer");
     reset();
     KT_vhash__get_nth_pair__uint64(ctx, map, 7, &key, &number);
-    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'real' is no unsigned 64-bit integer");
+    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'real' is not an unsigned 64-bit integer");
     reset();
     KT_vhash__get_nth_pair__sz(ctx, map, 0, &key, &text);
-    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'null' is no text");
+    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'null' is not a string");
     reset();
     EXPECT_STREQ(key, "preset");
     EXPECT_STREQ(text, "preset");

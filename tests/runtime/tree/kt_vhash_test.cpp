@@ -161,10 +161,10 @@ TEST_F(VhashTest, EnsureRefusesAValueOfAnotherType)
     KT_varray *list = nullptr;
     KT_vhash__add__null(ctx, root, "k");
     KT_vhash__ensure__vhash(ctx, root, "k", &map);
-    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'k' is no map");
+    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'k' is not a map");
     reset();
     KT_vhash__ensure__varray(ctx, root, "k", &list);
-    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'k' is no list");
+    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'k' is not a list");
     reset();
     EXPECT_EQ(map, nullptr);
     EXPECT_EQ(list, nullptr);
@@ -186,7 +186,7 @@ TEST_F(VhashTest, RemoveKeepsTheOrderOfTheOthers)
 TEST_F(VhashTest, RemoveRequiresTheKey)
 {
     KT_vhash__remove(ctx, root, "k");
-    EXPECT_ERROR(ctx, KT_ERR_KEY_NOT_FOUND, "key 'k' is not there");
+    EXPECT_ERROR(ctx, KT_ERR_KEY_NOT_FOUND, "no key 'k'");
     reset();
 }
 

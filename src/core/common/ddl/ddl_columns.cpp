@@ -71,7 +71,7 @@ static void my_append_notnull(KT_context *ctx, const my_column &c, KT_string *te
     KT_bool in_pk = 0;
     KT_bool is_ipk = 0;
     const char *name = nullptr;
-    const char *pk_name = nullptr; // not written, but a record whose name is no text is refused
+    const char *pk_name = nullptr; // not written, but a record whose name is not a string is refused
     KT_TRY(_tov_col__get_notnull(ctx, c.col, &notnull, &name));
     KT_TRY(_tov_tbl__is_col_id_in_pk(ctx, c.schema, c.tbl, c.tbl_id, c.col_id, &in_pk));
     KT_TRY(_tov_col__is_integer_primary_key(ctx, c.col, &is_ipk, &pk_name));

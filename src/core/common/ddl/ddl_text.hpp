@@ -13,7 +13,7 @@ inline void ddl_append(KT_context *ctx, KT_string *text, std::initializer_list<c
         KT_TRY(KT_string__append__sz(ctx, text, piece));
 }
 
-// Type names are compared exactly. A record without one gives null, which is no type.
+// Type names are compared exactly. A record without one gives null, which is not a type.
 inline bool ddl_is_type(const char *abstract_type, const char *name) noexcept
 {
     return abstract_type && std::strcmp(abstract_type, name) == 0;

@@ -79,7 +79,7 @@ void tov_schema__get_textwidth(KT_context *ctx, tov_schema *schema, const char *
     if (!ddl_is_type(abstract_type, "text"))
         return;
 
-    KT_bool nocase = 0; // no part of the answer, but a record whose flag is no flag is refused
+    KT_bool nocase = 0; // no part of the answer, but a record whose flag is not a flag is refused
     KT_bool fixed_width = 0;
     int64_t width = 0;
     KT_TRY(KT_vhash__check__bool(ctx, type, "nocase", &nocase));

@@ -1,6 +1,7 @@
 // What lies inside the parentheses of a host default: a literal, a call without arguments, or a hexadecimal constant.
 //
-// Results are views of the text that was read; a view without data is none. Text that is anything else is no failure.
+// Results are views of the text that was read; a view without data is none. Text that is anything else is not a
+// failure.
 #pragma once
 
 #include <string_view>

@@ -20,7 +20,7 @@ struct host_default {
     const defval_rule *rule;
     uint32_t scale;
     const char *text;
-    kt_owned_text literal; // null when the text is no literal
+    kt_owned_text literal; // null when the text is not a literal
 };
 
 struct defval_rule {

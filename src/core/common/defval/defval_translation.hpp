@@ -6,7 +6,7 @@
 extern "C" {
 
 // The SQLite default that stands for a host default in a column of an abstract type; null when the default cannot be
-// carried over, which is no failure. Only the low 8 bits of scale count, and those only for "decimal".
+// carried over, which is not a failure. Only the low 8 bits of scale count, and those only for "decimal".
 void tov_fix_mssql_defval(KT_context *ctx, const char *abstract_type, uint32_t scale, const char *host_text,
                           char **result) noexcept;
 

@@ -12,7 +12,7 @@ struct tov_schema {
     KT_vhash *host_internals; // null until a write first needs it
     KT_strpool *strpool;
     // Counts the operations that may have changed either tree, failed ones too: what is derived from the document
-    // holds as long as this number stays the same. A read that creates an empty record is no change.
+    // holds as long as this number stays the same. A read that creates an empty record is not a change.
     uint64_t change_count;
     // The keys by the table that they refer to, once questions about that were asked.
     struct tov_fk_index *fk_index;

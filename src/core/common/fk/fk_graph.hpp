@@ -30,7 +30,7 @@ struct fk_graph {
 // How the id that a reference names is compared with the ids of tables.
 enum class fk_match { exactly, like_a_lookup };
 
-// Reads the references of a schema. An id that is no table's makes no arc.
+// Reads the references of a schema. An id that is not a table's makes no arc.
 void fk_read_graph(KT_context *ctx, tov_schema *schema, fk_match match, fk_graph *graph) noexcept;
 
 // The position of the table that an id names, FK_NO_NUMBER when there is none.

@@ -3,7 +3,7 @@
 // What is answered is the outcome of repeated passes over the tables in schema order. A table enters in the first
 // pass if it has no foreign key or refers to itself, and else in the pass, and at its place within it, in which one
 // of the tables it refers to has entered. A pass raises a table above the entered tables that it refers to, and the
-// passes end after one that changed nothing; a table entering only because it refers to itself is no change.
+// passes end after one that changed nothing; a table entering only because it refers to itself is not a change.
 // Tables are listed by level and, within one, in the order in which they entered.
 //
 // Passes need not be run for that. Which pass a table enters in is a shortest path: a table after the one it waits
@@ -89,7 +89,7 @@ static void my_enter_all(KT_context *ctx, const fk_arcs &dependents, my_order *o
     }
 }
 
-// Where tables that have entered refer to each other in a circle, every pass raises them. By contract the passes then
+// Where tables that have entered refer to each other in a cycle, every pass raises them. By contract the passes then
 // go on without end; callers that cannot rule this out look for cycles first.
 static void my_raise_by_passes(KT_context *ctx, const fk_arcs &arcs, const my_order &order) noexcept
 {

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-// Type names are compared exactly. A type record without a name gives null, which is no type.
+// Type names are compared exactly. A type record without a name gives null, which is not a type.
 
 // A column that gets its values from the host itself.
 inline bool fk_is_identity(const char *abstract_type) noexcept

@@ -116,14 +116,18 @@ TEST_F(CompareLiteTest, LiteFailures)
         const char *description; // null: the runtime's own
     } cases[] = {
         {"an unknown table", TWO_TABLES, {"t1", "T9"}, KT_ERR_NOT_FOUND, "table id 'T9' not found in schema"},
-        {"a txid that is no number", R"({"tbls":{"t":{"txid":"x"}}})", {"t"}, KT_ERR_WRONG_TYPE, nullptr},
+        {"a txid that is not a number", R"({"tbls":{"t":{"txid":"x"}}})", {"t"}, KT_ERR_WRONG_TYPE, nullptr},
         {"columns that are no object", R"({"tbls":{"t":{"cols":[]}}})", {"t"}, KT_ERR_WRONG_TYPE, nullptr},
         {"a column id in upper case, which no lookup finds",
          R"({"tbls":{"t":{"cols":{"C":{"name":"x"}}}}})",
          {"t"},
          KT_ERR_NOT_FOUND,
          "col id 'C' not found in tbl id 't' in schema"},
-        {"a name that is no text", R"({"tbls":{"t":{"cols":{"c":{"name":1}}}}})", {"t"}, KT_ERR_WRONG_TYPE, nullptr},
+        {"a name that is not a string",
+         R"({"tbls":{"t":{"cols":{"c":{"name":1}}}}})",
+         {"t"},
+         KT_ERR_WRONG_TYPE,
+         nullptr},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);

@@ -111,7 +111,7 @@ const defin_case defin_cases[] = {
          tov_schema__set_colcon_notnull(ctx, s, "t", "c", 1, nullptr);
      },
      R"("C" integer primary key NOT NULL)"},
-    {"a listed key column beside an identity is no key",
+    {"a listed key column beside an identity is not a key",
      [](KT_context *ctx, tov_schema *s) {
          tov_schema__add_col(ctx, s, "t", "i", "I", 1, 0, 0);
          tov_schema__set_col_type_identity(ctx, s, "t", "i", nullptr);
@@ -237,7 +237,7 @@ TEST_F(DdlColumns, ADefinitionFollowsEveryChangeOfTheKey)
     tov_schema__add_col(ctx, schema, "t", "e", "E", 1, 0, 0);
     const char *text = nullptr;
     tov_schema__get_col_defin(ctx, schema, "t", "c", nullptr, &text);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'type' is not there"); // E might be the identity
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'type'"); // E might be the identity
     tov_schema__set_col_type_identity(ctx, schema, "t", "e", nullptr);
     EXPECT_EQ(defin(), R"("C" int)");
 }
@@ -276,7 +276,7 @@ TEST_F(DdlColumns, ReferenceNames)
     KT_vhash__alloc__from_json__sz(ctx, &names, R"({"p":5})");
     const char *text = nullptr;
     tov_schema__get_col_defin(ctx, schema, "t", "c", names, &text);
-    expect_failure(KT_ERR_WRONG_TYPE, "key 'p' is no text");
+    expect_failure(KT_ERR_WRONG_TYPE, "key 'p' is not a string");
     EXPECT_EQ(text, nullptr);
     KT_vhash__free(ctx, names);
 }
@@ -314,17 +314,17 @@ TEST_F(DdlColumns, Failures)
         uint64_t code;
         const char *description;
     } cases[] = {
-        {"no type", R"("k":1)", KT_ERR_KEY_NOT_FOUND, "key 'type' is not there"},
-        {"a type without name", R"("type":{})", KT_ERR_KEY_NOT_FOUND, "key 'name' is not there"},
-        {"nocase is no flag", R"("type":{"name":"text","nocase":1})", KT_ERR_WRONG_TYPE,
-         "key 'nocase' is no truth value"},
-        {"fixed_width is no flag", R"("type":{"name":"text","fixed_width":1})", KT_ERR_WRONG_TYPE,
-         "key 'fixed_width' is no truth value"},
-        {"not null is no record", R"("type":{"name":"guid"},"notnull":1)", KT_ERR_WRONG_TYPE,
-         "key 'notnull' is no map"},
-        {"an identity's key name is no text", R"("type":{"name":"identity","constraint_name":1})", KT_ERR_WRONG_TYPE,
-         "key 'constraint_name' is no text"},
-        {"a reference is no record", R"("type":{"name":"guid"},"fk":1)", KT_ERR_WRONG_TYPE, "key 'fk' is no map"},
+        {"no type", R"("k":1)", KT_ERR_KEY_NOT_FOUND, "no key 'type'"},
+        {"a type without name", R"("type":{})", KT_ERR_KEY_NOT_FOUND, "no key 'name'"},
+        {"nocase is not a flag", R"("type":{"name":"text","nocase":1})", KT_ERR_WRONG_TYPE,
+         "key 'nocase' is not a boolean"},
+        {"fixed_width is not a flag", R"("type":{"name":"text","fixed_width":1})", KT_ERR_WRONG_TYPE,
+         "key 'fixed_width' is not a boolean"},
+        {"not null is not a record", R"("type":{"name":"guid"},"notnull":1)", KT_ERR_WRONG_TYPE,
+         "key 'notnull' is not a map"},
+        {"an identity's key name is not a string", R"("type":{"name":"identity","constraint_name":1})",
+         KT_ERR_WRONG_TYPE, "key 'constraint_name' is not a string"},
+        {"a reference is not a record", R"("type":{"name":"guid"},"fk":1)", KT_ERR_WRONG_TYPE, "key 'fk' is not a map"},
         {"a reference to no table", R"("type":{"name":"guid"},"fk":{})", KT_ERR_NOT_FOUND,
          "the reference of col id 'c' in tbl id 't' names no table"},
         {"a reference to an unknown table", R"("type":{"name":"guid"},"fk":{"ref_tbl_id":"X"})", KT_ERR_NOT_FOUND,
@@ -332,24 +332,24 @@ TEST_F(DdlColumns, Failures)
         {"a reference to an unknown column", R"("type":{"name":"guid"},"fk":{"ref_tbl_id":"t","ref_col_id":"X"})",
          KT_ERR_NOT_FOUND, "col id 'X' not found in tbl id 't' in schema"},
         {"a default without expression", R"("type":{"name":"guid"},"defval":{})", KT_ERR_KEY_NOT_FOUND,
-         "key 'expr' is not there"},
+         "no key 'expr'"},
         {"checks that are no list", R"("type":{"name":"guid"},"check":{})", KT_ERR_WRONG_TYPE,
-         "key 'check' is no list"},
-        {"a check that is no record", R"("type":{"name":"guid"},"check":[1])", KT_ERR_WRONG_TYPE,
-         "element 0 of the list is no map"},
+         "key 'check' is not a list"},
+        {"a check that is not a record", R"("type":{"name":"guid"},"check":[1])", KT_ERR_WRONG_TYPE,
+         "element 0 of the list is not a map"},
         {"a check without expression", R"("type":{"name":"guid"},"check":[{"name":"CK"}])", KT_ERR_KEY_NOT_FOUND,
-         "key 'expr' is not there"},
-        {"a check whose name is no text", R"("type":{"name":"guid"},"check":[{"name":1,"expr":"1"}])",
-         KT_ERR_WRONG_TYPE, "key 'name' is no text"},
+         "no key 'expr'"},
+        {"a check whose name is not a string", R"("type":{"name":"guid"},"check":[{"name":1,"expr":"1"}])",
+         KT_ERR_WRONG_TYPE, "key 'name' is not a string"},
         // What is looked at first is reported first.
         {"not null before the key", R"("type":{"name":"identity","constraint_name":1},"notnull":1)", KT_ERR_WRONG_TYPE,
-         "key 'notnull' is no map"},
+         "key 'notnull' is not a map"},
         {"the key before the reference", R"("type":{"name":"identity","constraint_name":1},"fk":1)", KT_ERR_WRONG_TYPE,
-         "key 'constraint_name' is no text"},
+         "key 'constraint_name' is not a string"},
         {"the reference before the default", R"("type":{"name":"guid"},"fk":1,"defval":{})", KT_ERR_WRONG_TYPE,
-         "key 'fk' is no map"},
+         "key 'fk' is not a map"},
         {"the default before the referenced table", R"("type":{"name":"guid"},"fk":{"ref_tbl_id":"X"},"defval":{})",
-         KT_ERR_KEY_NOT_FOUND, "key 'expr' is not there"},
+         KT_ERR_KEY_NOT_FOUND, "no key 'expr'"},
         {"the referenced table before its column",
          R"("type":{"name":"guid"},"fk":{"ref_tbl_id":"X","ref_col_id":"Y"},"check":1)", KT_ERR_NOT_FOUND,
          "table id 'X' not found in schema"},
@@ -377,19 +377,19 @@ TEST_F(DdlColumns, FailuresOutsideTheColumn)
 
     load_tbl(R"("cols":{"a":{"name":"A"},"c":{"name":"C","type":{"name":"guid"}}})");
     tov_schema__get_col_defin(ctx, schema, "t", "c", nullptr, &text);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'type' is not there"); // A might be the identity
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'type'"); // A might be the identity
 
     load_tbl(R"("cols":{"c":{"name":"C","type":{"name":"guid"}}},"pk":5)");
     tov_schema__get_col_defin(ctx, schema, "t", "c", nullptr, &text);
-    expect_failure(KT_ERR_WRONG_TYPE, "key 'pk' is no map");
+    expect_failure(KT_ERR_WRONG_TYPE, "key 'pk' is not a map");
 
     load_tbl(R"("cols":{"c":{"type":{"name":"guid"}}})");
     tov_schema__get_col_defin(ctx, schema, "t", "c", nullptr, &text);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'name' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'name'");
 
     load(R"({"tbls":{"p":{},"t":{"cols":{"c":{"name":"C","type":{"name":"guid"},"fk":{"ref_tbl_id":"p"}}}}}})");
     tov_schema__get_col_defin(ctx, schema, "t", "c", nullptr, &text);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'name' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'name'");
     EXPECT_EQ(text, nullptr);
 }
 

@@ -97,9 +97,9 @@ TEST_F(DdlHostLists, Failures)
     // A column whose type was never set.
     tov_schema__add_col(ctx, schema, "t", "new", "New", 1, 0, 0);
     tov_schema__get_converted_col_names_as_vhash(ctx, schema, "t", 0, &map);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'type' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'type'");
     tov_schema__get_converted_col_name(ctx, schema, "t", "New", "q", &text);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'type' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'type'");
     EXPECT_EQ(text, nullptr);
     EXPECT_EQ(map, nullptr);
 }

@@ -140,7 +140,7 @@ TEST_F(DdlHostSelect, OnlyTheColumnsBeforeTheOneSoughtAreLookedAt)
     EXPECT_EQ(select(0, R"({"A":null})", nullptr, 0, 1), R"("q"."A")");
     EXPECT_OK(ctx);
     EXPECT_EQ(select(0, R"({"A":null,"B":null})", nullptr, 0, 1), "(null)");
-    expect_failure(KT_ERR_WRONG_TYPE, "key 'name' is no text");
+    expect_failure(KT_ERR_WRONG_TYPE, "key 'name' is not a string");
 }
 
 TEST_F(DdlHostSelect, AnUnknownTableIsMissedWhereAColumnIsLookedUp)
@@ -164,7 +164,7 @@ TEST_F(DdlHostSelect, AConvertedColumnNeedsNoHostType)
     EXPECT_EQ(select(2, R"({"N":"int"})", nullptr, 1, 1), R"(('S:' + CAST("q"."N" AS varchar(25))))");
     EXPECT_OK(ctx);
     EXPECT_EQ(select(0, R"({"N":"int"})", nullptr, 1, 1), "(null)");
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'mssql_col_data_type' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'mssql_col_data_type'");
 }
 
 TEST_F(DdlHostSelect, Failures)
@@ -173,15 +173,15 @@ TEST_F(DdlHostSelect, Failures)
     expect_failure(KT_ERR_NULL_ARGUMENT, "psz_col_id is null");
     tov_schema__add_col(ctx, schema, "t", "new", "New", 1, 0, 0);
     EXPECT_EQ(select(0, R"({"New":"int"})", nullptr, 1, 1), "(null)");
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'mssql_col_data_type' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'mssql_col_data_type'");
     tov_schema__set_mssql_col_type_name(ctx, schema, "t", "new", "geometry");
     EXPECT_EQ(select(0, R"({"New":null})", nullptr, 1, 1), "(null)");
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'type' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'type'");
     EXPECT_EQ(select(0, R"({"New":"int"})", nullptr, 1, 1), R"(CAST("q"."New" AS int))"); // its type is not asked for
     EXPECT_OK(ctx);
     // Any mode but 0 looks for a root.
     EXPECT_EQ(select(7, R"({"New":"int"})", nullptr, 1, 0), "(null)");
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'type' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'type'");
 }
 
 TEST_F(DdlHostSelect, EveryAllocationMayFail)

@@ -178,15 +178,13 @@ TEST_F(DdlLists, Failures)
         uint64_t code;
         const char *description;
     } cases[] = {
-        {"a column without name", names, R"("cols":{"a":{}})", KT_ERR_KEY_NOT_FOUND, "key 'name' is not there"},
-        {"a column without name, qualified", qualified, R"("cols":{"a":{}})", KT_ERR_KEY_NOT_FOUND,
-         "key 'name' is not there"},
+        {"a column without name", names, R"("cols":{"a":{}})", KT_ERR_KEY_NOT_FOUND, "no key 'name'"},
+        {"a column without name, qualified", qualified, R"("cols":{"a":{}})", KT_ERR_KEY_NOT_FOUND, "no key 'name'"},
         {"an id that no lookup reaches", names, R"("cols":{"A":{"name":"A"}})", KT_ERR_NOT_FOUND,
          "col id 'A' not found in tbl id 't' in schema"},
         {"a column without type may be the identity", without_pk, R"("cols":{"a":{"name":"A"}})", KT_ERR_KEY_NOT_FOUND,
-         "key 'type' is not there"},
-        {"the same for the key", pk_names, R"("cols":{"a":{"name":"A"}})", KT_ERR_KEY_NOT_FOUND,
-         "key 'type' is not there"},
+         "no key 'type'"},
+        {"the same for the key", pk_names, R"("cols":{"a":{"name":"A"}})", KT_ERR_KEY_NOT_FOUND, "no key 'type'"},
         {"a key of an unknown column", pk_names, R"("cols":{},"pk":{"cols":{"x":null}})", KT_ERR_NOT_FOUND,
          "col id 'x' not found in tbl id 't' in schema"},
         {"the same with a prefix", pk_prefixed, R"("cols":{},"pk":{"cols":{"x":null}})", KT_ERR_NOT_FOUND,
@@ -195,7 +193,7 @@ TEST_F(DdlLists, Failures)
          "col id 'x' not found in tbl id 't' in schema"},
         {"key text without width", pk_not_fixed,
          R"("cols":{"a":{"name":"A","type":{"name":"text"}}},"pk":{"cols":{"a":null}})", KT_ERR_KEY_NOT_FOUND,
-         "key 'width' is not there"},
+         "no key 'width'"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);

@@ -146,7 +146,7 @@ TEST_F(DdlTblConstraints, AskingForACheckLeavesAnEmptyRecordBehind)
     const char *text = nullptr;
     EXPECT_EQ(document().find("check"), std::string::npos);
     tov_schema__get_check_defin(ctx, schema, "t", "CK", &text);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'CK' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'CK'");
     EXPECT_NE(document().find(R"("check":{})"), std::string::npos);
 }
 
@@ -155,9 +155,9 @@ TEST_F(DdlTblConstraints, OtherQuestionsLeaveTheDocumentAsItWas)
     const std::string before = document();
     const char *text = nullptr;
     tov_schema__get_unique_defin(ctx, schema, "t", "UQ", &text);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'uniques' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'uniques'");
     tov_schema__get_foreignkey_defin(ctx, schema, "t", "FK", &text);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'foreignkeys' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'foreignkeys'");
     defin(get_pk);
     EXPECT_EQ(document(), before);
 }
@@ -171,38 +171,38 @@ struct failure_case {
 };
 
 const failure_case failure_cases[] = {
-    {"pk is no record", get_pk, R"("pk":[])", KT_ERR_WRONG_TYPE, "key 'pk' is no map"},
-    {"pk columns are no record", get_pk, R"("pk":{"cols":[]})", KT_ERR_WRONG_TYPE, "key 'cols' is no map"},
+    {"pk is not a record", get_pk, R"("pk":[])", KT_ERR_WRONG_TYPE, "key 'pk' is not a map"},
+    {"pk columns are no record", get_pk, R"("pk":{"cols":[]})", KT_ERR_WRONG_TYPE, "key 'cols' is not a map"},
     {"pk of an unknown column", get_pk, R"("pk":{"cols":{"q":null}})", KT_ERR_NOT_FOUND,
      "col id 'q' not found in tbl id 't' in schema"},
-    {"pk of a nameless column", get_pk, R"("pk":{"cols":{"n":null}})", KT_ERR_KEY_NOT_FOUND, "key 'name' is not there"},
+    {"pk of a nameless column", get_pk, R"("pk":{"cols":{"n":null}})", KT_ERR_KEY_NOT_FOUND, "no key 'name'"},
 
-    {"no uniques", get_unique, R"("k":1)", KT_ERR_KEY_NOT_FOUND, "key 'uniques' is not there"},
-    {"unknown unique", get_unique, R"("uniques":{})", KT_ERR_KEY_NOT_FOUND, "key 'id' is not there"},
+    {"no uniques", get_unique, R"("k":1)", KT_ERR_KEY_NOT_FOUND, "no key 'uniques'"},
+    {"unknown unique", get_unique, R"("uniques":{})", KT_ERR_KEY_NOT_FOUND, "no key 'id'"},
     {"a unique of an unknown column", get_unique, R"("uniques":{"id":{"q":null}})", KT_ERR_NOT_FOUND,
      "col id 'q' not found in tbl id 't' in schema"},
 
-    {"no foreign keys", get_foreignkey, R"("k":1)", KT_ERR_KEY_NOT_FOUND, "key 'foreignkeys' is not there"},
-    {"unknown foreign key", get_foreignkey, R"("foreignkeys":{})", KT_ERR_KEY_NOT_FOUND, "key 'id' is not there"},
+    {"no foreign keys", get_foreignkey, R"("k":1)", KT_ERR_KEY_NOT_FOUND, "no key 'foreignkeys'"},
+    {"unknown foreign key", get_foreignkey, R"("foreignkeys":{})", KT_ERR_KEY_NOT_FOUND, "no key 'id'"},
     {"a foreign key to no table", get_foreignkey, R"("foreignkeys":{"id":{"cols":{}}})", KT_ERR_KEY_NOT_FOUND,
-     "key 'ref_tbl_id' is not there"},
+     "no key 'ref_tbl_id'"},
     {"a foreign key to an unknown table, before its action is looked at", get_foreignkey,
      R"("foreignkeys":{"id":{"ref_tbl_id":"X","on_update":1}})", KT_ERR_NOT_FOUND, "table id 'X' not found in schema"},
-    {"an action that is no text, before the columns are looked at", get_foreignkey,
-     R"("foreignkeys":{"id":{"ref_tbl_id":"t","on_update":1}})", KT_ERR_WRONG_TYPE, "key 'on_update' is no text"},
+    {"an action that is not a string, before the columns are looked at", get_foreignkey,
+     R"("foreignkeys":{"id":{"ref_tbl_id":"t","on_update":1}})", KT_ERR_WRONG_TYPE, "key 'on_update' is not a string"},
     {"a foreign key without columns", get_foreignkey, R"("foreignkeys":{"id":{"ref_tbl_id":"t"}})",
-     KT_ERR_KEY_NOT_FOUND, "key 'cols' is not there"},
+     KT_ERR_KEY_NOT_FOUND, "no key 'cols'"},
     {"a foreign key of an unknown column, before the referenced one", get_foreignkey,
      R"("foreignkeys":{"id":{"ref_tbl_id":"t","cols":{"q":"r"}}})", KT_ERR_NOT_FOUND,
      "col id 'q' not found in tbl id 't' in schema"},
     {"a foreign key to an unknown column", get_foreignkey,
      R"("foreignkeys":{"id":{"ref_tbl_id":"T","cols":{"a":"r"}}})", KT_ERR_NOT_FOUND,
      "col id 'r' not found in tbl id 'T' in schema"},
-    {"a referenced column that is no text", get_foreignkey,
-     R"("foreignkeys":{"id":{"ref_tbl_id":"t","cols":{"a":null}}})", KT_ERR_WRONG_TYPE, "key 'a' is no text"},
+    {"a referenced column that is not a string", get_foreignkey,
+     R"("foreignkeys":{"id":{"ref_tbl_id":"t","cols":{"a":null}}})", KT_ERR_WRONG_TYPE, "key 'a' is not a string"},
 
-    {"unknown check", get_check, R"("check":{})", KT_ERR_KEY_NOT_FOUND, "key 'id' is not there"},
-    {"a check without expression", get_check, R"("check":{"id":{}})", KT_ERR_KEY_NOT_FOUND, "key 'expr' is not there"},
+    {"unknown check", get_check, R"("check":{})", KT_ERR_KEY_NOT_FOUND, "no key 'id'"},
+    {"a check without expression", get_check, R"("check":{"id":{}})", KT_ERR_KEY_NOT_FOUND, "no key 'expr'"},
 };
 
 TEST_F(DdlTblConstraints, Failures)

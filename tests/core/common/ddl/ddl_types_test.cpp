@@ -32,7 +32,7 @@ const mapping_case mapping_cases[] = {
     {"blob", "blob", "blob"},
     {"loose/blob", "blob", "blob"},
     {"guid", "blob", "blob"},
-    // Anything else is no type: names are compared whole and case matters.
+    // Anything else is not a type: names are compared whole and case matters.
     {"Text", "", ""},
     {"TEXT", "", ""},
     {"text ", "", ""},
@@ -183,14 +183,14 @@ TEST_F(DdlTextwidth, FailuresLeaveFlagsClearAndTheWidthAlone)
     } cases[] = {
         {"unknown column", R"("type":{"name":"text","width":3})", "x", KT_ERR_NOT_FOUND,
          "col id 'x' not found in tbl id 't' in schema"},
-        {"no type", R"("k":1)", "c", KT_ERR_KEY_NOT_FOUND, "key 'type' is not there"},
-        {"text without width", R"("type":{"name":"text"})", "c", KT_ERR_KEY_NOT_FOUND, "key 'width' is not there"},
-        {"nocase is no flag", R"("type":{"name":"text","nocase":"yes","width":3})", "c", KT_ERR_WRONG_TYPE,
-         "key 'nocase' is no truth value"},
-        {"fixed_width is no flag", R"("type":{"name":"text","fixed_width":1,"width":3})", "c", KT_ERR_WRONG_TYPE,
-         "key 'fixed_width' is no truth value"},
+        {"no type", R"("k":1)", "c", KT_ERR_KEY_NOT_FOUND, "no key 'type'"},
+        {"text without width", R"("type":{"name":"text"})", "c", KT_ERR_KEY_NOT_FOUND, "no key 'width'"},
+        {"nocase is not a flag", R"("type":{"name":"text","nocase":"yes","width":3})", "c", KT_ERR_WRONG_TYPE,
+         "key 'nocase' is not a boolean"},
+        {"fixed_width is not a flag", R"("type":{"name":"text","fixed_width":1,"width":3})", "c", KT_ERR_WRONG_TYPE,
+         "key 'fixed_width' is not a boolean"},
         {"nocase is looked at first", R"("type":{"name":"text","nocase":1,"fixed_width":1})", "c", KT_ERR_WRONG_TYPE,
-         "key 'nocase' is no truth value"},
+         "key 'nocase' is not a boolean"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);

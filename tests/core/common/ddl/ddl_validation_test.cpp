@@ -280,21 +280,21 @@ TEST_F(DdlTest, ColValidationFailures)
     } cases[] = {
         {"unknown column", R"("type":{"name":"sint16"})", "x", KT_ERR_NOT_FOUND,
          "col id 'x' not found in tbl id 't' in schema"},
-        {"no type", R"("k":1)", "c", KT_ERR_KEY_NOT_FOUND, "key 'type' is not there"},
-        {"a type that is no record", R"("type":"text")", "c", KT_ERR_WRONG_TYPE, "key 'type' is no map"},
-        {"a type without name", R"("type":{})", "c", KT_ERR_KEY_NOT_FOUND, "key 'name' is not there"},
-        {"not null is no record", R"("type":{"name":"text"},"notnull":true)", "c", KT_ERR_WRONG_TYPE,
-         "key 'notnull' is no map"},
-        {"text without width", R"("type":{"name":"text"})", "c", KT_ERR_KEY_NOT_FOUND, "key 'width' is not there"},
-        {"a blob without width", R"("type":{"name":"blob"})", "c", KT_ERR_KEY_NOT_FOUND, "key 'width' is not there"},
+        {"no type", R"("k":1)", "c", KT_ERR_KEY_NOT_FOUND, "no key 'type'"},
+        {"a type that is not a record", R"("type":"text")", "c", KT_ERR_WRONG_TYPE, "key 'type' is not a map"},
+        {"a type without name", R"("type":{})", "c", KT_ERR_KEY_NOT_FOUND, "no key 'name'"},
+        {"not null is not a record", R"("type":{"name":"text"},"notnull":true)", "c", KT_ERR_WRONG_TYPE,
+         "key 'notnull' is not a map"},
+        {"text without width", R"("type":{"name":"text"})", "c", KT_ERR_KEY_NOT_FOUND, "no key 'width'"},
+        {"a blob without width", R"("type":{"name":"blob"})", "c", KT_ERR_KEY_NOT_FOUND, "no key 'width'"},
         {"a width that is too wide", R"("type":{"name":"text","width":4294967296})", "c", KT_ERR_WRONG_TYPE,
-         "key 'width' is no 32-bit integer"},
+         "key 'width' is not a 32-bit integer"},
         {"a decimal without precision", R"("type":{"name":"decimal","scale":2})", "c", KT_ERR_KEY_NOT_FOUND,
-         "key 'precision' is not there"},
+         "no key 'precision'"},
         {"a decimal without scale", R"("type":{"name":"decimal","precision":2})", "c", KT_ERR_KEY_NOT_FOUND,
-         "key 'scale' is not there"},
+         "no key 'scale'"},
         {"precision comes before scale", R"("type":{"name":"decimal"})", "c", KT_ERR_KEY_NOT_FOUND,
-         "key 'precision' is not there"},
+         "no key 'precision'"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -307,7 +307,7 @@ TEST_F(DdlTest, ColValidationFailures)
     load_tbl(R"("cols":{"c":{"type":{"name":"sint16"}}})");
     KT_string *text = nullptr;
     tov_schema__get_col_validation_expression(ctx, schema, "t", "c", &text);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'name' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'name'");
     tov_schema__get_col_validation_expression(ctx, schema, "nope", "c", &text);
     expect_failure(KT_ERR_NOT_FOUND, "table id 'nope' not found in schema");
     EXPECT_EQ(text, nullptr);

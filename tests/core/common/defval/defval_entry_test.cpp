@@ -74,7 +74,7 @@ static const failure_case failure_cases[] = {
     {"no such table", R"({"tbls":{}})", "t", "(1)", KT_ERR_NOT_FOUND},
     {"no such column", R"({"tbls":{"t":{"cols":{}}}})", "t", "(1)", KT_ERR_NOT_FOUND},
     {"a column without a type", R"({"tbls":{"t":{"cols":{"c":{}}}}})", "t", "(1)", KT_ERR_KEY_NOT_FOUND},
-    {"a type that is no record", R"({"tbls":{"t":{"cols":{"c":{"type":1}}}}})", "t", "(1)", KT_ERR_WRONG_TYPE},
+    {"a type that is not a record", R"({"tbls":{"t":{"cols":{"c":{"type":1}}}}})", "t", "(1)", KT_ERR_WRONG_TYPE},
     {"a type without a name", R"({"tbls":{"t":{"cols":{"c":{"type":{}}}}}})", "t", "(1)", KT_ERR_KEY_NOT_FOUND},
     {"a type whose name is a number", R"({"tbls":{"t":{"cols":{"c":{"type":{"name":1}}}}}})", "t", "(1)",
      KT_ERR_WRONG_TYPE},

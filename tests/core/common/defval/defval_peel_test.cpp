@@ -18,7 +18,7 @@ static const peel_case literal_cases[] = {
     {"a string with its quotes", "('a''b')", "'a''b'"},
     {"a national string without its prefix", "(N'abc')", "'abc'"},
     {"a national string with a space after the prefix", "(N 'abc')", "'abc'"},
-    {"a small n is no prefix", "(n'abc')", nullptr},
+    {"a small n is not a prefix", "(n'abc')", nullptr},
     {"a prefix before anything else", "(N 5)", nullptr},
     {"a prefix at the end", "(N", nullptr},
     {"another name before a string", "(M'abc')", nullptr},

@@ -284,7 +284,7 @@ TEST_F(DefvalTranslation, LeavesNothingOpenWhicheverCallFails)
             EXPECT_EQ(sqlite.open_statements(), 0);
             EXPECT_EQ(sqlite.open_connections(), 0);
             if (result == "(failed)") {
-                // Of a text that is no number the trial says so, unless the failure comes first.
+                // Of a text that is not a number the trial says so, unless the failure comes first.
                 const bool is_refused = KT_context__err_code(ctx) == KT_ERR_SQLITE(SQLITE_CONSTRAINT);
                 EXPECT_TRUE(is_refused || (code && KT_context__err_code(ctx) == KT_ERR_SQLITE(code)));
                 if (!is_refused) {

@@ -299,7 +299,7 @@ static const truth_case truth_cases[] = {
     {"a number", "SELECT typeof(1), (1)", nullptr},
     {"null", "SELECT typeof(NULL), (NULL)", nullptr},
     {"no row", "SELECT 'text', 'True' WHERE 0", nullptr},
-    {"a first column that is no text", "SELECT 1, 'True'", nullptr},
+    {"a first column that is not a string", "SELECT 1, 'True'", nullptr},
 };
 
 TEST_F(DefvalTrial, ReadsTruthValues)

@@ -157,7 +157,7 @@ template <class Make> static void expect_making_survives(KT_context *ctx, Make m
     for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx), turns++) {
         tov_schema *made = nullptr;
         make(&made);
-        // A block that could not be made smaller is no failure.
+        // A block that could not be made smaller is not a failure.
         if (KT_context__has_err(ctx)) {
             EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
             EXPECT_EQ(made, nullptr);

@@ -13,18 +13,18 @@ struct cycles_case {
 
 const cycles_case cycles_cases[] = {
     {"a schema without tables has no cycle", "", "(null)"},
-    {"a chain is no cycle", "a>b b>c c", "(null)"},
+    {"a chain is not a cycle", "a>b b>c c", "(null)"},
     {"nor are two ways to one table", "a>b,c b>d c>d d", "(null)"},
-    {"a table that only refers to itself is no cycle", "a>a b>a,b", "(null)"},
+    {"a table that only refers to itself is not a cycle", "a>a b>a,b", "(null)"},
     {"two tables that refer to each other are one", "a>b b>a", R"({"tbls":["a","b"]})"},
     {"members stand in schema order", "c>a b>c a>b", R"({"tbls":["c","b","a"]})"},
-    {"what hangs on a cycle is no part of it", "x>a a>b b>a,y y", R"({"tbls":["a","b"]})"},
+    {"what hangs on a cycle is not part of it", "x>a a>b b>a,y y", R"({"tbls":["a","b"]})"},
     {"cycles that share a table are one", "a>b b>a,c c>b", R"({"tbls":["a","b","c"]})"},
     {"cycles stand in the order of their first members", "a>d b>c c>b,a d>a",
      "{\"tbls\":[\"a\",\"d\"]}\n{\"tbls\":[\"b\",\"c\"]}"},
     {"table-level keys count like column-level ones", "a=b b>a", R"({"tbls":["a","b"]})"},
     {"a reference may be in another letter case", "a>B b>A", R"({"tbls":["a","b"]})"},
-    {"a reference that leads nowhere is no error", "a>b,nowhere b>a", R"({"tbls":["a","b"]})"},
+    {"a reference that leads nowhere is not an error", "a>b,nowhere b>a", R"({"tbls":["a","b"]})"},
 };
 
 // The cycles of a graph by asking of each pair of tables whether each reaches the other.

@@ -185,18 +185,18 @@ TEST_F(ListingTest, Failures)
         {"a reference without a table", R"("cols":{"c":{"name":"c","fk":{"ref_col_id":"id"}}})", KT_ERR_NOT_FOUND,
          "the reference of col id 'c' in tbl id 'a' names no table", true, false},
         {"a key without a table", R"("foreignkeys":{"k":{"name":"k","on_delete":"X","on_update":"X","cols":{}}})",
-         KT_ERR_KEY_NOT_FOUND, "key 'ref_tbl_id' is not there", true, true},
+         KT_ERR_KEY_NOT_FOUND, "no key 'ref_tbl_id'", true, true},
         {"a key without a delete action",
          R"("foreignkeys":{"k":{"name":"k","ref_tbl_id":"other","on_update":"X","cols":{}}})", KT_ERR_KEY_NOT_FOUND,
-         "key 'on_delete' is not there", true, true},
+         "no key 'on_delete'", true, true},
         {"a key without an update action, wherever it refers to",
          R"("foreignkeys":{"k":{"name":"k","ref_tbl_id":"other","on_delete":"X","cols":{}}})", KT_ERR_KEY_NOT_FOUND,
-         "key 'on_update' is not there", false, true},
+         "no key 'on_update'", false, true},
         {"a key without a name", R"("foreignkeys":{"k":{"ref_tbl_id":"p","on_delete":"X","on_update":"X","cols":{}}})",
-         KT_ERR_KEY_NOT_FOUND, "key 'name' is not there", true, true},
+         KT_ERR_KEY_NOT_FOUND, "no key 'name'", true, true},
         {"a key without columns",
          R"("foreignkeys":{"k":{"name":"k","ref_tbl_id":"p","on_delete":"X","on_update":"X"}})", KT_ERR_KEY_NOT_FOUND,
-         "key 'cols' is not there", true, true},
+         "no key 'cols'", true, true},
         {"a key of an unknown column",
          R"("foreignkeys":{"k":{"name":"k","ref_tbl_id":"p","on_delete":"X","on_update":"X","cols":{"Q":"id"}}})",
          KT_ERR_NOT_FOUND, "col id 'Q' not found in tbl id 'a' in schema", true, true},
@@ -206,7 +206,7 @@ TEST_F(ListingTest, Failures)
          KT_ERR_NOT_FOUND, "col id 'Q' not found in tbl id 'p' in schema", true, true},
         {"a failure after a record was made",
          R"("cols":{"c":{"name":"c","fk":{"ref_tbl_id":"p","ref_col_id":"id"}}},"foreignkeys":{"k":7})",
-         KT_ERR_WRONG_TYPE, "key 'k' is no map", true, true},
+         KT_ERR_WRONG_TYPE, "key 'k' is not a map", true, true},
     };
     auto *untouched = reinterpret_cast<KT_varray *>(this);
     for (const failure_case &c : cases) {
@@ -253,7 +253,7 @@ TEST_F(ListingTest, ASkippedTableMayLackActions)
     KT_varray *records = nullptr;
     uint32_t count = 77;
     tov_schema__find_references_to_tbl(ctx, schema, "a", 1, 0, &records, &count);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'on_update' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'on_update'");
 }
 
 TEST_F(ListingTest, ASkippedTableIsNotGivenColumns)

@@ -23,7 +23,7 @@ const order_case order_cases[] = {
     {"a table is one above the highest that it refers to", "a b>a c>a,b d>a", "a b d c"},
     {"a repeated reference counts once", "b>a,a,a a", "a b"},
     {"a table that refers only to itself is placed", "t1>t1", "t1"},
-    {"but its entering is no change, so one before it never enters", "t2>t1 t1>t1", nullptr},
+    {"but its entering is not a change, so one before it never enters", "t2>t1 t1>t1", nullptr},
     {"one after it enters in the same pass", "t1>t1 t2>t1", "t1 t2"},
     {"another table's entering lets the passes go on", "t2>t1 t1>t1 x", "t1 x t2"},
     {"a table raised above one that refers to itself lets them go on too", "t2>t1 t1>t1 t3>t1", "t1 t3 t2"},
@@ -94,12 +94,12 @@ TEST_F(FkTest, OrderFailsWithWhatItMeets)
     };
     const failure_case cases[] = {
         {"a table-level key without a referenced table", R"({"tbls":{"a":{"foreignkeys":{"k":{}}}}})",
-         KT_ERR_KEY_NOT_FOUND, "key 'ref_tbl_id' is not there"},
+         KT_ERR_KEY_NOT_FOUND, "no key 'ref_tbl_id'"},
         {"a column-level key without a referenced table", R"({"tbls":{"a":{"cols":{"c":{"fk":{}}}}}})",
          KT_ERR_NOT_FOUND, "the reference of col id 'c' in tbl id 'a' names no table"},
         {"a table id that no lookup reaches", R"({"tbls":{"A":{}}})", KT_ERR_NOT_FOUND,
          "table id 'A' not found in schema"},
-        {"tables that are no map", R"({"tbls":7})", KT_ERR_WRONG_TYPE, "key 'tbls' is no map"},
+        {"tables that are no map", R"({"tbls":7})", KT_ERR_WRONG_TYPE, "key 'tbls' is not a map"},
     };
     for (const failure_case &c : cases) {
         SCOPED_TRACE(c.name);

@@ -170,10 +170,10 @@ TEST_F(ReferencesTest, DeleteActionsOfKeysThatLackThem)
     KT_bool has = 7;
     key("k", "a", "p", {}, {.on_update = "CASCADE"});
     tov_schema__does_tbl_have_fk_constraint_with_delete_action(ctx, schema, "a", &has);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'on_delete' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'on_delete'");
     load(R"({"tbls":{"a":{"foreignkeys":{"k":{"on_delete":"CASCADE"}}}}})");
     tov_schema__does_tbl_have_fk_constraint_with_delete_action(ctx, schema, "a", &has);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'ref_tbl_id' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'ref_tbl_id'");
     EXPECT_EQ(has, 7);
     load(R"({"tbls":{"a":{"cols":{"c":{"fk":{"on_delete":"CASCADE"}}},"foreignkeys":{"k":{}}}}})");
     EXPECT_TRUE(has_delete_action("a")) << "a column-level key answers before that";
@@ -227,9 +227,9 @@ TEST_F(ReferencesTest, KeysThatNameNoTbl)
     EXPECT_EQ(single("p", nullptr), "null") << "which does not look at table-level keys";
     KT_vhash *found = nullptr;
     tov_schema__find_multicol_references_to(ctx, schema, "p", &found);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'ref_tbl_id' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'ref_tbl_id'");
     tov_schema__find_tbls_with_references_to(ctx, schema, "p", &tbls);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'ref_tbl_id' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'ref_tbl_id'");
 }
 
 TEST_F(ReferencesTest, WhatAQuestionCreates)

@@ -154,8 +154,7 @@ TEST_F(RootsTest, FailuresLeaveTheOutputsAsLastWritten)
         {"an unknown table", R"({})", KT_ERR_NOT_FOUND, "table id 'a' not found in schema", true},
         {"an unknown column", R"({"tbls":{"a":{}}})", KT_ERR_NOT_FOUND, "col id 'c' not found in tbl id 'a' in schema",
          true},
-        {"a column without a type", R"({"tbls":{"a":{"cols":{"c":{}}}}})", KT_ERR_KEY_NOT_FOUND,
-         "key 'type' is not there", true},
+        {"a column without a type", R"({"tbls":{"a":{"cols":{"c":{}}}}})", KT_ERR_KEY_NOT_FOUND, "no key 'type'", true},
         {"a reference to an unknown table",
          R"({"tbls":{"a":{"cols":{"c":{"type":{"name":"sint32"},"fk":{"ref_tbl_id":"B","ref_col_id":"c"}}}}}})",
          KT_ERR_NOT_FOUND, "table id 'B' not found in schema", false},
@@ -169,14 +168,14 @@ TEST_F(RootsTest, FailuresLeaveTheOutputsAsLastWritten)
          KT_ERR_NOT_FOUND, "the reference of col id 'c' in tbl id 'a' names no table", false},
         {"a key without a table",
          R"({"tbls":{"a":{"cols":{"c":{"type":{"name":"sint32"}}},"foreignkeys":{"k":{"cols":{}}}}}})",
-         KT_ERR_KEY_NOT_FOUND, "key 'ref_tbl_id' is not there", false},
+         KT_ERR_KEY_NOT_FOUND, "no key 'ref_tbl_id'", false},
         {"a key without columns",
          R"({"tbls":{"a":{"cols":{"c":{"type":{"name":"sint32"}}},"foreignkeys":{"k":{"ref_tbl_id":"a"}}}}})",
-         KT_ERR_KEY_NOT_FOUND, "key 'cols' is not there", false},
+         KT_ERR_KEY_NOT_FOUND, "no key 'cols'", false},
         {"a pair without a referenced column",
          R"({"tbls":{"a":{"cols":{"c":{"type":{"name":"sint32"}}},)"
          R"("foreignkeys":{"k":{"ref_tbl_id":"a","cols":{"c":null}}}}}})",
-         KT_ERR_WRONG_TYPE, "key 'c' is no text", false},
+         KT_ERR_WRONG_TYPE, "key 'c' is not a string", false},
     };
     for (const failure_case &c : cases) {
         SCOPED_TRACE(c.name);
@@ -435,7 +434,7 @@ TEST_F(RootsTest, ConditionNeedsNames)
     load(R"({"tbls":{"a":{"cols":{"id":{"type":{"name":"identity"}}}}}})");
     KT_string *text = nullptr;
     tov_schema__get_on_pk_col_names(ctx, schema, "a", "l", "r", 0, 0, &text);
-    expect_failure(KT_ERR_KEY_NOT_FOUND, "key 'name' is not there");
+    expect_failure(KT_ERR_KEY_NOT_FOUND, "no key 'name'");
     tov_schema__get_on_pk_col_names(ctx, schema, "b", "l", "r", 0, 0, &text);
     expect_failure(KT_ERR_NOT_FOUND, "table id 'b' not found in schema");
     EXPECT_EQ(text, nullptr);

@@ -75,9 +75,9 @@ TEST_F(WalkTest, ColumnsAreReadBeforeTableLevelKeys)
 {
     load(R"({"tbls":{"a":{"cols":{"c":{"fk":7}},"foreignkeys":7}}})");
     all_keys({.schema = schema});
-    expect_failure(KT_ERR_WRONG_TYPE, "key 'fk' is no map");
+    expect_failure(KT_ERR_WRONG_TYPE, "key 'fk' is not a map");
     all_keys({.schema = schema, .col_level = false});
-    expect_failure(KT_ERR_WRONG_TYPE, "key 'foreignkeys' is no map");
+    expect_failure(KT_ERR_WRONG_TYPE, "key 'foreignkeys' is not a map");
 }
 
 TEST_F(WalkTest, TableLevelKeysMustHaveWhatIsRead)
@@ -88,10 +88,10 @@ TEST_F(WalkTest, TableLevelKeysMustHaveWhatIsRead)
         const char *description;
     };
     const missing_case cases[] = {
-        {R"({"on_delete":"d","on_update":"u"})", 0, "key 'ref_tbl_id' is not there"},
-        {R"({"ref_tbl_id":"t"})", FK_ON_DELETE, "key 'on_delete' is not there"},
-        {R"({"ref_tbl_id":"t"})", FK_ON_UPDATE, "key 'on_update' is not there"},
-        {R"({"ref_tbl_id":"t"})", FK_ON_UPDATE | FK_ON_DELETE, "key 'on_update' is not there"},
+        {R"({"on_delete":"d","on_update":"u"})", 0, "no key 'ref_tbl_id'"},
+        {R"({"ref_tbl_id":"t"})", FK_ON_DELETE, "no key 'on_delete'"},
+        {R"({"ref_tbl_id":"t"})", FK_ON_UPDATE, "no key 'on_update'"},
+        {R"({"ref_tbl_id":"t"})", FK_ON_UPDATE | FK_ON_DELETE, "no key 'on_update'"},
     };
     for (const missing_case &c : cases) {
         load(joined({R"({"tbls":{"a":{"foreignkeys":{"k":)", c.key, "}}}}"}).c_str());
