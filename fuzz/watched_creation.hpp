@@ -80,6 +80,8 @@ inline bool may_use(const watch &w, int action, const std::string &first)
         return w.tbls.count(first) == 1;
     case SQLITE_SELECT:
         return true;
+    case SQLITE_PRAGMA:
+        return first == "integrity_check";
     default:
         return false;
     }
@@ -136,19 +138,55 @@ inline bool is_limit(const std::string &message)
     return false;
 }
 
-// Compiles what comes first to the triggers' statements.
-inline void compile_uses(sqlite3 *connection, const watch &w)
+// Fills in a table's name, or anything else that has no double quote in it.
+inline std::string with(const char *format, const std::string &name)
+{
+    char *sql = sqlite3_mprintf(format, name.c_str());
+    std::string result = sql;
+    sqlite3_free(sql);
+    return result;
+}
+
+// Compiles a statement, which must succeed, runs it, and gives its first value. A row may be refused for what is in it.
+inline std::string use(sqlite3 *connection, const std::string &sql)
+{
+    sqlite3_stmt *statement = nullptr;
+    const int compiled = sqlite3_prepare_v2(connection, sql.c_str(), -1, &statement, nullptr);
+    check(compiled == SQLITE_OK || is_limit(sqlite3_errmsg(connection)), sqlite3_errmsg(connection));
+    const int code = sqlite3_step(statement);
+    const bool in_order = code == SQLITE_DONE || code == SQLITE_ROW || code == SQLITE_CONSTRAINT ||
+                          code == SQLITE_ERROR || code == SQLITE_TOOBIG;
+    check(compiled != SQLITE_OK || in_order, sqlite3_errmsg(connection));
+    const unsigned char *value = code == SQLITE_ROW ? sqlite3_column_text(statement, 0) : nullptr;
+    const std::string result = value ? reinterpret_cast<const char *>(value) : "";
+    sqlite3_finalize(statement);
+    return result;
+}
+
+inline std::string col_list(sqlite3 *connection, const std::string &tbl)
+{
+    sqlite3_stmt *statement = nullptr;
+    sqlite3_prepare_v2(connection, with("SELECT * FROM \"%w\"", tbl).c_str(), -1, &statement, nullptr);
+    std::string list;
+    for (int n = 0; n < sqlite3_column_count(statement); n++)
+        list += (n ? ",\"" : "\"") + std::string(sqlite3_column_name(statement, n)) + "\"";
+    sqlite3_finalize(statement);
+    return list;
+}
+
+// Writes, changes and deletes rows, which brings every check, default and trigger with it, and asks SQLite whether the
+// database is sound. A check may hold at one time and not at another, where it asks the clock.
+inline void use_tbls(sqlite3 *connection, const watch &w)
 {
     for (const std::string &tbl : w.tbls) {
-        for (const char *use : {"INSERT INTO \"%w\" DEFAULT VALUES", "DELETE FROM \"%w\""}) {
-            char *sql = sqlite3_mprintf(use, tbl.c_str());
-            sqlite3_stmt *statement = nullptr;
-            const int code = sqlite3_prepare_v2(connection, sql, -1, &statement, nullptr);
-            check(code == SQLITE_OK || is_limit(sqlite3_errmsg(connection)), sqlite3_errmsg(connection));
-            sqlite3_finalize(statement);
-            sqlite3_free(sql);
-        }
+        const std::string cols = col_list(connection, tbl);
+        use(connection, with("INSERT INTO \"%w\" DEFAULT VALUES", tbl));
+        use(connection, with("UPDATE \"%w\" SET ", tbl) + "(" + cols + ") = (" + cols + ")");
     }
+    const std::string state = use(connection, "PRAGMA integrity_check");
+    check(state == "ok" || state.rfind("CHECK constraint failed", 0) == 0, state.c_str());
+    for (const std::string &tbl : w.tbls)
+        use(connection, with("DELETE FROM \"%w\"", tbl));
 }
 
 inline void run_script(watch &w, const char *script)
@@ -156,11 +194,14 @@ inline void run_script(watch &w, const char *script)
     sqlite3 *connection = nullptr;
     tov__get_sqlite_functions()->open(":memory:", &connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     sqlite3_set_authorizer(connection, authorize, &w);
+    // A default may ask for as much memory as SQLite allows, and a pattern for as much time.
+    sqlite3_limit(connection, SQLITE_LIMIT_LENGTH, 1 << 20);
+    sqlite3_limit(connection, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 100);
     const int code = sqlite3_exec(connection, script, nullptr, nullptr, nullptr);
     check(code == SQLITE_OK || w.may_be_refused || is_limit(sqlite3_errmsg(connection)), sqlite3_errmsg(connection));
     w.is_creating = false;
     if (code == SQLITE_OK)
-        compile_uses(connection, w);
+        use_tbls(connection, w);
     sqlite3_close(connection);
 }
 

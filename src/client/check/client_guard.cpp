@@ -77,6 +77,20 @@ static bool my_may_create_tbl(const client_guard &guard, int action, const char 
     }
 }
 
+static bool my_may_change_rows(const client_guard &guard, int action, const char *first, const char *second) noexcept
+{
+    switch (action) {
+    case SQLITE_INSERT:
+    case SQLITE_UPDATE:
+    case SQLITE_READ:
+        return my_equal(first, guard.tbl);
+    case SQLITE_FUNCTION:
+        return client_is_harmless_function(second);
+    default:
+        return false;
+    }
+}
+
 static bool my_may_create_trigger(const client_guard &guard, int action, const char *first, const char *second) noexcept
 {
     switch (action) {
@@ -99,6 +113,8 @@ static bool my_may(const client_guard &guard, int action, const char *first, con
         return action == SQLITE_SELECT || (action == SQLITE_FUNCTION && client_is_harmless_function(second));
     case client_duty::tbl:
         return my_may_create_tbl(guard, action, first, second);
+    case client_duty::rows:
+        return my_may_change_rows(guard, action, first, second);
     case client_duty::trigger:
         return my_may_create_trigger(guard, action, first, second);
     case client_duty::own_statement:

@@ -8,6 +8,7 @@ enum class client_duty {
     nothing,       // every action is refused
     expression,    // SELECT of an expression without tables
     tbl,           // CREATE TABLE of the table named
+    rows,          // INSERT into and UPDATE of the table named
     trigger,       // CREATE TRIGGER of the trigger named, on the table named
     own_statement, // a statement that holds no text of a schema: every action is allowed
 };

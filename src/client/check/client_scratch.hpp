@@ -1,8 +1,10 @@
-// A database in memory where expressions are compiled alone before they may stand in a statement.
+// A database in memory where expressions are compiled before they may stand in the statements of another.
 #pragma once
 
 #include "check/client_guard.hpp"
 #include "create/client_place.hpp"
+
+#include <span>
 
 struct client_scratch {
     explicit client_scratch(KT_context *ctx) noexcept : accepted_defaults(ctx)
@@ -25,7 +27,13 @@ void client_scratch__open(KT_context *ctx, client_scratch &scratch) noexcept;
 void client_scratch__check_default(KT_context *ctx, client_scratch &scratch, const client_place &place,
                                    const char *expression) noexcept;
 
-// Refuses a check that does not compile, as the one constraint of a table that has the columns and nothing else.
-// clause is what follows CHECK; columns is the list of quoted names.
-void client_scratch__check_check(KT_context *ctx, client_scratch &scratch, const client_place &place,
-                                 const char *tbl_name, const char *columns, const char *clause) noexcept;
+// A check of a table, as the expression between the parentheses after CHECK.
+struct client_check {
+    client_place place;
+    const char *expression;
+};
+
+// Refuses the first of a table's checks that SQLite refuses in a table which has the columns and this check and nothing
+// else, or in the statements that use such a table. columns is the list of quoted names.
+void client_scratch__check_checks(KT_context *ctx, client_scratch &scratch, const char *tbl_name, const char *columns,
+                                  std::span<const client_check> checks) noexcept;

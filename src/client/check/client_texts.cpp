@@ -11,6 +11,7 @@
 #include <cctype>
 #include <iterator>
 #include <string_view>
+#include <vector>
 
 #define KT_HERE "src/client/check/client_texts"
 
@@ -34,14 +35,14 @@ struct text_check {
 
 // One table while it is checked.
 struct tbl_check {
-    explicit tbl_check(KT_context *ctx) noexcept : col_names(ctx), col_list(ctx)
+    explicit tbl_check(KT_context *ctx) noexcept : col_names(ctx)
     {
     }
     const char *id = nullptr;
     const char *name = nullptr;
     KT_vhash *record = nullptr;
     kt_owned_vhash col_names; // lower-case name to the name of the column that has it
-    kt_owned_string col_list; // the names of all columns in quotes; null until a check asks for it
+    std::vector<client_check> checks;
 };
 
 using member_check = void (*)(KT_context *ctx, text_check &check, tbl_check &tbl, const char *id,
@@ -209,13 +210,16 @@ static void my_check_col_fk(KT_context *ctx, text_check &check, const client_pla
         KT_TRY(my_check_key_col(ctx, check, client_at(place, "reference"), ref_tbl_id, ref_col_id));
 }
 
-// Builds the list of columns that a check is compiled with, the first time it is asked for.
-static void my_need_col_list(KT_context *ctx, tbl_check &tbl) noexcept
+static void my_add_check(KT_context *ctx, tbl_check &tbl, const client_place &place, const char *expression,
+                         client_shape shape) noexcept
 {
-    if (tbl.col_list)
-        return;
-    kt_owned_string list{ctx};
-    KT_TRY(KT_string__alloc(ctx, list.out()));
+    KT_TRY(my_check_shape(ctx, place, expression, shape));
+    KT_TRY(kt_contain(ctx, [&] { tbl.checks.push_back({place, expression}); }));
+}
+
+// The names of all columns, in quotes.
+static void my_list_cols(KT_context *ctx, const tbl_check &tbl, KT_string *list) noexcept
+{
     uint32_t count = 0;
     KT_TRY(KT_vhash__count(ctx, tbl.col_names, &count));
     for (uint32_t n = 0; n < count; n++) {
@@ -223,19 +227,19 @@ static void my_need_col_list(KT_context *ctx, tbl_check &tbl) noexcept
         KT_TRY(KT_vhash__get_nth_pair__sz(ctx, tbl.col_names, n, nullptr, &name));
         KT_TRY(KT_string__append__format(ctx, list, "%s\"%s\"", n ? "," : "", name));
     }
-    list.move_to(tbl.col_list.out());
 }
 
-static void my_compile_check(KT_context *ctx, text_check &check, tbl_check &tbl, const client_place &place,
-                             const char *clause) noexcept
+static void my_compile_checks(KT_context *ctx, text_check &check, const tbl_check &tbl) noexcept
 {
-    KT_TRY(my_need_col_list(ctx, tbl));
-    const char *columns = KT_string__sz(tbl.col_list);
-    KT_TRY(client_scratch__check_check(ctx, check.scratch, place, tbl.name, columns, clause));
+    if (tbl.checks.empty())
+        return;
+    kt_owned_string columns{ctx};
+    KT_TRY(KT_string__alloc(ctx, columns.out()));
+    KT_TRY(my_list_cols(ctx, tbl, columns));
+    KT_TRY(client_scratch__check_checks(ctx, check.scratch, tbl.name, KT_string__sz(columns), tbl.checks));
 }
 
-// The expressions are checked once the names of all columns are known to be safe, since they are compiled with them.
-static void my_check_col_checks(KT_context *ctx, text_check &check, tbl_check &tbl, const char * /* id */,
+static void my_check_col_checks(KT_context *ctx, text_check & /* check */, tbl_check &tbl, const char * /* id */,
                                 KT_vhash *col) noexcept
 {
     KT_varray *checks = nullptr;
@@ -251,23 +255,16 @@ static void my_check_col_checks(KT_context *ctx, text_check &check, tbl_check &t
         KT_TRY(my_check_optional_name(ctx, client_at(place, "name of the check"), one, "name"));
         const char *clause = nullptr;
         KT_TRY(KT_vhash__get__sz(ctx, one, "expr", &clause));
-        const client_place where = client_at(place, "check");
-        KT_TRY(my_check_shape(ctx, where, clause, client_shape::group));
-        KT_TRY(my_compile_check(ctx, check, tbl, where, clause));
+        KT_TRY(my_add_check(ctx, tbl, client_at(place, "check"), clause, client_shape::group));
     }
 }
 
-static void my_check_tbl_check(KT_context *ctx, text_check &check, tbl_check &tbl, const char *id,
+static void my_check_tbl_check(KT_context *ctx, text_check & /* check */, tbl_check &tbl, const char *id,
                                KT_vhash *one) noexcept
 {
-    const client_place place{tbl.name, "check", id};
     const char *expression = nullptr;
     KT_TRY(KT_vhash__get__sz(ctx, one, "expr", &expression));
-    KT_TRY(my_check_shape(ctx, place, expression, client_shape::inner));
-    kt_owned_string clause{ctx};
-    KT_TRY(KT_string__alloc(ctx, clause.out()));
-    KT_TRY(KT_string__append__format(ctx, clause, "(%s)", expression));
-    KT_TRY(my_compile_check(ctx, check, tbl, place, KT_string__sz(clause)));
+    KT_TRY(my_add_check(ctx, tbl, {tbl.name, "check", id}, expression, client_shape::inner));
 }
 
 static void my_check_col(KT_context *ctx, text_check &check, tbl_check &tbl, const char *id, KT_vhash *col) noexcept
@@ -377,11 +374,13 @@ static void my_check_tbl(KT_context *ctx, text_check &check, const char *id, KT_
     KT_TRY(KT_vhash__count(ctx, tbl.col_names, &count));
     if (count == 0)
         CLIENT_FAIL(KT_ERR_SCHEMA_NOT_SUPPORTED, client_place{tbl.name}, "no column that is prepared");
+    // After all columns, since checks are compiled with their names, which have to be safe.
     KT_TRY(my_check_members(ctx, check, tbl, "cols", my_check_col_checks));
     KT_TRY(my_check_pk(ctx, check, tbl));
     KT_TRY(my_check_members(ctx, check, tbl, "uniques", my_check_unique));
     KT_TRY(my_check_members(ctx, check, tbl, "foreignkeys", my_check_tbl_fk));
     KT_TRY(my_check_members(ctx, check, tbl, "check", my_check_tbl_check));
+    KT_TRY(my_compile_checks(ctx, check, tbl));
 }
 
 void client_copy_document(KT_context *ctx, tov_schema *schema, KT_vhash **copy) noexcept

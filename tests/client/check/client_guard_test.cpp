@@ -47,6 +47,13 @@ static const guard_case guard_cases[] = {
     {"a pragma", client_duty::tbl, "PRAGMA writable_schema=ON", false},
     {"a check with a function that does more than compute", client_duty::tbl,
      "CREATE TABLE New(a, CHECK (sqlite_version() > 0))", false},
+    {"a row for the table named", client_duty::rows, "INSERT INTO T DEFAULT VALUES", true},
+    {"a change of its rows, with functions that compute", client_duty::rows, "UPDATE T SET a = abs(a)", true},
+    {"a row for another table", client_duty::rows, "INSERT INTO other DEFAULT VALUES", false},
+    {"a row from a query", client_duty::rows, "INSERT INTO T SELECT x FROM other", false},
+    {"a change with a function that does more than compute", client_duty::rows, "UPDATE T SET a = sqlite_version()",
+     false},
+    {"deleting rows", client_duty::rows, "DELETE FROM T", false},
     {"the trigger named", client_duty::trigger, "CREATE TRIGGER tr BEFORE INSERT ON New", true},
     {"another trigger", client_duty::trigger, "CREATE TRIGGER tr2 BEFORE INSERT ON New", false},
     {"the trigger named on another table", client_duty::trigger, "CREATE TRIGGER tr BEFORE INSERT ON other", false},
@@ -63,7 +70,7 @@ TEST_F(ClientGuard, AllowsWhatIsMeantAndNothingElse)
         if (trigger) {
             ASSERT_EQ(run(connection, "CREATE TABLE IF NOT EXISTS New(a)"), "");
         }
-        guard = {c.duty, "New", "tr"};
+        guard = {c.duty, c.duty == client_duty::rows ? "T" : "New", "tr"};
         sqlite3_stmt *statement = nullptr;
         const std::string sql = std::string(c.sql) + (trigger ? trigger_body : "");
         EXPECT_EQ(sqlite3_prepare_v2(connection, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK, c.allowed)

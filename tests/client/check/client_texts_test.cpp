@@ -1,4 +1,5 @@
 #include "client_test.hpp"
+#include "counting_sqlite.hpp"
 #include "failing_alloc.hpp"
 
 class ClientTexts : public ClientTest {
@@ -174,6 +175,14 @@ static const refused_case refused_cases[] = {
     {"a default that shows otherwise than it reads",
      [](KT_context *ctx, tov_schema *s) { set_default(ctx, s, "'\u202E'"); },
      "table \"T\", column \"A\", default: a character that changes the direction of writing"},
+    {"a default that counts rows where there are none",
+     [](KT_context *ctx, tov_schema *s) { set_default(ctx, s, "(count(*))"); },
+     "table \"T\", column \"A\", default: not authorized to use function: count"},
+    {"a default that is the largest of one value",
+     [](KT_context *ctx, tov_schema *s) { set_default(ctx, s, "(max(1))"); },
+     "table \"T\", column \"A\", default: unknown function: max()"},
+    {"a default of two values", [](KT_context *ctx, tov_schema *s) { set_default(ctx, s, "(1, 2)"); },
+     "table \"T\", column \"A\", default: row value misused"},
     {"a default that is no SQL", [](KT_context *ctx, tov_schema *s) { set_default(ctx, s, "(1 +)"); },
      "table \"T\", column \"A\", default: near \")\": syntax error"},
 
@@ -201,9 +210,8 @@ static const refused_case refused_cases[] = {
      },
      "table \"T\", check \"ck\": unmatched \")\""},
     {"a table check that loads an extension",
-     [](KT_context *ctx, tov_schema *s) {
-         tov_schema__add_check_constraint(ctx, s, "t", "ck", "load_extension('x') IS NULL");
-     },
+     [](KT_context *ctx,
+        tov_schema *s) { tov_schema__add_check_constraint(ctx, s, "t", "ck", "load_extension('x') IS NULL"); },
      "table \"T\", check \"ck\": not authorized to use function: load_extension"},
     {"a table check of two expressions",
      [](KT_context *ctx, tov_schema *s) { tov_schema__add_check_constraint(ctx, s, "t", "ck", "1, 2"); },
@@ -215,6 +223,76 @@ static const refused_case refused_cases[] = {
      [](KT_context *ctx, tov_schema *s) { tov_schema__add_check_constraint(ctx, s, "t", "ck", "A <> \"x\""); },
      "table \"T\", check \"ck\": no such column: x"},
 };
+
+// SQLite accepts each of these in CREATE TABLE; what it refuses then is every INSERT, or PRAGMA integrity_check.
+namespace {
+struct unusable_check {
+    const char *expression;
+    const char *flaw;
+};
+} // namespace
+
+static constexpr unusable_check unusable_checks[] = {
+    {"raise(ignore)", "RAISE() may only be used within a trigger-program"},
+    {"raise(abort, 'x')", "RAISE() may only be used within a trigger-program"},
+    {"A IN (raise(ignore))", "RAISE() may only be used within a trigger-program"},
+    {"(1, 2)", "row value misused"},
+    {"NOT (1, A)", "row value misused"},
+    {"A IN ((1, 2), 3)", "row value misused"},
+    {"hex((A, 2))", "row value misused"},
+    {"CASE A WHEN (1, 2) THEN 1 END", "row value misused"},
+    {"A COLLATE nope > 1", "no such collation sequence: nope"},
+    {"typeof(A COLLATE nope) = 'x'", "no such collation sequence: nope"},
+};
+
+TEST_F(ClientTexts, OfChecksThatNoRowCouldPassThroughAreRefused)
+{
+    for (const unusable_check &c : unusable_checks) {
+        SCOPED_TRACE(c.expression);
+        make_one_tbl();
+        tov_schema__add_check_constraint(ctx, schema, "t", "ck", c.expression);
+        expect_refused(KT_ERR_SCHEMA_NOT_SUPPORTED, (R"(table "T", check "ck": )" + std::string(c.flaw)).c_str());
+        make_one_tbl();
+        const std::string clause = "(" + std::string(c.expression) + ")";
+        tov_schema__add_colcon_check(ctx, schema, "t", "a", nullptr, clause.c_str());
+        expect_refused(KT_ERR_SCHEMA_NOT_SUPPORTED,
+                       (R"(table "T", column "A", check: )" + std::string(c.flaw)).c_str());
+    }
+}
+
+TEST_F(ClientTexts, NameTheFirstOfManyChecksThatIsRefused)
+{
+    static constexpr int count = 9;
+    for (int bad = 0; bad < count; bad++) {
+        for (int second_bad : {bad, count - 1}) {
+            make_one_tbl();
+            for (int n = 0; n < count; n++) {
+                const bool flawed = n == bad || n == second_bad;
+                const std::string expression = flawed ? "b" + std::to_string(n) + " > 0" : "A > " + std::to_string(n);
+                tov_schema__add_check_constraint(ctx, schema, "t", ("ck" + std::to_string(n)).c_str(),
+                                                 expression.c_str());
+            }
+            const std::string n = std::to_string(bad);
+            expect_refused(KT_ERR_SCHEMA_NOT_SUPPORTED,
+                           ("table \"T\", check \"ck" + n + "\": no such column: b" + n).c_str());
+        }
+    }
+}
+
+// Such as a limit of SQLite's that each check keeps to and all of them do not.
+TEST_F(ClientTexts, OfChecksThatFitOnlyAloneAreRefused)
+{
+    make_one_tbl();
+    tov_schema__add_check_constraint(ctx, schema, "t", "one", "A > 1");
+    tov_schema__add_check_constraint(ctx, schema, "t", "two", "A > 2");
+    kt_counting_sqlite sqlite;
+    const int create_tbl = 2; // after BEGIN
+    sqlite.fail(kt_sqlite_entry::prepare_next, create_tbl, SQLITE_TOOBIG);
+    tov_client__check_texts(ctx, schema);
+    EXPECT_TRUE(sqlite.fired());
+    EXPECT_ERROR(ctx, KT_ERR_SCHEMA_NOT_SUPPORTED, "table \"T\": all checks together: string or blob too big");
+    reset();
+}
 
 TEST_F(ClientTexts, AreRefusedWithThePlaceNamed)
 {
@@ -388,6 +466,7 @@ TEST_F(ClientTexts, ChecksSurviveFailingAllocations)
     set_default(ctx, schema, "(1)");
     tov_schema__add_colcon_check(ctx, schema, "t", "a", "CK", "(A > 0)");
     tov_schema__add_check_constraint(ctx, schema, "t", "ck", "A > 0");
+    tov_schema__add_check_constraint(ctx, schema, "t", "ck2", "A > 1");
     set_fk("t", "b", "t", "a", "CASCADE");
     for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
         tov_client__check_texts(ctx, schema);
