@@ -135,11 +135,17 @@ void host_set_declared_type(host_texts &texts, const host_declared_type &type, h
     host_declared_type full = type;
     if (name == "sysname") {
         full.length = 128;
-        col.user_type = col.user_type ? col.user_type : "sysname";
+        if (!col.user_type) {
+            col.user_type = "sysname";
+            col.user_type_schema = "sys";
+        }
     }
     const host_type_sizes *sizes = my_find(my_catalogue_name(name, type));
     col.system_type = sizes ? sizes->name : texts.keep(name);
-    col.user_type = col.user_type ? col.user_type : col.system_type;
+    if (!col.user_type) {
+        col.user_type = col.system_type;
+        col.user_type_schema = "sys";
+    }
     if (!sizes)
         return;
     my_set_sizes(*sizes, full, col);

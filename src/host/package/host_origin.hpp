@@ -1,0 +1,16 @@
+// What a package says about itself, beside its model.
+#pragma once
+
+#include "package/host_zip.hpp"
+
+struct host_origin {
+    bool is_from_server = false; // extracted from one, rather than built from a project
+    std::string model_checksum;  // SHA-256 in hexadecimal; empty when the package has none
+    int64_t row_count = -1;      // of all row parts together; -1: not said
+    std::string database;        // empty when not said
+};
+
+void host_read_origin(KT_context *ctx, host_zip &package, const host_package_limits &limits, host_origin &origin);
+
+// Refuses an XML file that is larger, or was packed more tightly, than any honest one.
+void host_check_xml_entry(KT_context *ctx, const host_zip_entry &entry, const host_package_limits &limits);
