@@ -2,6 +2,7 @@
 #include "package/host_model.hpp"
 
 #include "package/host_names.hpp"
+#include "tsql/host_server_spelling.hpp"
 
 #include <algorithm>
 
@@ -88,7 +89,14 @@ void host_keep_last_part(KT_context *ctx, host_model &model, std::string_view na
     *part = host_keep_part(model.catalogue.texts, parts.last());
 }
 
-const char *host_keep_definition(host_model &model, std::string_view text)
+const char *host_keep_text(host_model &model, std::string_view text)
 {
     return text.empty() ? nullptr : model.catalogue.texts.keep(text);
+}
+
+const char *host_keep_definition(host_model &model, std::string_view text)
+{
+    if (text.empty() || model.from_server)
+        return host_keep_text(model, text);
+    return model.catalogue.texts.keep(host_server_spelling(text));
 }

@@ -117,5 +117,7 @@ void host_join_model(KT_context *ctx, host_model &model);
 
 // The last part of a bracketed name, as a string of the catalogue's; null for an empty one.
 void host_keep_last_part(KT_context *ctx, host_model &model, std::string_view name, const char **part);
-// A text of the model as a definition that the catalogue keeps; null for an empty one.
+// A text that the catalogue keeps; null for an empty one.
+const char *host_keep_text(host_model &model, std::string_view text);
+// A definition in the server's spelling: a project has the author's. Null for an empty one.
 const char *host_keep_definition(host_model &model, std::string_view text);

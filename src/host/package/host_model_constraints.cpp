@@ -4,8 +4,6 @@
 // server are the server's, except that checks lack their outermost parentheses; those of a project are the author's.
 #include "package/host_model.hpp"
 
-#include <algorithm>
-
 #define KT_HERE "src/host/package/host_model_constraints"
 
 static std::string_view my_keep(host_model &model, std::string_view text)
@@ -102,38 +100,12 @@ void host_take_fk(KT_context *ctx, host_model &model, const host_node &element)
     KT_TRY(my_keep_references(ctx, model, element, "ForeignColumns", fk.ref_cols));
 }
 
-// The end of what begins at `at` with a quote or an opening bracket.
-static size_t my_skip_quoted(std::string_view text, size_t at)
-{
-    const char close = text[at] == '[' ? ']' : text[at];
-    for (at++; at < text.size() && (text[at] != close || text.substr(at + 1).starts_with(close)); at++)
-        at += text[at] == close ? 1U : 0U;
-    return at;
-}
-
-// Whether one pair of parentheses stands around all of the text.
-static bool my_is_enclosed(std::string_view text)
-{
-    if (!text.starts_with('(') || !text.ends_with(')'))
-        return false;
-    int depth = 0;
-    for (size_t at = 0; at + 1 < text.size(); at++) {
-        if (text[at] == '\'' || text[at] == '"' || text[at] == '[')
-            at = my_skip_quoted(text, at);
-        else
-            depth += (text[at] == '(' ? 1 : 0) - (text[at] == ')' ? 1 : 0);
-        if (depth == 0)
-            return false;
-    }
-    return true;
-}
-
+// A package from a server has checks without the parentheses that the server keeps around them.
 static const char *my_keep_check(host_model &model, std::string_view text)
 {
-    if (text.empty())
-        return nullptr;
-    const bool is_whole = !model.from_server && my_is_enclosed(text);
-    return model.catalogue.texts.keep(is_whole ? std::string(text) : '(' + std::string(text) + ')');
+    if (text.empty() || !model.from_server)
+        return host_keep_definition(model, text);
+    return model.catalogue.texts.keep('(' + std::string(text) + ')');
 }
 
 void host_take_check(KT_context *ctx, host_model &model, const host_node &element)
@@ -163,12 +135,14 @@ void host_take_default(KT_context *ctx, host_model &model, const host_node &elem
 static std::string my_unquoted(std::string_view value)
 {
     const std::string_view quoted = value.substr(value.starts_with('N') ? 1 : 0);
-    if (quoted.size() < 2 || quoted.front() != '\'' || my_skip_quoted(quoted, 0) != quoted.size() - 1)
+    if (quoted.size() < 2 || quoted.front() != '\'' || quoted.back() != '\'')
         return std::string(value);
     std::string text;
-    for (size_t at = 1; at + 1 < quoted.size(); at++) {
-        text += quoted[at];
-        at += quoted[at] == '\'' ? 1U : 0U;
+    const std::string_view inside = quoted.substr(1, quoted.size() - 2);
+    for (size_t at = 0; at < inside.size(); at++) {
+        text += inside[at];
+        if (inside[at] == '\'' && !inside.substr(++at).starts_with('\''))
+            return std::string(value); // more than one literal
     }
     return text;
 }

@@ -86,7 +86,7 @@ static void my_read_plain_col(KT_context *ctx, host_model &model, const host_nod
     my_read_identity(model, element, col);
     KT_TRY(host_number(ctx, element, "GeneratedAlwaysType", 0, &col.generated_always_type));
     col.encryption_type = host_related(element, "ColumnEncryptionKey") ? 1 : 0;
-    col.collation = host_keep_definition(model, host_property(element, "Collation"));
+    col.collation = host_keep_text(model, host_property(element, "Collation"));
     KT_TRY(my_read_column_type(ctx, model, element, place, col));
 }
 
@@ -231,7 +231,7 @@ void host_take_sequence(KT_context *ctx, host_model &model, const host_node &ele
     sequence.schema_name = host_keep_part(texts, name.parts[0]);
     sequence.name = host_keep_part(texts, name.last());
     sequence.system_type = host_keep_part(texts, type.last());
-    sequence.start = host_keep_definition(model, host_property(element, "StartValue"));
+    sequence.start = host_keep_text(model, host_property(element, "StartValue"));
     const std::string_view increment = host_property(element, "Increment");
     sequence.increment = increment.empty() ? "1" : texts.keep(increment);
 }

@@ -97,13 +97,15 @@ static const constraint_case from_server[] = {
 };
 
 static const constraint_case from_project[] = {
-    {"a check of a project", t + a_check("[dbo].[CK]", "A > 0"), "  check CK (A > 0)\n"},
-    {"a check of a project in parentheses", t + a_check("[dbo].[CK]", "(A > 0)"), "  check CK (A > 0)\n"},
-    {"two conditions in parentheses", t + a_check("[dbo].[CK]", "(A > 0) OR (B > 0)"),
-     "  check CK ((A > 0) OR (B > 0))\n"},
-    {"parentheses in texts and names", t + a_check("[dbo].[CK]", "('(''' <> [)]]] AND \")\" = '')"),
-     "  check CK ('(''' <> [)]]] AND \")\" = '')\n"},
-    {"a text that does not end", t + a_check("[dbo].[CK]", "(A = ')"), "  check CK (A = ')\n"},
+    {"a check gets the server's spelling", t + a_check("[dbo].[CK]", "a > 0 and\n\t\"B\" <> 5 -- why"),
+     "  check CK ([a]>(0) AND [B]<>(5))\n"},
+    {"a check in parentheses", t + a_check("[dbo].[CK]", "(A > 0)"), "  check CK ([A]>(0))\n"},
+    {"a check that has the server's spelling", t + a_check("[dbo].[CK]", "([A]>(0) OR [B]>(0))"),
+     "  check CK ([A]>(0) OR [B]>(0))\n"},
+    {"a filter",
+     t + a_model_key("SqlIndex", "[dbo].[T].[U]", "[dbo].[T]", "[dbo].[T].[A]",
+                     a_property("IsUnique", "True") + a_script("FilterPredicate", "A > 10")),
+     "  unique index U(A) WHERE ([A]>(10))\n"},
 };
 
 static const std::string cols_of_t = "  1 A int int 4 10 0 null\n  2 B int int 4 10 0 null\n";
@@ -146,6 +148,20 @@ TEST_F(HostModelConstraintsTest, Defaults)
                            "  2 B int int 4 10 0 null default nameless (N']]&gt;')\n");
     EXPECT_EQ(catalogue.tables[0].cols[0].defval.id, 1);
     EXPECT_STREQ(catalogue.tables[0].cols[0].defval.kind, "constraint");
+}
+
+TEST_F(HostModelConstraintsTest, DefaultsAndComputedColumnsOfAProject)
+{
+    const std::string computed =
+        "<Entry>" + an_element("SqlComputedColumn", "[dbo].[T].[S]", a_script("ExpressionScript", "A+B")) + "</Entry>";
+    read(a_package(a_model_table("[dbo].[T]", a_model_col("[dbo].[T].[A]", "[int]") +
+                                                  a_model_col("[dbo].[T].[B]", "[datetime]") + computed) +
+                       a_default("", "[dbo].[T].[A]", "0") + a_default("", "[dbo].[T].[B]", "GETDATE()"),
+                   false));
+    EXPECT_OK(ctx);
+    EXPECT_EQ(described(), "1 dbo.T\n  1 A int int 4 10 0 null default nameless ((0))\n"
+                           "  2 B datetime datetime 8 23 3 null default nameless (getdate())\n"
+                           "  3 S AS ([A]+[B]) null\n");
 }
 
 TEST_F(HostModelConstraintsTest, Findings)
