@@ -89,6 +89,7 @@ TEST_F(CliRunTest, WrongUsageIsTwoAndSaysWhere)
         {"default", "int"},
         {"default", "decimal", "((1))", "--scale", "256"},
         {"default", "nosuchtype", "((1))"},
+        {"default", "decimal(300,299)", "((1))"},
         {"diff", "a"},
         {"lite"},
     };

@@ -32,6 +32,22 @@ const default_case default_cases[] = {
     {{"loose/int", "('abc')"}, "kept\t'abc'\n"},
     {{"loose/int", "(f())"}, "dropped\ta single literal carries over, an expression does not\n"},
     {{"loose/real", "(rand())"}, "dropped\ta single literal carries over, an expression does not\n"},
+    {{"sysname", "(N'dbo')"}, "kept\t'dbo'\n"},
+    {{"integer", "((3))"}, "kept\t3\n"},
+    {{"double precision", "((1.5))"}, "kept\t1.5\n"},
+    {{"hierarchyid", "(0x58)"}, "kept\tx'58'\n"},
+    {{"geography", "(0x0C)"}, "kept\tx'0C'\n"},
+    {{"geometry", "('POINT (1 2)')"}, "dropped\ta constant 0x... of whole bytes carries over, nothing else\n"},
+    {{"xml", "('<a/>')"}, "kept\t'<a/>'\n"},
+    {{"timestamp", "(0x00)"}, "dropped\tthe server writes the values of the column itself\n"},
+    {{"rowversion", "((0))"}, "dropped\tthe server writes the values of the column itself\n"},
+    {{"sql_variant", "((1))"}, "dropped\ta column of this type is left out of its table\n"},
+    {{"datetimeoffset", "(getdate())"}, "dropped\ta column of this type is left out of its table\n"},
+    {{"decimal(9,2)", "((12.5))"}, "kept\t1250\n"},
+    {{"numeric(9, 3)", "((12.5))"}, "kept\t12500\n"},
+    {{"decimal(9)", "((12))"}, "kept\t12\n"},
+    {{"nvarchar(max)", "('x')"}, "kept\t'x'\n"},
+    {{"[int]", "((1))"}, "kept\t1\n"},
     {{"identity", "((1))"}, "dropped\tan identity column has no default\n"},
     {{"identity", "(NULL)"}, "kept\tNULL\n"},
 };
@@ -45,6 +61,16 @@ TEST_F(CommandDefaultTest, ShowsWhatADefaultBecomes)
         EXPECT_EXIT_CODE(result, 0);
         EXPECT_EQ(result.out, c.out) << c.arguments[0] << " " << c.arguments[1];
     }
+}
+
+TEST_F(CommandDefaultTest, NamesTheTypeThatWasProbablyMeant)
+{
+    const command_result near = run({"default", "nvarhcar(20)", "('x')"});
+    EXPECT_EXIT_CODE(near, 2);
+    EXPECT_EQ(near.err.find("tov-schema: there is no type 'nvarhcar(20)'; did you mean 'nvarchar'?\n"), 0u) << near.err;
+    const command_result far = run({"default", "dbo.Flag", "((1))"});
+    EXPECT_EXIT_CODE(far, 2);
+    EXPECT_EQ(far.err.find("tov-schema: there is no type 'dbo.Flag'\n"), 0u) << far.err;
 }
 
 TEST_F(CommandDefaultTest, ReadsManyFromStandardInput)
