@@ -7,17 +7,6 @@
 
 #define KT_HERE "src/host/package/host_origin"
 
-void host_check_xml_entry(KT_context *ctx, const host_zip_entry &entry, const host_package_limits &limits)
-{
-    if (entry.size > limits.xml_bytes)
-        KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "%s has %llu bytes; no more than %llu are read", entry.name,
-                static_cast<unsigned long long>(entry.size), static_cast<unsigned long long>(limits.xml_bytes));
-    if (entry.size > limits.free_bytes && entry.size / limits.xml_ratio > entry.packed_size)
-        KT_FAIL(KT_ERR_UNEXPECTED_VALUE,
-                "%s is more than %llu times as large as its packed form, which no model is: it was made to fill memory",
-                entry.name, static_cast<unsigned long long>(limits.xml_ratio));
-}
-
 // Collects the texts of the elements that are asked for.
 class host_text_reader : public host_xml_reader {
   public:

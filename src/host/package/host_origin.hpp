@@ -11,6 +11,3 @@ struct host_origin {
 };
 
 void host_read_origin(KT_context *ctx, host_zip &package, const host_package_limits &limits, host_origin &origin);
-
-// Refuses an XML file that is larger, or was packed more tightly, than any honest one.
-void host_check_xml_entry(KT_context *ctx, const host_zip_entry &entry, const host_package_limits &limits);

@@ -46,19 +46,6 @@ class host_checksum {
     std::unique_ptr<EVP_MD_CTX, free_digest> digest_;
 };
 
-static void my_find_model(KT_context *ctx, const host_zip &package, const host_package_limits &limits,
-                          const host_zip_entry **entry)
-{
-    const host_zip_entry *found = package.find("model.xml");
-    if (!found && package.find("LogicalObjectStream.xml"))
-        KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "the package has the form of 2009, which has no model.xml and is not read: "
-                                         "extract it again with a tool of today");
-    if (!found)
-        KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "the file is a ZIP archive but not a package: it has no model.xml");
-    KT_TRY(host_check_xml_entry(ctx, *found, limits));
-    *entry = found;
-}
-
 static void my_compare_checksum(KT_context *ctx, host_findings &findings, std::string_view said, std::string found)
 {
     std::string upper(said);
@@ -77,7 +64,7 @@ static void my_read_model(KT_context *ctx, host_zip &package, const host_package
                           std::string &checksum)
 {
     const host_zip_entry *entry = nullptr;
-    KT_TRY(my_find_model(ctx, package, limits, &entry));
+    KT_TRY(host_find_model(ctx, package, limits, &entry));
     host_checksum sum;
     host_model_reader elements{model};
     host_tree_builder builder{elements};

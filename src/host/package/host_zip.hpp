@@ -45,3 +45,9 @@ class host_zip {
     std::vector<host_zip_entry> entries_;
     std::unique_ptr<char[]> piece_;
 };
+
+// Refuses an XML file that is larger, or was packed more tightly, than any honest one.
+void host_check_xml_entry(KT_context *ctx, const host_zip_entry &entry, const host_package_limits &limits);
+// Finds model.xml, and says what the archive is when it has none.
+void host_find_model(KT_context *ctx, const host_zip &package, const host_package_limits &limits,
+                     const host_zip_entry **entry);
