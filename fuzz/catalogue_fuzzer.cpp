@@ -32,7 +32,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     KT_context *ctx = nullptr;
     KT_context__alloc(&ctx);
     const std::string bytes(reinterpret_cast<const char *>(data), size);
-    const tov_host_options options{7, true};
+    tov_host_options options{};
+    options.txid = 7;
+    options.verbose = 1;
+    options.source = TOV_HOST_SOURCE_JSON;
     tov_schema *schema = nullptr;
     KT_varray *findings = nullptr;
     tov_host__import(ctx, bytes.data(), bytes.size(), &options, &schema, &findings);

@@ -92,7 +92,7 @@ static int my_run(const import_options &options)
     const std::string bytes = cli_read_file(options.catalogue);
     cli_schema schema(ctx);
     findings_list findings(ctx);
-    tov_host_options host_options;
+    tov_host_options host_options{};
     host_options.txid = options.txid;
     host_options.verbose = options.is_verbose;
     {

@@ -62,12 +62,13 @@ static void my_compile(KT_context *ctx, const host_scratch &scratch, const char 
 }
 
 // Gives a check of one column to the column, which keeps its name, and any other to the table.
-static void my_add_check(KT_context *ctx, host_import &import, const host_table &table, const host_check &check,
+static void my_add_check(KT_context *ctx, host_import &import, host_table &table, const host_check &check,
                          const host_check_reading &reading)
 {
     if (reading.cols.size() != 1) {
+        const std::string id = host_constraint_id(table, check.name, "CK", reading.cols);
         KT_TRY(
-            tov_schema__add_check_constraint(ctx, import.schema, table.id_text.c_str(), check.name, check.definition));
+            tov_schema__add_check_constraint(ctx, import.schema, table.id_text.c_str(), id.c_str(), check.definition));
         return;
     }
     const std::string enclosed = '(' + std::string(check.definition) + ')';
@@ -79,8 +80,9 @@ static void my_add_check(KT_context *ctx, host_import &import, const host_table 
 static void my_report(KT_context *ctx, host_import &import, const host_table &table, const host_check &check,
                       const char *code, const std::string &reason)
 {
-    const std::string host_text = "CONSTRAINT [" + std::string(check.name) + ']' + (check.definition ? " CHECK " : "") +
-                                  (check.definition ? check.definition : "");
+    std::string host_text = check.name ? "CONSTRAINT [" + std::string(check.name) + ']' : "CHECK";
+    if (check.definition)
+        host_text += (check.name ? " CHECK " : " ") + std::string(check.definition);
     KT_TRY(import.findings.add(ctx, code, &table, check.col, host_text.c_str(), reason));
 }
 
@@ -90,7 +92,7 @@ static std::string my_refusal_text(const host_check_reading &reading)
     return std::string("left out: ") + reading.refusal + detail;
 }
 
-static void my_add_or_report(KT_context *ctx, host_import &import, host_scratch &scratch, const host_table &table,
+static void my_add_or_report(KT_context *ctx, host_import &import, host_scratch &scratch, host_table &table,
                              const host_check &check)
 {
     const host_check_reading reading = host_read_check(table, check.definition);
@@ -113,7 +115,7 @@ static void my_add_or_report(KT_context *ctx, host_import &import, host_scratch 
                          "kept: the server has not checked the rows that are there, so some may break it"));
 }
 
-void host_add_checks(KT_context *ctx, host_import &import, const host_table &table)
+void host_add_checks(KT_context *ctx, host_import &import, host_table &table)
 {
     host_scratch scratch;
     for (const host_check &check : table.checks) {

@@ -17,9 +17,11 @@ static constexpr host_field<host_identity> identity_fields[] = {
 };
 
 static constexpr host_field<host_default> default_fields[] = {
-    {"kind", &host_default::kind}, {"id", host_int_field<host_default>{&host_default::id, any_low, any_high}},
-    {"name", &host_default::name}, {"definition", &host_default::definition},
-    {"is_system_named"},
+    {"kind", &host_default::kind},
+    {"id", host_int_field<host_default>{&host_default::id, any_low, any_high}},
+    {"name", &host_default::name},
+    {"definition", &host_default::definition},
+    {"is_system_named", &host_default::is_system_named},
 };
 
 struct host_computed {
@@ -119,13 +121,21 @@ static void my_read_unique_kind(KT_context *ctx, host_reader &, const host_place
 }
 
 static constexpr host_field<host_key> pk_fields[] = {
-    {"name", &host_key::name, true},     {"is_system_named"}, {"is_clustered"}, {"is_disabled", &host_key::is_disabled},
+    {"name", &host_key::name},
+    {"is_system_named", &host_key::is_system_named},
+    {"is_clustered", &host_key::is_clustered},
+    {"is_disabled", &host_key::is_disabled},
     {"columns", my_read_key_cols, true},
 };
 
 static constexpr host_field<host_key> unique_fields[] = {
-    {"name", &host_key::name, true},         {"kind", my_read_unique_kind}, {"index_id"},
-    {"is_disabled", &host_key::is_disabled}, {"filter", &host_key::filter}, {"columns", my_read_key_cols, true},
+    {"name", &host_key::name},
+    {"kind", my_read_unique_kind},
+    {"is_system_named", &host_key::is_system_named},
+    {"index_id"},
+    {"is_disabled", &host_key::is_disabled},
+    {"filter", &host_key::filter},
+    {"columns", my_read_key_cols, true},
 };
 
 struct host_fk_col {
@@ -173,7 +183,7 @@ static void my_read_action(KT_context *ctx, host_reader &, const host_place &pla
 }
 
 static constexpr host_field<host_foreignkey> fk_fields[] = {
-    {"name", &host_foreignkey::name, true},
+    {"name", &host_foreignkey::name},
     {"id", host_int_field<host_foreignkey>{&host_foreignkey::id, any_low, any_high}, true},
     {"ref_table_id", host_int_field<host_foreignkey>{&host_foreignkey::ref_tbl_id, any_low, any_high}, true},
     {"ref_schema", &host_foreignkey::ref_schema, true},
@@ -183,18 +193,19 @@ static constexpr host_field<host_foreignkey> fk_fields[] = {
     {"on_update", my_read_action<&host_foreignkey::on_update>, true},
     {"is_disabled", &host_foreignkey::is_disabled},
     {"is_not_trusted", &host_foreignkey::is_not_trusted},
-    {"not_for_replication"},
-    {"is_system_named"},
+    {"not_for_replication", &host_foreignkey::not_for_replication},
+    {"is_system_named", &host_foreignkey::is_system_named},
     {"columns", my_read_fk_cols, true},
 };
 
 static constexpr host_field<host_check> check_fields[] = {
-    {"name", &host_check::name, true},
+    {"name", &host_check::name},
+    {"is_system_named", &host_check::is_system_named},
     {"definition", &host_check::definition},
     {"column", &host_check::col_name},
     {"is_disabled", &host_check::is_disabled},
     {"is_not_trusted", &host_check::is_not_trusted},
-    {"not_for_replication"},
+    {"not_for_replication", &host_check::not_for_replication},
 };
 
 static void my_read_cols(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
@@ -317,5 +328,4 @@ void host_read_catalogue(KT_context *ctx, host_reader &reader, const KT_vhash *d
     read.catalogue = &catalogue;
     KT_TRY(host_read_record(ctx, reader, host_place{}, document, export_fields, read));
     KT_TRY(my_check_format(ctx, read));
-    KT_TRY(host_link_catalogue(ctx, catalogue));
 }

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 struct host_default {
@@ -61,7 +62,9 @@ struct host_column {
     const char *description = nullptr;
     int64_t graph_type = 0; // as the server numbers it; above 0 for the pseudo columns of a graph table
 
-    // Decided by host_types: what is prepared takes part in the schema's tables.
+    // Decided by host_select: the name in SQLite, the server's own unless the caller gave another.
+    const char *sqlite_name = nullptr;
+    // Decided by host_names and host_types: what is prepared takes part in the schema's tables.
     bool prepared = true;
     // Decided by host_keys: the key that makes the column the table's rowid, null for every other column.
     const struct host_key *rowid_key = nullptr;
@@ -149,11 +152,14 @@ struct host_table {
     bool is_edge = false;
     int64_t row_count = -1; // -1: not known
 
+    // Decided by host_names and host_keys: the ids that its unique keys and checks have in the schema.
+    std::unordered_set<std::string> constraint_ids;
     // Decided by host_keys: the sets of columns that SQLite takes as parent keys.
     std::vector<std::vector<const host_column *>> parent_keys;
     // Decided by host_keys: whether one of the columns is the rowid.
     bool has_rowid = false;
-    // Decided by host_import: none of the columns is prepared.
+    // Decided by host_names and host_import: SQLite cannot have a table of this name, or none of the columns is
+    // prepared.
     bool is_left_out = false;
 };
 
@@ -180,9 +186,20 @@ struct host_catalogue {
     std::vector<host_sequence> sequences;
     std::vector<host_left_object> left_objects;
     std::unordered_map<int64_t, const host_table *> tables_by_id;
+    // The labels, in lower case, of the tables that the caller does not want.
+    std::unordered_set<std::string> skipped_labels;
     host_texts texts;
 };
+
+// Puts tables, keys, references and checks into the one order that does not depend on the source, and takes the names
+// from constraints that the server named: another copy of the same database has others.
+void host_order_catalogue(host_catalogue &catalogue);
 
 // Links keys and references to the columns they name, and refuses names and ids that stand for two things, or for
 // nothing.
 void host_link_catalogue(KT_context *ctx, host_catalogue &catalogue);
+
+// A name with its ASCII letters in lower case, as SQLite compares names.
+std::string host_folded(std::string_view name);
+// How a constraint that may have no name is called in a message: its name, or "without a name".
+const char *host_shown_name(const char *name);

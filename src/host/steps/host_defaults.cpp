@@ -17,7 +17,7 @@ struct host_translation {
     std::string message;
 };
 
-bool tov_host__is_refused_default(uint64_t code) noexcept
+KT_bool tov_host__is_refused_default(uint64_t code) noexcept
 {
     constexpr int sqlite_error = 1;
     constexpr int sqlite_toobig = 18;
@@ -37,7 +37,7 @@ static void my_translate(KT_context *ctx, host_import &import, const host_table 
     const uint64_t code = KT_context__err_code(ctx);
     translation.message = KT_context__err_description(ctx);
     KT_context__pop_level(ctx);
-    translation.refused = tov_host__is_refused_default(code);
+    translation.refused = tov_host__is_refused_default(code) != 0;
     if (code != 0 && !translation.refused)
         KT_FAIL(code, "%s", translation.message.c_str());
 }

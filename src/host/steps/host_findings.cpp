@@ -44,7 +44,7 @@ static std::string my_bracketed(const char *name)
 
 std::string host_key_text(const char *kind, const host_key &key)
 {
-    std::string text = std::string(kind) + ' ' + my_bracketed(key.name) + " (";
+    std::string text = std::string(kind) + (key.name ? ' ' + my_bracketed(key.name) : "") + " (";
     for (const char *col_name : key.col_names)
         text += (text.back() == '(' ? "" : ", ") + my_bracketed(col_name);
     return key.filter ? text + ") WHERE " + key.filter : text + ')';
@@ -58,7 +58,7 @@ std::string host_foreignkey_text(const host_foreignkey &fk)
         cols += (cols.empty() ? "" : ", ") + my_bracketed(col_name);
         ref_cols += (ref_cols.empty() ? "" : ", ") + my_bracketed(ref_col_name);
     }
-    return "CONSTRAINT " + my_bracketed(fk.name) + " FOREIGN KEY (" + cols + ") REFERENCES " +
+    return (fk.name ? "CONSTRAINT " + my_bracketed(fk.name) + ' ' : "") + "FOREIGN KEY (" + cols + ") REFERENCES " +
            my_bracketed(fk.ref_schema) + '.' + my_bracketed(fk.ref_table) + " (" + ref_cols + ") ON DELETE " +
            fk.on_delete + " ON UPDATE " + fk.on_update;
 }

@@ -42,13 +42,25 @@ static bool my_is_duplicate(const host_foreignkey &a, const host_foreignkey &b)
            std::string_view(a.on_update) == b.on_update && a.cols.size() == b.cols.size() && pairs(a) == pairs(b);
 }
 
+static bool my_is_skipped(const host_catalogue &catalogue, const host_foreignkey &fk)
+{
+    const std::string label =
+        std::string(fk.ref_schema ? fk.ref_schema : "") + '.' + (fk.ref_table ? fk.ref_table : "");
+    return catalogue.skipped_labels.count(host_folded(label)) != 0;
+}
+
 // Why a key is left out; the code stays null when it is not.
-static host_fk_problem my_find_problem(const host_foreignkey &fk, const std::vector<const host_foreignkey *> &kept)
+static host_fk_problem my_find_problem(const host_import &import, const host_foreignkey &fk,
+                                       const std::vector<const host_foreignkey *> &kept)
 {
     if (fk.is_disabled)
         return {"fk-disabled", nullptr, "left out: it is disabled on the server"};
+    if (!fk.ref_tbl && my_is_skipped(import.catalogue, fk))
+        return {"fk-parent-skipped", nullptr, "left out: the table it refers to was not to be imported"};
     if (!fk.ref_tbl)
-        return {"fk-parent-missing", nullptr, "left out: the table it refers to is not in the export"};
+        return {"fk-parent-missing", nullptr, "left out: the table it refers to is not in the source"};
+    if (fk.ref_tbl->is_left_out)
+        return {"fk-parent-missing", nullptr, "left out: the table it refers to is left out"};
     if (const host_column *col = host_find_unprepared(fk.cols))
         return {"fk-unprepared-column", col, "left out: it uses a column that is left out of the table"};
     if (const host_column *col = host_find_unprepared(fk.ref_cols))
@@ -59,7 +71,8 @@ static host_fk_problem my_find_problem(const host_foreignkey &fk, const std::vec
                 "left out: the columns it refers to are no primary or unique key in SQLite"};
     for (const host_foreignkey *other : kept) {
         if (my_is_duplicate(fk, *other))
-            return {"fk-duplicate", nullptr, std::string("left out: it says the same as ") + other->name};
+            return {"fk-duplicate", nullptr,
+                    "left out: it says the same as " + (other->name ? other->name : host_foreignkey_text(*other))};
     }
     return {};
 }
@@ -93,7 +106,7 @@ void host_add_foreignkeys(KT_context *ctx, host_import &import, const host_table
     std::vector<const host_foreignkey *> kept;
     std::vector<const host_column *> taken;
     for (const host_foreignkey &fk : table.fks) {
-        const host_fk_problem problem = my_find_problem(fk, kept);
+        const host_fk_problem problem = my_find_problem(import, fk, kept);
         if (problem.code) {
             KT_TRY(import.findings.add(ctx, problem.code, &table, problem.col, host_foreignkey_text(fk).c_str(),
                                        problem.reason));

@@ -11,6 +11,13 @@ struct host_import {
     host_findings &findings;
 };
 
+// host_select.cpp: which tables are imported, and what they are called in SQLite.
+void host_select_tables(KT_context *ctx, const tov_host_options &options, host_findings &findings,
+                        host_catalogue &catalogue);
+
+// host_names.cpp: what cannot have its name in SQLite is left out.
+void host_check_names(KT_context *ctx, host_import &import);
+
 // host_types.cpp: which columns are prepared; then the type of one column.
 void host_classify_columns(KT_context *ctx, host_import &import, host_table &table);
 void host_add_type(KT_context *ctx, host_import &import, const host_table &table, const host_column &col);
@@ -22,6 +29,10 @@ bool host_is_rowid_type(const host_column &col);
 // host_keys.cpp: which column becomes the rowid; then the table's keys.
 void host_choose_rowid(KT_context *ctx, host_import &import, host_table &table);
 void host_add_keys(KT_context *ctx, host_import &import, host_table &table);
+// The id of a table's constraint that the schema keeps under one: its name, or one made of the names given here.
+// Always the same for the same table, and never that of another constraint of the table.
+std::string host_constraint_id(host_table &table, const char *name, const char *prefix,
+                               const std::vector<const host_column *> &cols);
 // Null, or a column of a key that is not prepared.
 const host_column *host_find_unprepared(const std::vector<const host_column *> &cols);
 
@@ -32,7 +43,7 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
 void host_add_foreignkeys(KT_context *ctx, host_import &import, const host_table &table);
 
 // host_checks.cpp
-void host_add_checks(KT_context *ctx, host_import &import, const host_table &table);
+void host_add_checks(KT_context *ctx, host_import &import, host_table &table);
 
 // host_cycles.cpp
 void host_report_cycles(KT_context *ctx, host_import &import);

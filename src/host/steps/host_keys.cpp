@@ -87,11 +87,27 @@ static void my_report_left_out(KT_context *ctx, host_import &import, const host_
     left_out = !my_is_kept(key);
 }
 
-static void my_add_unique(KT_context *ctx, host_import &import, host_table &table, const host_key &key)
+std::string host_constraint_id(host_table &table, const char *name, const char *prefix,
+                               const std::vector<const host_column *> &cols)
 {
+    if (name)
+        return name;
+    std::string id = prefix + ('_' + table.sqlite_name);
+    for (const host_column *col : cols)
+        id += std::string("_") + col->sqlite_name;
+    const std::string first_choice = id;
+    for (size_t n = 2; !table.constraint_ids.insert(id).second; n++)
+        id = first_choice + '_' + std::to_string(n);
+    return id;
+}
+
+static void my_add_unique(KT_context *ctx, host_import &import, host_table &table, const host_key &key,
+                          const char *prefix)
+{
+    const std::string id = host_constraint_id(table, key.name, prefix, key.cols);
     for (const host_column *col : key.cols)
         KT_TRY(tov_schema__add_to_unique_constraint(ctx, import.schema, table.id_text.c_str(), col->id_text.c_str(),
-                                                    key.name));
+                                                    id.c_str()));
     table.parent_keys.push_back(key.cols);
 }
 
@@ -124,7 +140,7 @@ static void my_add_pk(KT_context *ctx, host_import &import, host_table &table)
         table.parent_keys.push_back(pk.cols);
         return;
     }
-    KT_TRY(my_add_unique(ctx, import, table, pk));
+    KT_TRY(my_add_unique(ctx, import, table, pk, "PK"));
     KT_TRY(import.findings.add(ctx, "pk-as-unique", &table, nullptr, host_key_text("PRIMARY KEY", pk).c_str(),
                                "kept as a unique constraint: in SQLite the table's primary key is its identity "
                                "column"));
@@ -139,7 +155,7 @@ void host_add_keys(KT_context *ctx, host_import &import, host_table &table)
         KT_TRY(my_report_left_out(ctx, import, table, key.is_index ? "UNIQUE INDEX" : "UNIQUE", key, left_out));
         if (left_out)
             continue;
-        KT_TRY(my_add_unique(ctx, import, table, key));
+        KT_TRY(my_add_unique(ctx, import, table, key, "UQ"));
         KT_TRY(my_report_nullable(ctx, import, table, key));
     }
 }

@@ -124,6 +124,8 @@ static constexpr host_exclusion exclusions[] = {
 void host_classify_columns(KT_context *ctx, host_import &import, host_table &table)
 {
     for (host_column &col : table.cols) {
+        if (!col.prepared)
+            continue;
         for (const host_exclusion &exclusion : exclusions) {
             if (!exclusion.applies(col))
                 continue;

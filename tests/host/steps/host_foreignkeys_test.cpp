@@ -37,7 +37,7 @@ static const std::string parent =
 static const std::string child_cols =
     a_col(1, "A", "int") + ',' + a_col(2, "B", "int") + ',' + a_col(3, "X", "int", R"("is_computed":true)");
 // What parent and child_cols always give.
-static const std::string always = "column-computed dbo.P.Sum\ncolumn-computed dbo.C.X";
+static const std::string always = "column-computed dbo.C.X\ncolumn-computed dbo.P.Sum";
 
 TEST_F(HostForeignkeysTest, ASingleColumnCarriesItsKey)
 {
@@ -90,7 +90,7 @@ TEST_F(HostForeignkeysTest, LeftOut)
         {"a disabled one", a_fk(99, "FK", 1, "A:Id", R"(,"is_disabled":true)"),
          "fk-disabled: dbo.C: left out: it is disabled on the server: " + text + "([Id])" + actions},
         {"one to a table that is not there", a_fk(99, "FK", 55, "A:Id B:Ver", "", "SET_NULL SET_DEFAULT"),
-         "fk-parent-missing: dbo.C: left out: the table it refers to is not in the export: CONSTRAINT [FK] FOREIGN KEY "
+         "fk-parent-missing: dbo.C: left out: the table it refers to is not in the source: CONSTRAINT [FK] FOREIGN KEY "
          "([A], [B]) REFERENCES [dbo].[P] ([Id], [Ver]) ON DELETE SET NULL ON UPDATE SET DEFAULT"},
         {"one of a column that is left out", a_fk(99, "FK", 1, "X:Id"),
          "fk-unprepared-column: dbo.C.X: left out: it uses a column that is left out of the table: CONSTRAINT [FK] "

@@ -26,7 +26,7 @@ TEST_F(HostImportTest, SettingsOfTheSchema)
 
 TEST_F(HostImportTest, TheTransactionIdIsTheCallers)
 {
-    tov_host_options options;
+    tov_host_options options{};
     options.txid = INT64_C(9007199254740993);
     import_file(an_export(one_table), &options);
     EXPECT_TRUE(has(R"("txid":9007199254740993)")) << document();
@@ -51,28 +51,6 @@ TEST_F(HostImportTest, ATableWithoutPreparedColumnsIsLeftOut)
     import_tables(a_table(7, "T", a_col(1, "A", "sql_variant")) + ',' + a_table(8, "U", ""));
     EXPECT_EQ(codes(), "type-unsupported dbo.T.A\ntable-without-columns dbo.T\ntable-without-columns dbo.U");
     EXPECT_FALSE(has(R"("7":)") || has(R"("8":)")) << document();
-}
-
-TEST_F(HostImportTest, NamesThatCannotBeWrittenAreKeptAndReported)
-{
-    import_tables(a_table(7, "O'Brien", a_col(1, "a\\\"b", "int") + ',' + a_col(2, "c\\u0001d", "int"),
-                          a_pk("P'K", "c\\u0001d")));
-    EXPECT_EQ(codes(), "name-not-writable dbo.O'Brien\nname-not-writable dbo.O'Brien.a\"b\n"
-                       "name-not-writable dbo.O'Brien.c\x01"
-                       "d\nname-not-writable dbo.O'Brien");
-    EXPECT_TRUE(has(R"("name":"O'Brien")") && has(R"("name":"a\"b")")) << document();
-}
-
-TEST_F(HostImportTest, SoAreNamesThatWouldShowOtherwiseThanTheyRead)
-{
-    const char *const refused[] = {"\u0080", "\u009F", "\u061C", "\u200E", "\u200F",
-                                   "\u2028", "\u202E", "\u2066", "\u2069"};
-    for (const char *character : refused) {
-        import_tables(a_table(7, "T", a_col(1, std::string("a") + character, "int")));
-        EXPECT_EQ(codes(), std::string("name-not-writable dbo.T.a") + character);
-    }
-    import_tables(a_table(7, "T", a_col(1, "a\u00A0\u061B\u061D\u200D\u2010\u2027\u202F\u2065\u206A\u00E9", "int")));
-    EXPECT_EQ(codes(), "");
 }
 
 TEST_F(HostImportTest, SplitTextsAreReported)

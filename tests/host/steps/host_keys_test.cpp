@@ -117,11 +117,11 @@ TEST_F(HostKeysTest, NullableColumnsOfUniqueKeysAreReported)
                           a_col(1, "A", "int") + ',' + a_col(2, "B", "int", null) + ',' + a_col(3, "C", "int", null),
                           uniques(a_unique("UQ", "A B") + ',' + a_unique("IX", "C", R"(,"kind":"index")"))));
     EXPECT_EQ(lines(),
-              "unique-nullable: dbo.T.B: kept: SQLite treats NULLs as distinct and allows any number of them; the "
-              "server treats them as equal: UNIQUE [UQ] ([A], [B])\n"
               "unique-nullable: dbo.T.C: kept: SQLite treats NULLs as distinct and allows any number of them; the "
-              "server treats them as equal: UNIQUE INDEX [IX] ([C])");
-    EXPECT_TRUE(has(R"("uniques":{"UQ":{"1":null,"2":null},"IX":{"3":null}})")) << document();
+              "server treats them as equal: UNIQUE INDEX [IX] ([C])\n"
+              "unique-nullable: dbo.T.B: kept: SQLite treats NULLs as distinct and allows any number of them; the "
+              "server treats them as equal: UNIQUE [UQ] ([A], [B])");
+    EXPECT_TRUE(has(R"("uniques":{"IX":{"3":null},"UQ":{"1":null,"2":null}})")) << document();
 }
 
 TEST_F(HostKeysTest, AUniqueKeyOfSeveralNullableColumnsIsOneFinding)
