@@ -2,6 +2,7 @@
 #include "steps/host_source.hpp"
 
 #include "json/host_export.hpp"
+#include "package/host_package.hpp"
 
 #include <algorithm>
 #include <string_view>
@@ -56,7 +57,7 @@ static bool my_is_json(std::string_view text)
 int32_t tov_host__recognise(const char *bytes, size_t size) noexcept
 {
     const std::string_view all(bytes, size);
-    if (all.starts_with("PK\x03\x04") || all.starts_with("PK\x05\x06"))
+    if (host_is_package(all))
         return TOV_HOST_SOURCE_PACKAGE;
     return my_is_json(my_beginning(all)) ? TOV_HOST_SOURCE_JSON : TOV_HOST_SOURCE_SCRIPT;
 }
@@ -95,6 +96,9 @@ void host_read_source(KT_context *ctx, std::span<const tov_host_file> files, con
     case TOV_HOST_SOURCE_JSON:
         KT_TRY(host_read_export(ctx, my_bytes(files.front()), options.verbose, source.document, findings,
                                 source.catalogue));
+        return;
+    case TOV_HOST_SOURCE_PACKAGE:
+        KT_TRY(host_read_package(ctx, my_bytes(files.front()), findings, source.catalogue));
         return;
     default:
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "there is no reader for sources of kind %d", static_cast<int>(kind));
