@@ -1,13 +1,10 @@
-// Creating a database: the plan first, then the file, then one transaction.
-//
-// A file that was not there is made before SQLite opens it, because only so it is certain who made it. A failed
-// transaction leaves such a file empty, and it is removed; an empty file that was there before stays.
+// Creating a database: the plan first, then the file, then one transaction. A failed transaction leaves a file that was
+// made here empty, and it is removed; an empty file that was there before stays.
 #include "create/client_database.hpp"
+#include "create/client_file.hpp"
 #include "create/client_schema_rows.hpp"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <sqlite3.h>
 
 #define KT_HERE "src/client/create/client_create"
 
@@ -32,40 +29,34 @@ static void my_create_one(KT_context *ctx, void *data, const client_statement &s
         work->progress(work->data, work->done, work->total);
 }
 
-static void my_create_all(KT_context *ctx, tov_schema *schema, const client_plan &plan, const char *path,
-                          client_progress progress, void *data) noexcept
+// Begins in the file that the name leads to. While this waits for the lock, another creation that made the file may
+// fail and remove it. SQLite notices that mostly, and would else go on in a file that nobody can find.
+static void my_begin(KT_context *ctx, const char *file_name, client_file &file, client_database &database) noexcept
+{
+    static constexpr int attempts = 10;
+    for (int n = 0; n < attempts; n++) {
+        KT_TRY(client_file__make(ctx, file_name, file));
+        KT_TRY(client_database__open(ctx, database, file.path.c_str()));
+        const int code = client_database__begin(database);
+        if (code == SQLITE_OK && client_file__is_there(file))
+            return;
+        if (client_file__is_there(file))
+            CLIENT_FAIL_IN(database, code);
+        client_database__close(database);
+    }
+    KT_FAIL(KT_ERR_SQLITE(SQLITE_CANTOPEN), "other programs remove the file again and again");
+}
+
+static void my_create_all(KT_context *ctx, tov_schema *schema, const client_plan &plan, const char *file_name,
+                          client_file &file, creation work) noexcept
 {
     client_database database;
-    creation work{&database, 0, client_count_statements(plan), progress, data};
-    KT_TRY(client_database__begin(ctx, database, path));
+    work.database = &database;
+    KT_TRY(my_begin(ctx, file_name, file, database));
     KT_TRY(client_database__check_names(ctx, database, plan));
     KT_TRY(client_schema_rows__begin(ctx, database));
     KT_TRY(client_each_statement(ctx, schema, plan, my_create_one, &work));
     KT_TRY(client_database__commit(ctx, database));
-}
-
-// Makes the file, unless there is one. Why it could not be made is SQLite's to say, when it tries to open it.
-static bool my_make_file(const char *file_name) noexcept
-{
-    const int file = open(file_name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
-    if (file < 0)
-        return false;
-    close(file);
-    return true;
-}
-
-static void my_remove_empty_file(const char *file_name) noexcept
-{
-    struct stat file {};
-    if (stat(file_name, &file) == 0 && file.st_size == 0)
-        unlink(file_name);
-}
-
-// A name that can only be a file's: SQLite takes :memory:, an empty name and, where it is built so, file:... for
-// something else, and what was created would be gone.
-static std::string my_path(const char *file_name)
-{
-    return file_name[0] == '/' ? file_name : std::string("./") + file_name;
 }
 
 void tov_client__create_database(KT_context *ctx, tov_schema *schema, const char *file_name,
@@ -73,12 +64,8 @@ void tov_client__create_database(KT_context *ctx, tov_schema *schema, const char
 {
     client_plan plan{ctx};
     KT_TRY(client_make_plan(ctx, schema, plan));
-    std::string path;
-    KT_TRY(kt_contain(ctx, [&] { path = my_path(file_name); }));
-    const bool made = my_make_file(path.c_str());
-    my_create_all(ctx, schema, plan, path.c_str(), progress, data);
-    if (!kt_failed_at(ctx, KT_HERE, __LINE__))
-        return;
-    if (made)
-        my_remove_empty_file(path.c_str());
+    client_file file;
+    my_create_all(ctx, schema, plan, file_name, file, {nullptr, 0, client_count_statements(plan), progress, data});
+    if (kt_failed_at(ctx, KT_HERE, __LINE__))
+        client_file__remove_if_empty(file);
 }

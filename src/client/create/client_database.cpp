@@ -14,13 +14,20 @@ static constexpr int patience = 5000;
 
 client_database::~client_database()
 {
-    if (insert_row)
-        functions->finalize(insert_row);
-    if (connection)
-        functions->close(connection);
+    client_database__close(*this);
 }
 
-void client_database__run(KT_context *ctx, client_database &database, const char *sql) noexcept
+void client_database__close(client_database &database) noexcept
+{
+    if (database.insert_row)
+        database.functions->finalize(database.insert_row);
+    if (database.connection)
+        database.functions->close(database.connection);
+    database.insert_row = nullptr;
+    database.connection = nullptr;
+}
+
+static int my_run(client_database &database, const char *sql) noexcept
 {
     database.guard = {client_duty::own_statement};
     sqlite3_stmt *statement = nullptr;
@@ -29,15 +36,21 @@ void client_database__run(KT_context *ctx, client_database &database, const char
         code = database.functions->step(statement);
     database.guard = {};
     database.functions->finalize(statement);
-    if (code != SQLITE_DONE && code != SQLITE_ROW)
+    return code == SQLITE_DONE || code == SQLITE_ROW ? SQLITE_OK : code;
+}
+
+void client_database__run(KT_context *ctx, client_database &database, const char *sql) noexcept
+{
+    const int code = my_run(database, sql);
+    if (code != SQLITE_OK)
         CLIENT_FAIL_IN(database, code);
 }
 
-void client_database__begin(KT_context *ctx, client_database &database, const char *file_name) noexcept
+void client_database__open(KT_context *ctx, client_database &database, const char *file_name) noexcept
 {
     const KT_sqlite_functions *functions = tov__get_sqlite_functions();
     database.functions = functions;
-    int code = functions->open(file_name, &database.connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    int code = functions->open(file_name, &database.connection, SQLITE_OPEN_READWRITE);
     if (code != SQLITE_OK)
         KT_FAIL(KT_ERR_SQLITE(code), "%s", functions->errstr(code));
     KT_TRY(KT_sqlite__normalise_dates(ctx, functions, database.connection));
@@ -47,7 +60,11 @@ void client_database__begin(KT_context *ctx, client_database &database, const ch
         CLIENT_FAIL_IN(database, code);
     for (const char *setting : client_settings)
         KT_TRY(client_database__run(ctx, database, setting));
-    KT_TRY(client_database__run(ctx, database, client_begin));
+}
+
+int client_database__begin(client_database &database) noexcept
+{
+    return my_run(database, client_begin);
 }
 
 static void my_refuse_taken(KT_context *ctx, void *taken_names, const client_statement &statement) noexcept

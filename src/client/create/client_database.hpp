@@ -6,7 +6,7 @@
 
 struct client_database {
     client_database() noexcept = default;
-    ~client_database(); // closes it, which takes back what was not committed
+    ~client_database(); // closes it
     client_database(const client_database &) = delete;
     client_database &operator=(const client_database &) = delete;
 
@@ -20,8 +20,14 @@ struct client_database {
     bool has_shelf = false;
 };
 
-// Opens the file with the settings under which the database works as it should, and begins the transaction.
-void client_database__begin(KT_context *ctx, client_database &database, const char *file_name) noexcept;
+// Opens a file that is there, with the settings under which the database works as it should.
+void client_database__open(KT_context *ctx, client_database &database, const char *file_name) noexcept;
+
+// Begins the transaction, and waits for the lock if another program has it. The code is SQLite's.
+int client_database__begin(client_database &database) noexcept;
+
+// Closes the file, which takes back what was not committed.
+void client_database__close(client_database &database) noexcept;
 
 // Refuses a database that has something under a name that the plan needs.
 void client_database__check_names(KT_context *ctx, client_database &database, const client_plan &plan) noexcept;
