@@ -18,6 +18,13 @@ void cli_progress::step(void *data, uint32_t done, uint32_t total)
     static_cast<cli_progress *>(data)->show(done, total);
 }
 
+void cli_progress::step_of_file(void *data, const char * /* file */, int64_t done, int64_t total)
+{
+    constexpr int64_t kilobyte = 1024;
+    static_cast<cli_progress *>(data)->show(static_cast<uint32_t>(done / kilobyte),
+                                            static_cast<uint32_t>(total / kilobyte));
+}
+
 void cli_progress::show(uint32_t done, uint32_t total)
 {
     if (!is_terminal_ || total == 0)

@@ -10,6 +10,8 @@ class cli_progress {
     explicit cli_progress(const char *what);
     // A callback for operations that report: data is the cli_progress.
     static void step(void *data, uint32_t done, uint32_t total);
+    // The same for the bytes of a file.
+    static void step_of_file(void *data, const char *file, int64_t done, int64_t total);
     // Removes the line again.
     void finish();
 

@@ -27,6 +27,7 @@ static void my_add_commands(cli_arguments &arguments)
     cli_add_import(arguments);
     cli_add_create(arguments);
     cli_add_sql(arguments);
+    cli_add_load(arguments);
     cli_add_tables(arguments);
     cli_add_default(arguments);
     cli_add_refs(arguments);

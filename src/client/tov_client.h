@@ -56,3 +56,72 @@ void tov_client__creation_order(KT_context *ctx, tov_schema *schema, KT_varray *
  *   is compiled in a scratch database where nothing but harmless functions and the table's own columns are allowed.
  */
 void tov_client__check_texts(KT_context *ctx, tov_schema *schema) noexcept;
+
+/* Loading rows that the server's own tools wrote into a created database. */
+
+/** How rows are loaded. All zero is a good beginning. */
+typedef struct tov_client_load_options {
+    /** Optional: the table that rows go into, by its name in SQLite or on the server; else a file's name says it. */
+    const char *tbl;
+    /** Optional: "bcp"; null or "auto" finds out from the first rows. */
+    const char *format;
+    /** Optional: the files' encoding, as iconv names it; else a mark at their beginning says it, or they are UTF-8. */
+    const char *encoding;
+    /** Optional: what ends fields and rows, with \\t, \\n, \\r, \\0 for characters that are hard to type. */
+    const char *field_end;
+    const char *row_end;
+    /** Optional: the word that CSV files have for NULL. */
+    const char *null_word;
+    /** Whether CSV files begin with a line of names: 1 yes, -1 no, 0 finds out. */
+    int32_t header;
+    /** Optional: the directory in which refused rows are kept; made when it is absent. */
+    const char *rejects;
+    /** The load fails when more rows than this are refused; 0 for any number. */
+    int64_t max_rejects;
+    /** Rows a transaction; 0 for 10,000. */
+    int64_t batch;
+    /** Whether a value that would have to be shortened (values that SQLite's time functions round) is refused. */
+    KT_bool exact;
+    /** Whether nothing is kept when any row is refused. */
+    KT_bool all_or_nothing;
+    /** Whether files that were loaded before are loaded once more. */
+    KT_bool again;
+    /** Whether references are left unchecked, because rows that are referred to come with a later load. */
+    KT_bool skip_references;
+    /** Whether the triggers run for every row, though converting a value decides what they would. */
+    KT_bool with_triggers;
+    /** Optional: called from time to time with the bytes of a file that are done. */
+    void (*progress)(void *data, const char *file, int64_t done, int64_t total);
+    void *data;
+} tov_client_load_options;
+
+typedef struct tov_client_loader tov_client_loader;
+
+/**
+ * Opens a created database for loading rows of a schema's tables. The verdict on a row is the database's own: a row is
+ * loaded when inserting it would have succeeded, and refused otherwise.
+ *
+ * What was loaded of which file is recorded in the database (tables tov_load_progress and tov_load_runs) together with
+ * the rows, so a load that was interrupted goes on where it was, and files that were loaded are not loaded again.
+ *
+ * @param options      optional; copied.
+ * @param[out] loader  owned; freed with tov_client__free_loader(). The schema must outlive it.
+ */
+void tov_client__open_loader(KT_context *ctx, tov_schema *schema, const char *database,
+                             const tov_client_load_options *options, tov_client_loader **loader) noexcept;
+
+/** Loads the rows of a file; those that are refused are no failure. After a failure the loader can only be freed. */
+void tov_client__load_file(KT_context *ctx, tov_client_loader *loader, const char *path) noexcept;
+
+/**
+ * Ends a load: refuses rows that refer to rows that are not there, after all files, and tells what became of each file.
+ *
+ * @param[out] report   owned; for each file and table a map with "file", "table", "dialect", "read", "loaded",
+ *                      "rejected", "shortened" (column to number of values), "seconds" and "before" (loaded earlier).
+ * @param[out] remarks  owned; texts about the first rows that were refused.
+ */
+void tov_client__finish_load(KT_context *ctx, tov_client_loader *loader, KT_varray **report,
+                             KT_varray **remarks) noexcept;
+
+/** Frees a loader; null does nothing. What was not finished stays as the last transaction left it. */
+void tov_client__free_loader(KT_context *ctx, tov_client_loader *loader) noexcept;

@@ -1,0 +1,102 @@
+#include "rows/convert/client_code_page.hpp"
+
+#include "rows/convert/client_utf8.hpp"
+
+#include <iconv.h>
+#include <vector>
+
+namespace {
+struct wide_name {
+    uint16_t page;
+    const char *name; // as iconv knows it
+};
+} // namespace
+
+static constexpr uint16_t utf_8_page = 65001;
+static constexpr wide_name wide_names[] = {
+    {932, "CP932"}, {936, "GBK"}, {949, "CP949"}, {950, "CP950"}, {1361, "JOHAB"}, {54936, "GB18030"},
+};
+
+struct client_code_pages::wide_page {
+    explicit wide_page(const char *name) : encoder(iconv_open(name, "UTF-8")), sizes(0x10000)
+    {
+    }
+    ~wide_page()
+    {
+        if (is_known())
+            iconv_close(encoder);
+    }
+    wide_page(const wide_page &) = delete;
+    wide_page &operator=(const wide_page &) = delete;
+
+    bool is_known() const noexcept
+    {
+        return encoder != reinterpret_cast<iconv_t>(-1); // NOLINT(performance-no-int-to-ptr)
+    }
+    size_t size_of(uint32_t character);
+
+    iconv_t encoder;
+    std::vector<uint8_t> sizes; // by character; 0 where nobody asked yet
+};
+
+static size_t my_encoded_size(iconv_t encoder, uint32_t character)
+{
+    std::string utf8;
+    client_append_utf8(utf8, character);
+    char out[8];
+    char *from = utf8.data();
+    char *to = out;
+    size_t left = utf8.size();
+    size_t room = sizeof out;
+    const bool fits = iconv(encoder, &from, &left, &to, &room) != static_cast<size_t>(-1);
+    iconv(encoder, nullptr, nullptr, nullptr, nullptr);
+    const size_t marks = character < 0x10000 ? 1 : 2; // a question mark for each unit
+    return fits ? sizeof out - room : marks;
+}
+
+size_t client_code_pages::wide_page::size_of(uint32_t character)
+{
+    if (character < 0x80)
+        return 1;
+    if (character >= 0x10000)
+        return my_encoded_size(encoder, character);
+    uint8_t &size = sizes[character];
+    if (size == 0)
+        size = static_cast<uint8_t>(my_encoded_size(encoder, character));
+    return size;
+}
+
+client_code_pages::client_code_pages() = default;
+client_code_pages::~client_code_pages() = default;
+
+static const char *my_wide_name(uint16_t page) noexcept
+{
+    for (const wide_name &wide : wide_names) {
+        if (wide.page == page)
+            return wide.name;
+    }
+    return nullptr;
+}
+
+bool client_is_wide_page(uint16_t page) noexcept
+{
+    return page == utf_8_page || my_wide_name(page);
+}
+
+size_t client_code_pages::count_bytes(uint16_t page, std::string_view text, size_t units)
+{
+    if (page == utf_8_page)
+        return text.size();
+    const char *name = my_wide_name(page);
+    if (!name)
+        return units;
+    std::unique_ptr<wide_page> &wide = pages_[page];
+    if (!wide)
+        wide = std::make_unique<wide_page>(name);
+    if (!wide->is_known())
+        return units;
+    size_t bytes = 0;
+    while (!text.empty())
+        bytes += wide->size_of(client_next_char(text));
+    return bytes;
+}

@@ -1,0 +1,27 @@
+// How many bytes a text takes in the code page of a column, which is what limits a varchar.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string_view>
+
+// What was found out about code pages so far. Most take a byte for each UTF-16 unit, whatever it is, since a character
+// that they lack becomes a question mark; only those with characters of several bytes are asked about each character.
+class client_code_pages {
+  public:
+    client_code_pages();
+    ~client_code_pages();
+    client_code_pages(const client_code_pages &) = delete;
+    client_code_pages &operator=(const client_code_pages &) = delete;
+
+    // The bytes that a text takes; units is its length in UTF-16, and an unknown page (0) counts as such units.
+    size_t count_bytes(uint16_t page, std::string_view text, size_t units);
+
+  private:
+    struct wide_page;
+    std::map<uint16_t, std::unique_ptr<wide_page>> pages_;
+};
+
+// Whether characters of the page may take more than a byte.
+bool client_is_wide_page(uint16_t page) noexcept;

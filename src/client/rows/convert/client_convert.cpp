@@ -1,0 +1,201 @@
+#include "rows/convert/client_convert.hpp"
+
+#include "rows/convert/client_bytes.hpp"
+#include "rows/convert/client_numbers.hpp"
+#include "rows/convert/client_utf8.hpp"
+
+static constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+
+static bool my_is_fixed_text(client_base base) noexcept
+{
+    return base == client_base::fixed_char || base == client_base::fixed_nchar;
+}
+
+// Fills a char or nchar up with blanks, as the server returns it.
+static void my_pad(client_converter &converter, size_t missing, client_value &value)
+{
+    std::string &room = converter.scratch.large;
+    if (value.bytes.data() != room.data())
+        room.assign(value.bytes);
+    room.append(missing, ' ');
+    value.bytes = room;
+}
+
+static client_reject my_take_text(client_converter &converter, const client_server_type &type, std::string_view text,
+                                  client_value &value)
+{
+    if (type.base == client_base::xml && text.starts_with(byte_order_mark))
+        text.remove_prefix(byte_order_mark.size());
+    const client_text_size size = client_measure_text(text);
+    if (size.flaw != client_utf8_flaw::none)
+        return size.flaw == client_utf8_flaw::not_utf_8 ? client_reject::not_utf_8 : client_reject::half_surrogate;
+    value.storage = client_storage::text;
+    value.bytes = text;
+    if (type.length <= 0)
+        return client_reject::none;
+    const auto most = static_cast<size_t>(type.length);
+    const bool is_ascii = size.ascii || client_is_unicode(type.base);
+    const size_t length = is_ascii ? size.units : converter.pages.count_bytes(type.code_page, text, size.units);
+    if (length > most)
+        return client_reject::too_long;
+    if (length < most && my_is_fixed_text(type.base))
+        my_pad(converter, most - length, value);
+    return client_reject::none;
+}
+
+static client_reject my_take_native_text(client_converter &converter, const client_server_type &type,
+                                         std::string_view bytes, client_value &value)
+{
+    if (bytes.size() % 2 != 0)
+        return client_reject::bad_row;
+    converter.scratch.large.clear();
+    client_append_utf16(converter.scratch.large, bytes);
+    return my_take_text(converter, type, converter.scratch.large, value);
+}
+
+static client_reject my_take_bytes(client_converter &converter, const client_server_type &type, std::string_view bytes,
+                                   client_value &value)
+{
+    const size_t size = bytes.size();
+    value.storage = client_storage::blob;
+    value.bytes = bytes;
+    if (type.base == client_base::rowversion)
+        return size == 8 ? client_reject::none : client_reject::not_binary;
+    if (type.length <= 0)
+        return client_reject::none;
+    const auto most = static_cast<size_t>(type.length);
+    if (size > most)
+        return client_reject::too_long;
+    if (size < most && type.base == client_base::binary) { // the server fills up with zeros
+        std::string &room = converter.scratch.large;
+        if (bytes.data() != room.data())
+            room.assign(bytes);
+        room.append(most - size, '\0');
+        value.bytes = room;
+    }
+    return client_reject::none;
+}
+
+// Decodes to bytes what stands as digits.
+static client_reject my_decode(client_converter &converter, const client_field &field)
+{
+    std::string &room = converter.scratch.large;
+    room.clear();
+    const bool is_base64 = field.form == client_form::base64;
+    const bool decoded =
+        is_base64 ? client_append_from_base64(room, field.bytes) : client_append_from_hex(room, field.bytes);
+    return decoded ? client_reject::none : client_reject::not_binary;
+}
+
+static client_reject my_convert_binary(client_converter &converter, const client_server_type &type,
+                                       const client_field &field, client_value &value)
+{
+    if (field.form == client_form::native)
+        return my_take_bytes(converter, type, field.bytes, value);
+    const bool is_digits =
+        field.form == client_form::text || field.form == client_form::hex || field.form == client_form::base64;
+    if (!is_digits)
+        return client_reject::not_binary;
+    const client_reject reject = my_decode(converter, field);
+    if (reject != client_reject::none)
+        return reject;
+    return my_take_bytes(converter, type, converter.scratch.large, value);
+}
+
+static client_reject my_convert_guid(client_converter &converter, const client_field &field, client_value &value)
+{
+    value.storage = client_storage::blob;
+    if (field.form == client_form::native || field.form == client_form::hex) {
+        value.bytes = field.bytes;
+        if (field.form == client_form::hex) {
+            if (my_decode(converter, field) != client_reject::none)
+                return client_reject::not_a_guid;
+            value.bytes = converter.scratch.large;
+        }
+        return value.bytes.size() == 16 ? client_reject::none : client_reject::not_a_guid;
+    }
+    if (!client_read_guid(field.bytes, converter.scratch.small))
+        return client_reject::not_a_guid;
+    value.bytes = {converter.scratch.small, 16};
+    return client_reject::none;
+}
+
+static client_reject my_convert_text(client_converter &converter, const client_server_type &type,
+                                     const client_field &field, client_value &value)
+{
+    switch (field.form) {
+    case client_form::native:
+        return my_take_native_text(converter, type, field.bytes, value);
+    case client_form::text:
+    case client_form::literal:
+        return my_take_text(converter, type, field.bytes, value);
+    case client_form::number: // the server makes the same text of a number without an exponent
+        if (field.bytes.find_first_of("eE") == field.bytes.npos)
+            return my_take_text(converter, type, field.bytes, value);
+        return client_reject::wrong_form;
+    default:
+        return client_reject::wrong_form;
+    }
+}
+
+static client_reject my_convert_exact(const client_server_type &type, const client_field &field, client_value &value)
+{
+    value.storage = client_storage::integer;
+    if (field.form == client_form::boolean) {
+        value.integer = field.bytes == "true" ? 1 : 0;
+        return type.base == client_base::bit ? client_reject::none : client_reject::not_a_number;
+    }
+    const client_reject reject = client_read_exact(type, field.bytes, value.integer);
+    const bool is_bit = type.base == client_base::bit;
+    return is_bit && reject != client_reject::none ? client_reject::not_a_bit : reject;
+}
+
+static client_reject my_convert_number(const client_server_type &type, const client_field &field, client_value &value)
+{
+    if (field.form == client_form::native)
+        return client_read_native_number(type, field.bytes, value);
+    if (field.form == client_form::hex || field.form == client_form::base64)
+        return client_reject::not_a_number;
+    if (type.base != client_base::real && type.base != client_base::floating)
+        return my_convert_exact(type, field, value);
+    value.storage = client_storage::real;
+    return client_read_float(type, field.bytes, value.real);
+}
+
+static client_reject my_convert_moment(client_converter &converter, const client_server_type &type,
+                                       const client_field &field, client_value &value)
+{
+    client_reject reject = client_reject::none;
+    if (field.form == client_form::native) {
+        reject = client_read_native_moment(type, field.bytes, converter.scratch, value);
+    } else if (field.form == client_form::hex) {
+        reject = my_decode(converter, field);
+        if (reject == client_reject::none)
+            reject = client_read_binary_moment(type, converter.scratch.large, converter.scratch, value);
+    } else {
+        reject = client_read_moment(type, field, converter.date_order, converter.scratch, value);
+    }
+    const bool refused = reject == client_reject::none && value.shortened && converter.exact;
+    return refused ? client_reject::needs_shortening : reject;
+}
+
+client_reject client_convert(client_converter &converter, const client_server_type &type, const client_field &field,
+                             client_value &value)
+{
+    value.shortened = false;
+    if (field.form == client_form::null) {
+        value.storage = client_storage::null;
+        return type.nullable ? client_reject::none : client_reject::null_not_allowed;
+    }
+    if (field.form == client_form::server)
+        return client_reject::server_value;
+    if (client_is_text(type.base))
+        return my_convert_text(converter, type, field, value);
+    if (client_is_binary(type.base))
+        return my_convert_binary(converter, type, field, value);
+    if (type.base == client_base::guid)
+        return my_convert_guid(converter, field, value);
+    if (type.base >= client_base::date && type.base <= client_base::datetimeoffset)
+        return my_convert_moment(converter, type, field, value);
+    return my_convert_number(type, field, value);
+}

@@ -1,0 +1,77 @@
+// One table of the server's type names; what an older name means stands behind the one that is written.
+#include "rows/convert/client_server_type.hpp"
+
+namespace {
+struct named_base {
+    std::string_view name;
+    client_base base;
+};
+} // namespace
+
+static constexpr named_base bases[] = {
+    {"bit", client_base::bit},
+    {"tinyint", client_base::tinyint},
+    {"smallint", client_base::smallint},
+    {"int", client_base::integer},
+    {"bigint", client_base::bigint},
+    {"decimal", client_base::decimal},
+    {"numeric", client_base::decimal},
+    {"money", client_base::money},
+    {"smallmoney", client_base::smallmoney},
+    {"real", client_base::real},
+    {"float", client_base::floating},
+    {"char", client_base::fixed_char},
+    {"varchar", client_base::varchar},
+    {"text", client_base::text},
+    {"nchar", client_base::fixed_nchar},
+    {"nvarchar", client_base::nvarchar},
+    {"sysname", client_base::nvarchar},
+    {"ntext", client_base::ntext},
+    {"xml", client_base::xml},
+    {"binary", client_base::binary},
+    {"varbinary", client_base::varbinary},
+    {"image", client_base::image},
+    {"timestamp", client_base::rowversion},
+    {"rowversion", client_base::rowversion},
+    {"uniqueidentifier", client_base::guid},
+    {"date", client_base::date},
+    {"time", client_base::time},
+    {"smalldatetime", client_base::smalldatetime},
+    {"datetime", client_base::datetime},
+    {"datetime2", client_base::datetime2},
+    {"datetimeoffset", client_base::datetimeoffset},
+    {"sql_variant", client_base::variant},
+};
+
+client_base client_find_base(std::string_view name) noexcept
+{
+    for (const named_base &known : bases) {
+        if (known.name == name)
+            return known.base;
+    }
+    return client_base::clr;
+}
+
+const char *client_base_name(client_base base) noexcept
+{
+    for (const named_base &known : bases) {
+        if (known.base == base)
+            return known.name.data();
+    }
+    return "clr";
+}
+
+bool client_is_text(client_base base) noexcept
+{
+    return base >= client_base::fixed_char && base <= client_base::xml;
+}
+
+bool client_is_unicode(client_base base) noexcept
+{
+    return base >= client_base::fixed_nchar && base <= client_base::xml;
+}
+
+bool client_is_binary(client_base base) noexcept
+{
+    return (base >= client_base::binary && base <= client_base::rowversion) || base == client_base::clr;
+}

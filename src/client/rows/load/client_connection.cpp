@@ -1,0 +1,85 @@
+#include "rows/load/client_connection.hpp"
+
+#include "kt_sqlite_dates.h"
+
+#define KT_HERE "src/client/rows/load/client_connection"
+
+// How long to wait for another program's lock, in milliseconds.
+static constexpr int patience = 5000;
+
+// Pages are kept in 32 MB, so that a table's keys need not be read again and again.
+static constexpr const char *settings[] = {"PRAGMA foreign_keys=OFF", "PRAGMA recursive_triggers=ON",
+                                           "PRAGMA cache_size=-32768"};
+
+// A name that can only be a file's.
+static std::string my_path(const char *file_name)
+{
+    return file_name[0] == '/' ? file_name : std::string("./") + file_name;
+}
+
+void client_connection__open(KT_context *ctx, client_connection &database, const char *file_name,
+                             bool read_only) noexcept
+{
+    database.functions = tov__get_sqlite_functions();
+    std::string path;
+    KT_TRY(kt_contain(ctx, [&] { path = my_path(file_name); }));
+    const int flags = read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+    const int code = database.functions->open(path.c_str(), &database.connection, flags);
+    if (code != SQLITE_OK)
+        KT_FAIL(KT_ERR_SQLITE(code), "%s", database.functions->errstr(code));
+    KT_TRY(KT_sqlite__normalise_dates(ctx, database.functions, database.connection));
+    database.functions->busy_timeout(database.connection, patience);
+    for (const char *setting : settings)
+        KT_TRY(client_connection__run(ctx, database, setting));
+}
+
+void client_connection__run(KT_context *ctx, client_connection &database, const std::string &sql) noexcept
+{
+    const int code = database.functions->exec(database.connection, sql.c_str());
+    if (code != SQLITE_OK)
+        CLIENT_FAIL_AT(database, code);
+}
+
+void client_connection__prepare(KT_context *ctx, client_connection &database, const std::string &sql,
+                                client_statement_handle &handle) noexcept
+{
+    handle.reset();
+    handle.functions = database.functions;
+    const int code = database.functions->prepare(database.connection, sql.c_str(), &handle.statement);
+    if (code != SQLITE_OK)
+        CLIENT_FAIL_AT(database, code);
+}
+
+void client_connection__step(KT_context *ctx, client_connection &database, sqlite3_stmt *statement, bool &has) noexcept
+{
+    const int code = database.functions->step(statement);
+    if (code != SQLITE_ROW && code != SQLITE_DONE)
+        CLIENT_FAIL_AT(database, code);
+    has = code == SQLITE_ROW;
+}
+
+void client_connection__ask(KT_context *ctx, client_connection &database, const std::string &sql,
+                            int64_t &number) noexcept
+{
+    client_statement_handle handle;
+    bool has = false;
+    KT_TRY(client_connection__prepare(ctx, database, sql, handle));
+    KT_TRY(client_connection__step(ctx, database, handle.statement, has));
+    number = has ? database.functions->column_int64(handle.statement, 0) : 0;
+}
+
+// Statements that were compiled before are compiled anew when this changes.
+void client_connection__run_triggers(client_connection &database, bool on) noexcept
+{
+    if (database.runs_triggers == on)
+        return;
+    database.functions->configure(database.connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, on ? 1 : 0);
+    database.runs_triggers = on;
+}
+
+std::string_view client_column_text(const client_connection &database, sqlite3_stmt *statement, int column) noexcept
+{
+    const char *text = database.functions->column_text(statement, column);
+    return text ? std::string_view(text, static_cast<size_t>(database.functions->column_bytes(statement, column)))
+                : std::string_view();
+}

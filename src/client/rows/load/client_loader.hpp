@@ -1,0 +1,86 @@
+// A load in progress: the database, the tables that rows went into so far, and what was read of each file.
+#pragma once
+
+#include "rows/load/client_dialect.hpp"
+#include "rows/load/client_progress.hpp"
+#include "rows/load/client_rejects.hpp"
+#include "rows/load/client_target.hpp"
+#include "rows/read/client_input.hpp"
+
+#include <chrono>
+#include <deque>
+
+// The rows of one file that go into one table.
+struct client_load_part {
+    client_target *target = nullptr; // null for what is recorded of a file with rows of several tables
+    client_layout *layout = nullptr;
+    client_progress progress;
+    client_run run;
+    bool keeps_runs = false; // the table has references, for which its rows may have to be found again
+    bool was_loaded = false; // by an earlier load, which told of it
+};
+
+// A file while it is read, and after it.
+struct client_load_job {
+    std::string path;
+    std::string shown; // in reports
+    client_dialect dialect;
+    std::unique_ptr<client_reader> reader;
+    client_reject_files rejects;
+    std::deque<client_load_part> parts; // the first one's record says how far the file was read
+    double seconds = 0;
+};
+
+struct client_load_settings {
+    std::string tbl;
+    std::string encoding;
+    std::string rejects;
+    client_dialect_wish wish;
+    int64_t max_rejects = 0; // 0 for any number
+    int64_t batch = 10'000;
+    bool all_or_nothing = false;
+    bool again = false;
+    bool skip_references = false;
+    bool with_triggers = false;
+    void (*progress)(void *data, const char *file, int64_t done, int64_t total) = nullptr;
+    void *data = nullptr;
+};
+
+struct tov_client_loader {
+    tov_schema *schema = nullptr;
+    client_connection database;
+    client_load_settings settings;
+    client_converter converter;
+    std::string prefix;                           // of the names of our own tables
+    std::map<std::string, client_target> targets; // by table id
+    std::deque<client_load_job> jobs;
+    std::vector<std::string> remarks; // the first rejects, for a person
+    int64_t rejected = 0;
+    int64_t in_batch = 0; // rows since the last transaction ended
+    bool in_transaction = false;
+};
+
+// The target of a table, made when it is asked for first.
+void client_loader__get_target(KT_context *ctx, tov_client_loader &loader, const char *tbl_id, client_target **target);
+
+// The id of the table that a name means: the one in SQLite or on the server, with or without its schema. Empty when
+// there is none.
+void client_loader__find_tbl(KT_context *ctx, tov_client_loader &loader, std::string_view name, std::string &tbl_id);
+
+void client_loader__begin(KT_context *ctx, tov_client_loader &loader);
+// Records how far a job is, and ends the transaction.
+void client_loader__commit(KT_context *ctx, tov_client_loader &loader, client_load_job *job);
+
+// Opens a part for a table, or takes up the one that an earlier load left.
+void client_loader__begin_part(KT_context *ctx, tov_client_loader &loader, client_load_job &job, client_target *target,
+                               const std::string &fingerprint, client_load_part **part);
+
+// Tells of a refused row and keeps it aside.
+void client_loader__refuse(KT_context *ctx, tov_client_loader &loader, client_load_job &job, client_load_part &part,
+                           client_input &input, const client_row &row, const client_verdict &verdict, int64_t number);
+
+// Reads and puts in the rows of an input, until it has no more or needs to be fed.
+void client_loader__read_rows(KT_context *ctx, tov_client_loader &loader, client_load_job &job, client_input &input);
+
+// Refuses, of the rows that were loaded, those that refer to rows that are not there.
+void client_loader__check_references(KT_context *ctx, tov_client_loader &loader);

@@ -1,0 +1,61 @@
+// Rows that were refused, kept aside: as they stood, so that they can be corrected and loaded, and beside them a line
+// of JSON for each that says why.
+#pragma once
+
+#include "kt_try.hpp"
+#include "rows/load/client_target.hpp"
+
+#include <cstdio>
+
+// Where a refused row stands, and what it is refused for.
+struct client_refusal {
+    std::string_view file;
+    std::string_view tbl;
+    int64_t row = 0; // counted from 1
+    int64_t line = 0;
+    int64_t position = 0;
+    std::string_view col;   // empty where no column is to blame
+    std::string_view value; // of the field
+    client_reject reject = client_reject::none;
+    std::string_view message;
+};
+
+// A line of JSON, its line end included.
+void client_append_refusal(std::string &json, const client_refusal &refusal);
+
+// The two files of rejects of one file of rows; written from their recorded ends on.
+class client_reject_files {
+  public:
+    client_reject_files() = default;
+    ~client_reject_files();
+    client_reject_files(const client_reject_files &) = delete;
+    client_reject_files &operator=(const client_reject_files &) = delete;
+
+    // Takes names in a directory that is there. Files are made at the first reject; what stands in them behind these
+    // sizes is of a load that was interrupted, and is cut off.
+    void open(KT_context *ctx, const std::string &directory, const std::string &name, int64_t rows_size,
+              int64_t lines_size);
+    bool is_open() const noexcept
+    {
+        return !rows_name_.empty();
+    }
+    void add(KT_context *ctx, const std::string &raw_row, const client_refusal &refusal);
+    // What is in the files to begin with, such as a mark or a line of column names; written with the first row.
+    void set_head(std::string head)
+    {
+        head_ = std::move(head);
+    }
+    // Brings everything to the files, and says how long they are.
+    void flush(KT_context *ctx, int64_t *rows_size, int64_t *lines_size);
+
+  private:
+    void make(KT_context *ctx, const std::string &name, int64_t size, std::FILE **file);
+
+    std::string rows_name_;
+    std::string lines_name_;
+    std::string head_;
+    std::FILE *rows_ = nullptr;
+    std::FILE *lines_ = nullptr;
+    int64_t rows_size_ = 0;
+    int64_t lines_size_ = 0;
+};

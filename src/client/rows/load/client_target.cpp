@@ -1,0 +1,265 @@
+// Values are converted and bound one after the other; SQLite judges the row as a whole.
+//
+// The check that a schema's trigger makes of each value is left out where conversion alone decides: every converted
+// value passes it. Where the database computes a value (a default), or has other triggers, they run.
+#include "rows/load/client_target.hpp"
+
+#include "create/client_statements.hpp"
+
+#include <algorithm>
+
+#define KT_HERE "src/client/rows/load/client_target"
+
+namespace {
+// What the triggers of one table should be.
+struct trigger_texts {
+    std::string insert;
+    std::vector<std::string> others;
+};
+} // namespace
+
+static void my_note_text(KT_context *ctx, void *data, const client_statement &statement) noexcept
+{
+    auto &texts = *static_cast<trigger_texts *>(data);
+    kt_contain(ctx, [&] {
+        if (statement.kind == client_kind::insert_trigger)
+            texts.insert = statement.sql;
+        else if (statement.kind != client_kind::tbl)
+            texts.others.emplace_back(statement.sql);
+    });
+}
+
+static void my_list_texts(KT_context *ctx, tov_schema *schema, const client_row_tbl &tbl, trigger_texts &texts)
+{
+    client_plan plan{ctx};
+    KT_TRY(client_make_plan(ctx, schema, plan));
+    std::erase_if(plan.tbls, [&](const client_tbl &other) { return KT_stricmp(other.id, tbl.id.c_str()) != 0; });
+    KT_TRY(client_each_statement(ctx, schema, plan, my_note_text, &texts));
+}
+
+void client_target__look_at_triggers(KT_context *ctx, client_connection &database, tov_schema *schema,
+                                     client_target &target) noexcept
+{
+    static constexpr const char *sql =
+        "SELECT sql FROM sqlite_master WHERE type = 'trigger' AND tbl_name = ?1 COLLATE NOCASE";
+    kt_contain(ctx, [&] {
+        trigger_texts texts;
+        client_statement_handle handle;
+        bool has = false;
+        KT_TRY(my_list_texts(ctx, schema, target.tbl, texts));
+        KT_TRY(client_connection__prepare(ctx, database, sql, handle));
+        database.functions->bind_text(handle.statement, 1, target.tbl.name.c_str(), -1);
+        target.with_triggers = false;
+        KT_TRY(client_connection__step(ctx, database, handle.statement, has));
+        while (has) {
+            const std::string text(client_column_text(database, handle.statement, 0));
+            const bool is_other = std::find(texts.others.begin(), texts.others.end(), text) != texts.others.end();
+            target.with_triggers |= text != texts.insert && !is_other;
+            KT_TRY(client_connection__step(ctx, database, handle.statement, has));
+        }
+    });
+}
+
+static std::string my_insert_text(const client_row_tbl &tbl, const std::vector<size_t> &cols)
+{
+    if (cols.empty())
+        return "INSERT INTO " + client_quoted(tbl.name) + " DEFAULT VALUES";
+    std::string names;
+    std::string marks;
+    for (const size_t col : cols) {
+        names += (names.empty() ? "" : ",") + client_quoted(tbl.cols[col].name);
+        marks += marks.empty() ? "?" : ",?";
+    }
+    return "INSERT INTO " + client_quoted(tbl.name) + " (" + names + ") VALUES (" + marks + ")";
+}
+
+// Why a column may not be left out of a row, if so.
+static client_reject my_judge_absence(const client_row_col &col) noexcept
+{
+    if (col.has_default || col.rowid || col.type.base == client_base::rowversion)
+        return client_reject::none;
+    if (col.has_server_default || col.identity)
+        return client_reject::server_value;
+    return col.type.nullable ? client_reject::none : client_reject::no_value;
+}
+
+static void my_fill_layout(client_target &target, client_layout &layout)
+{
+    for (size_t n = 0; n < target.tbl.cols.size(); n++) {
+        const client_row_col &col = target.tbl.cols[n];
+        if (!col.stored)
+            continue;
+        const auto field = std::find(layout.cols.begin(), layout.cols.end(), n);
+        const bool given = field != layout.cols.end();
+        const bool made = !given && !col.has_default && col.type.base == client_base::rowversion;
+        if (given || made) {
+            layout.params.push_back(n);
+            layout.places.push_back(given ? static_cast<size_t>(field - layout.cols.begin()) : client_no_field);
+        } else if (layout.absence == client_reject::none) {
+            layout.absence = my_judge_absence(col);
+            layout.blame = n;
+        }
+        target.with_triggers |= !given && col.has_default; // a value that was not converted
+    }
+}
+
+void client_target__lay_out(KT_context *ctx, client_connection &database, client_target &target,
+                            const std::vector<size_t> &cols, client_layout **layout)
+{
+    const auto [place, is_new] = target.layouts.try_emplace(cols);
+    *layout = &place->second;
+    if (!is_new)
+        return;
+    place->second.cols = cols;
+    my_fill_layout(target, place->second);
+    KT_TRY(client_connection__prepare(ctx, database, my_insert_text(target.tbl, place->second.params),
+                                      place->second.insert));
+}
+
+static int my_bind(const client_connection &database, sqlite3_stmt *statement, int index,
+                   const client_value &value) noexcept
+{
+    const auto size = static_cast<int>(value.bytes.size());
+    const char *bytes = value.bytes.data() ? value.bytes.data() : "";
+    switch (value.storage) {
+    case client_storage::integer:
+        return database.functions->bind_int64(statement, index, value.integer);
+    case client_storage::real:
+        return database.functions->bind_double(statement, index, value.real);
+    case client_storage::text:
+        return database.functions->bind_text(statement, index, bytes, size);
+    case client_storage::blob:
+        return database.functions->bind_blob(statement, index, bytes, size);
+    case client_storage::null:
+        break;
+    }
+    return database.functions->bind_null(statement, index);
+}
+
+// A rowversion that rows come without: the next after those that are there.
+static void my_bind_version(KT_context *ctx, client_connection &database, client_target &target, size_t col,
+                            sqlite3_stmt *statement, int index)
+{
+    static constexpr int64_t first_version = 2001;
+    if (target.next_version == 0) {
+        client_statement_handle handle;
+        bool has = false;
+        const std::string name = client_quoted(target.tbl.cols[col].name);
+        KT_TRY(client_connection__prepare(ctx, database,
+                                          "SELECT max(" + name + ") FROM " + client_quoted(target.tbl.name), handle));
+        KT_TRY(client_connection__step(ctx, database, handle.statement, has));
+        const int size = database.functions->column_bytes(handle.statement, 0);
+        const void *bytes = database.functions->column_blob(handle.statement, 0);
+        target.next_version = first_version;
+        if (has && size == 8) {
+            uint64_t number = 0;
+            for (int n = 0; n < size; n++)
+                number = number << 8 | static_cast<const unsigned char *>(bytes)[n];
+            target.next_version = static_cast<int64_t>(number + 1);
+        }
+    }
+    char bytes[8];
+    for (int n = 0; n < 8; n++)
+        bytes[n] = static_cast<char>(target.next_version >> (56 - 8 * n) & 0xFF);
+    target.next_version++;
+    database.functions->bind_blob(statement, index, bytes, 8);
+}
+
+static client_reject my_constraint(int code) noexcept
+{
+    switch (code) {
+    case SQLITE_CONSTRAINT_PRIMARYKEY:
+    case SQLITE_CONSTRAINT_UNIQUE:
+    case SQLITE_CONSTRAINT_ROWID:
+        return client_reject::duplicate_key;
+    case SQLITE_CONSTRAINT_NOTNULL:
+        return client_reject::null_not_allowed;
+    case SQLITE_CONSTRAINT_CHECK:
+        return client_reject::check_violated;
+    default:
+        return client_reject::not_accepted;
+    }
+}
+
+static void my_insert(KT_context *ctx, client_connection &database, sqlite3_stmt *statement, client_verdict &verdict)
+{
+    const KT_sqlite_functions *functions = database.functions;
+    const int code = functions->step(statement);
+    if (code == SQLITE_DONE) {
+        verdict.rowid = functions->last_insert_rowid(database.connection);
+        functions->reset(statement);
+        return;
+    }
+    const int primary = code & 0xFF;
+    verdict.message = functions->message(database.connection);
+    const int extended = functions->extended_errcode(database.connection);
+    functions->reset(statement);
+    if (primary == SQLITE_TOOBIG)
+        verdict.reject = client_reject::too_long;
+    else if (primary == SQLITE_CONSTRAINT || primary == SQLITE_MISMATCH)
+        verdict.reject = my_constraint(extended);
+    else
+        KT_FAIL(KT_ERR_SQLITE(code), "%s", verdict.message.c_str());
+}
+
+// Converts and binds the row's fields; the verdict names the first that does not go.
+static void my_bind_all(KT_context *ctx, client_connection &database, client_converter &converter,
+                        client_target &target, const client_layout &layout, const client_row &row,
+                        client_verdict &verdict)
+{
+    sqlite3_stmt *statement = layout.insert.statement;
+    for (size_t n = 0; n < layout.params.size(); n++) {
+        const size_t col = layout.params[n];
+        const auto index = static_cast<int>(n + 1);
+        const size_t field = layout.places[n];
+        if (field == client_no_field) {
+            KT_TRY(my_bind_version(ctx, database, target, col, statement, index));
+            continue;
+        }
+        client_value value;
+        verdict.reject = client_convert(converter, target.tbl.cols[col].type, row.fields[field], value);
+        if (verdict.reject == client_reject::none && my_bind(database, statement, index, value) == SQLITE_TOOBIG)
+            verdict.reject = client_reject::too_long;
+        if (verdict.reject != client_reject::none) {
+            verdict.col = col;
+            verdict.field = field;
+            return;
+        }
+        if (value.shortened)
+            verdict.shortened.push_back(col);
+    }
+}
+
+// The layout for a row that gives fewer fields than its kind.
+static void my_narrow(KT_context *ctx, client_connection &database, client_target &target, const client_row &row,
+                      client_layout **layout)
+{
+    std::vector<size_t> cols = (*layout)->cols;
+    for (size_t n = 0; n < cols.size(); n++) {
+        if (row.fields[n].form == client_form::absent)
+            cols[n] = client_no_col;
+    }
+    KT_TRY(client_target__lay_out(ctx, database, target, cols, layout));
+}
+
+void client_target__put(KT_context *ctx, client_connection &database, client_converter &converter,
+                        client_target &target, client_layout &whole, const client_row &row, client_verdict &verdict)
+{
+    client_layout *layout = &whole;
+    if (row.has_absent)
+        KT_TRY(my_narrow(ctx, database, target, row, &layout));
+    if (layout->absence != client_reject::none) {
+        verdict.reject = layout->absence;
+        verdict.col = layout->blame;
+        return;
+    }
+    client_connection__run_triggers(database, target.with_triggers);
+    KT_TRY(my_bind_all(ctx, database, converter, target, *layout, row, verdict));
+    if (verdict.reject != client_reject::none)
+        return;
+    KT_TRY(my_insert(ctx, database, layout->insert.statement, verdict));
+    if (verdict.reject != client_reject::none)
+        return;
+    for (const size_t col : verdict.shortened)
+        target.shortened[target.tbl.cols[col].name]++;
+}

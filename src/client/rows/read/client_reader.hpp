@@ -1,0 +1,48 @@
+// Rows out of the text or bytes of a file, one after the other, in whatever form they stand.
+#pragma once
+
+#include "rows/convert/client_value.hpp"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+// A row as a file has it. All texts are borrowed from the data that it was read from, or from the row itself.
+struct client_row {
+    std::vector<client_field> fields;           // in the order of the columns that the reader was made for
+    size_t size = 0;                            // bytes of the data that it takes, what ends it included
+    client_reject reject = client_reject::none; // why its fields cannot be told apart
+    size_t place = SIZE_MAX;                    // the field where that was found, if one
+    bool has_absent = false;                    // a field is absent
+    bool is_last = false;                       // what follows it in the data cannot be read any more
+    std::string unescaped;                      // room for values that stand in another form in the data
+};
+
+enum class client_step : uint8_t {
+    row,  // a row was read, or is refused
+    skip, // so much of the data (size) holds no row
+    more, // the row does not end in the data: it has to be read again with more
+    end,  // there is nothing more
+};
+
+class client_reader {
+  public:
+    client_reader() = default;
+    client_reader(const client_reader &) = delete;
+    client_reader &operator=(const client_reader &) = delete;
+    virtual ~client_reader() = default;
+
+    // Reads the row at the beginning of the data. is_all says that nothing follows the data: then the answer is not
+    // more. May throw std::bad_alloc.
+    virtual client_step read(std::string_view data, bool is_all, client_row &row) = 0;
+};
+
+// bcp's character files: fields are counted, since the field terminator ends each field but the last, and the row
+// terminator the last only.
+struct client_bcp_form {
+    std::string field_end = "\t";
+    std::string row_end = "\n";
+    size_t count = 0;              // of fields in a row
+    std::vector<bool> holds_lines; // by field: whether a value may hold the row terminator
+};
+std::unique_ptr<client_reader> client_make_bcp_reader(client_bcp_form form);
