@@ -60,32 +60,34 @@ cli_option cli_option::excludes(cli_option other) const
 
 cli_option cli_command::argument(const char *name, std::string &value, const char *help) const
 {
-    return cli_option(app_->add_option(name, value, help));
+    return cli_option(app_->add_option(name, value, help)->type_name(""));
 }
 
 cli_option cli_command::argument(const char *name, std::vector<std::string> &values, const char *help) const
 {
-    return cli_option(app_->add_option(name, values, help));
+    return cli_option(app_->add_option(name, values, help)->type_name(""));
 }
 
-cli_option cli_command::option(const char *names, std::string &value, const char *help) const
+cli_option cli_command::option(const char *names, std::string &value, const char *help, const char *word) const
 {
-    return cli_option(app_->add_option(names, value, help));
+    return cli_option(app_->add_option(names, value, help)->type_name(word));
 }
 
-cli_option cli_command::option(const char *names, std::vector<std::string> &values, const char *help) const
+cli_option cli_command::option(const char *names, std::vector<std::string> &values, const char *help,
+                               const char *word) const
 {
-    return cli_option(app_->add_option(names, values, help)->allow_extra_args(false));
+    CLI::Option *option = app_->add_option(names, values, help)->type_name(word)->expected(1);
+    return cli_option(option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll));
 }
 
 cli_option cli_command::option(const char *names, uint32_t &value, const char *help) const
 {
-    return cli_option(app_->add_option(names, value, help));
+    return cli_option(app_->add_option(names, value, help)->type_name("NUMBER"));
 }
 
 cli_option cli_command::option(const char *names, int64_t &value, const char *help) const
 {
-    return cli_option(app_->add_option(names, value, help));
+    return cli_option(app_->add_option(names, value, help)->type_name("NUMBER"));
 }
 
 cli_option cli_command::flag(const char *names, bool &value, const char *help) const
@@ -106,15 +108,20 @@ void cli_command::runs(action run) const
 cli_arguments::cli_arguments(const char *about, const char *version)
     : app_(std::make_unique<CLI::App>(about, "tov-schema"))
 {
-    app_->set_version_flag("--version", version);
+    app_->set_version_flag("--version", version, "print the version");
     app_->require_subcommand(1);
+    constexpr std::pair<const char *, const char *> words[] = {
+        {"Positionals", "Arguments"}, {"SUBCOMMAND", "COMMAND"}, {"REQUIRED", ""}};
+    for (const auto &[word, plain_word] : words)
+        app_->get_formatter()->label(word, plain_word);
+    app_->set_help_flag("-h,--help", "print this help");
 }
 
 cli_arguments::~cli_arguments() = default;
 
 cli_command cli_arguments::add(const char *name, const char *summary)
 {
-    return {app_->add_subcommand(name, summary), &chosen_};
+    return {app_->add_subcommand(name, summary)->group("Commands"), &chosen_};
 }
 
 std::vector<std::string> cli_arguments::names() const

@@ -41,9 +41,10 @@ class cli_command {
     // An argument that is told by its position; of a list, any number.
     cli_option argument(const char *name, std::string &value, const char *help) const;
     cli_option argument(const char *name, std::vector<std::string> &values, const char *help) const;
-    // An option with a value, "-o,--output"; of a list, one value for each time that it is given.
-    cli_option option(const char *names, std::string &value, const char *help) const;
-    cli_option option(const char *names, std::vector<std::string> &values, const char *help) const;
+    // An option with a value, "-o,--output", and the word that stands for the value in the help. One of a list may be
+    // repeated.
+    cli_option option(const char *names, std::string &value, const char *help, const char *word = "FILE") const;
+    cli_option option(const char *names, std::vector<std::string> &values, const char *help, const char *word) const;
     cli_option option(const char *names, uint32_t &value, const char *help) const;
     cli_option option(const char *names, int64_t &value, const char *help) const;
     cli_option flag(const char *names, bool &value, const char *help) const;

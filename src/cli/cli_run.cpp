@@ -24,6 +24,7 @@ constexpr const char *about =
 
 static void my_add_commands(cli_arguments &arguments)
 {
+    cli_add_catalogue_query(arguments);
     cli_add_import(arguments);
     cli_add_create(arguments);
     cli_add_sql(arguments);

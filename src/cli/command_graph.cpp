@@ -200,6 +200,6 @@ void cli_add_graph(cli_arguments &arguments)
                     "Example: tov-schema graph schema.json | dot -Tsvg -o schema.svg");
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.option("-o,--output", options->output, "where the text goes (default: standard output)");
-    command.option("--format", options->format, "dot (default) or mermaid").one_of({"dot", "mermaid"});
+    command.option("--format", options->format, "dot (default) or mermaid", "NAME").one_of({"dot", "mermaid"});
     command.runs([options] { return my_run(*options); });
 }

@@ -142,8 +142,9 @@ void cli_add_select(cli_arguments &arguments)
                     "Example: tov-schema select schema.json Orders --alias o --mode 2");
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.argument("TABLE", options->table, "the table's id or name").required();
-    command.option("--alias", options->alias, "the alias of the table (default: t)");
-    command.option("--other-alias", options->other_alias, "the alias on the other side of the join (default: o)");
+    command.option("--alias", options->alias, "the alias of the table (default: t)", "NAME");
+    command.option("--other-alias", options->other_alias, "the alias on the other side of the join (default: o)",
+                   "NAME");
     command.option("--mode", options->mode, "how key columns of identity values are read (default: 0)").between(0, 2);
     command.option("--other-mode", options->other_mode, "the same on the other side of the join (default: 0)")
         .between(0, 2);

@@ -3,6 +3,7 @@
 
 #include "cli_arguments.hpp"
 
+void cli_add_catalogue_query(cli_arguments &arguments);
 void cli_add_import(cli_arguments &arguments);
 void cli_add_create(cli_arguments &arguments);
 void cli_add_sql(cli_arguments &arguments);

@@ -88,7 +88,7 @@ TEST_F(CliHarmlessTest, SoDoFindingsAndDefaults)
     const std::string catalogue = write("c.json", with_hostile_names(sample_catalogue, {"Orders", "Placed"}));
     const command_result imported = run({"import", catalogue, "-o", path("i.json"), "--findings", path("f.json")});
     EXPECT_EXIT_CODE(imported, 0);
-    EXPECT_NE(imported.err.find("dbo.Orders" + std::string(shown) + ".Placed" + shown), std::string::npos)
+    EXPECT_NE(imported.err.find("name-not-writable: dbo.Orders" + std::string(shown) + ": "), std::string::npos)
         << imported.err;
     expect_harmless(imported.err);
     EXPECT_NE(read("f.json").find("dbo.Orders" + std::string(written)), std::string::npos) << read("f.json");

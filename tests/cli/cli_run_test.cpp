@@ -6,8 +6,8 @@ namespace {
 
 class CliRunTest : public CommandTest {};
 
-constexpr const char *commands[] = {"import", "create", "sql",    "tables", "default",
-                                    "refs",   "graph",  "select", "diff",   "lite"};
+constexpr const char *commands[] = {"catalogue-query", "import", "create", "sql", "tables", "default", "refs",
+                                    "graph",           "select", "diff",   "lite"};
 
 TEST_F(CliRunTest, HelpOfEachCommandHasAnExample)
 {

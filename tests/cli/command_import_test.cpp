@@ -3,6 +3,8 @@
 #include "run_command.hpp"
 #include "sample.hpp"
 
+#include <sstream>
+
 namespace {
 
 class CommandImportTest : public CommandTest {
@@ -11,6 +13,17 @@ class CommandImportTest : public CommandTest {
     {
         CommandTest::SetUp();
         catalogue = write("c.json", sample_catalogue);
+    }
+    // The names of the tables in a schema that was written, each followed by a blank.
+    std::string tables_of(const std::string &schema) const
+    {
+        const std::string list = run({"tables", path(schema)}).out;
+        std::istringstream lines(list);
+        std::string line, names;
+        std::getline(lines, line);
+        while (std::getline(lines, line))
+            names += line.substr(0, line.find(' ') + 1);
+        return names;
     }
     std::string catalogue;
 };
@@ -49,6 +62,43 @@ TEST_F(CommandImportTest, GivesEveryTableTheTransactionId)
     EXPECT_EXIT_CODE(result, 0);
     EXPECT_NE(result.out.find("\"name\":\"Customers\",\"txid\":42"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("\"name\":\"Orders\",\"txid\":42"), std::string::npos) << result.out;
+}
+
+TEST_F(CommandImportTest, QuietPrintsNoFindingsAndWritesThem)
+{
+    const command_result result =
+        run({"import", catalogue, "--quiet", "-o", path("s.json"), "--findings", path("f.json")});
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_NE(read("f.json").find("default-dropped"), std::string::npos);
+}
+
+TEST_F(CommandImportTest, ImportsTheTablesThatArePicked)
+{
+    struct {
+        std::vector<std::string> options;
+        const char *tables;
+    } const cases[] = {
+        {{"--only", "dbo.Cust*"}, "Customers "},
+        {{"--skip", "orders"}, "Customers "},
+        {{"--only", "Customers", "--only", "Orders"}, "Customers Orders "},
+        {{"--only", "*", "--skip", "dbo.Orders", "--skip", "sales.*"}, "Customers "},
+        {{"--rename", "dbo.Orders=Sales", "--rename", "dbo.Customers=People"}, "People Sales "},
+    };
+    for (const auto &c : cases) {
+        std::vector<std::string> arguments{"import", "-o", path("s.json")};
+        arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+        arguments.push_back(catalogue);
+        EXPECT_EXIT_CODE(run(arguments), 0);
+        EXPECT_EQ(tables_of("s.json"), c.tables);
+    }
+}
+
+TEST_F(CommandImportTest, TheKindCanBeGiven)
+{
+    EXPECT_EXIT_CODE(run({"import", catalogue, "--from", "json"}), 0);
+    EXPECT_EXIT_CODE(run({"import", catalogue, "--from", "package"}), 2);
+    EXPECT_EXIT_CODE(run({"import", catalogue, "--from", "word"}), 2);
 }
 
 TEST_F(CommandImportTest, RefusesWhatIsNoExport)

@@ -1,0 +1,14 @@
+// What import reads: one file of any kind, or several scripts, perhaps all of a folder.
+#pragma once
+
+#include <string>
+#include <vector>
+
+struct cli_source {
+    std::string name; // as messages show it
+    std::string bytes;
+};
+
+// Reads files and folders; "-" is standard input. Of a folder, all files named *.sql in it and in the folders below,
+// in the order of their names. Fails when one cannot be read, a folder holds no script, or a file is given twice.
+std::vector<cli_source> cli_read_sources(const std::vector<std::string> &paths);
