@@ -140,6 +140,8 @@ class shape_check {
 
     void check_value(const KT_variant *value, const member &m)
     {
+        if (value->type == KT_VARIANT_NULL && m.type == kind::text && !m.is_required)
+            return; // as good as absent
         if (!has_type(value, m.type))
             fail(place_, std::string("is not ") + words[static_cast<int>(m.type)]);
         if (m.type == kind::list)

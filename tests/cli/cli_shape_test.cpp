@@ -67,6 +67,9 @@ TEST_F(CliShapeTest, ASchemaOfTheRightShapePasses)
 {
     EXPECT_EXIT_CODE(run({"tables", write("s.json", sample_schema)}), 0);
     EXPECT_EXIT_CODE(run({"tables", write("s.json", R"({"compat_level":1})")}), 0);
+    EXPECT_EXIT_CODE(run({"tables", write("s.json", R"({"compat_level":1,"tbls":{"t":{"name":"T","pk":{"name":null,)"
+                                                    R"("cols":{}}}}})")}),
+                     0);
 }
 
 } // namespace
