@@ -1,14 +1,13 @@
 #include "cli_files.hpp"
 
 #include "cli.hpp"
+#include "cli_paths.hpp"
 
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <memory>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -51,35 +50,48 @@ static void my_write_all(int fd, const std::string &content, const std::string &
     }
 }
 
-// The rights that a new file gets, or those of the file that is replaced.
-static mode_t my_rights_for(const std::string &path)
+static mode_t my_rights_of_new_file()
 {
-    struct stat existing;
-    if (::stat(path.c_str(), &existing) == 0)
-        return existing.st_mode & 0777;
     const mode_t mask = ::umask(0);
     ::umask(mask);
     return 0666 & ~mask;
 }
 
-// The path that a symbolic link leads to, so that the link stays; the path itself where there is no file yet.
-static std::string my_behind_links(const std::string &path)
+// Gives a file the owner and the rights of the one that it will replace, as far as that is allowed. Rights that were
+// meant for another group are not handed to one's own.
+static bool my_make_alike(int fd, const struct stat &replaced)
 {
-    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
-    return resolved ? resolved.get() : path;
+    mode_t rights = replaced.st_mode & 0777;
+    if (::fchown(fd, replaced.st_uid, replaced.st_gid) != 0 &&
+        ::fchown(fd, static_cast<uid_t>(-1), replaced.st_gid) != 0)
+        rights &= ~static_cast<mode_t>(S_IRWXG);
+    return ::fchmod(fd, rights) == 0;
 }
 
-static void my_write_and_rename(const std::string &path, const std::string &content)
+// Whether there is a file, and which one. One that may not be written is not replaced either.
+static bool my_find_replaced(const std::string &target, const std::string &path, struct stat *replaced)
 {
-    const std::string target = my_behind_links(path);
+    const open_file file(::open(target.c_str(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC));
+    if (file.fd < 0 && errno == ENOENT)
+        return false;
+    if (file.fd < 0 || ::fstat(file.fd, replaced) != 0)
+        fail("cannot write", path, errno);
+    return true;
+}
+
+static void my_write_and_rename(const std::string &path, const std::string &target, const std::string &content)
+{
+    struct stat replaced;
+    const bool replaces = my_find_replaced(target, path, &replaced);
     std::string beside = target + ".XXXXXX";
     open_file file(::mkstemp(beside.data()));
     if (file.fd < 0)
         fail("cannot write", path, errno);
     try {
         my_write_all(file.fd, content, path);
-        if (::fchmod(file.fd, my_rights_for(path)) != 0 || ::fsync(file.fd) != 0 ||
-            ::rename(beside.c_str(), target.c_str()) != 0)
+        const bool alike =
+            replaces ? my_make_alike(file.fd, replaced) : ::fchmod(file.fd, my_rights_of_new_file()) == 0;
+        if (!alike || ::fsync(file.fd) != 0 || ::rename(beside.c_str(), target.c_str()) != 0)
             fail("cannot write", path, errno);
     } catch (...) {
         ::unlink(beside.c_str());
@@ -149,16 +161,23 @@ void cli_tell(const char *format, ...)
 }
 
 // A device or pipe cannot be replaced by a file beside it.
+static void my_write_on(const std::string &path, const std::string &content)
+{
+    const open_file file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
+    if (file.fd < 0)
+        fail("cannot write", path, errno);
+    my_write_all(file.fd, content, path);
+}
+
 void cli_write_file(const std::string &path, const std::string &content)
 {
     if (path == "-" || my_is_standard_output(path)) {
         cli_print(content);
-    } else if (my_is_special(path)) {
-        const open_file file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
-        if (file.fd < 0)
-            fail("cannot write", path, errno);
-        my_write_all(file.fd, content, path);
-    } else {
-        my_write_and_rename(path, content);
+        return;
     }
+    const std::string target = cli_behind_links(path);
+    if (my_is_special(path))
+        my_write_on(path, content);
+    else
+        my_write_and_rename(path, target, content);
 }

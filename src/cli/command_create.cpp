@@ -3,6 +3,7 @@
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
 #include "cli_json.hpp"
+#include "cli_paths.hpp"
 #include "cli_progress.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
@@ -36,6 +37,7 @@ static int my_run_create(const create_options &options)
     if (options.database == "-")
         throw cli_usage_failure("a database cannot be written to standard output; tov-schema sql prints a script that "
                                 "creates it");
+    cli_keep_inputs(options.database, {options.schema});
     const cli_context context;
     cli_schema schema(context.ctx);
     cli_load_schema(context.ctx, options.schema, &schema);
@@ -50,6 +52,7 @@ static int my_run_create(const create_options &options)
 
 static int my_run_sql(const create_options &options)
 {
+    cli_keep_inputs(options.output, {options.schema});
     const cli_context context;
     cli_schema schema(context.ctx);
     cli_load_schema(context.ctx, options.schema, &schema);

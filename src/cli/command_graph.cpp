@@ -2,6 +2,7 @@
 
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
+#include "cli_paths.hpp"
 #include "cli_references.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
@@ -184,6 +185,7 @@ static std::string my_as_mermaid(const graph &g)
 
 static int my_run(const graph_options &options)
 {
+    cli_keep_inputs(options.output, {options.schema});
     const cli_context context;
     cli_schema schema(context.ctx);
     cli_load_schema(context.ctx, options.schema, &schema);

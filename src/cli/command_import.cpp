@@ -2,6 +2,7 @@
 
 #include "cli_files.hpp"
 #include "cli_json.hpp"
+#include "cli_paths.hpp"
 #include "cli_progress.hpp"
 #include "cli_sources.hpp"
 #include "commands.hpp"
@@ -133,9 +134,21 @@ static std::string my_place(KT_context *ctx, const std::vector<cli_source> &sour
     return sources.size() > 1 || what.starts_with(sources.front().name) ? "" : sources.front().name;
 }
 
+// Folders among the sources stand for the files in them.
+static void my_keep_sources(const import_options &options, const std::vector<cli_source> &sources)
+{
+    std::vector<std::string> inputs = options.sources;
+    for (const cli_source &source : sources)
+        inputs.push_back(source.name);
+    cli_keep_inputs(options.output, inputs);
+    if (!options.findings.empty())
+        cli_keep_inputs(options.findings, inputs);
+}
+
 static void my_import(KT_context *ctx, const import_options &options, cli_schema *schema, findings_list *findings)
 {
     const std::vector<cli_source> sources = cli_read_sources(options.sources);
+    my_keep_sources(options, sources);
     const std::vector<tov_host_file> files = my_files(sources);
     const string_list only(options.only), skip(options.skip), renames(options.renames), defines(options.defines);
     tov_host_options host_options{};
@@ -158,7 +171,8 @@ static void my_import(KT_context *ctx, const import_options &options, cli_schema
 
 static int my_run(const import_options &options)
 {
-    if (options.findings == options.output)
+    if (options.findings == options.output ||
+        (!options.findings.empty() && cli_is_one_file(options.findings, options.output)))
         throw cli_usage_failure("schema and findings cannot both be written there", options.output);
     const cli_context context;
     KT_context *ctx = context.ctx;

@@ -3,6 +3,7 @@
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
 #include "cli_json.hpp"
+#include "cli_paths.hpp"
 #include "cli_references.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
@@ -22,6 +23,7 @@ struct lite_options {
 
 static int my_write_lite(const lite_options &options)
 {
+    cli_keep_inputs(options.output, {options.schema});
     const cli_context context;
     KT_context *ctx = context.ctx;
     cli_schema schema(ctx);

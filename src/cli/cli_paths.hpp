@@ -1,0 +1,15 @@
+// Which file a path leads to, whatever it is called.
+#pragma once
+
+#include <string>
+#include <vector>
+
+// The path that symbolic links lead to, whether there is a file or not. Fails on a link that is not to be followed: in
+// a folder where everybody may put links, that of somebody who is neither the user nor the folder's owner.
+std::string cli_behind_links(const std::string &path);
+
+// Whether two paths lead to one file, which may be about to be made.
+bool cli_is_one_file(const std::string &a, const std::string &b);
+
+// Refuses an output that is one of the inputs. "-" is standard input among the inputs, and never refused as output.
+void cli_keep_inputs(const std::string &output, const std::vector<std::string> &inputs);
