@@ -36,7 +36,8 @@ cli_option cli_option::required() const
 
 cli_option cli_option::between(int64_t least, int64_t most) const
 {
-    option_->check(CLI::Range(least, most));
+    const std::string values = std::to_string(least) + ".." + (most == INT64_MAX ? "" : std::to_string(most));
+    option_->check(CLI::Range(least, most, values));
     return *this;
 }
 

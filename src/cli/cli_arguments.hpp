@@ -48,7 +48,7 @@ class cli_command {
     cli_option option(const char *names, uint32_t &value, const char *help) const;
     cli_option option(const char *names, int64_t &value, const char *help) const;
     cli_option flag(const char *names, bool &value, const char *help) const;
-    // What stands in the help after the options, with an example.
+    // The end of the help, after the options, with an example.
     void details(const char *text) const;
     void runs(action run) const;
 

@@ -6,7 +6,7 @@
 // The content of a file, or of standard input for "-". Fails when it cannot be read or is empty.
 std::string cli_read_file(const std::string &path);
 
-// The same for a text: one that holds a NUL is refused, since a text ends there.
+// The same for a text file: one that holds a NUL is refused, since a string ends there.
 std::string cli_read_text(const std::string &path);
 
 // Writes a file, or to standard output for "-".

@@ -80,7 +80,7 @@ constexpr member document_members[] = {
     map("backend", backend),
 };
 
-constexpr const char *words[] = {"a text", "an integer", "true or false", "an object", "a list"};
+constexpr const char *words[] = {"a string", "an integer", "true or false", "an object", "a list"};
 
 bool has_type(const KT_variant *value, kind type)
 {
@@ -156,7 +156,7 @@ class shape_check {
     void check_each(const KT_variant *value, const member &m)
     {
         if (m.has_texts && value->type != KT_VARIANT_STRING)
-            fail(place_, "is not a text");
+            fail(place_, "is not a string");
         if (m.has_maps && value->type != KT_VARIANT_VHASH)
             fail(place_, "is not an object");
         if (m.has_maps)

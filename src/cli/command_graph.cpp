@@ -84,7 +84,7 @@ static const node *my_target(const graph &g, const cli_reference &reference)
     return found == g.index.end() ? nullptr : &g.nodes[found->second];
 }
 
-// Names stand inside HTML-like labels in both formats.
+// Names are inside HTML-like labels in both formats.
 static std::string my_escaped(const std::string &text)
 {
     std::string result;

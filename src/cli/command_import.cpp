@@ -197,8 +197,8 @@ void cli_add_import(cli_arguments &arguments)
     command.details(
         "SOURCE is a package (.dacpac, .bacpac), a T-SQL script, several of them or a folder of them (all its .sql\n"
         "files), or the JSON document that the query of tov-schema catalogue-query prints on a server. Its content\n"
-        "says which it is. Everything that cannot be carried over as it is is a finding, one line each on standard\n"
-        "error. PATTERN is SCHEMA.TABLE, or a table's name in every schema; * stands for any characters, ? for one.\n\n"
+        "says which it is. What is approximated or left out is a finding, one line each on standard error.\n"
+        "PATTERN is SCHEMA.TABLE, or a table's name in every schema; * stands for any characters, ? for one.\n\n"
         "Examples: tov-schema import Shop.dacpac -o schema.json\n"
         "          tov-schema import Tables/ --skip \"staging.*\" -o schema.json\n"
         "          tov-schema import catalogue.json -o schema.json --findings findings.json --strict");
@@ -209,7 +209,8 @@ void cli_add_import(cli_arguments &arguments)
     command.option("--only", options->only, "import only tables that match PATTERN; may be repeated", "PATTERN");
     command.option("--skip", options->skip, "leave out tables that match PATTERN; may be repeated", "PATTERN");
     command.option("--rename", options->renames,
-                   "name a table or column otherwise in SQLite; OLD is SCHEMA.TABLE or SCHEMA.TABLE.COLUMN", "OLD=NEW");
+                   "give a table or column another name in SQLite; OLD is SCHEMA.TABLE or SCHEMA.TABLE.COLUMN",
+                   "OLD=NEW");
     command.option("--encoding", options->encoding, "the encoding of scripts that are not Unicode, e.g. windows-1252",
                    "NAME");
     command.option("--define", options->defines, "the value of a variable $(NAME) in scripts", "NAME=VALUE");

@@ -73,11 +73,12 @@ static int my_run_load(const load_options &options)
 
 static void my_add_forms(const cli_command &command, load_options &options)
 {
-    command.option("--table", options.tbl, "the table that the rows go into (default: the file's name)");
-    command.option("--format", options.format, "bcp (default: found out from the first rows)").one_of({"auto", "bcp"});
-    command.option("--encoding", options.encoding, "of the files (default: as their mark says, or UTF-8)");
-    command.option("-t,--field-terminator", options.field_end, "what ends a field; \\t is a tab");
-    command.option("-r,--row-terminator", options.row_end, "what ends a row; \\n is a line end");
+    command.option("--table", options.tbl, "the table that the rows go into (default: the file's name)", "NAME");
+    command.option("--format", options.format, "bcp (default: found out from the first rows)", "NAME")
+        .one_of({"auto", "bcp"});
+    command.option("--encoding", options.encoding, "of the files (default: as their mark says, or UTF-8)", "NAME");
+    command.option("-t,--field-terminator", options.field_end, "what ends a field; \\t is a tab", "STRING");
+    command.option("-r,--row-terminator", options.row_end, "what ends a row; \\n is a line end", "STRING");
 }
 
 void cli_add_load(cli_arguments &arguments)
@@ -91,7 +92,8 @@ void cli_add_load(cli_arguments &arguments)
     command.argument("DATABASE", options->database, "the database file").required();
     command.argument("FILE", options->files, "files of rows, each named like its table").required();
     my_add_forms(command, *options);
-    command.option("--rejects", options->rejects, "keep refused rows in this directory, with the reasons beside them");
+    command.option("--rejects", options->rejects, "keep refused rows in this directory, with the reasons beside them",
+                   "FOLDER");
     command.option("--max-rejects", options->max_rejects, "fail when more rows than this are refused")
         .between(1, INT64_MAX);
     command.option("--batch", options->batch, "rows a transaction (default: 10000)").between(1, INT64_MAX);

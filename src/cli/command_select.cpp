@@ -42,7 +42,7 @@ static bool my_has_host_types(KT_context *ctx, tov_schema *schema, const std::st
     return has_all;
 }
 
-// Names stand in the text as they are: one that ends its quotes would make a statement of the schema's own choosing.
+// Names go into the text as they are: one that ends its quotes would make a statement of the schema's own choosing.
 static void my_refuse_unsafe_name(KT_context *ctx, const char *name)
 {
     const char *flaw = name ? tov_find_name_flaw(name) : nullptr; // without a name the text cannot be written

@@ -18,7 +18,7 @@ const shape_case shape_cases[] = {
     {R"({"compat_level":1,"tbls":[]})", "tbls is not an object"},
     {R"({"compat_level":1,"tbls":{"t":5}})", "tbls.t is not an object"},
     {R"({"compat_level":1,"tbls":{"t":{}}})", "tbls.t.name is missing"},
-    {R"({"compat_level":1,"tbls":{"t":{"name":1}}})", "tbls.t.name is not a text"},
+    {R"({"compat_level":1,"tbls":{"t":{"name":1}}})", "tbls.t.name is not a string"},
     {R"({"compat_level":1,"tbls":{"t":{"name":"T","txid":1.5}}})", "tbls.t.txid is not an integer"},
     {R"({"compat_level":1,"tbls":{"t":{"name":"T","cols":{"c":{"name":"C"}}}}})", "tbls.t.cols.c.type is missing"},
     {R"({"compat_level":1,"tbls":{"t":{"name":"T","cols":{"c":{"name":"C","type":{}}}}}})",
@@ -38,10 +38,10 @@ const shape_case shape_cases[] = {
     {R"({"compat_level":1,"tbls":{"t":{"name":"T","foreignkeys":{"f":{"ref_tbl_id":"x"}}}}})",
      "tbls.t.foreignkeys.f.cols is missing"},
     {R"({"compat_level":1,"tbls":{"t":{"name":"T","foreignkeys":{"f":{"ref_tbl_id":"x","cols":{"a":1}}}}}})",
-     "tbls.t.foreignkeys.f.cols.a is not a text"},
+     "tbls.t.foreignkeys.f.cols.a is not a string"},
     {R"({"compat_level":1,"tbls":{"t":{"name":"T","check":{"k":{"expr":null}}}}})",
-     "tbls.t.check.k.expr is not a text"},
-    {R"({"compat_level":1,"backend":{"name":1}})", "backend.name is not a text"},
+     "tbls.t.check.k.expr is not a string"},
+    {R"({"compat_level":1,"backend":{"name":1}})", "backend.name is not a string"},
 };
 
 TEST_F(CliShapeTest, APlaceCannotWriteOnTheTerminal)

@@ -1,39 +1,117 @@
 #!/usr/bin/env bash
-# What the README shows is what happens: the embedding example stands there exactly as it is compiled, followed by
-# what it prints, and the demonstration as it runs.
+# What the README shows is what happens: the embedding example is there exactly as it is compiled, followed by what it
+# prints; the commands work; the demonstration prints what docs/tour.md holds and the README quotes.
 #
 # readme_test.sh SOURCE_DIR example PROGRAM
 # readme_test.sh SOURCE_DIR demo COMMAND
+# readme_test.sh SOURCE_DIR commands COMMAND
+# readme_test.sh SOURCE_DIR install COMMAND BUILD_DIR
 set -euo pipefail
 
 source_dir=$1
 what=$2
 program=$3
+build_dir=${4:-}
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# block MARK LANGUAGE: the first block in that language after the mark <!-- MARK -->.
+# block FILE MARK LANGUAGE [N]: the first (or Nth) block in that language after the mark <!-- MARK -->.
 block()
 {
-    awk -v mark="<!-- $1 -->" -v fence="\`\`\`$2" '
-        $0 == mark { marked = 1 }
+    awk -v mark="<!-- $2 -->" -v fence="\`\`\`$3" -v wanted="${4:-1}" '
+        $0 == mark { marked = ++count == wanted }
         inside && $0 == "```" { exit }
         inside { print }
-        marked && $0 == fence { inside = 1 }' "$source_dir/README.md"
+        marked && $0 == fence { inside = 1 }' "$source_dir/$1"
+}
+
+# same EXPECTED PRINTED: fails with the difference.
+same()
+{
+    diff -u --label "in the documents" --label "printed by the $what" "$1" "$2"
+    test -s "$2"
+}
+
+check_example()
+{
+    block README.md examples/embed.c c >"$work/embed.c"
+    diff -u --label README.md --label examples/embed.c "$work/embed.c" "$source_dir/examples/embed.c"
+    block README.md examples/embed.c text >"$work/expected"
+    "$program" >"$work/printed"
+    same "$work/expected" "$work/printed"
+}
+
+check_demo()
+{
+    block docs/tour.md scripts/demo text >"$work/expected"
+    TOV_SCHEMA=$program "$source_dir/scripts/demo" >"$work/printed"
+    same "$work/expected" "$work/printed"
+    block README.md "part of scripts/demo" text >"$work/quoted"
+    test -s "$work/quoted"
+    while read -r line; do
+        grep -qxF -- "$line" "$work/printed" || { echo "not printed by the demo: $line" >&2 && exit 1; }
+    done <"$work/quoted"
+}
+
+# A server's part is played by a script: it takes the query and gives the catalogue of the examples.
+make_sqlcmd()
+{
+    cat >"$work/bin/sqlcmd" <<'STUB'
+#!/usr/bin/env bash
+while (($#)); do
+    case $1 in
+        -i) grep -q sqlserver-catalogue "$2" || exit 1 ;;
+        -o) cp shop.json "$2" && written=yes ;;
+    esac
+    shift
+done
+[[ ${written:-} == yes ]]
+STUB
+    chmod +x "$work/bin/sqlcmd"
+}
+
+check_commands()
+{
+    mkdir "$work/bin"
+    ln -s "$program" "$work/bin/tov-schema"
+    make_sqlcmd
+    cp -r "$source_dir/examples" "$work/examples"
+    cd "$work/examples"
+    local n script created=0
+    for ((n = 1; ; n++)); do
+        script=$(block README.md "run in examples" sh $n)
+        [[ -n $script ]] || break
+        if [[ $script == *"tov-schema create"* ]]; then
+            rm -f schema.json shop.db
+            created=$((created + 1))
+        fi
+        PATH=$work/bin:$PATH bash -euo pipefail -c "$script" >"$work/log" 2>&1 || { cat "$work/log" >&2 && exit 1; }
+        [[ $(sqlite3 shop.db "PRAGMA integrity_check") == ok ]]
+        sqlite3 shop.db "SELECT name FROM sqlite_schema WHERE type = 'table' ORDER BY name" >"$work/tables.$n"
+        cmp "$work/tables.1" "$work/tables.$n"
+    done
+    ((created == 2))
+    [[ $(wc -l <"$work/tables.1") -eq 12 ]]
+    [[ $(sqlite3 shop.db "SELECT Name FROM Countries") == Germany ]]
+}
+
+# The command is where the README says, and is installed and packaged as it says; what needs root goes elsewhere.
+check_install()
+{
+    block README.md build sh | grep -q "^build/release/${program#"$build_dir"/} --version$"
+    local script
+    script=$(sed -e "s#sudo cmake --install build/release#cmake --install build/release --prefix '$work/prefix'#" \
+        -e "s#sudo apt install ./\(.*\)#dpkg-deb --extract \1 '$work/root'#" \
+        -e "s#build/packages#PACKAGES#; s#build/release#'$build_dir'#; s#PACKAGES#'$work'/packages#" \
+        <<<"$(block README.md install sh)")
+    [[ $script != *sudo* ]]
+    bash -euo pipefail -c "$script" >"$work/log" 2>&1 || { cat "$work/log" >&2 && exit 1; }
+    "$work/prefix/bin/tov-schema" --version
+    "$work/root/usr/bin/tov-schema" --version
 }
 
 case $what in
-    example)
-        block examples/embed.c c >"$work/embed.c"
-        diff -u --label README.md --label examples/embed.c "$work/embed.c" "$source_dir/examples/embed.c"
-        block examples/embed.c text >"$work/expected"
-        "$program" >"$work/printed"
-        ;;
-    demo)
-        block scripts/demo text >"$work/expected"
-        TOV_SCHEMA=$program "$source_dir/scripts/demo" >"$work/printed"
-        ;;
+    example | demo | commands | install) "check_$what" ;;
+    *) exit 2 ;;
 esac
-diff -u --label README.md --label "printed by the $what" "$work/expected" "$work/printed"
-test -s "$work/printed"
