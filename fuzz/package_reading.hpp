@@ -46,9 +46,13 @@ inline void check_table(const host_table &table, int64_t id)
 
 inline void take_rows(KT_context *, void *data, const tov_host_row_part *part, const char *, size_t size)
 {
-    auto &left = *static_cast<uint64_t *>(data);
+    auto &taken = *static_cast<uint64_t *>(data);
     check(part->schema_name && part->tbl_name, "a part's table");
-    left = (left == 0 ? part->size : left) - size;
+    taken += size;
+    if (size > 0)
+        return;
+    check(taken == part->size, "a part's size");
+    taken = 0;
 }
 
 inline void read_watched(std::string_view bytes)
@@ -62,9 +66,9 @@ inline void read_watched(std::string_view bytes)
         const bool is_read = ended_well(ctx);
         for (size_t n = 0; is_read && n < catalogue.tables.size(); n++)
             check_table(catalogue.tables[n], static_cast<int64_t>(n + 1));
-        uint64_t left = 0;
-        tov_host__read_row_parts(ctx, bytes.data(), bytes.size(), take_rows, &left);
-        check(!ended_well(ctx) || left == 0, "a part's size");
+        uint64_t taken = 0;
+        tov_host__read_row_parts(ctx, bytes.data(), bytes.size(), take_rows, &taken);
+        ended_well(ctx);
         int64_t count = 0;
         tov_host__count_packed_rows(ctx, bytes.data(), bytes.size(), &count);
         ended_well(ctx);

@@ -90,6 +90,8 @@ void host_take_fk(KT_context *ctx, host_model &model, const host_node &element)
     fk.tbl = my_keep_reference(model, element, "DefiningTable");
     fk.ref_tbl = my_keep_reference(model, element, "ForeignTable");
     KT_TRY(host_keep_last_part(ctx, model, element.name, &fk.fk.name));
+    if (fk.ref_tbl.empty())
+        KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "foreign key %s refers to no table", host_shown_name(fk.fk.name));
     fk.fk.is_system_named = !fk.fk.name;
     fk.fk.is_disabled = host_is_true(element, "IsDisabled");
     fk.fk.not_for_replication = host_is_true(element, "IsNotForReplication");

@@ -1,12 +1,8 @@
-// Everything is given to the tables and columns that it names, and put in an order that does not depend on the
-// model's: two packages of one database give the same catalogue.
+// Everything is given to the tables and columns that it names. Elements stand in any order, so this comes last.
 #include "package/host_model.hpp"
 
 #include "package/host_names.hpp"
 #include "records/host_declared_type.hpp"
-
-#include <algorithm>
-#include <numeric>
 
 #define KT_HERE "src/host/package/host_model_join"
 
@@ -83,7 +79,7 @@ static void my_join_histories(host_model &model)
 static void my_report_stray(KT_context *ctx, host_model &model, const char *what, const char *name,
                             std::string_view tbl)
 {
-    const std::string text = std::string(name ? name : "without a name") + " of " + std::string(tbl);
+    const std::string text = std::string(host_shown_name(name)) + " of " + std::string(tbl);
     KT_TRY(model.findings.add(ctx, "constraint-without-table", nullptr, nullptr, text.c_str(),
                               std::string("left out: the model has no table that this ") + what + " belongs to"));
 }
@@ -133,7 +129,6 @@ static void my_join_index(KT_context *ctx, host_model &model, host_model_index &
 static void my_name_referenced(KT_context *ctx, host_model &model, host_model_fk &fk)
 {
     if (const host_table *table = my_find_table(model, fk.ref_tbl)) {
-        fk.fk.ref_tbl_id = table->id;
         fk.fk.ref_schema = table->schema_name;
         fk.fk.ref_table = table->name;
         return;
@@ -153,7 +148,7 @@ static void my_join_fk(KT_context *ctx, host_model &model, host_model_fk &fk)
     }
     if (fk.cols.size() != fk.ref_cols.size())
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "model.xml: foreign key %s of table %s has %zu columns and refers to %zu",
-                fk.fk.name ? fk.fk.name : "without a name", table->label.c_str(), fk.cols.size(), fk.ref_cols.size());
+                host_shown_name(fk.fk.name), table->label.c_str(), fk.cols.size(), fk.ref_cols.size());
     KT_TRY(my_name_referenced(ctx, model, fk));
     for (size_t n = 0; n < fk.cols.size(); n++) {
         const char *col_name = nullptr, *ref_col_name = nullptr;
@@ -202,80 +197,12 @@ static void my_join_description(host_model &model, const host_model_description 
         table->description = description.text;
 }
 
-static int my_compare(std::string_view a, std::string_view b)
+// Ids follow from the order, so that they do not depend on the model's.
+static void my_number(host_catalogue &catalogue)
 {
-    const auto folded = [](char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte | 0x20) : byte; };
-    for (size_t n = 0; n < std::min(a.size(), b.size()); n++) {
-        const auto x = static_cast<unsigned char>(folded(a[n])), y = static_cast<unsigned char>(folded(b[n]));
-        if (x != y)
-            return x < y ? -1 : 1;
-    }
-    return a.size() == b.size() ? a.compare(b) : a.size() < b.size() ? -1 : 1;
-}
-
-static bool my_table_is_before(const host_table &a, const host_table &b)
-{
-    const int schemas = my_compare(a.schema_name, b.schema_name);
-    return schemas != 0 ? schemas < 0 : my_compare(a.name, b.name) < 0;
-}
-
-static std::string my_text_of(const host_key &key)
-{
-    std::string text;
-    for (const char *name : key.col_names)
-        text += std::string(text.empty() ? "" : ", ") + name;
-    return text;
-}
-
-static std::string my_text_of(const host_foreignkey &fk)
-{
-    std::string text;
-    for (const auto &[name, ref_name] : fk.col_names)
-        text += std::string(text.empty() ? "" : ", ") + name;
-    return text;
-}
-
-static std::string my_text_of(const host_check &check)
-{
-    return check.definition ? check.definition : "";
-}
-
-static std::string my_text_of(const host_index &index)
-{
-    return index.name ? index.name : "";
-}
-
-// By name; those without one come last, in the order of what they say.
-template <class Record> static void my_sort(std::vector<Record> &records)
-{
-    std::stable_sort(records.begin(), records.end(), [](const Record &a, const Record &b) {
-        if (a.name && b.name)
-            return my_compare(a.name, b.name) < 0;
-        return a.name || b.name ? a.name != nullptr : my_text_of(a) < my_text_of(b);
-    });
-}
-
-// The order in which the tables will stand: their ids, which references need before the tables move.
-static void my_number_tables(host_catalogue &catalogue)
-{
-    std::vector<uint32_t> order(catalogue.tables.size());
-    std::iota(order.begin(), order.end(), 0);
-    std::sort(order.begin(), order.end(),
-              [&](uint32_t a, uint32_t b) { return my_table_is_before(catalogue.tables[a], catalogue.tables[b]); });
-    for (size_t n = 0; n < order.size(); n++)
-        catalogue.tables[order[n]].id = static_cast<int64_t>(n + 1);
-}
-
-static void my_number_rest(host_catalogue &catalogue)
-{
-    int64_t fks = 0, defaults = 0;
+    int64_t tables = 0, fks = 0, defaults = 0;
     for (host_table &table : catalogue.tables) {
-        my_sort(table.uniques);
-        std::stable_partition(table.uniques.begin(), table.uniques.end(),
-                              [](const host_key &key) { return !key.is_index; });
-        my_sort(table.indexes);
-        my_sort(table.fks);
-        my_sort(table.checks);
+        table.id = ++tables;
         for (host_foreignkey &fk : table.fks)
             fk.id = ++fks;
         for (host_column &col : table.cols)
@@ -285,8 +212,6 @@ static void my_number_rest(host_catalogue &catalogue)
 
 void host_join_model(KT_context *ctx, host_model &model)
 {
-    host_catalogue &catalogue = model.catalogue;
-    my_number_tables(catalogue);
     KT_TRY(my_join_types(ctx, model));
     my_join_collations(model);
     my_join_histories(model);
@@ -300,7 +225,6 @@ void host_join_model(KT_context *ctx, host_model &model)
         KT_TRY(my_join_default(ctx, model, entry));
     for (const host_model_description &description : model.descriptions)
         my_join_description(model, description);
-    std::sort(catalogue.tables.begin(), catalogue.tables.end(),
-              [](const host_table &a, const host_table &b) { return a.id < b.id; });
-    my_number_rest(catalogue);
+    host_order_catalogue(model.catalogue);
+    my_number(model.catalogue);
 }

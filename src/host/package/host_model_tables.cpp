@@ -44,7 +44,7 @@ static void my_read_column_type(KT_context *ctx, host_model &model, const host_n
 {
     const host_node *specifier = host_related(element, "TypeSpecifier");
     const host_node *reference = specifier ? host_related(*specifier, "Type") : nullptr;
-    if (!reference)
+    if (!reference || reference->name.empty())
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "column %s has no type", std::string(element.name).c_str());
     if (!my_is_built_in(*reference)) {
         model.alias_uses.push_back({place, my_keep(model, reference->name)});

@@ -49,13 +49,13 @@ static const constraint_case from_server[] = {
      t + a_model_key("SqlPrimaryKeyConstraint", "", "[dbo].[T]", "[dbo].[T].[A]") +
          a_model_key("SqlUniqueConstraint", "", "[dbo].[T]", "[dbo].[T].[B]"),
      "  pk nameless(A) clustered\n  unique nameless(B)\n"},
-    {"unique constraints before unique indexes, each by name, those without one last",
+    {"unique keys by name, those without one last",
      t + a_model_key("SqlIndex", "[dbo].[T].[U0]", "[dbo].[T]", "[dbo].[T].[A]", a_property("IsUnique", "True")) +
          a_model_key("SqlUniqueConstraint", "", "[dbo].[T]", "[dbo].[T].[A]") +
          a_model_key("SqlUniqueConstraint", "[dbo].[u2]", "[dbo].[T]", "[dbo].[T].[B]") +
          a_model_key("SqlUniqueConstraint", "[dbo].[U1]", "[dbo].[T]", "[dbo].[T].[A]",
                      a_property("IsClustered", "True")),
-     "  unique U1(A) clustered\n  unique u2(B)\n  unique nameless(A)\n  unique index U0(A)\n"},
+     "  unique index U0(A)\n  unique U1(A) clustered\n  unique u2(B)\n  unique nameless(A)\n"},
     {"a unique index with a filter and columns beside the key",
      t + a_model_key("SqlIndex", "[dbo].[T].[U]", "[dbo].[T]", "[dbo].[T].[A]",
                      a_property("IsUnique", "True") + a_script("FilterPredicate", "([A]>(10))") +
@@ -70,16 +70,16 @@ static const constraint_case from_server[] = {
      an_fk("[dbo].[FK]", "[dbo].[T].[A] [dbo].[T].[B]", "[s].[P]", "[s].[P].[D] [s].[P].[C]",
            a_property("OnDeleteAction", "1")) +
          p + t,
-     "  fk FK(A:D,B:C) 2 s.P CASCADE/NO ACTION\n"},
+     "  fk FK(A:D,B:C) 0 s.P CASCADE/NO ACTION\n"},
     {"a foreign key that the server named and has not checked",
      p + t + an_fk("", "[dbo].[T].[A]", "[s].[P]", "[s].[P].[C]", untrusted),
-     "  fk nameless(A:C) 2 s.P NO ACTION/NO ACTION untrusted\n"},
+     "  fk nameless(A:C) 0 s.P NO ACTION/NO ACTION untrusted\n"},
     {"foreign keys by name, those without one by their columns",
      p + t + an_fk("", "[dbo].[T].[B]", "[s].[P]", "[s].[P].[C]") +
          an_fk("", "[dbo].[T].[A]", "[s].[P]", "[s].[P].[C]") +
          an_fk("[dbo].[Z]", "[dbo].[T].[A]", "[s].[P]", "[s].[P].[C]"),
-     "  fk Z(A:C) 2 s.P NO ACTION/NO ACTION\n  fk nameless(A:C) 2 s.P NO ACTION/NO ACTION\n"
-     "  fk nameless(B:C) 2 s.P NO ACTION/NO ACTION\n"},
+     "  fk Z(A:C) 0 s.P NO ACTION/NO ACTION\n  fk nameless(A:C) 0 s.P NO ACTION/NO ACTION\n"
+     "  fk nameless(B:C) 0 s.P NO ACTION/NO ACTION\n"},
     {"a foreign key to a table of another package", t + an_fk("[dbo].[FK]", "[dbo].[T].[A]", "[x].[Q]", "[x].[Q].[Z]"),
      "  fk FK(A:Z) 0 x.Q NO ACTION/NO ACTION\n"},
     {"a check of a server lacks its outermost parentheses", t + a_check("[dbo].[CK]", "[A]>(0)"),
@@ -93,7 +93,7 @@ static const constraint_case from_server[] = {
          an_fk("[dbo].[FK]", "[dbo].[T].[A]", "[s].[P]", "[s].[P].[C]", a_property("IsDisabled", "True")) +
          a_model_key("SqlUniqueConstraint", "[dbo].[U]", "[dbo].[T]", "[dbo].[T].[A]",
                      a_property("IsDisabled", "True")),
-     "  unique U(A) disabled\n  fk FK(A:C) 2 s.P NO ACTION/NO ACTION disabled\n  check CK (1=1) disabled\n"},
+     "  unique U(A) disabled\n  fk FK(A:C) 0 s.P NO ACTION/NO ACTION disabled\n  check CK (1=1) disabled\n"},
 };
 
 static const constraint_case from_project[] = {
@@ -211,13 +211,26 @@ TEST_F(HostModelConstraintsTest, Refused)
     }
 }
 
-TEST_F(HostModelConstraintsTest, AnActionThatIsNone)
+TEST_F(HostModelConstraintsTest, RefusedWithItsPlace)
 {
-    read(a_package(t + p +
-                   an_fk("[dbo].[FK]", "[dbo].[T].[A]", "[s].[P]", "[s].[P].[C]", a_property("OnUpdateAction", "4"))));
-    EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
-    EXPECT_TRUE(std::string_view(KT_context__err_description(ctx))
-                    .ends_with("OnUpdateAction is 4, not a number from 0 "
-                               "to 3"));
-    reset();
+    const struct {
+        const char *name;
+        std::string elements;
+        const char *message;
+    } refusals[] = {
+        {"an action that is none",
+         an_fk("[dbo].[FK]", "[dbo].[T].[A]", "[s].[P]", "[s].[P].[C]", a_property("OnUpdateAction", "4")),
+         "OnUpdateAction is 4, not a number from 0 to 3"},
+        {"a foreign key to nothing", an_fk("[dbo].[FK]", "[dbo].[T].[A]", "", "[s].[P].[C]"),
+         "foreign key FK refers to no table"},
+    };
+    for (const auto &c : refusals) {
+        SCOPED_TRACE(c.name);
+        read(a_package(c.elements));
+        EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
+        const std::string description = KT_context__err_description(ctx);
+        EXPECT_TRUE(description.starts_with("model.xml:1:")) << description;
+        EXPECT_TRUE(description.ends_with(std::string(": ") + c.message)) << description;
+        reset();
+    }
 }

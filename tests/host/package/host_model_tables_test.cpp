@@ -215,6 +215,7 @@ TEST_F(HostModelTablesTest, Refused)
         {"a column without a type",
          a_model_table("[dbo].[T]", "<Entry>" + an_element("SqlSimpleColumn", "[dbo].[T].[A]", "") + "</Entry>"),
          "column [dbo].[T].[A] has no type"},
+        {"a column whose type has no name", one_col(""), "column [dbo].[T].[A] has no type"},
         {"a length that is not a number", one_col("[nvarchar]", a_property("Length", "4x")),
          "Length is '4x', not a number from 0 to 1000000000"},
         {"a negative length", one_col("[nvarchar]", a_property("Length", "-4")),
