@@ -11,10 +11,21 @@
 
 namespace {
 
-struct load_totals {
+// What became of the rows of a table, whose rows may have come in several files.
+struct table_line {
+    std::string name;
     int64_t read = 0;
     int64_t loaded = 0;
     int64_t rejected = 0;
+    int64_t shortened = 0;
+    int64_t left_out = 0;
+    double seconds = 0;
+};
+
+struct load_summary {
+    std::vector<table_line> tables;
+    table_line total;
+    std::vector<std::string> notes;
 };
 
 constexpr size_t column_count = 6;
@@ -38,14 +49,12 @@ static std::string my_text(KT_context *ctx, const KT_vhash *record, const char *
     return cli_harmless(text);
 }
 
-static std::string my_seconds(KT_context *ctx, const KT_vhash *record)
+static bool my_flag(KT_context *ctx, const KT_vhash *record, const char *key)
 {
-    double seconds = 0;
-    KT_vhash__get__double(ctx, record, "seconds", &seconds);
-    cli_check(ctx, "seconds");
-    char digits[40];
-    std::snprintf(digits, sizeof digits, "%.2f", seconds);
-    return digits;
+    KT_bool flag = 0;
+    KT_vhash__get__bool(ctx, record, key, &flag);
+    cli_check(ctx, key);
+    return flag;
 }
 
 // The number of shortened values; the columns are told on lines of their own.
@@ -62,32 +71,53 @@ static int64_t my_shortened(KT_context *ctx, const KT_vhash *record, std::vector
         cli_check(ctx, "shortened");
         const int64_t values = my_number(ctx, counts, col);
         total += values;
-        notes.push_back("note: " + my_text(ctx, record, "table") + ", column " + cli_harmless(col) + ": " +
-                        std::to_string(values) + " values were shortened to three fraction digits");
+        notes.push_back("note: " + my_text(ctx, record, "table") + ", column " + col + ": " + std::to_string(values) +
+                        " values were shortened to three fraction digits");
     }
     return total;
 }
 
-static load_line my_line(KT_context *ctx, const KT_vhash *record, load_totals &totals, std::vector<std::string> &notes)
+static table_line &my_line_of(load_summary &summary, const std::string &name)
 {
-    const int64_t read = my_number(ctx, record, "read");
-    const int64_t loaded = my_number(ctx, record, "loaded");
-    const int64_t rejected = my_number(ctx, record, "rejected");
-    KT_bool before = 0;
-    KT_vhash__get__bool(ctx, record, "before", &before);
-    if (before)
-        notes.push_back("note: " + my_text(ctx, record, "file") + " was loaded before; --again loads it once more");
-    else
-        notes.push_back("note: " + my_text(ctx, record, "file") + " was read as " + my_text(ctx, record, "dialect"));
-    totals.read += read;
-    totals.loaded += loaded;
-    totals.rejected += rejected;
-    return {my_text(ctx, record, "table"),
-            std::to_string(read),
-            std::to_string(loaded),
-            std::to_string(rejected),
-            std::to_string(my_shortened(ctx, record, notes)),
-            my_seconds(ctx, record)};
+    for (table_line &line : summary.tables)
+        if (line.name == name)
+            return line;
+    summary.tables.push_back({name});
+    return summary.tables.back();
+}
+
+static void my_add_record(KT_context *ctx, const KT_vhash *record, load_summary &summary)
+{
+    const std::string file = my_text(ctx, record, "file");
+    if (my_flag(ctx, record, "before"))
+        summary.notes.push_back("note: " + file + " was loaded before; --again loads it once more");
+    else if (!my_flag(ctx, record, "part"))
+        summary.notes.push_back("note: " + file + " was read as " + my_text(ctx, record, "dialect"));
+    table_line line;
+    line.read = my_number(ctx, record, "read");
+    line.loaded = my_number(ctx, record, "loaded");
+    line.rejected = my_number(ctx, record, "rejected");
+    line.shortened = my_shortened(ctx, record, summary.notes);
+    KT_vhash__get__double(ctx, record, "seconds", &line.seconds);
+    cli_check(ctx, "seconds");
+    if (my_flag(ctx, record, "history"))
+        line.left_out = line.read;
+    for (table_line *sum : {&my_line_of(summary, my_text(ctx, record, "table")), &summary.total}) {
+        sum->read += line.read;
+        sum->loaded += line.loaded;
+        sum->rejected += line.rejected;
+        sum->shortened += line.shortened;
+        sum->left_out += line.left_out;
+        sum->seconds += line.seconds;
+    }
+}
+
+static load_line my_texts(const table_line &line)
+{
+    char seconds[40];
+    std::snprintf(seconds, sizeof seconds, "%.2f", line.seconds);
+    return {cli_harmless(line.name),       std::to_string(line.read),      std::to_string(line.loaded),
+            std::to_string(line.rejected), std::to_string(line.shortened), seconds};
 }
 
 // Names stand at the left, numbers at the right.
@@ -107,6 +137,21 @@ static std::string my_layout(const std::vector<load_line> &lines)
     return text;
 }
 
+static void my_print(const load_summary &summary)
+{
+    std::vector<load_line> lines = {{"table", "read", "loaded", "rejected", "shortened", "seconds"}};
+    for (const table_line &line : summary.tables)
+        lines.push_back(my_texts(line));
+    lines.push_back(my_texts(summary.total));
+    for (const std::string &note : summary.notes)
+        cli_tell_line("tov-schema: " + note);
+    for (const table_line &line : summary.tables)
+        if (line.left_out > 0)
+            cli_tell_line("tov-schema: note: " + std::to_string(line.left_out) + " rows of " + line.name +
+                          " are the history of a temporal table, and are left out");
+    cli_print(my_layout(lines));
+}
+
 int cli_finish_load(KT_context *ctx, cli_loader &loader, const std::string &database, const std::string &rejects,
                     bool quiet)
 {
@@ -117,26 +162,20 @@ int cli_finish_load(KT_context *ctx, cli_loader &loader, const std::string &data
     for (const std::string &remark : cli_take_texts(ctx, remarks))
         cli_tell_line("tov-schema: " + remark);
 
-    std::vector<load_line> lines = {{"table", "read", "loaded", "rejected", "shortened", "seconds"}};
-    std::vector<std::string> notes;
-    load_totals totals;
+    load_summary summary;
+    summary.total.name = "total";
     uint32_t count = 0;
     KT_varray__count(ctx, report, &count);
     for (uint32_t n = 0; n < count; n++) {
         KT_vhash *record = nullptr;
         KT_varray__get__vhash(ctx, report, n, &record);
-        lines.push_back(my_line(ctx, record, totals, notes));
+        my_add_record(ctx, record, summary);
     }
-    lines.push_back(
-        {"total", std::to_string(totals.read), std::to_string(totals.loaded), std::to_string(totals.rejected), "", ""});
-    if (!quiet) {
-        for (const std::string &note : notes)
-            cli_tell_line("tov-schema: " + note);
-        cli_print(my_layout(lines));
-    }
-    if (totals.rejected == 0)
+    if (!quiet)
+        my_print(summary);
+    if (summary.total.rejected == 0)
         return cli_done;
     const std::string where = rejects.empty() ? "; --rejects DIR keeps them" : "; they are in " + rejects;
-    cli_tell_line("tov-schema: " + std::to_string(totals.rejected) + " rows were REJECTED" + where);
+    cli_tell_line("tov-schema: " + std::to_string(summary.total.rejected) + " rows were REJECTED" + where);
     return cli_found;
 }

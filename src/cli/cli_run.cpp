@@ -28,6 +28,7 @@ static void my_add_commands(cli_arguments &arguments)
     cli_add_import(arguments);
     cli_add_create(arguments);
     cli_add_sql(arguments);
+    cli_add_convert(arguments);
     cli_add_load(arguments);
     cli_add_tables(arguments);
     cli_add_default(arguments);

@@ -7,6 +7,7 @@ void cli_add_catalogue_query(cli_arguments &arguments);
 void cli_add_import(cli_arguments &arguments);
 void cli_add_create(cli_arguments &arguments);
 void cli_add_sql(cli_arguments &arguments);
+void cli_add_convert(cli_arguments &arguments);
 void cli_add_load(cli_arguments &arguments);
 void cli_add_tables(cli_arguments &arguments);
 void cli_add_default(cli_arguments &arguments);

@@ -13,6 +13,8 @@
 
 #include "tov_parse_defin.h"
 
+#include <stddef.h>
+
 /**
  * Writes the whole script that tov_client__create_database() runs: settings, BEGIN, tables, triggers, COMMIT. The
  * sqlite3 shell accepts it (with -bail, so that it too creates everything or nothing).
@@ -90,6 +92,9 @@ typedef struct tov_client_load_options {
     KT_bool skip_references;
     /** Whether the triggers run for every row, though converting a value decides what they would. */
     KT_bool with_triggers;
+    /** Whether the database is of no use if the load fails: then nothing is done to survive a failing machine, which is
+     * faster. */
+    KT_bool is_scratch;
     /** Optional: called from time to time with the bytes of a file that are done. */
     void (*progress)(void *data, const char *file, int64_t done, int64_t total);
     void *data;
@@ -113,11 +118,29 @@ void tov_client__open_loader(KT_context *ctx, tov_schema *schema, const char *da
 /** Loads the rows of a file; those that are refused are no failure. After a failure the loader can only be freed. */
 void tov_client__load_file(KT_context *ctx, tov_client_loader *loader, const char *path) noexcept;
 
+/** Takes the next bytes of a row part; after its last ones it is called once more with a size of 0. */
+typedef void (*tov_client_take_part)(KT_context *ctx, void *data, const char *schema_name, const char *tbl_name,
+                                     uint32_t number, const char *bytes, size_t size);
+
+/** Hands all row parts of a source to take, part by part. Called again when rows have to be found again. */
+typedef void (*tov_client_read_parts)(KT_context *ctx, void *data, tov_client_take_part take, void *take_data);
+
+/**
+ * Loads the row parts of a package: rows in bcp's native form, without computed columns. Rows of a temporal table's
+ * history are counted and left out.
+ *
+ * @param name  of the source, for the record of what was loaded.
+ * @param data  handed to read; must stay until the load is finished.
+ */
+void tov_client__load_parts(KT_context *ctx, tov_client_loader *loader, const char *name, tov_client_read_parts read,
+                            void *data) noexcept;
+
 /**
  * Ends a load: refuses rows that refer to rows that are not there, after all files, and tells what became of each file.
  *
  * @param[out] report   owned; for each file and table a map with "file", "table", "dialect", "read", "loaded",
- *                      "rejected", "shortened" (column to number of values), "seconds" and "before" (loaded earlier).
+ *                      "rejected", "shortened" (column to number of values), "seconds", "before" (loaded earlier) and
+ * "history" (rows that are left out).
  * @param[out] remarks  owned; texts about the first rows that were refused.
  */
 void tov_client__finish_load(KT_context *ctx, tov_client_loader *loader, KT_varray **report,

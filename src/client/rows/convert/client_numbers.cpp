@@ -55,7 +55,7 @@ static exact_limits my_limits(const client_server_type &type) noexcept
     case client_base::smallmoney:
         return {-2147483647 - 1, 2147483647, 4};
     case client_base::money:
-        return {-max_int64, max_int64, 4};
+        return {std::numeric_limits<int64_t>::min(), max_int64, 4};
     default:
         break;
     }

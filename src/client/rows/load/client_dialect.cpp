@@ -118,8 +118,18 @@ static bool my_may_hold_lines(client_base base) noexcept
     return client_is_text(base) || base == client_base::variant;
 }
 
+static std::unique_ptr<client_reader> my_make_native_reader(const client_row_tbl &tbl, const client_dialect &dialect)
+{
+    std::vector<client_server_type> types;
+    for (const size_t col : dialect.cols)
+        types.push_back(tbl.cols[col].server_type);
+    return client_make_native_reader(types);
+}
+
 std::unique_ptr<client_reader> client_make_reader(const client_row_tbl &tbl, const client_dialect &dialect)
 {
+    if (dialect.format == client_format::native)
+        return my_make_native_reader(tbl, dialect);
     client_bcp_form form{dialect.field_end, dialect.row_end, dialect.cols.size(), {}};
     for (const size_t col : dialect.cols)
         form.holds_lines.push_back(my_may_hold_lines(tbl.cols[col].type.base));
@@ -183,6 +193,17 @@ static std::vector<std::vector<size_t>> my_column_sets(const client_row_tbl &tbl
     return sets;
 }
 
+// Rows of the native form have what bcp writes of a table: no computed columns in packages, all of them by bcp itself.
+static void my_try_native(dialect_search &search)
+{
+    for (std::vector<size_t> &cols : my_column_sets(search.tbl)) {
+        client_dialect dialect;
+        dialect.format = client_format::native;
+        dialect.cols = cols;
+        my_try(search, dialect);
+    }
+}
+
 static void my_try_bcp(dialect_search &search, const client_dialect_wish &wish)
 {
     for (const std::vector<size_t> &cols : my_column_sets(search.tbl)) {
@@ -206,7 +227,10 @@ void client_guess_dialect(KT_context *ctx, const client_row_tbl &tbl, const clie
                           std::string_view sample, bool is_all, client_converter &converter, client_dialect &dialect)
 {
     dialect_search search{tbl, sample, is_all, converter, {}, {}};
-    my_try_bcp(search, wish);
+    if (wish.format == client_format::guess || wish.format == client_format::bcp)
+        my_try_bcp(search, wish);
+    if (wish.format == client_format::native || (wish.format == client_format::guess && search.best_score.good == 0))
+        my_try_native(search);
     if (search.best.cols.empty() && !wish.field_end.empty() && !wish.row_end.empty()) {
         search.best.field_end = wish.field_end;
         search.best.row_end = wish.row_end;
@@ -217,4 +241,15 @@ void client_guess_dialect(KT_context *ctx, const client_row_tbl &tbl, const clie
                 "no dialect is known in which the first rows have the table's %u columns; say which it is",
                 static_cast<unsigned>(tbl.cols.size()));
     dialect = search.best;
+}
+
+client_dialect client_native_dialect(const client_row_tbl &tbl)
+{
+    client_dialect dialect;
+    dialect.format = client_format::native;
+    for (size_t n = 0; n < tbl.cols.size(); n++) {
+        if (!tbl.cols[n].computed)
+            dialect.cols.push_back(n);
+    }
+    return dialect;
 }

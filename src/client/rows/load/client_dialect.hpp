@@ -42,3 +42,6 @@ std::unique_ptr<client_reader> client_make_reader(const client_row_tbl &tbl, con
 
 // For a person: bcp, fields end with "|", rows with "\n".
 std::string client_show_dialect(const client_dialect &dialect);
+
+// The one dialect of row parts of packages.
+client_dialect client_native_dialect(const client_row_tbl &tbl);

@@ -9,18 +9,6 @@
 
 #define KT_HERE "src/client/rows/load/client_load_references"
 
-namespace {
-// What is needed to find the rows of one part again.
-struct row_search {
-    client_statement_handle runs;
-    client_statement_handle orphan;
-    client_statement_handle deletion;
-    client_run run;
-    size_t rowid_field = SIZE_MAX; // the field that is the integer primary key, if there is one
-    int64_t found = 0;
-};
-} // namespace
-
 static const char *my_rowid_name(const client_row_tbl &tbl) noexcept
 {
     for (const char *name : {"rowid", "_rowid_", "oid"}) {
@@ -54,133 +42,140 @@ static void my_collect_orphans(KT_context *ctx, tov_client_loader &loader, const
     any = found != 0;
 }
 
-static void my_prepare_search(KT_context *ctx, tov_client_loader &loader, const client_load_part &part,
-                              row_search &search)
+void client_row_search::prepare(KT_context *ctx, tov_client_loader &loader)
 {
-    const client_row_tbl &tbl = part.target->tbl;
+    const client_row_tbl &tbl = part_.target->tbl;
     client_connection &database = loader.database;
     KT_TRY(client_connection__prepare(ctx, database,
                                       "SELECT first_row, rows, first_rowid FROM \"" + loader.prefix +
                                           "load_runs\" WHERE load = ?1 ORDER BY first_row",
-                                      search.runs));
-    database.functions->bind_int64(search.runs.statement, 1, part.progress.id);
-    KT_TRY(client_connection__prepare(ctx, database, "SELECT parent, fkid FROM temp.tov_orphans WHERE id = ?1",
-                                      search.orphan));
+                                      runs_));
+    database.functions->bind_int64(runs_.statement, 1, part_.progress.id);
+    KT_TRY(
+        client_connection__prepare(ctx, database, "SELECT parent, fkid FROM temp.tov_orphans WHERE id = ?1", orphan_));
     KT_TRY(client_connection__prepare(
-        ctx, database, "DELETE FROM " + client_quoted(tbl.name) + " WHERE " + my_rowid_name(tbl) + " = ?1",
-        search.deletion));
+        ctx, database, "DELETE FROM " + client_quoted(tbl.name) + " WHERE " + my_rowid_name(tbl) + " = ?1", deletion_));
+    reader_ = client_make_reader(tbl, job_.dialect);
+    for (size_t n = 0; n < part_.layout->cols.size(); n++) {
+        if (part_.layout->cols[n] != client_no_col && tbl.cols[part_.layout->cols[n]].rowid)
+            rowid_field_ = n;
+    }
 }
 
-// Moves to the run that a row is in, or to the first after it; a run of no rows says that there is none.
-static void my_find_run(KT_context *ctx, tov_client_loader &loader, int64_t number, row_search &search)
+// Moves to the run that the row is in, or to the first after it; a run of no rows says that there is none.
+void client_row_search::find_run(KT_context *ctx, tov_client_loader &loader)
 {
     bool has = true;
-    while (has && search.run.first_row + search.run.count <= number) {
-        KT_TRY(client_connection__step(ctx, loader.database, search.runs.statement, has));
+    while (has && run_.first_row + run_.count <= number_) {
+        KT_TRY(client_connection__step(ctx, loader.database, runs_.statement, has));
         const KT_sqlite_functions *functions = loader.database.functions;
-        search.run = {INT64_MAX / 2, 0, 0};
+        run_ = {INT64_MAX / 2, 0, 0};
         if (has)
-            search.run = {functions->column_int64(search.runs.statement, 0),
-                          functions->column_int64(search.runs.statement, 1),
-                          functions->column_int64(search.runs.statement, 2)};
+            run_ = {functions->column_int64(runs_.statement, 0), functions->column_int64(runs_.statement, 1),
+                    functions->column_int64(runs_.statement, 2)};
     }
 }
 
 // The columns of a reference, and which of a row's fields is the first of them.
-static void my_describe(KT_context *ctx, tov_client_loader &loader, const client_load_part &part, int64_t fk,
-                        const std::string &parent, client_verdict &verdict)
+void client_row_search::describe(KT_context *ctx, tov_client_loader &loader, client_verdict &verdict)
 {
+    const client_connection &database = loader.database;
+    const std::string parent(client_column_text(database, orphan_.statement, 0));
     client_statement_handle handle;
     bool has = false;
     std::string names;
     KT_TRY(client_connection__prepare(ctx, loader.database,
                                       "SELECT \"from\" FROM pragma_foreign_key_list(" +
-                                          my_sql_text(part.target->tbl.name) + ") WHERE id = ?1 ORDER BY seq",
+                                          my_sql_text(part_.target->tbl.name) + ") WHERE id = ?1 ORDER BY seq",
                                       handle));
-    loader.database.functions->bind_int64(handle.statement, 1, fk);
+    database.functions->bind_int64(handle.statement, 1, database.functions->column_int64(orphan_.statement, 1));
     KT_TRY(client_connection__step(ctx, loader.database, handle.statement, has));
     while (has) {
-        const std::string name(client_column_text(loader.database, handle.statement, 0));
+        const std::string name(client_column_text(database, handle.statement, 0));
         if (verdict.col == SIZE_MAX)
-            verdict.col = client_find_row_col(part.target->tbl, name);
+            verdict.col = client_find_row_col(part_.target->tbl, name);
         names += (names.empty() ? "" : ", ") + name;
         KT_TRY(client_connection__step(ctx, loader.database, handle.statement, has));
     }
-    const std::vector<size_t> &cols = part.layout->cols;
+    const std::vector<size_t> &cols = part_.layout->cols;
     const auto field = std::find(cols.begin(), cols.end(), verdict.col);
     verdict.field = field == cols.end() ? SIZE_MAX : static_cast<size_t>(field - cols.begin());
     verdict.message = "no row of " + parent + " has this key (" + names + ")";
 }
 
 // The rowid of a row that was loaded: its own integer primary key, or what the run says.
-static void my_get_rowid(tov_client_loader &loader, const client_load_part &part, const client_row &row,
-                         const row_search &search, int64_t number, int64_t &rowid)
+int64_t client_row_search::rowid_of(tov_client_loader &loader, const client_row &row) const
 {
-    rowid = search.run.first_rowid + number - search.run.first_row;
-    if (search.rowid_field >= row.fields.size())
-        return;
+    const int64_t counted = run_.first_rowid + number_ - run_.first_row;
+    if (rowid_field_ >= row.fields.size())
+        return counted;
     client_value value;
-    const client_row_tbl &tbl = part.target->tbl;
-    const client_server_type &type = tbl.cols[part.layout->cols[search.rowid_field]].type;
-    if (client_convert(loader.converter, type, row.fields[search.rowid_field], value) == client_reject::none)
-        rowid = value.integer;
+    const client_server_type &type = part_.target->tbl.cols[part_.layout->cols[rowid_field_]].type;
+    const client_reject reject = client_convert(loader.converter, type, row.fields[rowid_field_], value);
+    return reject == client_reject::none ? value.integer : counted;
 }
 
-static void my_look_at_row(KT_context *ctx, tov_client_loader &loader, client_load_job &job, client_load_part &part,
-                           client_input &input, const client_row &row, int64_t number, row_search &search)
+void client_row_search::refuse(KT_context *ctx, tov_client_loader &loader, client_input &input, const client_row &row,
+                               int64_t rowid)
 {
-    KT_TRY(my_find_run(ctx, loader, number, search));
-    if (number < search.run.first_row || search.run.count == 0)
-        return;
-    int64_t rowid = 0;
-    bool has = false;
     const KT_sqlite_functions *functions = loader.database.functions;
-    my_get_rowid(loader, part, row, search, number, rowid);
-    functions->reset(search.orphan.statement);
-    functions->bind_int64(search.orphan.statement, 1, rowid);
-    KT_TRY(client_connection__step(ctx, loader.database, search.orphan.statement, has));
-    if (!has)
-        return;
     client_verdict verdict;
+    bool has = false;
     verdict.reject = client_reject::no_parent;
-    const std::string parent(client_column_text(loader.database, search.orphan.statement, 0));
-    const int64_t fk = functions->column_int64(search.orphan.statement, 1);
-    KT_TRY(my_describe(ctx, loader, part, fk, parent, verdict));
-    functions->reset(search.deletion.statement);
-    functions->bind_int64(search.deletion.statement, 1, rowid);
-    KT_TRY(client_connection__step(ctx, loader.database, search.deletion.statement, has));
+    functions->reset(deletion_.statement);
+    functions->bind_int64(deletion_.statement, 1, rowid);
+    KT_TRY(client_connection__step(ctx, loader.database, deletion_.statement, has));
     if (functions->changes(loader.database.connection) == 0)
         return; // gone already: refused in an earlier round
-    search.found++;
-    part.progress.loaded--;
-    KT_TRY(client_loader__refuse(ctx, loader, job, part, input, row, verdict, number));
+    KT_TRY(describe(ctx, loader, verdict));
+    found_++;
+    part_.progress.loaded--;
+    KT_TRY(client_loader__refuse(ctx, loader, job_, part_, input, row, verdict, number_));
+}
+
+void client_row_search::look_at_row(KT_context *ctx, tov_client_loader &loader, client_input &input,
+                                    const client_row &row)
+{
+    const KT_sqlite_functions *functions = loader.database.functions;
+    number_++;
+    KT_TRY(find_run(ctx, loader));
+    if (number_ < run_.first_row || run_.count == 0)
+        return;
+    bool has = false;
+    const int64_t rowid = rowid_of(loader, row);
+    functions->reset(orphan_.statement);
+    functions->bind_int64(orphan_.statement, 1, rowid);
+    KT_TRY(client_connection__step(ctx, loader.database, orphan_.statement, has));
+    if (has)
+        KT_TRY(refuse(ctx, loader, input, row, rowid));
+}
+
+void client_row_search::look(KT_context *ctx, tov_client_loader &loader, client_input &input)
+{
+    client_row row;
+    while (true) {
+        const client_step step = reader_->read(input.data(), input.is_all(), row);
+        if (step == client_step::end || (step == client_step::more && input.is_fed()))
+            return;
+        if (step == client_step::more) {
+            KT_TRY(input.fill(ctx));
+            continue;
+        }
+        if (step == client_step::row)
+            KT_TRY(look_at_row(ctx, loader, input, row));
+        input.take(row.size);
+    }
 }
 
 static void my_search_file(KT_context *ctx, tov_client_loader &loader, client_load_job &job, client_load_part &part,
                            int64_t &found)
 {
     client_input input;
-    row_search search;
-    client_row row;
-    KT_TRY(my_prepare_search(ctx, loader, part, search));
-    KT_TRY(input.open(ctx, job.path.c_str(), loader.settings.encoding));
-    for (size_t n = 0; n < part.layout->cols.size(); n++) {
-        if (part.layout->cols[n] != client_no_col && part.target->tbl.cols[part.layout->cols[n]].rowid)
-            search.rowid_field = n;
-    }
-    for (int64_t number = 1;;) {
-        const client_step step = job.reader->read(input.data(), input.is_all(), row);
-        if (step == client_step::end)
-            break;
-        if (step == client_step::more) {
-            KT_TRY(input.fill(ctx));
-            continue;
-        }
-        if (step == client_step::row)
-            KT_TRY(my_look_at_row(ctx, loader, job, part, input, row, number++, search));
-        input.take(row.size);
-    }
-    found += search.found;
+    client_row_search search(job, part);
+    KT_TRY(search.prepare(ctx, loader));
+    KT_TRY(input.open(ctx, job.path.c_str(), client_loader_encoding(loader)));
+    KT_TRY(search.look(ctx, loader, input));
+    found += search.found();
 }
 
 // Rejects of files whose rows were loaded by an earlier, interrupted load go on where that one's end.
@@ -192,19 +187,39 @@ static void my_open_rejects(KT_context *ctx, tov_client_loader &loader, client_l
     KT_TRY(job.rejects.open(ctx, loader.settings.rejects, job.shown, first.rows_size, first.lines_size));
 }
 
-static void my_check_part(KT_context *ctx, tov_client_loader &loader, client_load_job &job, client_load_part &part,
-                          int64_t &found)
+// Whether rows of a part refer to nothing.
+static void my_has_orphans(KT_context *ctx, tov_client_loader &loader, client_load_job &job,
+                           const client_load_part &part, bool &any)
 {
-    bool any = false;
+    any = false;
     if (!part.keeps_runs || part.progress.state == client_load_state::done)
         return;
     KT_TRY(my_collect_orphans(ctx, loader, part.target->tbl, any));
-    if (!any)
-        return;
-    KT_TRY(my_open_rejects(ctx, loader, job));
-    KT_TRY(my_search_file(ctx, loader, job, part, found));
+    if (any)
+        KT_TRY(my_open_rejects(ctx, loader, job));
+}
+
+static void my_flush(KT_context *ctx, client_load_job &job)
+{
     client_progress &first = job.parts.front().progress;
     KT_TRY(job.rejects.flush(ctx, &first.rows_size, &first.lines_size));
+}
+
+static void my_check_round(KT_context *ctx, tov_client_loader &loader, int64_t &found)
+{
+    for (client_load_job &job : loader.jobs) {
+        for (client_load_part &part : job.parts) {
+            bool any = false;
+            KT_TRY(my_has_orphans(ctx, loader, job, part, any));
+            if (!any)
+                continue;
+            if (job.source)
+                KT_TRY(client_loader__search_parts(ctx, loader, *job.source, job, part, found));
+            else
+                KT_TRY(my_search_file(ctx, loader, job, part, found));
+            KT_TRY(my_flush(ctx, job));
+        }
+    }
 }
 
 // No trigger runs for rows that are taken away: to the database they never were there.
@@ -218,10 +233,7 @@ void client_loader__check_references(KT_context *ctx, tov_client_loader &loader)
     int64_t found = 0;
     do {
         found = 0;
-        for (client_load_job &job : loader.jobs) {
-            for (client_load_part &part : job.parts)
-                KT_TRY(my_check_part(ctx, loader, job, part, found));
-        }
+        KT_TRY(my_check_round(ctx, loader, found));
     } while (found > 0);
     for (client_load_job &job : loader.jobs) {
         for (client_load_part &part : job.parts) {

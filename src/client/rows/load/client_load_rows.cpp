@@ -105,6 +105,8 @@ static void my_take_row(KT_context *ctx, tov_client_loader &loader, client_load_
 {
     client_verdict verdict;
     part.progress.read++;
+    if (part.is_history)
+        return;
     if (row.reject != client_reject::none) {
         verdict = my_unread(job, row);
     } else if (input.looks_like_utf_16()) {

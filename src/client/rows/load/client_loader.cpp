@@ -29,6 +29,7 @@ static void my_read_settings(KT_context *ctx, const tov_client_load_options &opt
     settings.again = options.again;
     settings.skip_references = options.skip_references;
     settings.with_triggers = options.with_triggers;
+    settings.is_scratch = options.is_scratch;
     settings.progress = options.progress;
     settings.data = options.data;
     if (!client_find_format(my_text(options.format), settings.wish.format))
@@ -45,6 +46,8 @@ static void my_open(KT_context *ctx, tov_schema *schema, const char *database, c
     loader.prefix = plan.trigger_prefix;
     loader.converter.exact = options.exact;
     KT_TRY(client_connection__open(ctx, loader.database, database, false));
+    if (loader.settings.is_scratch)
+        KT_TRY(client_connection__run(ctx, loader.database, "PRAGMA journal_mode=MEMORY; PRAGMA synchronous=OFF"));
     if (!loader.settings.rejects.empty() && mkdir(loader.settings.rejects.c_str(), 0777) != 0) {
         struct stat directory {};
         if (stat(loader.settings.rejects.c_str(), &directory) != 0 || !S_ISDIR(directory.st_mode))
@@ -95,7 +98,7 @@ static int my_compare_names(std::string_view name, const std::string &other) noe
 
 static int my_match(std::string_view name, const client_row_tbl &tbl)
 {
-    const std::string with_schema = tbl.server_schema + "." + tbl.server_name;
+    const std::string with_schema = (tbl.server_schema.empty() ? "dbo" : tbl.server_schema) + "." + tbl.server_name;
     return std::max({my_compare_names(name, tbl.name), my_compare_names(name, with_schema),
                      my_compare_names(name, tbl.server_name) - (tbl.server_name == tbl.name ? 0 : 1)});
 }
@@ -136,6 +139,11 @@ static void my_find_file_tbl(KT_context *ctx, tov_client_loader &loader, const c
     KT_TRY(client_loader__find_tbl(ctx, loader, name, tbl_id));
     if (tbl_id.empty())
         KT_FAIL(KT_ERR_NOT_FOUND, "no table is called \"%s\"; say which one the rows are for", name.c_str());
+}
+
+std::string client_loader_encoding(const tov_client_loader &loader)
+{
+    return loader.settings.wish.format == client_format::native ? "bytes" : loader.settings.encoding;
 }
 
 static std::string my_absolute(const char *path)
@@ -202,7 +210,7 @@ static void my_prepare_table_file(KT_context *ctx, tov_client_loader &loader, cl
 static void my_load_file(KT_context *ctx, tov_client_loader &loader, client_load_job &job)
 {
     client_input input;
-    KT_TRY(input.open(ctx, job.path.c_str(), loader.settings.encoding));
+    KT_TRY(input.open(ctx, job.path.c_str(), client_loader_encoding(loader)));
     KT_TRY(my_prepare_table_file(ctx, loader, job, input));
     client_progress &first = job.parts.front().progress;
     if (first.state != client_load_state::loading)
@@ -242,6 +250,20 @@ void tov_client__load_file(KT_context *ctx, tov_client_loader *loader, const cha
         my_keep_rest(ctx, *loader);
 }
 
+void tov_client__load_parts(KT_context *ctx, tov_client_loader *loader, const char *name, tov_client_read_parts read,
+                            void *data) noexcept
+{
+    kt_contain(ctx, [&] {
+        client_part_source &source = loader->sources.emplace_back();
+        source.name = name;
+        source.read = read;
+        source.data = data;
+        KT_TRY(client_loader__load_parts(ctx, *loader, source));
+    });
+    if (kt_failed_at(ctx, KT_HERE, __LINE__))
+        my_keep_rest(ctx, *loader);
+}
+
 static void my_end(KT_context *ctx, tov_client_loader &loader)
 {
     KT_TRY(client_loader__begin(ctx, loader));
@@ -259,6 +281,10 @@ static void my_end(KT_context *ctx, tov_client_loader &loader)
             KT_TRY(client_progress__save(ctx, loader.database, loader.prefix, part.progress));
         }
     }
+    if (loader.settings.is_scratch) // nothing can go on in it, so nothing has to be known of how it was made
+        KT_TRY(client_connection__run(ctx, loader.database,
+                                      "DROP TABLE \"" + loader.prefix + "load_progress\"; DROP TABLE \"" +
+                                          loader.prefix + "load_runs\""));
     KT_TRY(client_connection__run(ctx, loader.database, "COMMIT"));
     loader.in_transaction = false;
 }
@@ -293,6 +319,8 @@ static void my_report_part(KT_context *ctx, const tov_client_loader &loader, con
     KT_TRY(my_report_shortened(ctx, part.progress.shortened, record));
     KT_TRY(KT_vhash__add__double(ctx, record, "seconds", job.seconds));
     KT_TRY(KT_vhash__add__bool(ctx, record, "before", part.was_loaded));
+    KT_TRY(KT_vhash__add__bool(ctx, record, "history", part.is_history));
+    KT_TRY(KT_vhash__add__bool(ctx, record, "part", job.source != nullptr));
 }
 
 void tov_client__finish_load(KT_context *ctx, tov_client_loader *loader, KT_varray **report,

@@ -18,6 +18,14 @@ struct client_load_part {
     client_run run;
     bool keeps_runs = false; // the table has references, for which its rows may have to be found again
     bool was_loaded = false; // by an earlier load, which told of it
+    bool is_history = false; // rows that are counted and left out
+};
+
+// Row parts that come from a function of the caller's, which can be asked for them more than once.
+struct client_part_source {
+    std::string name;
+    tov_client_read_parts read = nullptr;
+    void *data = nullptr;
 };
 
 // A file while it is read, and after it.
@@ -27,7 +35,9 @@ struct client_load_job {
     client_dialect dialect;
     std::unique_ptr<client_reader> reader;
     client_reject_files rejects;
-    std::deque<client_load_part> parts; // the first one's record says how far the file was read
+    std::deque<client_load_part> parts;   // the first one's record says how far the file was read
+    client_part_source *source = nullptr; // of a row part; null for files
+    std::unique_ptr<client_input> input;  // of a row part, while it is read
     double seconds = 0;
 };
 
@@ -42,6 +52,7 @@ struct client_load_settings {
     bool again = false;
     bool skip_references = false;
     bool with_triggers = false;
+    bool is_scratch = false;
     void (*progress)(void *data, const char *file, int64_t done, int64_t total) = nullptr;
     void *data = nullptr;
 };
@@ -54,6 +65,7 @@ struct tov_client_loader {
     std::string prefix;                           // of the names of our own tables
     std::map<std::string, client_target> targets; // by table id
     std::deque<client_load_job> jobs;
+    std::deque<client_part_source> sources;
     std::vector<std::string> remarks; // the first rejects, for a person
     int64_t rejected = 0;
     int64_t in_batch = 0; // rows since the last transaction ended
@@ -84,3 +96,44 @@ void client_loader__read_rows(KT_context *ctx, tov_client_loader &loader, client
 
 // Refuses, of the rows that were loaded, those that refer to rows that are not there.
 void client_loader__check_references(KT_context *ctx, tov_client_loader &loader);
+
+// Finds the rows that refer to nothing again, row by row; made for one part of a job.
+class client_row_search {
+  public:
+    client_row_search(client_load_job &job, client_load_part &part) : job_(job), part_(part)
+    {
+    }
+    void prepare(KT_context *ctx, tov_client_loader &loader);
+    // Looks at all rows that the input has by now.
+    void look(KT_context *ctx, tov_client_loader &loader, client_input &input);
+    int64_t found() const noexcept
+    {
+        return found_;
+    }
+
+  private:
+    void find_run(KT_context *ctx, tov_client_loader &loader);
+    void look_at_row(KT_context *ctx, tov_client_loader &loader, client_input &input, const client_row &row);
+    void refuse(KT_context *ctx, tov_client_loader &loader, client_input &input, const client_row &row, int64_t rowid);
+    void describe(KT_context *ctx, tov_client_loader &loader, client_verdict &verdict);
+    int64_t rowid_of(tov_client_loader &loader, const client_row &row) const;
+
+    client_load_job &job_;
+    client_load_part &part_;
+    std::unique_ptr<client_reader> reader_;
+    client_statement_handle runs_;
+    client_statement_handle orphan_;
+    client_statement_handle deletion_;
+    client_run run_;
+    size_t rowid_field_ = SIZE_MAX; // the field that is the integer primary key, if there is one
+    int64_t number_ = 0;            // of the row
+    int64_t found_ = 0;
+};
+
+// Takes all row parts of a source, and takes one of them again.
+void client_loader__load_parts(KT_context *ctx, tov_client_loader &loader, client_part_source &source);
+void client_loader__search_parts(KT_context *ctx, tov_client_loader &loader, client_part_source &source,
+                                 client_load_job &job, client_load_part &part, int64_t &found);
+
+// The encoding to open files with: none for native forms, whatever they begin with.
+std::string client_loader_encoding(const tov_client_loader &loader);

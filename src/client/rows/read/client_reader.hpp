@@ -1,6 +1,7 @@
 // Rows out of the text or bytes of a file, one after the other, in whatever form they stand.
 #pragma once
 
+#include "rows/convert/client_server_type.hpp"
 #include "rows/convert/client_value.hpp"
 
 #include <memory>
@@ -14,7 +15,6 @@ struct client_row {
     client_reject reject = client_reject::none; // why its fields cannot be told apart
     size_t place = SIZE_MAX;                    // the field where that was found, if one
     bool has_absent = false;                    // a field is absent
-    bool is_last = false;                       // what follows it in the data cannot be read any more
     std::string unescaped;                      // room for values that stand in another form in the data
 };
 
@@ -46,3 +46,6 @@ struct client_bcp_form {
     std::vector<bool> holds_lines; // by field: whether a value may hold the row terminator
 };
 std::unique_ptr<client_reader> client_make_bcp_reader(client_bcp_form form);
+
+// bcp's native form (-N), which packages have, with a field for each of these types.
+std::unique_ptr<client_reader> client_make_native_reader(const std::vector<client_server_type> &types);

@@ -120,6 +120,7 @@ static void my_read_plain_cols(KT_context *ctx, tov_schema *schema, client_row_t
         col.name = name ? name : "";
         KT_TRY(my_read_abstract_type(ctx, schema, tbl.id.c_str(), col_id, col));
         KT_TRY(my_read_stored(ctx, schema, tbl, col));
+        col.server_type = col.type;
     }
 }
 
@@ -183,6 +184,7 @@ static void my_read_fact_col(KT_context *ctx, tov_schema *schema, const client_r
     KT_TRY(KT_vhash__check__sz(ctx, facts, "default", &default_text));
     KT_TRY(KT_vhash__check__varray(ctx, facts, "identity", &identity));
     KT_TRY(my_read_fact_type(ctx, facts, col.type));
+    col.server_type = col.type;
     col.name = name;
     col.computed = computed;
     col.identity = identity;
@@ -232,11 +234,14 @@ void client_read_row_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id
         tbl.id = tbl_id;
         tbl.name = name ? name : "";
         tbl.server_name = tbl.name;
+        int64_t temporal_type = 0;
         bool covers = false;
         if (facts) {
             KT_TRY(KT_vhash__check__sz(ctx, facts, "schema", &server_schema));
             KT_TRY(KT_vhash__check__sz(ctx, facts, "name", &server_name));
             KT_TRY(KT_vhash__check__varray(ctx, facts, "cols", &cols));
+            KT_TRY(KT_vhash__check__int64(ctx, facts, "temporal_type", &temporal_type));
+            tbl.is_history = temporal_type == 1;
             tbl.server_schema = server_schema ? server_schema : "";
             tbl.server_name = server_name ? server_name : tbl.name;
         }

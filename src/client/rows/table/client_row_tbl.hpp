@@ -10,7 +10,8 @@
 
 struct client_row_col {
     std::string name;
-    client_server_type type;
+    client_server_type type;         // of the values that SQLite's table takes
+    client_server_type server_type;  // of the server's table, where NULL may be allowed though SQLite's key is not
     bool stored = false;             // whether the SQLite table has it
     bool computed = false;           // the server computes it: files may leave it out
     bool rowid = false;              // it is the integer primary key
@@ -25,6 +26,7 @@ struct client_row_tbl {
     std::string name;          // in SQLite
     std::string server_schema; // empty where the document does not say
     std::string server_name;
+    bool is_history = false; // of a temporal table: its rows are the server's own
     std::vector<client_row_col> cols;
 };
 

@@ -1,0 +1,123 @@
+#include "cli_import.hpp"
+
+#include "cli_files.hpp"
+#include "cli_json.hpp"
+#include "cli_progress.hpp"
+#include "tov_host.h"
+
+namespace {
+
+// Strings as the library takes them; borrowed from the options.
+class string_list {
+  public:
+    explicit string_list(const std::vector<std::string> &strings)
+    {
+        for (const std::string &string : strings)
+            items_.push_back(string.c_str());
+    }
+    operator tov_host_list() const
+    {
+        return {items_.data(), items_.size()};
+    }
+
+  private:
+    std::vector<const char *> items_;
+};
+
+} // namespace
+
+static KT_vhash *my_finding_at(const cli_findings &findings, uint32_t n)
+{
+    KT_vhash *finding = nullptr;
+    KT_varray__get__vhash(findings.ctx, findings.list, n, &finding);
+    cli_check(findings.ctx, "");
+    return finding;
+}
+
+void cli_print_findings(const cli_findings &findings)
+{
+    for (uint32_t n = 0; n < findings.count; n++) {
+        KT_string *line = nullptr;
+        KT_string__alloc(findings.ctx, &line);
+        cli_check(findings.ctx, "");
+        tov_host__format_finding(findings.ctx, my_finding_at(findings, n), line);
+        const std::string text = cli_take(findings.ctx, line);
+        cli_check(findings.ctx, "");
+        cli_tell("%s\n", text.c_str());
+    }
+}
+
+// {"findings":[{...},...]}; each finding is JSON already.
+std::string cli_findings_json(const cli_findings &findings)
+{
+    std::string json = "{\"findings\":[";
+    for (uint32_t n = 0; n < findings.count; n++)
+        json += (n ? ",\n" : "\n") + cli_json_text(findings.ctx, my_finding_at(findings, n));
+    return json + (findings.count ? "\n]}\n" : "]}\n");
+}
+
+static int32_t my_kind(const std::string &name)
+{
+    static constexpr std::pair<const char *, int32_t> kinds[] = {
+        {"json", TOV_HOST_SOURCE_JSON},
+        {"package", TOV_HOST_SOURCE_PACKAGE},
+        {"script", TOV_HOST_SOURCE_SCRIPT},
+    };
+    for (const auto &[kind, number] : kinds)
+        if (name == kind)
+            return number;
+    return TOV_HOST_SOURCE_AUTO;
+}
+
+static std::vector<tov_host_file> my_files(const std::vector<cli_source> &sources)
+{
+    std::vector<tov_host_file> files;
+    for (const cli_source &source : sources)
+        files.push_back({source.name.c_str(), source.bytes.data(), source.bytes.size()});
+    return files;
+}
+
+// Errors in scripts name the file themselves.
+static std::string my_place(KT_context *ctx, const std::vector<cli_source> &sources)
+{
+    const std::string what = KT_context__err_description(ctx);
+    return sources.size() > 1 || what.starts_with(sources.front().name) ? "" : sources.front().name;
+}
+
+void cli_import(KT_context *ctx, const cli_import_options &options, const std::vector<cli_source> &sources,
+                cli_schema *schema, cli_findings *findings)
+{
+    const std::vector<tov_host_file> files = my_files(sources);
+    const string_list only(options.only), skip(options.skip), renames(options.renames), defines(options.defines);
+    tov_host_options host_options{};
+    host_options.txid = options.txid;
+    host_options.verbose = options.is_verbose;
+    host_options.source = my_kind(options.kind);
+    host_options.encoding = options.encoding.empty() ? nullptr : options.encoding.c_str();
+    host_options.only = only;
+    host_options.skip = skip;
+    host_options.renames = renames;
+    host_options.defines = defines;
+    {
+        const cli_waiting waiting("importing");
+        tov_host__import_files(ctx, files.data(), files.size(), &host_options, &schema->schema, &findings->list);
+    }
+    cli_check(ctx, my_place(ctx, sources));
+    if (findings->list)
+        KT_varray__count(ctx, findings->list, &findings->count);
+}
+
+void cli_add_source_options(const cli_command &command, cli_import_options &options)
+{
+    command.option("--from", options.kind, "what SOURCE is, whatever it looks like: json, package or script", "KIND")
+        .one_of({"json", "package", "script"});
+    command.option("--only", options.only, "import only tables that match PATTERN; may be repeated", "PATTERN");
+    command.option("--skip", options.skip, "leave out tables that match PATTERN; may be repeated", "PATTERN");
+    command.option("--rename", options.renames,
+                   "give a table or column another name in SQLite; OLD is SCHEMA.TABLE or SCHEMA.TABLE.COLUMN", "OLD=NEW");
+    command.option("--encoding", options.encoding, "the encoding of scripts that are not Unicode, e.g. windows-1252",
+                   "NAME");
+    command.option("--define", options.defines, "the value of a variable $(NAME) in scripts", "NAME=VALUE");
+    command.option("--txid", options.txid, "the transaction id of every table (default: 0)");
+    command.flag("--verbose", options.is_verbose, "also report fields of an export that are not known");
+}

@@ -1,0 +1,45 @@
+// Importing a source, for the commands that begin with one.
+#pragma once
+
+#include "cli.hpp"
+#include "cli_arguments.hpp"
+#include "cli_sources.hpp"
+
+#include <vector>
+
+// What the options of importing say.
+struct cli_import_options {
+    std::vector<std::string> sources;
+    std::string kind = "auto";
+    std::string encoding;
+    std::vector<std::string> defines, only, skip, renames;
+    int64_t txid = 0;
+    bool is_verbose = false;
+};
+
+struct cli_findings {
+    explicit cli_findings(KT_context *context) : ctx(context)
+    {
+    }
+    ~cli_findings()
+    {
+        KT_varray__free(ctx, list);
+    }
+    cli_findings(const cli_findings &) = delete;
+    cli_findings &operator=(const cli_findings &) = delete;
+
+    KT_context *ctx;
+    KT_varray *list = nullptr;
+    uint32_t count = 0;
+};
+
+// Adds the options that say what of a source is imported, and how.
+void cli_add_source_options(const cli_command &command, cli_import_options &options);
+
+// Imports sources that were read.
+void cli_import(KT_context *ctx, const cli_import_options &options, const std::vector<cli_source> &sources,
+                cli_schema *schema, cli_findings *findings);
+
+// The findings on standard error, one line each, and as {"findings":[{...},...]}.
+void cli_print_findings(const cli_findings &findings);
+std::string cli_findings_json(const cli_findings &findings);

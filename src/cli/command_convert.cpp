@@ -1,0 +1,185 @@
+// tov-schema convert: a source becomes a database with its rows, in one step.
+//
+// The database is made under another name beside its own and renamed when it is whole, so there is never a part of one.
+
+#include "cli_files.hpp"
+#include "cli_harmless.hpp"
+#include "cli_import.hpp"
+#include "cli_load_report.hpp"
+#include "cli_progress.hpp"
+#include "commands.hpp"
+#include "tov_host.h"
+#include "tov_row_parts.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+struct convert_options {
+    cli_import_options import;
+    std::vector<std::string> paths; // sources, and last the database
+    std::string database;
+    std::string schema;
+    std::string findings;
+    std::string rejects;
+    bool exact = false;
+    bool all_or_nothing = false;
+    bool is_quiet = false;
+};
+
+// A file that goes again unless it gets its name.
+class new_database {
+  public:
+    explicit new_database(const std::string &name) : name_(name), path_(name + ".new")
+    {
+        struct stat file {};
+        if (stat(name.c_str(), &file) == 0)
+            throw cli_failure("there is a file of this name already", name);
+        unlink(path_.c_str());
+    }
+    ~new_database()
+    {
+        if (!path_.empty())
+            unlink(path_.c_str());
+    }
+    new_database(const new_database &) = delete;
+    new_database &operator=(const new_database &) = delete;
+
+    const std::string &path() const
+    {
+        return path_;
+    }
+    void keep()
+    {
+        const int file = open(path_.c_str(), O_RDONLY | O_CLOEXEC);
+        const bool written = file >= 0 && fsync(file) == 0;
+        if (file >= 0)
+            close(file);
+        if (!written || rename(path_.c_str(), name_.c_str()) != 0)
+            throw cli_failure(std::strerror(errno), name_);
+        path_.clear();
+    }
+
+  private:
+    std::string name_;
+    std::string path_;
+};
+
+// Hands what the host side reads to the client side.
+struct part_bridge {
+    const std::string &package;
+    tov_client_take_part take = nullptr;
+    void *data = nullptr;
+};
+
+} // namespace
+
+static void my_pass_on(KT_context *ctx, void *data, const tov_host_row_part *part, const char *bytes, size_t size)
+{
+    const auto &bridge = *static_cast<const part_bridge *>(data);
+    bridge.take(ctx, bridge.data, part->schema_name, part->tbl_name, part->number, bytes, size);
+}
+
+static void my_read_parts(KT_context *ctx, void *data, tov_client_take_part take, void *take_data)
+{
+    auto &bridge = *static_cast<part_bridge *>(data);
+    bridge.take = take;
+    bridge.data = take_data;
+    tov_host__read_row_parts(ctx, bridge.package.data(), bridge.package.size(), my_pass_on, &bridge);
+}
+
+static void my_create(KT_context *ctx, const convert_options &options, tov_schema *schema, const std::string &path)
+{
+    cli_progress progress("creating");
+    tov_client__create_database(ctx, schema, path.c_str(), cli_progress::step, &progress);
+    progress.finish();
+    cli_check(ctx, options.database);
+}
+
+static int my_load(KT_context *ctx, const convert_options &options, tov_schema *schema,
+                   const std::vector<cli_source> &sources, const std::string &path)
+{
+    const std::string &bytes = sources.front().bytes;
+    const bool is_package = tov_host__recognise(bytes.data(), bytes.size()) == TOV_HOST_SOURCE_PACKAGE;
+    tov_client_load_options load_options = {};
+    load_options.rejects = options.rejects.c_str();
+    load_options.exact = options.exact;
+    load_options.all_or_nothing = options.all_or_nothing;
+    load_options.is_scratch = 1;
+    part_bridge bridge{bytes};
+    cli_loader loader(ctx);
+    tov_client__open_loader(ctx, schema, path.c_str(), &load_options, &loader.loader);
+    cli_check(ctx, options.database);
+    if (is_package) {
+        const cli_waiting waiting("loading");
+        tov_client__load_parts(ctx, loader.loader, sources.front().name.c_str(), my_read_parts, &bridge);
+        cli_check(ctx, sources.front().name);
+    }
+    return cli_finish_load(ctx, loader, options.database, options.rejects, options.is_quiet);
+}
+
+static std::string my_json(KT_context *ctx, tov_schema *schema)
+{
+    KT_string *json = nullptr;
+    tov_schema__to_json(ctx, schema, &json);
+    cli_check(ctx, "");
+    std::string text = KT_string__sz(json);
+    KT_string__free(ctx, json);
+    return text + "\n";
+}
+
+static int my_run(const convert_options &options)
+{
+    const cli_context context;
+    KT_context *ctx = context.ctx;
+    cli_schema schema(ctx);
+    cli_findings findings(ctx);
+    new_database database(options.database);
+    const std::vector<cli_source> sources = cli_read_sources(options.import.sources);
+    cli_import(ctx, options.import, sources, &schema, &findings);
+    if (!options.is_quiet)
+        cli_print_findings(findings);
+    if (!options.findings.empty())
+        cli_write_file(options.findings, cli_findings_json(findings));
+    if (!options.schema.empty())
+        cli_write_file(options.schema, my_json(ctx, schema));
+    my_create(ctx, options, schema, database.path());
+    const int code = my_load(ctx, options, schema, sources, database.path());
+    if (code != cli_done && options.all_or_nothing)
+        return code;
+    database.keep();
+    return code;
+}
+
+void cli_add_convert(cli_arguments &arguments)
+{
+    auto options = std::make_shared<convert_options>();
+    const cli_command command = arguments.add("convert", "Make a database of a package, scripts or an export at once");
+    command.details("Imports, creates and loads in one step: the rows too that a package carries. Rows that the "
+                    "database\ndoes not accept are refused, each with its place and reason. Exit code 1: rows were "
+                    "refused.\n\nExample: tov-schema convert Shop.bacpac shop.db");
+    command
+        .argument("SOURCE... DATABASE", options->paths,
+                  "a file, or several scripts or folders of them; and the database file, which must be new")
+        .required();
+    command.option("-s,--schema", options->schema, "write the schema to this file too", "FILE");
+    command.option("--findings", options->findings, "write the findings to this file, as JSON", "FILE");
+    command.option("--rejects", options->rejects, "keep refused rows in this directory, with the reasons beside them",
+                   "FOLDER");
+    command.flag("--exact", options->exact, "refuse values that would have to be shortened");
+    command.flag("--all-or-nothing", options->all_or_nothing, "make no database when any row is refused");
+    command.flag("--quiet", options->is_quiet, "print neither findings nor the table at the end");
+    cli_add_source_options(command, options->import);
+    command.runs([options] {
+        if (options->paths.size() < 2)
+            throw cli_usage_failure("DATABASE is required");
+        options->database = options->paths.back();
+        options->import.sources.assign(options->paths.begin(), options->paths.end() - 1);
+        return my_run(*options);
+    });
+}
