@@ -1,6 +1,7 @@
-// Any command line, an argument on each line of the input: the command ends with one of its exit codes. It runs in a
-// directory of its own that holds a catalogue, its schema and nothing else; no argument can lead out of it, because
-// slashes are dropped.
+// Any command line, an argument on each line of the input: the command ends with one of its exit codes, and never with
+// the one for an internal error. It runs in a directory of its own that holds a catalogue, its schema, a folder with a
+// script and nothing else; no argument can lead out of it, because slashes are dropped and the directory above is
+// empty but for it.
 #include "cli_run.hpp"
 
 #include <cstdio>
@@ -37,9 +38,10 @@ struct playground {
     }
     void enter() const
     {
-        fs::current_path(directory);
-        for (const fs::directory_entry &left : fs::directory_iterator(directory))
-            fs::remove_all(left);
+        fs::remove_all(directory / "here");
+        fs::create_directories(directory / "here" / "folder");
+        fs::current_path(directory / "here");
+        std::ofstream("folder/t.sql") << "CREATE TABLE t (a int NOT NULL PRIMARY KEY);\nGO\n";
         std::ofstream("catalogue.json") << catalogue;
         std::ofstream("schema.json") << schema;
     }
