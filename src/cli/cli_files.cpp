@@ -141,10 +141,15 @@ std::string cli_read_file(const std::string &path)
 std::string cli_read_text(const std::string &path)
 {
     std::string content = cli_read_file(path);
+    cli_refuse_nul(content, path);
+    return content;
+}
+
+void cli_refuse_nul(const std::string &content, const std::string &path)
+{
     const size_t nul = content.find('\0');
     if (nul != std::string::npos)
         throw cli_failure("the file is not a text file (byte " + std::to_string(nul) + " is NUL)", path);
-    return content;
 }
 
 void cli_print(const std::string &text)

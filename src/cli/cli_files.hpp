@@ -8,6 +8,7 @@ std::string cli_read_file(const std::string &path);
 
 // The same for a text file: one that holds a NUL is refused, since a string ends there.
 std::string cli_read_text(const std::string &path);
+void cli_refuse_nul(const std::string &content, const std::string &path);
 
 // Writes a file, or to standard output for "-".
 void cli_write_file(const std::string &path, const std::string &content);

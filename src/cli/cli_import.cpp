@@ -114,7 +114,8 @@ void cli_add_source_options(const cli_command &command, cli_import_options &opti
     command.option("--only", options.only, "import only tables that match PATTERN; may be repeated", "PATTERN");
     command.option("--skip", options.skip, "leave out tables that match PATTERN; may be repeated", "PATTERN");
     command.option("--rename", options.renames,
-                   "give a table or column another name in SQLite; OLD is SCHEMA.TABLE or SCHEMA.TABLE.COLUMN", "OLD=NEW");
+                   "give a table or column another name in SQLite; OLD is SCHEMA.TABLE or SCHEMA.TABLE.COLUMN",
+                   "OLD=NEW");
     command.option("--encoding", options.encoding, "the encoding of scripts that are not Unicode, e.g. windows-1252",
                    "NAME");
     command.option("--define", options.defines, "the value of a variable $(NAME) in scripts", "NAME=VALUE");

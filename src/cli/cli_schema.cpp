@@ -2,7 +2,9 @@
 
 #include "cli_files.hpp"
 #include "cli_json.hpp"
+#include "cli_nearest.hpp"
 #include "cli_shape.hpp"
+#include "tov_host.h"
 
 static bool my_has_key(KT_context *ctx, const KT_vhash *map, const char *key)
 {
@@ -22,12 +24,24 @@ static void my_copy_child(KT_context *ctx, const KT_vhash *map, const char *key,
     cli_check(ctx, path);
 }
 
+// What import reads is easily taken for what it writes.
+static void my_refuse_source(const std::string &bytes, const std::string &path)
+{
+    const int32_t kind = tov_host__recognise(bytes.data(), bytes.size());
+    if (kind == TOV_HOST_SOURCE_PACKAGE)
+        throw cli_failure("this is a package; tov-schema import makes a schema from it", path);
+    if (kind == TOV_HOST_SOURCE_SCRIPT)
+        throw cli_failure("this is not a schema; tov-schema import makes one from packages, scripts and exports", path);
+}
+
 void cli_load_schema(KT_context *ctx, const std::string &path, cli_schema *schema)
 {
-    const std::string text = cli_read_text(path);
+    const std::string text = cli_read_file(path);
+    my_refuse_source(text, path);
+    cli_refuse_nul(text, path);
     cli_map file(ctx, text, path);
     if (my_has_key(ctx, file, "format") || (my_has_key(ctx, file, "tables") && !my_has_key(ctx, file, "tbls")))
-        throw cli_failure("this is a catalogue export; tov-schema import makes a schema of it", path);
+        throw cli_failure("this is a catalogue export; tov-schema import makes a schema from it", path);
 
     kt_owned_vhash document{ctx}, host_internals{ctx};
     if (my_has_key(ctx, file, "schema")) {
@@ -48,6 +62,21 @@ std::string cli_table_name(KT_context *ctx, tov_schema *schema, const std::strin
     tov_schema__get_tbl_name(ctx, schema, tbl_id.c_str(), &name);
     cli_check(ctx, tbl_id);
     return name ? name : tbl_id;
+}
+
+static std::string my_unknown_table(KT_context *ctx, tov_schema *schema, const std::string &table)
+{
+    std::vector<std::string> names;
+    uint32_t count = 0;
+    tov_schema__count_tbls(ctx, schema, &count);
+    for (uint32_t n = 0; n < count; n++) {
+        const char *tbl_id = nullptr;
+        tov_schema__get_nth_tbl_id(ctx, schema, n, &tbl_id);
+        cli_check(ctx, table);
+        names.push_back(cli_table_name(ctx, schema, tbl_id));
+    }
+    const std::string nearest = cli_nearest(table, names);
+    return "there is no table '" + table + "'" + (nearest.empty() ? "" : "; did you mean '" + nearest + "'?");
 }
 
 std::string cli_find_table(KT_context *ctx, tov_schema *schema, const std::string &table)
@@ -76,6 +105,6 @@ std::string cli_find_table(KT_context *ctx, tov_schema *schema, const std::strin
         found = tbl_id;
     }
     if (found.empty())
-        throw cli_failure("no table of this id or name is in the schema", table);
+        throw cli_failure(my_unknown_table(ctx, schema, table));
     return found;
 }

@@ -34,9 +34,22 @@ TEST_F(CliSchemaTest, ACatalogueExportIsRecognised)
 {
     const command_result result = run({"create", write("c.json", sample_catalogue), path("client.db")});
     EXPECT_EXIT_CODE(result, 2);
-    EXPECT_EQ(result.err, "tov-schema: this is a catalogue export; tov-schema import makes a schema of it: " +
+    EXPECT_EQ(result.err, "tov-schema: this is a catalogue export; tov-schema import makes a schema from it: " +
                               path("c.json") + "\n");
     EXPECT_FALSE(exists("client.db"));
+}
+
+TEST_F(CliSchemaTest, WhatImportReadsIsNotASchema)
+{
+    const command_result package = run({"create", write("shop.dacpac", "PK\x03\x04..."), path("client.db")});
+    EXPECT_EXIT_CODE(package, 2);
+    EXPECT_EQ(package.err,
+              "tov-schema: this is a package; tov-schema import makes a schema from it: " + path("shop.dacpac") + "\n");
+    const command_result script = run({"tables", write("shop.sql", "CREATE TABLE t (a int)")});
+    EXPECT_EXIT_CODE(script, 2);
+    EXPECT_EQ(script.err, "tov-schema: this is not a schema; tov-schema import makes one from packages, scripts and "
+                          "exports: " +
+                              path("shop.sql") + "\n");
 }
 
 TEST_F(CliSchemaTest, WhatIsNoJsonIsRefusedWithThePlace)
@@ -56,7 +69,9 @@ TEST_F(CliSchemaTest, ATableIsNamedByIdOrName)
         EXPECT_EQ(run({"select", schema, table}).out, expected);
     const command_result absent = run({"select", schema, "Nobody"});
     EXPECT_EXIT_CODE(absent, 2);
-    EXPECT_EQ(absent.err, "tov-schema: no table of this id or name is in the schema: Nobody\n");
+    EXPECT_EQ(absent.err, "tov-schema: there is no table 'Nobody'\n");
+    EXPECT_EQ(run({"select", schema, "Childern"}).err,
+              "tov-schema: there is no table 'Childern'; did you mean 'Children'?\n");
 }
 
 } // namespace
