@@ -13,6 +13,7 @@ void register_module_benches();
 void register_references_benches();
 void register_defaults_benches();
 void register_checks_benches();
+void register_package_benches();
 void register_whole_way_benches();
 void measure_whole_way_peaks();
 
@@ -37,6 +38,8 @@ const std::vector<bench_case> &bench_cases()
         {"trial", "trial of a default, against the statements issued directly", {{"", 1.10}}},
         {"tokens", "scan text into tokens, against sqlite3_complete()", {{"", 1.0 / 0.6}}},
         {"checks", "check so many expressions of one table, against SQLite compiling them", {{"", 2.0}}},
+        {"package_read", "read a package, against expat walking its model", {{"", 2.0}}},
+        {"package_import", "import a package", {}},
         {"peak", "the whole way, one step after the other: most memory held", {}},
         {"way_import", "import a catalogue", {}},
         {"way_write", "write the schema", {}},
@@ -69,6 +72,7 @@ int main(int argc, char **argv)
     register_references_benches();
     register_defaults_benches();
     register_checks_benches();
+    register_package_benches();
     register_whole_way_benches();
 
     bench_collector collector;
