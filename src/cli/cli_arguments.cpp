@@ -77,7 +77,8 @@ cli_option cli_command::option(const char *names, std::string &value, const char
 cli_option cli_command::option(const char *names, std::vector<std::string> &values, const char *help,
                                const char *word) const
 {
-    CLI::Option *option = app_->add_option(names, values, help)->type_name(word)->expected(1);
+    // One value each time, so that an argument after it is not taken for another.
+    CLI::Option *option = app_->add_option(names, values, help)->type_name(word)->expected(1)->allow_extra_args(false);
     return cli_option(option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll));
 }
 

@@ -1,6 +1,7 @@
 #include "cli_import.hpp"
 
 #include "cli_files.hpp"
+#include "cli_harmless.hpp"
 #include "cli_json.hpp"
 #include "cli_progress.hpp"
 #include "tov_host.h"
@@ -72,16 +73,25 @@ static int32_t my_kind(const std::string &name)
 static std::vector<tov_host_file> my_files(const std::vector<cli_source> &sources)
 {
     std::vector<tov_host_file> files;
+    files.reserve(sources.size());
     for (const cli_source &source : sources)
         files.push_back({source.name.c_str(), source.bytes.data(), source.bytes.size()});
     return files;
 }
 
-// Errors in scripts name the file themselves.
-static std::string my_place(KT_context *ctx, const std::vector<cli_source> &sources)
+// Errors in scripts name the file themselves, and there may be many, a line each: all but the last are printed here.
+static void my_check(KT_context *ctx, const std::vector<cli_source> &sources)
 {
     const std::string what = KT_context__err_description(ctx);
-    return sources.size() > 1 || what.starts_with(sources.front().name) ? "" : sources.front().name;
+    const std::string &name = sources.front().name;
+    if (!KT_context__has_err(ctx) || (sources.size() == 1 && !what.starts_with(name)))
+        return cli_check(ctx, name);
+    size_t begin = 0;
+    for (size_t end; (end = what.find('\n', begin)) != std::string::npos; begin = end + 1)
+        cli_tell_line("tov-schema: " + what.substr(begin, end - begin));
+    const int exit_code = cli_is_internal(KT_context__err_code(ctx)) ? cli_internal : cli_refused;
+    KT_context__err_reset(ctx);
+    throw cli_failure(what.substr(begin), "", exit_code);
 }
 
 void cli_import(KT_context *ctx, const cli_import_options &options, const std::vector<cli_source> &sources,
@@ -102,7 +112,7 @@ void cli_import(KT_context *ctx, const cli_import_options &options, const std::v
         const cli_waiting waiting("importing");
         tov_host__import_files(ctx, files.data(), files.size(), &host_options, &schema->schema, &findings->list);
     }
-    cli_check(ctx, my_place(ctx, sources));
+    my_check(ctx, sources);
     if (findings->list)
         KT_varray__count(ctx, findings->list, &findings->count);
 }

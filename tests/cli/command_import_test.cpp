@@ -86,9 +86,9 @@ TEST_F(CommandImportTest, ImportsTheTablesThatArePicked)
         {{"--rename", "dbo.Orders=Sales", "--rename", "dbo.Customers=People"}, "People Sales "},
     };
     for (const auto &c : cases) {
-        std::vector<std::string> arguments{"import", "-o", path("s.json")};
+        std::vector<std::string> arguments{"import"};
         arguments.insert(arguments.end(), c.options.begin(), c.options.end());
-        arguments.push_back(catalogue);
+        arguments.insert(arguments.end(), {catalogue, "-o", path("s.json")});
         EXPECT_EXIT_CODE(run(arguments), 0);
         EXPECT_EQ(tables_of("s.json"), c.tables);
     }
