@@ -3,6 +3,7 @@
 // a DOCTYPE is refused, so there are no entities beyond the five that XML has.
 #include "package/host_xml.hpp"
 
+#include <cstring>
 #include <expat.h>
 
 #define KT_HERE "src/host/package/host_xml"
@@ -29,11 +30,16 @@ static std::string_view my_local_name(const char *name)
     return full.substr(full.find(':') + 1);
 }
 
-const char *host_attribute(const char *const *attributes, std::string_view name)
+const char *host_attribute(const char *const *attributes, const char *name)
 {
-    for (; *attributes; attributes += 2) {
-        if (my_local_name(*attributes) == name)
-            return attributes[1];
+    for (const char *const *at = attributes; *at; at += 2) {
+        if (strcmp(*at, name) == 0)
+            return at[1];
+    }
+    for (const char *const *at = attributes; *at; at += 2) { // no writer is known that has prefixes
+        const char *colon = strchr(*at, ':');
+        if (colon && strcmp(colon + 1, name) == 0)
+            return at[1];
     }
     return nullptr;
 }

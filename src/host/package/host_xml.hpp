@@ -41,4 +41,4 @@ class host_xml {
 };
 
 // The value of an attribute, null when there is none. Names are compared without their namespace prefix.
-const char *host_attribute(const char *const *attributes, std::string_view name);
+const char *host_attribute(const char *const *attributes, const char *name);
