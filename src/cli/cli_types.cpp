@@ -3,83 +3,81 @@
 #include "kt_string.h"
 
 #include <charconv>
+#include <iterator>
 
-static constexpr const char *a_literal = "a single literal carries over, an expression does not";
-static constexpr const char *an_integer = "an integer within the type's range carries over, an expression does not";
-static constexpr const char *a_number = "a single number carries over, an expression does not";
-static constexpr const char *a_date = "a literal, getutcdate() and sysutcdatetime() carry over, nothing else";
-static constexpr const char *a_guid = "newid() and newsequentialid() carry over, nothing else";
-static constexpr const char *a_blob = "a constant 0x... of whole bytes carries over, nothing else";
-static constexpr const char *no_default = "an identity column has no default";
+// What a default of a type may be, by the type's kind.
+static constexpr const char *carries_over[] = {
+    /* identity */ "an identity column has no default",
+    /* integer */ "an integer within the type's range carries over, an expression does not",
+    /* bit */ "an integer within the type's range carries over, an expression does not",
+    /* real */ "a single number carries over, an expression does not",
+    /* decimal */ "a single number carries over, an expression does not",
+    /* money */ "a single number carries over, an expression does not",
+    /* date */ "a literal, getutcdate() and sysutcdatetime() carry over, nothing else",
+    /* time */ "a literal, getutcdate() and sysutcdatetime() carry over, nothing else",
+    /* datetime */ "a literal, getutcdate() and sysutcdatetime() carry over, nothing else",
+    /* text */ "a single literal carries over, an expression does not",
+    /* blob */ "a constant 0x... of whole bytes carries over, nothing else",
+    /* guid */ "newid() and newsequentialid() carry over, nothing else",
+};
+static_assert(std::size(carries_over) == TOV_KIND_GUID + 1);
+
 static constexpr const char *written = "the server writes the values of the column itself";
 static constexpr const char *left_out = "a column of this type is left out of its table";
 
-static constexpr cli_type types[] = {
-    {"identity", "identity", no_default},
-    {"sint64", "sint64", an_integer},
-    {"sint32", "sint32", an_integer},
-    {"sint16", "sint16", an_integer},
-    {"uint8", "uint8", an_integer},
-    {"uint1", "uint1", an_integer},
-    {"loose/int", "loose/int", a_literal},
-    {"real8", "real8", a_number},
-    {"real4", "real4", a_number},
-    {"loose/real", "loose/real", a_literal},
-    {"decimal", "decimal", a_number},
-    {"money8", "money8", a_number},
-    {"money4", "money4", a_number},
-    {"date", "date", a_date},
-    {"time", "time", a_date},
-    {"datetime", "datetime", a_date},
-    {"text", "text", a_literal},
-    {"loose/text", "loose/text", a_literal},
-    {"blob", "blob", a_blob},
-    {"loose/blob", "loose/blob", a_blob},
-    {"guid", "guid", a_guid},
-    {"bigint", "sint64", an_integer},
-    {"int", "sint32", an_integer},
-    {"smallint", "sint16", an_integer},
-    {"tinyint", "uint8", an_integer},
-    {"bit", "uint1", an_integer},
-    {"float", "real8", a_number},
-    {"real", "real4", a_number},
-    {"numeric", "decimal", a_number},
-    {"money", "money8", a_number},
-    {"smallmoney", "money4", a_number},
-    {"datetime2", "datetime", a_date},
-    {"smalldatetime", "datetime", a_date},
-    {"char", "text", a_literal},
-    {"varchar", "text", a_literal},
-    {"nchar", "text", a_literal},
-    {"nvarchar", "text", a_literal},
-    {"sysname", "text", a_literal},
-    {"xml", "text", a_literal},
-    {"ntext", "text", a_literal},
-    {"binary", "blob", a_blob},
-    {"varbinary", "blob", a_blob},
-    {"image", "blob", a_blob},
-    {"geography", "blob", a_blob},
-    {"geometry", "blob", a_blob},
-    {"hierarchyid", "blob", a_blob},
-    {"uniqueidentifier", "guid", a_guid},
+namespace {
+struct server_type {
+    const char *name;
+    const char *abstract_type;            // null where no column of the schema holds a default of this type,
+    const char *why_no_default = nullptr; // and then why
+};
+} // namespace
+
+static constexpr server_type server_types[] = {
+    {"bigint", "sint64"},
+    {"int", "sint32"},
+    {"smallint", "sint16"},
+    {"tinyint", "uint8"},
+    {"bit", "uint1"},
+    {"float", "real8"},
+    {"real", "real4"},
+    {"numeric", "decimal"},
+    {"money", "money8"},
+    {"smallmoney", "money4"},
+    {"datetime2", "datetime"},
+    {"smalldatetime", "datetime"},
+    {"char", "text"},
+    {"varchar", "text"},
+    {"nchar", "text"},
+    {"nvarchar", "text"},
+    {"sysname", "text"},
+    {"xml", "text"},
+    {"ntext", "text"},
+    {"binary", "blob"},
+    {"varbinary", "blob"},
+    {"image", "blob"},
+    {"geography", "blob"},
+    {"geometry", "blob"},
+    {"hierarchyid", "blob"},
+    {"uniqueidentifier", "guid"},
     {"timestamp", nullptr, written},
     {"rowversion", nullptr, written},
     {"datetimeoffset", nullptr, left_out},
     {"sql_variant", nullptr, left_out},
     {"json", nullptr, left_out},
     {"vector", nullptr, left_out},
-    {"integer", "sint32", an_integer},
-    {"dec", "decimal", a_number},
-    {"double precision", "real8", a_number},
-    {"character", "text", a_literal},
-    {"char varying", "text", a_literal},
-    {"character varying", "text", a_literal},
-    {"binary varying", "blob", a_blob},
-    {"national char", "text", a_literal},
-    {"national character", "text", a_literal},
-    {"national char varying", "text", a_literal},
-    {"national character varying", "text", a_literal},
-    {"national text", "text", a_literal},
+    {"integer", "sint32"},
+    {"dec", "decimal"},
+    {"double precision", "real8"},
+    {"character", "text"},
+    {"char varying", "text"},
+    {"character varying", "text"},
+    {"binary varying", "blob"},
+    {"national char", "text"},
+    {"national character", "text"},
+    {"national char varying", "text"},
+    {"national character varying", "text"},
+    {"national text", "text"},
 };
 
 // The second number between parentheses, as in decimal(9, 2).
@@ -103,22 +101,42 @@ std::string cli_type_name(const std::string &declared)
     return name;
 }
 
-const cli_type *cli_find_type(const std::string &declared, uint32_t *scale)
+// Where values are not checked, a number may be any literal.
+static cli_type my_of_abstract_type(const tov_abstract_type *type)
 {
-    const std::string name = cli_type_name(declared);
-    for (const cli_type &type : types) {
-        if (KT_stricmp(type.name, name.c_str()) != 0)
+    const bool is_loose_number = !type->is_checked && (type->kind == TOV_KIND_INTEGER || type->kind == TOV_KIND_REAL);
+    return {type, carries_over[is_loose_number ? TOV_KIND_TEXT : type->kind]};
+}
+
+static std::optional<cli_type> my_find_by_name(const char *name)
+{
+    for (uint32_t n = 0; const tov_abstract_type *type = tov_get_nth_abstract_type(n); n++)
+        if (KT_stricmp(type->name, name) == 0)
+            return my_of_abstract_type(type);
+    for (const server_type &type : server_types) {
+        if (KT_stricmp(type.name, name) != 0)
             continue;
-        my_read_scale(declared, scale);
-        return &type;
+        if (!type.abstract_type)
+            return cli_type{nullptr, type.why_no_default};
+        return my_of_abstract_type(tov_find_abstract_type(type.abstract_type));
     }
-    return nullptr;
+    return std::nullopt;
+}
+
+std::optional<cli_type> cli_find_type(const std::string &declared, uint32_t *scale)
+{
+    const std::optional<cli_type> type = my_find_by_name(cli_type_name(declared).c_str());
+    if (type)
+        my_read_scale(declared, scale);
+    return type;
 }
 
 std::vector<std::string> cli_type_names()
 {
     std::vector<std::string> names;
-    for (const cli_type &type : types)
+    for (uint32_t n = 0; const tov_abstract_type *type = tov_get_nth_abstract_type(n); n++)
+        names.emplace_back(type->name);
+    for (const server_type &type : server_types)
         names.emplace_back(type.name);
     return names;
 }

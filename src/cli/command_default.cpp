@@ -29,7 +29,7 @@ struct outcome {
 
 struct input_line {
     std::string type_name;
-    const cli_type *type = nullptr;
+    std::optional<cli_type> type;
     uint32_t scale = 0;
     std::string text;
 };
@@ -49,12 +49,12 @@ static void my_check_scale(uint32_t scale, const std::string &where)
 }
 
 // A schema of one column, for the operation that reads a column's type.
-static void my_set_type(KT_context *ctx, tov_schema *schema, const cli_type &type, uint32_t scale)
+static void my_set_type(KT_context *ctx, tov_schema *schema, const tov_abstract_type &type, uint32_t scale)
 {
-    if (std::string_view(type.abstract_type) == "decimal")
+    if (type.kind == TOV_KIND_DECIMAL)
         tov_schema__set_col_type_decimal(ctx, schema, "t", "c", 38, static_cast<uint8_t>(scale));
     else
-        tov_schema__set_col_type_simple(ctx, schema, "t", "c", type.abstract_type);
+        tov_schema__set_col_type_simple(ctx, schema, "t", "c", type.name);
     cli_check(ctx, type.name);
 }
 
@@ -63,7 +63,7 @@ static outcome my_translate(KT_context *ctx, tov_schema *schema, const cli_type 
 {
     if (!type.abstract_type)
         return {"dropped", type.carries_over};
-    my_set_type(ctx, schema, type, scale);
+    my_set_type(ctx, schema, *type.abstract_type, scale);
     kt_owned_text result{ctx};
     tov_schema__fix_mssql_defval(ctx, schema, "t", "c", text.c_str(), result.out());
     if (tov_host__is_refused_default(KT_context__err_code(ctx))) {
@@ -137,7 +137,7 @@ static int my_run_lines(KT_context *ctx, tov_schema *schema, const default_optio
 static int my_run(const default_options &options)
 {
     uint32_t scale = options.scale;
-    const cli_type *type = cli_find_type(options.type, &scale);
+    const std::optional<cli_type> type = cli_find_type(options.type, &scale);
     if (!type && !options.type.empty())
         throw cli_usage_failure(my_unknown_type(options.type));
     my_check_scale(scale, options.type);

@@ -15,12 +15,6 @@
 
 #define KT_HERE "src/client/check/client_texts"
 
-static constexpr std::string_view known_types[] = {
-    "identity", "sint64",   "sint32",     "sint16",     "uint8",  "uint1",      "loose/int",
-    "real8",    "real4",    "loose/real", "decimal",    "money8", "money4",     "date",
-    "time",     "datetime", "text",       "loose/text", "blob",   "loose/blob", "guid",
-};
-
 static constexpr const char *known_actions[] = {"NO ACTION", "CASCADE", "SET NULL", "SET DEFAULT"};
 
 namespace {
@@ -115,10 +109,8 @@ static void my_check_type(KT_context *ctx, const client_place &place, const KT_v
         KT_TRY(KT_vhash__check__sz(ctx, type, "name", &name));
     if (!name)
         CLIENT_FAIL(KT_ERR_SCHEMA_NOT_SUPPORTED, client_at(place, "type"), "no type");
-    for (std::string_view known : known_types) {
-        if (known == name)
-            return my_check_optional_name(ctx, client_at(place, "name of the key"), type, "constraint_name");
-    }
+    if (tov_find_abstract_type(name))
+        return my_check_optional_name(ctx, client_at(place, "name of the key"), type, "constraint_name");
     kt_owned_string shown{ctx};
     KT_TRY(KT_string__alloc(ctx, shown.out()));
     KT_TRY(KT_string__append__shown(ctx, shown, name));

@@ -23,6 +23,7 @@
 #ifndef TOV_PARSE_DEFIN_H
 #define TOV_PARSE_DEFIN_H
 
+#include "tov_abstract_types.h"
 #include "tov_col_types.h"
 #include "tov_compare.h"
 #include "tov_constraints.h"

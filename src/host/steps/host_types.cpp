@@ -92,9 +92,8 @@ bool host_is_rowid_type(const host_column &col)
         return false;
     if (type->kind == host_type_kind::decimal)
         return col.scale == 0 && col.precision <= max_decimal_digits;
-    constexpr std::string_view whole_numbers[] = {"sint64", "sint32", "sint16", "uint8"};
-    return type->kind == host_type_kind::simple && std::find(std::begin(whole_numbers), std::end(whole_numbers),
-                                                             type->abstract_type) != std::end(whole_numbers);
+    const tov_abstract_type *abstract_type = tov_find_abstract_type(type->abstract_type);
+    return type->kind == host_type_kind::simple && abstract_type && abstract_type->is_integer_key;
 }
 
 // Why a column is unprepared.

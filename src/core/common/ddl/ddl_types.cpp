@@ -1,59 +1,18 @@
 // Abstract types in SQLite's words: what a column is declared as, what typeof() says of a value it may hold, and how
 // wide a text column is.
-//
-// The declared type decides SQLite's affinity and, for "identity", makes the column the rowid. Fixed-point values
-// (decimal, money) are scaled integers, dates and times are text, so none of them is declared as what it looks like.
 
 #include "ddl/ddl_text.hpp"
 
-namespace {
-
-struct my_abstract_type {
-    const char *name;
-    const char *sqlite_decl;
-};
-
-constexpr my_abstract_type my_abstract_types[] = {
-    {"identity", "integer primary key"},
-    {"sint64", "int"},
-    {"sint32", "int"},
-    {"sint16", "int"},
-    {"uint8", "int"},
-    {"uint1", "int"},
-    {"loose/int", "int"},
-    {"real8", "real"},
-    {"real4", "real"},
-    {"loose/real", "real"},
-    {"decimal", "int"},
-    {"date", "text"},
-    {"time", "text"},
-    {"datetime", "text"},
-    {"money8", "int"},
-    {"money4", "int"},
-    {"text", "text"},
-    {"loose/text", "text"},
-    {"blob", "blob"},
-    {"loose/blob", "blob"},
-    {"guid", "blob"},
-};
-
-} // namespace
-
 const char *tov_abstract_type_to_sqlite_decl(const char *abstract_type) noexcept
 {
-    for (const my_abstract_type &type : my_abstract_types)
-        if (ddl_is_type(abstract_type, type.name))
-            return type.sqlite_decl;
-    return "";
+    const tov_abstract_type *type = tov_find_abstract_type(abstract_type);
+    return type ? type->sqlite_decl : "";
 }
 
-// An integer column is declared "int", but SQLite calls its values "integer".
 const char *tov_abstract_type_to_sqlite_typeof(const char *abstract_type) noexcept
 {
-    if (ddl_is_type(abstract_type, "identity"))
-        return "integer";
-    const char *decl = tov_abstract_type_to_sqlite_decl(abstract_type);
-    return std::strcmp(decl, "int") == 0 ? "integer" : decl;
+    const tov_abstract_type *type = tov_find_abstract_type(abstract_type);
+    return type ? type->sqlite_typeof : "";
 }
 
 void tov_schema__get_textwidth(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id, char **name,

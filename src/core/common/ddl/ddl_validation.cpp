@@ -11,8 +11,9 @@ namespace {
 // What all lines of one statement share.
 struct my_statement {
     KT_string *text;
-    const char *type;          // the abstract type
-    const char *sqlite_typeof; // what typeof() must say
+    const char *type;               // the abstract type
+    const tov_abstract_type *facts; // null for a name of no type
+    const char *sqlite_typeof;      // what typeof() must say
     const char *col_name;
     const char *value; // NEW."column"
     int32_t width;     // longest value, in characters or bytes; unbounded when not above 0
@@ -40,18 +41,9 @@ static void my_append_check(KT_context *ctx, const my_statement &s, my_pieces co
     KT_TRY(my_append_rejection(ctx, s, message, end));
 }
 
-static bool my_is_any_storage_class_accepted(const char *type) noexcept
-{
-    static constexpr const char *unchecked[] = {"identity", "loose/int", "loose/real", "loose/text", "loose/blob"};
-    for (const char *name : unchecked)
-        if (ddl_is_type(type, name))
-            return true;
-    return false;
-}
-
 static void my_append_type_check(KT_context *ctx, const my_statement &s) noexcept
 {
-    if (my_is_any_storage_class_accepted(s.type))
+    if (s.facts && !s.facts->is_checked)
         return;
     const my_pieces message = {"type mismatch: ", s.type, "(", s.sqlite_typeof, ")"};
     if (std::strcmp(s.sqlite_typeof, "real") != 0) {
@@ -65,9 +57,15 @@ static void my_append_type_check(KT_context *ctx, const my_statement &s) noexcep
                            message));
 }
 
-static void my_append_range_check(KT_context *ctx, const my_statement &s, const char *low, const char *high) noexcept
+static void my_append_range_check(KT_context *ctx, const my_statement &s) noexcept
 {
-    KT_TRY(my_append_check(ctx, s, {" (", s.value, " < ", low, ") OR (", s.value, " > ", high, ") "},
+    if (!s.facts || s.facts->low == INT64_MIN)
+        return;
+    char low[21];
+    char high[21];
+    KT_TRY(my_append_check(ctx, s,
+                           {" (", s.value, " < ", KT_int64_to_sz(s.facts->low, low), ") OR (", s.value, " > ",
+                            KT_int64_to_sz(s.facts->high, high), ") "},
                            {"out of range: ", s.type}));
 }
 
@@ -157,34 +155,23 @@ static void my_append_datetime_check(KT_context *ctx, const my_statement &s) noe
     KT_TRY(my_append_rejection(ctx, s, {"invalid datetime"}, ""));
 }
 
-// What a value must be besides its storage class; a type that is not here has nothing more to say.
+// What a value must be besides its storage class and range; a type that is not here has nothing more to say.
 static void my_append_value_check(KT_context *ctx, const my_statement &s) noexcept
 {
     static constexpr struct {
-        const char *type;
-        const char *low;
-        const char *high;
-    } ranges[] = {
-        {"uint8", "0", "255"},
-        {"sint16", "-32768", "32767"},
-        {"sint32", "-2147483648", "2147483647"},
-        {"money4", "-2147483648", "2147483647"},
-        {"uint1", "0", "1"},
-    };
-    static constexpr struct {
-        const char *type;
+        tov_type_kind kind;
         void (*append_check)(KT_context *ctx, const my_statement &s) noexcept;
-    } others[] = {
-        {"text", my_append_width_check},      {"blob", my_append_width_check}, {"guid", my_append_guid_check},
-        {"date", my_append_date_check},       {"time", my_append_time_checks}, {"datetime", my_append_datetime_check},
-        {"decimal", my_append_decimal_check},
+    } checks[] = {
+        {TOV_KIND_TEXT, my_append_width_check},      {TOV_KIND_BLOB, my_append_width_check},
+        {TOV_KIND_GUID, my_append_guid_check},       {TOV_KIND_DATE, my_append_date_check},
+        {TOV_KIND_TIME, my_append_time_checks},      {TOV_KIND_DATETIME, my_append_datetime_check},
+        {TOV_KIND_DECIMAL, my_append_decimal_check},
     };
-    for (const auto &range : ranges)
-        if (ddl_is_type(s.type, range.type))
-            KT_TRY(my_append_range_check(ctx, s, range.low, range.high));
-    for (const auto &other : others)
-        if (ddl_is_type(s.type, other.type))
-            KT_TRY(other.append_check(ctx, s));
+    if (!s.facts || !s.facts->is_checked)
+        return;
+    for (const auto &check : checks)
+        if (s.facts->kind == check.kind)
+            KT_TRY(check.append_check(ctx, s));
 }
 
 void tov_schema__get_validation_expression(KT_context *ctx, const char *abstract_type, int32_t width, int32_t precision,
@@ -197,11 +184,12 @@ void tov_schema__get_validation_expression(KT_context *ctx, const char *abstract
     kt_owned_string text{ctx};
     KT_TRY(KT_string__alloc(ctx, text.out()));
 
-    const my_statement s = {text,     abstract_type,        tov_abstract_type_to_sqlite_typeof(abstract_type),
-                            col_name, KT_string__sz(value), width,
-                            precision};
+    const tov_abstract_type *facts = tov_find_abstract_type(abstract_type);
+    const my_statement s = {text,     abstract_type,        facts, facts ? facts->sqlite_typeof : "",
+                            col_name, KT_string__sz(value), width, precision};
     KT_TRY(ddl_append(ctx, text, {"-- ", s.type, "\nSELECT CASE\nWHEN (", s.value, " IS NULL) THEN 1\n"}));
     KT_TRY(my_append_type_check(ctx, s));
+    KT_TRY(my_append_range_check(ctx, s));
     KT_TRY(my_append_value_check(ctx, s));
     KT_TRY(KT_string__append__sz(ctx, text, "ELSE 1\nEND"));
     text.move_to(result);

@@ -10,27 +10,20 @@
 #include "document/tov_parse_defin_private.hpp"
 
 #include <cstring>
+#include <iterator>
 
 namespace {
 
-struct defval_rule;
-
 // What a rule decides about: the text, and the literal peeled from it, which a rule may move to the result.
 struct host_default {
-    const defval_rule *rule;
+    const tov_abstract_type *type; // null for a name of no type
     uint32_t scale;
     const char *text;
     kt_owned_text literal; // null when the text is not a literal
 };
 
-struct defval_rule {
-    const char *abstract_type;
-    // Leaves the result null for no default, otherwise gives it a new text.
-    void (*translate)(KT_context *ctx, host_default &defval, char **result) noexcept;
-    int64_t low = 0;
-    int64_t high = 0;
-    const char *now = nullptr;
-};
+// Leaves the result null for no default, otherwise gives it a new text.
+using defval_rule = void (*)(KT_context *ctx, host_default &defval, char **result) noexcept;
 
 } // namespace
 
@@ -77,7 +70,7 @@ static void my_scaled(KT_context *ctx, const char *literal, uint32_t scale, char
 static void my_try_constant(KT_context *ctx, host_default &defval, char **result) noexcept
 {
     KT_bool ok = 0;
-    KT_TRY(is_valid_constant(ctx, defval.rule->abstract_type, defval.literal, &ok));
+    KT_TRY(is_valid_constant(ctx, defval.type->name, defval.literal, &ok));
     if (ok)
         defval.literal.move_to(result);
 }
@@ -114,12 +107,27 @@ static void my_fix_guid(KT_context *ctx, host_default &defval, char **result) no
 }
 
 // Only the UTC clocks mean what SQLite's 'now' means.
-static void my_fix_clock(KT_context *ctx, host_default &defval, char **result) noexcept
+static void my_fix_clock(KT_context *ctx, host_default &defval, const char *now, char **result) noexcept
 {
     if (defval.literal)
         KT_TRY(my_try_constant(ctx, defval, result));
     else
-        KT_TRY(my_translate_call(ctx, defval.text, "GETUTCDATE", "SYSUTCDATETIME", defval.rule->now, result));
+        KT_TRY(my_translate_call(ctx, defval.text, "GETUTCDATE", "SYSUTCDATETIME", now, result));
+}
+
+static void my_fix_date(KT_context *ctx, host_default &defval, char **result) noexcept
+{
+    KT_TRY(my_fix_clock(ctx, defval, "(date('now'))", result));
+}
+
+static void my_fix_time(KT_context *ctx, host_default &defval, char **result) noexcept
+{
+    KT_TRY(my_fix_clock(ctx, defval, "(time('now'))", result));
+}
+
+static void my_fix_datetime(KT_context *ctx, host_default &defval, char **result) noexcept
+{
+    KT_TRY(my_fix_clock(ctx, defval, "(datetime('now'))", result));
 }
 
 static void my_fix_real(KT_context *ctx, host_default &defval, char **result) noexcept
@@ -132,9 +140,9 @@ static void my_fix_integer(KT_context *ctx, host_default &defval, char **result)
 {
     if (!defval.literal)
         return;
-    const defval_rule &rule = *defval.rule;
+    const tov_abstract_type &type = *defval.type;
     KT_bool ok = 0;
-    KT_TRY(int_default_valid(ctx, defval.literal, rule.abstract_type, rule.low, rule.high, &ok));
+    KT_TRY(int_default_valid(ctx, defval.literal, type.name, type.low, type.high, &ok));
     if (ok)
         defval.literal.move_to(result);
 }
@@ -178,43 +186,32 @@ static void my_fix_blob(KT_context *ctx, host_default &defval, char **result) no
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
 }
 
+// By kind of type. Text columns keep any literal, and so does a type that is not known.
 static constexpr defval_rule my_rules[] = {
-    {"money8", my_fix_money},
-    {"money4", my_fix_money},
-    {"decimal", my_fix_decimal},
-    {"identity", my_fix_never},
-    {"guid", my_fix_guid},
-    {.abstract_type = "date", .translate = my_fix_clock, .now = "(date('now'))"},
-    {.abstract_type = "datetime", .translate = my_fix_clock, .now = "(datetime('now'))"},
-    {.abstract_type = "time", .translate = my_fix_clock, .now = "(time('now'))"},
-    {"uint1", my_fix_bit, 0, 1},
-    {"uint8", my_fix_integer, 0, 255},
-    {"sint16", my_fix_integer, INT16_MIN, INT16_MAX},
-    {"sint32", my_fix_integer, INT32_MIN, INT32_MAX},
-    {"sint64", my_fix_integer, INT64_MIN, INT64_MAX},
-    {"loose/int", my_fix_integer, INT64_MIN, INT64_MAX},
-    {"real8", my_fix_real},
-    {"real4", my_fix_real},
-    {"loose/real", my_fix_real},
-    {"blob", my_fix_blob},
-    {"loose/blob", my_fix_blob},
+    /* identity */ my_fix_never,
+    /* integer */ my_fix_integer,
+    /* bit */ my_fix_bit,
+    /* real */ my_fix_real,
+    /* decimal */ my_fix_decimal,
+    /* money */ my_fix_money,
+    /* date */ my_fix_date,
+    /* time */ my_fix_time,
+    /* datetime */ my_fix_datetime,
+    /* text */ my_fix_any_literal,
+    /* blob */ my_fix_blob,
+    /* guid */ my_fix_guid,
 };
+static_assert(std::size(my_rules) == TOV_KIND_GUID + 1);
 
-// Text columns keep any literal, and so does a type that is not known.
-static constexpr defval_rule my_literal_rule = {"text", my_fix_any_literal};
-
-static const defval_rule *my_find_rule(const char *abstract_type) noexcept
+static defval_rule my_find_rule(const tov_abstract_type *type) noexcept
 {
-    for (const defval_rule &rule : my_rules)
-        if (std::strcmp(rule.abstract_type, abstract_type) == 0)
-            return &rule;
-    return &my_literal_rule;
+    return type ? my_rules[type->kind] : my_fix_any_literal;
 }
 
 void tov_fix_mssql_defval(KT_context *ctx, const char *abstract_type, uint32_t scale, const char *host_text,
                           char **result) noexcept
 {
-    host_default defval{my_find_rule(abstract_type), scale, host_text, kt_owned_text{ctx}};
+    host_default defval{tov_find_abstract_type(abstract_type), scale, host_text, kt_owned_text{ctx}};
     const std::string_view literal = _tov_peel_literal(host_text);
     if (literal.data())
         KT_TRY(kt_copy_alloc_buf_len(ctx, literal.data(), static_cast<uint32_t>(literal.size()), defval.literal.out()));
@@ -223,6 +220,6 @@ void tov_fix_mssql_defval(KT_context *ctx, const char *abstract_type, uint32_t s
         return;
     }
     char *translated = nullptr;
-    KT_TRY(defval.rule->translate(ctx, defval, &translated));
+    KT_TRY(my_find_rule(defval.type)(ctx, defval, &translated));
     *result = translated;
 }

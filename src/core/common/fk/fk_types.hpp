@@ -1,6 +1,8 @@
 // Which abstract types carry identity values.
 #pragma once
 
+#include "tov_abstract_types.h"
+
 #include <cstring>
 
 // Type names are compared exactly. A type record without a name gives null, which is not a type.
@@ -14,10 +16,6 @@ inline bool fk_is_identity(const char *abstract_type) noexcept
 // A column that may hold the values of an identity column it refers to.
 inline bool fk_is_integer_key(const char *abstract_type) noexcept
 {
-    static constexpr const char *names[] = {"sint64", "sint32", "sint16", "uint8"};
-    for (const char *name : names) {
-        if (abstract_type && strcmp(abstract_type, name) == 0)
-            return true;
-    }
-    return false;
+    const tov_abstract_type *type = tov_find_abstract_type(abstract_type);
+    return type && type->is_integer_key;
 }
