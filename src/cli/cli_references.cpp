@@ -3,19 +3,8 @@
 #include "cli_json.hpp"
 #include "cli_schema.hpp"
 
-namespace {
-
-std::string text_or_empty(const char *text)
-{
-    return text ? text : "";
-}
-
-bool is_action(const char *action)
-{
-    return action && KT_stricmp(action, "NO ACTION") != 0;
-}
-
-std::string column_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id, const std::string &col_id)
+static std::string my_column_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id,
+                                  const std::string &col_id)
 {
     const char *name = nullptr;
     tov_schema__get_col_name(ctx, schema, tbl_id.c_str(), col_id.c_str(), &name);
@@ -23,108 +12,54 @@ std::string column_name(KT_context *ctx, tov_schema *schema, const std::string &
     return name ? name : col_id;
 }
 
-void add_column_reference(KT_context *ctx, tov_schema *schema, const std::string &tbl_id, const char *col_id,
-                          std::vector<cli_reference> *references)
+static uint32_t my_count(KT_context *ctx, const KT_varray *list)
 {
-    KT_bool has = 0;
-    const char *name = nullptr, *ref_tbl_id = nullptr, *ref_col_id = nullptr, *on_delete = nullptr,
-               *on_update = nullptr;
-    tov_schema__get_colcon_fk(ctx, schema, tbl_id.c_str(), col_id, &has, &name, &ref_tbl_id, &ref_col_id, &on_delete,
-                              &on_update);
-    cli_check(ctx, tbl_id);
-    if (!has)
-        return;
-    cli_reference reference;
-    reference.name = text_or_empty(name);
-    reference.from_table = tbl_id;
-    reference.to_table = text_or_empty(ref_tbl_id);
-    reference.from_columns = {column_name(ctx, schema, tbl_id, col_id)};
-    if (ref_col_id)
-        reference.to_columns = {column_name(ctx, schema, reference.to_table, ref_col_id)};
-    reference.on_delete = is_action(on_delete) ? on_delete : "";
-    reference.on_update = is_action(on_update) ? on_update : "";
-    references->push_back(std::move(reference));
+    uint32_t count = 0;
+    if (list)
+        KT_varray__count(ctx, list, &count);
+    return count;
 }
 
-// Name and actions of a key of a table are optional in the document, and the operations that read them one by one
-// fail without them; so each is asked for on its own level.
-template <class Read> std::string optional_text(KT_context *ctx, Read read)
+static KT_vhash *my_record(KT_context *ctx, const KT_varray *list, uint32_t n)
+{
+    KT_vhash *record = nullptr;
+    KT_varray__get__vhash(ctx, list, n, &record);
+    cli_check(ctx, "");
+    return record;
+}
+
+static KT_varray *my_list_in(KT_context *ctx, const KT_vhash *record, const char *key)
+{
+    KT_varray *list = nullptr;
+    KT_vhash__get__varray(ctx, record, key, &list);
+    cli_check(ctx, key);
+    return list;
+}
+
+static const char *my_text(KT_context *ctx, const KT_varray *list, uint32_t n)
 {
     const char *text = nullptr;
-    KT_context__push_level(ctx);
-    read(&text);
-    std::string result = KT_context__has_err(ctx) ? "" : text_or_empty(text);
-    KT_context__pop_level(ctx);
-    return result;
+    KT_varray__get__sz(ctx, list, n, &text);
+    cli_check(ctx, "");
+    return text;
 }
 
-void add_table_reference(KT_context *ctx, tov_schema *schema, const std::string &tbl_id, uint32_t n,
-                         std::vector<cli_reference> *references)
+static std::string my_text_or_empty(KT_context *ctx, const KT_vhash *record, const char *key)
 {
-    const char *fk_id = nullptr, *ref_tbl_id = nullptr;
-    uint32_t count = 0;
-    tov_schema__get_nth_foreignkey_id(ctx, schema, tbl_id.c_str(), n, &fk_id);
-    cli_check(ctx, tbl_id);
-    tov_schema__get_foreignkey_ref_tbl_id(ctx, schema, tbl_id.c_str(), fk_id, &ref_tbl_id);
-    cli_check(ctx, tbl_id);
-    tov_schema__count_foreignkey_cols(ctx, schema, tbl_id.c_str(), fk_id, &count);
-    cli_check(ctx, tbl_id);
-
-    cli_reference reference;
-    reference.id = fk_id;
-    reference.from_table = tbl_id;
-    reference.to_table = ref_tbl_id;
-    reference.name = optional_text(
-        ctx, [&](const char **text) { tov_schema__get_foreignkey_name(ctx, schema, tbl_id.c_str(), fk_id, text); });
-    reference.on_delete = optional_text(ctx, [&](const char **text) {
-        tov_schema__get_foreignkey_delete_action(ctx, schema, tbl_id.c_str(), fk_id, text);
-    });
-    if (!is_action(reference.on_delete.c_str()))
-        reference.on_delete.clear();
-    for (uint32_t i = 0; i < count; i++) {
-        const char *col_id = nullptr, *ref_col_id = nullptr;
-        tov_schema__get_nth_foreignkey_col_ids(ctx, schema, tbl_id.c_str(), fk_id, i, &col_id, &ref_col_id);
-        cli_check(ctx, tbl_id);
-        reference.from_columns.push_back(column_name(ctx, schema, tbl_id, col_id));
-        reference.to_columns.push_back(column_name(ctx, schema, reference.to_table, ref_col_id));
-    }
-    references->push_back(std::move(reference));
+    const char *text = nullptr;
+    KT_vhash__check__sz(ctx, record, key, &text);
+    cli_check(ctx, key);
+    return text ? text : "";
 }
 
-struct owned_list {
-    explicit owned_list(KT_context *context) : ctx(context)
-    {
-    }
-    ~owned_list()
-    {
-        KT_varray__free(ctx, list);
-    }
-    owned_list(const owned_list &) = delete;
-    owned_list &operator=(const owned_list &) = delete;
-
-    uint32_t count() const
-    {
-        uint32_t n = 0;
-        if (list)
-            KT_varray__count(ctx, list, &n);
-        return n;
-    }
-    KT_varray *members(uint32_t n, const char *key) const
-    {
-        KT_vhash *record = nullptr;
-        KT_varray *members = nullptr;
-        KT_varray__get__vhash(ctx, list, n, &record);
-        cli_check(ctx, key);
-        KT_vhash__get__varray(ctx, record, key, &members);
-        cli_check(ctx, key);
-        return members;
-    }
-
-    KT_context *ctx;
-    KT_varray *list = nullptr;
-};
-
-} // namespace
+static std::vector<std::string> my_column_names(KT_context *ctx, tov_schema *schema, const std::string &tbl_id,
+                                                const KT_varray *col_ids)
+{
+    std::vector<std::string> names;
+    for (uint32_t n = 0; n < my_count(ctx, col_ids); n++)
+        names.push_back(my_column_name(ctx, schema, tbl_id, my_text(ctx, col_ids, n)));
+    return names;
+}
 
 std::vector<std::string> cli_table_ids(KT_context *ctx, tov_schema *schema)
 {
@@ -143,90 +78,54 @@ std::vector<std::string> cli_table_ids(KT_context *ctx, tov_schema *schema)
 
 std::vector<cli_reference> cli_references_of(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
 {
+    kt_owned_varray keys{ctx};
+    tov_schema__list_keys(ctx, schema, tbl_id.c_str(), TOV_KEYS_FOREIGN, keys.out());
+    cli_check(ctx, tbl_id);
     std::vector<cli_reference> references;
-    uint32_t count = 0;
-    tov_schema__count_cols(ctx, schema, tbl_id.c_str(), &count);
-    cli_check(ctx, tbl_id);
-    for (uint32_t n = 0; n < count; n++) {
-        const char *col_id = nullptr;
-        tov_schema__get_nth_col_id(ctx, schema, tbl_id.c_str(), n, &col_id);
-        cli_check(ctx, tbl_id);
-        add_column_reference(ctx, schema, tbl_id, col_id, &references);
+    for (uint32_t n = 0; n < my_count(ctx, keys); n++) {
+        const KT_vhash *key = my_record(ctx, keys, n);
+        cli_reference reference;
+        reference.name = my_text_or_empty(ctx, key, "name");
+        reference.from_table = tbl_id;
+        reference.to_table = my_text_or_empty(ctx, key, "ref-tbl");
+        reference.from_columns = my_column_names(ctx, schema, tbl_id, my_list_in(ctx, key, "cols"));
+        reference.to_columns = my_column_names(ctx, schema, reference.to_table, my_list_in(ctx, key, "ref-cols"));
+        reference.on_delete = my_text_or_empty(ctx, key, "on-delete");
+        reference.on_update = my_text_or_empty(ctx, key, "on-update");
+        references.push_back(std::move(reference));
     }
-    tov_schema__count_foreignkeys(ctx, schema, tbl_id.c_str(), &count);
-    cli_check(ctx, tbl_id);
-    for (uint32_t n = 0; n < count; n++)
-        add_table_reference(ctx, schema, tbl_id, n, &references);
     return references;
-}
-
-// One copy of the document serves all keys.
-void cli_add_update_actions(KT_context *ctx, tov_schema *schema, std::vector<cli_reference> *references)
-{
-    cli_map copy(ctx);
-    tov_schema__copy_into_vhash(ctx, schema, copy, 0);
-    cli_check(ctx, "");
-    const auto member = [ctx](const KT_vhash *map, const std::string &key) {
-        KT_vhash *value = nullptr;
-        KT_vhash__get__vhash(ctx, map, key.c_str(), &value);
-        cli_check(ctx, key);
-        return value;
-    };
-    const KT_vhash *document = member(copy, "schema");
-    for (cli_reference &reference : *references) {
-        if (reference.id.empty())
-            continue;
-        const KT_vhash *tbl = member(member(document, "tbls"), reference.from_table);
-        const char *on_update = nullptr;
-        KT_vhash__check__sz(ctx, member(member(tbl, "foreignkeys"), reference.id), "on_update", &on_update);
-        cli_check(ctx, reference.id);
-        reference.on_update = is_action(on_update) ? on_update : "";
-    }
 }
 
 std::vector<std::vector<std::string>> cli_table_cycles(KT_context *ctx, tov_schema *schema)
 {
-    owned_list cycles(ctx);
-    tov_schema__find_reference_cycles(ctx, schema, &cycles.list, nullptr);
+    kt_owned_varray cycles{ctx};
+    tov_schema__find_reference_cycles(ctx, schema, cycles.out(), nullptr);
     cli_check(ctx, "");
     std::vector<std::vector<std::string>> result;
-    for (uint32_t n = 0; n < cycles.count(); n++) {
-        KT_varray *members = cycles.members(n, "tbls");
-        uint32_t count = 0;
-        KT_varray__count(ctx, members, &count);
+    for (uint32_t n = 0; n < my_count(ctx, cycles); n++) {
+        const KT_varray *tbl_ids = my_list_in(ctx, my_record(ctx, cycles, n), "tbls");
         result.emplace_back();
-        for (uint32_t i = 0; i < count; i++) {
-            const char *tbl_id = nullptr;
-            KT_varray__get__sz(ctx, members, i, &tbl_id);
-            cli_check(ctx, "");
-            result.back().emplace_back(tbl_id);
-        }
+        for (uint32_t i = 0; i < my_count(ctx, tbl_ids); i++)
+            result.back().emplace_back(my_text(ctx, tbl_ids, i));
     }
     return result;
 }
 
 std::vector<std::vector<std::string>> cli_column_cycles(KT_context *ctx, tov_schema *schema)
 {
-    owned_list cycles(ctx);
-    tov_schema__find_reference_cycles(ctx, schema, nullptr, &cycles.list);
+    kt_owned_varray cycles{ctx};
+    tov_schema__find_reference_cycles(ctx, schema, nullptr, cycles.out());
     cli_check(ctx, "");
     std::vector<std::vector<std::string>> result;
-    for (uint32_t n = 0; n < cycles.count(); n++) {
-        KT_varray *members = cycles.members(n, "cols");
-        uint32_t count = 0;
-        KT_varray__count(ctx, members, &count);
+    for (uint32_t n = 0; n < my_count(ctx, cycles); n++) {
+        const KT_varray *cols = my_list_in(ctx, my_record(ctx, cycles, n), "cols");
         result.emplace_back();
-        for (uint32_t i = 0; i < count; i++) {
-            KT_vhash *place = nullptr;
-            const char *tbl_id = nullptr, *col_id = nullptr;
-            KT_varray__get__vhash(ctx, members, i, &place);
-            cli_check(ctx, "");
-            KT_vhash__get__sz(ctx, place, "tbl", &tbl_id);
-            cli_check(ctx, "");
-            KT_vhash__get__sz(ctx, place, "col", &col_id);
-            cli_check(ctx, "");
+        for (uint32_t i = 0; i < my_count(ctx, cols); i++) {
+            const KT_vhash *col = my_record(ctx, cols, i);
+            const std::string tbl_id = my_text_or_empty(ctx, col, "tbl");
             result.back().push_back(cli_table_name(ctx, schema, tbl_id) + "." +
-                                    column_name(ctx, schema, tbl_id, col_id));
+                                    my_column_name(ctx, schema, tbl_id, my_text_or_empty(ctx, col, "col")));
         }
     }
     return result;

@@ -6,21 +6,17 @@
 #include <vector>
 
 struct cli_reference {
-    std::string id;   // of the key in its table; empty for a column's
     std::string name; // of the constraint; may be empty
     std::string from_table;
     std::string to_table;
     std::vector<std::string> from_columns;
     std::vector<std::string> to_columns;
     std::string on_delete; // empty: no action
-    std::string on_update; // of a table's key: empty until cli_add_update_actions()
+    std::string on_update; // likewise
 };
 
 // The keys that one table holds: those of its columns, then those of the table.
 std::vector<cli_reference> cli_references_of(KT_context *ctx, tov_schema *schema, const std::string &tbl_id);
-
-// Adds the update actions of tables' keys, which the module's operations do not tell.
-void cli_add_update_actions(KT_context *ctx, tov_schema *schema, std::vector<cli_reference> *references);
 
 // The ids of all tables, in schema order.
 std::vector<std::string> cli_table_ids(KT_context *ctx, tov_schema *schema);

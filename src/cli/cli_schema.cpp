@@ -3,7 +3,6 @@
 #include "cli_files.hpp"
 #include "cli_json.hpp"
 #include "cli_nearest.hpp"
-#include "cli_shape.hpp"
 #include "tov_host.h"
 
 static bool my_has_key(KT_context *ctx, const KT_vhash *map, const char *key)
@@ -51,8 +50,9 @@ void cli_load_schema(KT_context *ctx, const std::string &path, cli_schema *schem
     } else {
         *document.out() = std::exchange(file.map, nullptr);
     }
-    cli_check_schema_shape(ctx, document, path);
     tov_schema__alloc__vhash(ctx, document.out(), host_internals.out(), &schema->schema);
+    cli_check(ctx, path);
+    tov_schema__check_shape(ctx, schema->schema);
     cli_check(ctx, path);
 }
 

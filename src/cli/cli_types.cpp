@@ -105,7 +105,7 @@ std::string cli_type_name(const std::string &declared)
 static cli_type my_of_abstract_type(const tov_abstract_type *type)
 {
     const bool is_loose_number = !type->is_checked && (type->kind == TOV_KIND_INTEGER || type->kind == TOV_KIND_REAL);
-    return {type, carries_over[is_loose_number ? TOV_KIND_TEXT : type->kind]};
+    return {type, carries_over[is_loose_number ? tov_type_kind{TOV_KIND_TEXT} : type->kind]};
 }
 
 static std::optional<cli_type> my_find_by_name(const char *name)

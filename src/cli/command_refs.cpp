@@ -63,7 +63,6 @@ static std::vector<cli_reference> my_collect(KT_context *ctx, tov_schema *schema
             if (tbl_id.empty() || KT_stricmp(reference.from_table.c_str(), tbl_id.c_str()) == 0 ||
                 KT_stricmp(reference.to_table.c_str(), tbl_id.c_str()) == 0)
                 result.push_back(std::move(reference));
-    cli_add_update_actions(ctx, schema, &result);
     return result;
 }
 

@@ -32,5 +32,6 @@
 #include "tov_document.h"
 #include "tov_queries.h"
 #include "tov_references.h"
+#include "tov_shape.h"
 
 #endif

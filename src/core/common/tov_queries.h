@@ -88,6 +88,27 @@ TOV_API void tov_schema__get_foreignkey_name(KT_context *ctx, tov_schema *schema
 TOV_API void tov_schema__get_foreignkey_delete_action(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                                       const char *fk_id, const char **action) KT_NOEXCEPT;
 
+/** Kinds of keys, for tov_schema__list_keys(). Never renumbered. */
+enum { TOV_KEYS_PRIMARY = 1, TOV_KEYS_UNIQUE = 2, TOV_KEYS_FOREIGN = 4 };
+
+/**
+ * Lists a table's keys: the primary key, unique constraints, foreign keys of its columns, and its own foreign keys:
+ * {"kind":"primary","name":"PK","cols":["a","b"]}, {"kind":"unique","id":"u","cols":["a"]},
+ * {"kind":"foreign","id":"f","name":"FK_1","cols":["a"],"ref-tbl":"p","ref-cols":["id"],"deferred":false,
+ * "on-delete":"CASCADE","on-update":"SET NULL"}.
+ *
+ * Columns and the table referred to are ids as the keys hold them. What a key lacks is left out: its name, its id (a
+ * primary key and a column's foreign key have none), an action, which "NO ACTION" is not. The "ref-cols" of a column's
+ * foreign key are empty when it refers to a primary key without naming the column.
+ *
+ * @param kinds      which keys to list: a sum of TOV_KEYS_... values.
+ * @param[out] keys  owned; null when there is none.
+ *
+ * The primary key fails with KT_ERR_KEY_NOT_FOUND at a column whose type was never set.
+ */
+TOV_API void tov_schema__list_keys(KT_context *ctx, tov_schema *schema, const char *tbl_id, uint32_t kinds,
+                                   KT_varray **keys) KT_NOEXCEPT;
+
 /** Counts a table's unique constraints. */
 TOV_API void tov_schema__count_uniques(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                        uint32_t *count) KT_NOEXCEPT;

@@ -32,6 +32,12 @@ inline KT_bool tov_low_byte_flag(KT_bool argument) noexcept
     return (static_cast<uint32_t>(argument) & 0xFFU) == 1U;
 }
 
+// Whether a foreign key's action is one: given, and not "NO ACTION" in any letter case.
+inline bool tov_is_fk_action(const char *action) noexcept
+{
+    return action && KT_stricmp(action, "NO ACTION") != 0;
+}
+
 extern "C" {
 
 // Lookups. Results are borrowed from the document. A table that does not exist is KT_ERR_NOT_FOUND, first of all.

@@ -24,7 +24,7 @@ struct my_lists {
 
 static bool my_is_selected(uint32_t filter, const fk_key &key) noexcept
 {
-    return filter == EVERY_KEY || (filter == KEYS_WITH_DELETE_ACTION && fk_is_action(key.on_delete));
+    return filter == EVERY_KEY || (filter == KEYS_WITH_DELETE_ACTION && tov_is_fk_action(key.on_delete));
 }
 
 // What a record needs of a table-level key: its columns, and its name, which it must have. A column-level key has its
@@ -56,7 +56,7 @@ static void my_append_held_record(KT_context *ctx, const fk_key &key, uint32_t f
     KT_vhash *record = nullptr;
     KT_TRY(my_append_new(ctx, records, &record));
     KT_TRY(KT_vhash__add__string__sz(ctx, record, "name", key.name));
-    if (fk_is_action(key.on_delete))
+    if (tov_is_fk_action(key.on_delete))
         KT_TRY(KT_vhash__add__string__sz(ctx, record, "on-delete", key.on_delete));
     KT_TRY(KT_vhash__add__string__sz(ctx, record, "tbl", key.ref_tbl_id));
     KT_TRY(my_add_col_lists(ctx, record, lists));
@@ -71,7 +71,7 @@ static void my_append_referring_record(KT_context *ctx, const fk_key &key, kt_ow
     KT_TRY(my_append_new(ctx, records, &record));
     KT_TRY(KT_vhash__add__string__sz(ctx, record, "name", key.name));
     KT_TRY(KT_vhash__add__string__sz(ctx, record, "tbl", key.tbl_id));
-    KT_TRY(KT_vhash__add__bool(ctx, record, "on-up", fk_is_action(key.on_update)));
+    KT_TRY(KT_vhash__add__bool(ctx, record, "on-up", tov_is_fk_action(key.on_update)));
     KT_TRY(my_add_col_lists(ctx, record, lists));
 }
 

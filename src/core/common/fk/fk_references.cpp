@@ -122,7 +122,7 @@ void tov_schema__does_tbl_have_fk_constraint_with_delete_action(KT_context *ctx,
     KT_TRY(fk_walk_tbl(ctx, &walk, tbl_id));
     do
         KT_TRY(fk_next(ctx, &walk, &key));
-    while (key.tbl_id && !fk_is_action(key.on_delete));
+    while (key.tbl_id && !tov_is_fk_action(key.on_delete));
     *has = key.tbl_id != nullptr;
 }
 

@@ -59,12 +59,6 @@ void fk_walk_schema(KT_context *ctx, fk_walk *walk) noexcept;
 void fk_walk_tbl(KT_context *ctx, fk_walk *walk, const char *tbl_id) noexcept;
 void fk_next(KT_context *ctx, fk_walk *walk, fk_key *key) noexcept;
 
-// Whether an action is one: given, and not "NO ACTION" in any letter case.
-inline bool fk_is_action(const char *action) noexcept
-{
-    return action && KT_stricmp(action, "NO ACTION") != 0;
-}
-
 // The columns of a table-level key's record, which must have them.
 void fk_get_cols(KT_context *ctx, const fk_key &key, KT_vhash **cols, uint32_t *count) noexcept;
 

@@ -40,6 +40,16 @@ void normalise_dates(KT_context *ctx)
     sqlite3_close(connection);
 }
 
+// The document of the stage lacks a type here and there.
+void check_shape(KT_context *ctx)
+{
+    tov_schema *schema = nullptr;
+    tov_schema__new(ctx, 1, &schema);
+    if (!KT_context__has_err(ctx))
+        tov_schema__check_shape(ctx, schema);
+    tov_schema__nullfree(ctx, &schema);
+}
+
 void ignore_pair(KT_context *, void *, const char *, KT_variant *)
 {
 }
@@ -139,6 +149,7 @@ const operation operations[] = {
     ROW(tov_schema__add_to_unique_constraint, part, s.schema, "p", "bin", "new"),
     ROW(tov_schema__alloc__vhash, all, &s.trees[0], &s.trees[1], &o.schema),
     ROW(tov_schema__check_server, nothing, s.schema, &o.child),
+    ROW_OF(tov_schema__check_shape, all, check_shape(c)),
     ROW(tov_schema__check_tbl_server, nothing, s.schema, "p", &o.child),
     ROW(tov_schema__check_tbl_txid, nothing, s.schema, "p", &o.int64),
     ROW(tov_schema__copy_into_vhash, part, s.schema, s.map, 1),
@@ -195,6 +206,8 @@ const operation operations[] = {
     ROW(tov_schema__get_colcon_notnull, nothing, s.schema, "p", "id", &o.flag, &o.texts[0]),
     ROW(tov_schema__get_converted_col_name, all, s.schema, "c", "A", "q", &o.string),
     ROW(tov_schema__get_converted_col_names_as_vhash, all, s.schema, "c", 1, &o.map),
+    ROW_OF(tov_schema__get_document, nothing, const KT_vhash *found = nullptr;
+           tov_schema__get_document(c, s.schema, &found)),
     ROW(tov_schema__get_filter_id, nothing, s.schema, &o.int64),
     ROW(tov_schema__get_fk_rules, nothing, s.schema, "c", &o.child),
     ROW(tov_schema__get_foreignkey_defin, all, s.schema, "c", "f", &o.texts[0]),
@@ -234,6 +247,7 @@ const operation operations[] = {
     ROW(tov_schema__is_col_id_in_unique, nothing, s.schema, "p", "id", &o.flag),
     ROW(tov_schema__is_col_unprepared, nothing, s.schema, "c", "g", &o.flag),
     ROW(tov_schema__list_fk_constraints, all, s.schema, "c", nullptr, 0, &o.lists[0], &o.count),
+    ROW(tov_schema__list_keys, all, s.schema, "c", 7, &o.lists[0]),
     ROW(tov_schema__list_tbls, all, s.schema, &o.lists[0]),
     ROW(tov_schema__list_tbls_referenced_by, all, s.schema, "c", &o.set),
     ROW(tov_schema__lite, all, s.schema, s.set, &o.string),
@@ -302,6 +316,7 @@ constexpr exempted exempted_names[] = {
     {"tov__set_sqlite_functions", no_context},
     {"tov_find_abstract_type", no_context},
     {"tov_find_name_flaw", no_context},
+    {"tov_get_document_shape", no_context},
     {"tov_get_nth_abstract_type", no_context},
     {"tov_is_defval_legit", no_context},
     {"tov_schema__is_mssql_spatial_col_type", no_context},
