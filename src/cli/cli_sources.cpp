@@ -38,7 +38,7 @@ static bool my_is_script(const std::filesystem::path &path)
     for (char &byte : ending)
         if (byte >= 'A' && byte <= 'Z')
             byte = static_cast<char>(byte - 'A' + 'a');
-    return ending == ".sql";
+    return ending == ".sql" || ending == ".sqlproj"; // a project says the collation of its database
 }
 
 // The scripts of a folder. Links to folders are not followed: they may lead in a cycle.

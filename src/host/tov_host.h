@@ -77,7 +77,8 @@ typedef struct tov_host_file {
  * @param[out] findings   owned, null when there are none; freed with KT_varray__free(). One map for each, in the
  *                        order in which they were met, absent members left out:
  *                        {"code":"default-dropped","table":"dbo.Orders","column":"Placed","reason":"...",
- *                        "host_text":"(getdate())"}
+ *                        "host_text":"(getdate())"}; those about a script have
+ *                        "place":"orders.sql:12:5" instead of a table and column
  *
  * Fails with KT_ERR_BAD_JSON when an export is not a JSON document; with KT_ERR_WRONG_TYPE, KT_ERR_KEY_NOT_FOUND or
  * KT_ERR_UNEXPECTED_VALUE when a value is not what it should be, and the description names the place, e.g.

@@ -26,6 +26,17 @@ void host_findings::add(KT_context *ctx, const char *code, const host_table *tab
     KT_TRY(my_add_member(ctx, finding, "host_text", host_text));
 }
 
+void host_findings::add_at(KT_context *ctx, const char *code, const char *place, const char *host_text,
+                           const std::string &reason)
+{
+    KT_TRY(add(ctx, code, nullptr, nullptr, host_text, reason));
+    uint32_t count = 0;
+    KT_vhash *finding = nullptr;
+    KT_TRY(KT_varray__count(ctx, list_, &count));
+    KT_TRY(KT_varray__get__vhash(ctx, list_, count - 1, &finding));
+    KT_TRY(my_add_member(ctx, finding, "place", place));
+}
+
 std::string host_must_give_value(const host_column &col)
 {
     return col.is_nullable ? "" : "; the column is NOT NULL, so inserts must give a value";
@@ -74,15 +85,18 @@ static void my_append_part(KT_context *ctx, KT_string *line, const char *separat
 
 void tov_host__format_finding(KT_context *ctx, const KT_vhash *finding, KT_string *line) noexcept
 {
-    const char *code = nullptr, *table = nullptr, *column = nullptr, *reason = nullptr, *host_text = nullptr;
+    const char *code = nullptr, *table = nullptr, *column = nullptr, *reason = nullptr, *host_text = nullptr,
+               *place = nullptr;
     KT_TRY(KT_vhash__get__sz(ctx, finding, "code", &code));
     KT_TRY(KT_vhash__check__sz(ctx, finding, "table", &table));
     KT_TRY(KT_vhash__check__sz(ctx, finding, "column", &column));
     KT_TRY(KT_vhash__check__sz(ctx, finding, "reason", &reason));
     KT_TRY(KT_vhash__check__sz(ctx, finding, "host_text", &host_text));
+    KT_TRY(KT_vhash__check__sz(ctx, finding, "place", &place));
     kt_owned_string text{ctx};
     KT_TRY(KT_string__alloc(ctx, text.out()));
     KT_TRY(my_append_part(ctx, text, "", code));
+    KT_TRY(my_append_part(ctx, text, ": ", place));
     KT_TRY(my_append_part(ctx, text, ": ", table));
     KT_TRY(my_append_part(ctx, text, table ? "." : ": ", column));
     KT_TRY(my_append_part(ctx, text, ": ", reason));

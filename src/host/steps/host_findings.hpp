@@ -11,6 +11,8 @@ class host_findings {
     // Adds a finding; table, column and host_text may be null.
     void add(KT_context *ctx, const char *code, const host_table *table, const host_column *col, const char *host_text,
              const std::string &reason);
+    // Adds one about a place in a file, such as "orders.sql:12:5".
+    void add_at(KT_context *ctx, const char *code, const char *place, const char *host_text, const std::string &reason);
     // Hands the list over: null when nothing was found.
     void move_to(KT_varray **result)
     {

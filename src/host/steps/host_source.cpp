@@ -1,8 +1,9 @@
 // Which reader a source is for. Its bytes say it, never its name: people rename files, and a folder has none.
 #include "steps/host_source.hpp"
 
-#include "json/host_export.hpp"
 #include "package/host_package.hpp"
+#include "script/host_script.hpp"
+#include "json/host_export.hpp"
 
 #include <algorithm>
 #include <string_view>
@@ -82,6 +83,29 @@ static void my_recognise(KT_context *ctx, std::span<const tov_host_file> files, 
     }
 }
 
+// A definition is NAME=VALUE; one without a value replaces its name with nothing.
+static std::vector<host_script_define> my_defines(const tov_host_list &list)
+{
+    std::vector<host_script_define> defines;
+    for (size_t n = 0; n < list.count; n++) {
+        const std::string_view item = list.items[n];
+        const size_t end = std::min(item.find('='), item.size());
+        defines.push_back({item.substr(0, end), item.substr(std::min(end + 1, item.size()))});
+    }
+    return defines;
+}
+
+static void my_read_scripts(KT_context *ctx, std::span<const tov_host_file> files, const tov_host_options &options,
+                            host_findings &findings, host_catalogue &catalogue)
+{
+    const std::vector<host_script_define> defines = my_defines(options.defines);
+    std::vector<host_script_file> scripts;
+    for (const tov_host_file &file : files)
+        scripts.push_back({file.name ? file.name : "script", my_bytes(file)});
+    const host_script_options script_options{options.encoding, defines};
+    KT_TRY(host_read_scripts(ctx, scripts, script_options, findings, catalogue));
+}
+
 void host_read_source(KT_context *ctx, std::span<const tov_host_file> files, const tov_host_options &options,
                       host_findings &findings, host_source &source)
 {
@@ -99,6 +123,9 @@ void host_read_source(KT_context *ctx, std::span<const tov_host_file> files, con
         return;
     case TOV_HOST_SOURCE_PACKAGE:
         KT_TRY(host_read_package(ctx, my_bytes(files.front()), findings, source.catalogue));
+        return;
+    case TOV_HOST_SOURCE_SCRIPT:
+        KT_TRY(my_read_scripts(ctx, files, options, findings, source.catalogue));
         return;
     default:
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "there is no reader for sources of kind %d", static_cast<int>(kind));

@@ -48,6 +48,7 @@ class host_speller {
     host_operand read_sign();
     host_operand read_postfix();
     host_operand read_primary();
+    host_operand read_one();
     host_operand read_group();
     host_operand read_case();
     host_operand read_cast();
@@ -107,10 +108,7 @@ void host_speller::read_truth()
 host_operand host_speller::read_group()
 {
     cursor_.advance();
-    if (++depth_ > max_expression_depth)
-        cursor_.fail("the expression is nested too deep");
     host_operand inner = read_condition();
-    depth_--;
     cursor_.expect(')');
     inner.grouped = true;
     return inner;
@@ -217,8 +215,6 @@ void host_speller::read_arguments(std::string_view function)
 {
     cursor_.expect('(');
     text_ += '(';
-    if (++depth_ > max_expression_depth)
-        cursor_.fail("the expression is nested too deep");
     if (host_takes_date_part(function) && cursor_.token.kind == host_tsql_kind::word) {
         text_ += host_date_part(cursor_.token.text);
         cursor_.advance();
@@ -232,7 +228,6 @@ void host_speller::read_arguments(std::string_view function)
             read_value();
         }
     }
-    depth_--;
     cursor_.expect(')');
     text_ += ')';
 }
@@ -293,6 +288,15 @@ host_operand host_speller::read_word()
 }
 
 host_operand host_speller::read_primary()
+{
+    if (++depth_ > max_expression_depth)
+        cursor_.fail("the expression is nested too deep");
+    const host_operand operand = read_one();
+    depth_--;
+    return operand;
+}
+
+host_operand host_speller::read_one()
 {
     const size_t start = text_.size();
     const host_tsql_token token = cursor_.token;

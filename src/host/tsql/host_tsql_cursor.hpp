@@ -35,11 +35,13 @@ class host_tsql_cursor {
             advance();
         return found;
     }
-    // The token after the current one.
-    host_tsql_token peek()
+    // The token so many after the current one.
+    host_tsql_token peek(int ahead = 1)
     {
         const size_t position = scanner.position();
-        const host_tsql_token found = scanner.next();
+        host_tsql_token found;
+        for (int n = 0; n < ahead; n++)
+            found = scanner.next();
         scanner.set_position(position);
         return found;
     }

@@ -1,0 +1,261 @@
+// Columns: name, type, and attributes in any order.
+#include "script/host_script_parts.hpp"
+
+#include "records/host_declared_type.hpp"
+#include "tsql/host_server_spelling.hpp"
+
+static bool my_is(const host_tsql_token &token, std::string_view text)
+{
+    return token.kind == host_tsql_kind::word && host_same_text(token.text, text);
+}
+
+void host_set_type(host_script_state &state, const host_tsql_type &type, host_column &record)
+{
+    host_declared_type declared;
+    declared.name = type.name;
+    declared.length = type.is_max ? -1 : type.first;
+    declared.precision = type.first;
+    declared.scale = type.name == "decimal" || type.name == "numeric" ? type.second : type.first;
+    host_set_declared_type(state.texts, declared, record);
+    record.user_type_schema = "sys";
+}
+
+static void my_set_alias(const host_script_type &type, host_script_column &col)
+{
+    const char *name = col.record.name;
+    const bool is_nullable = type.base.is_nullable;
+    col.record = type.base;
+    col.record.name = name;
+    col.record.is_nullable = is_nullable;
+    col.type = const_cast<host_script_type *>(&type);
+    host_set_bound_default(col, type.defval);
+    col.record.rule = type.rule ? type.rule->definition : nullptr;
+}
+
+// Types of other databases that T-SQL lacks, so that a script of theirs is told from one that uses a type which another
+// script makes.
+static const char *my_other_database(std::string_view type)
+{
+    struct host_foreign_type {
+        std::string_view name;
+        const char *database;
+    };
+    static constexpr host_foreign_type types[] = {
+        {"serial", "PostgreSQL"},
+        {"bigserial", "PostgreSQL"},
+        {"smallserial", "PostgreSQL"},
+        {"bytea", "PostgreSQL"},
+        {"timestamptz", "PostgreSQL"},
+        {"jsonb", "PostgreSQL"},
+        {"boolean", "another database"},
+        {"varchar2", "Oracle"},
+        {"nvarchar2", "Oracle"},
+        {"number", "Oracle"},
+        {"clob", "Oracle"},
+        {"mediumint", "MySQL"},
+        {"longtext", "MySQL"},
+        {"mediumtext", "MySQL"},
+        {"tinytext", "MySQL"},
+        {"longblob", "MySQL"},
+        {"enum", "MySQL"},
+        {"blob", "another database"},
+    };
+    for (const host_foreign_type &foreign : types) {
+        if (host_same_text(foreign.name, type))
+            return foreign.database;
+    }
+    return nullptr;
+}
+
+void host_read_column_type(host_script_reader &reader, host_script_column &col)
+{
+    const host_tsql_token first = reader.cursor.token;
+    const host_tsql_type type = host_read_type(reader.cursor);
+    if (reader.cursor.failed())
+        return;
+    if (type.is_system) {
+        host_set_type(reader.state, type, col.record);
+        col.record.is_nullable = reader.columns_are_nullable && type.name != "sysname" && type.name != "timestamp";
+        return;
+    }
+    const std::string_view schema = type.schema.empty() ? std::string_view(reader.default_schema) : type.schema;
+    if (const host_script_type *alias = reader.use_type(schema, type.name))
+        return my_set_alias(*alias, col);
+    if (const char *database = my_other_database(type.name)) {
+        reader.cursor.go_back(first);
+        return reader.cursor.fail("'" + type.name + "' is a type of " + database + ", not of T-SQL");
+    }
+    host_set_type(reader.state, type, col.record);
+    col.record.user_type_schema = reader.state.keep(schema);
+    col.record.is_nullable = reader.columns_are_nullable;
+}
+
+static std::string my_read_signed(host_script_reader &reader)
+{
+    std::string number = reader.cursor.take('-') ? "-" : "";
+    reader.cursor.take('+');
+    if (reader.cursor.token.kind != host_tsql_kind::number)
+        reader.cursor.fail_expected("a number");
+    number += reader.cursor.token.text;
+    reader.cursor.advance();
+    return number;
+}
+
+static void my_read_identity(host_script_reader &reader, host_column &record)
+{
+    reader.cursor.advance();
+    record.is_identity = true;
+    record.is_nullable = false;
+    record.identity = {"1", "1"};
+    if (!reader.cursor.take('('))
+        return;
+    record.identity.seed = reader.state.keep(my_read_signed(reader));
+    reader.cursor.expect(',');
+    record.identity.increment = reader.state.keep(my_read_signed(reader));
+    reader.cursor.expect(')');
+}
+
+static void my_read_collation(host_script_reader &reader, host_script_column &col)
+{
+    reader.cursor.advance();
+    const std::string collation = reader.read_plain_name("a collation");
+    col.collation = host_same_text(collation, "database_default") ? nullptr : reader.state.keep(collation);
+}
+
+// GENERATED ALWAYS AS ROW START [HIDDEN]
+static void my_read_generated(host_script_reader &reader, host_column &record)
+{
+    host_tsql_cursor &cursor = reader.cursor;
+    cursor.advance();
+    cursor.expect(host_word::always, "ALWAYS");
+    cursor.expect(host_word::as, "AS");
+    struct host_generated {
+        std::string_view word;
+        int64_t start;
+    };
+    static constexpr host_generated kinds[] = {{"ROW", 1}, {"TRANSACTION_ID", 7}, {"SEQUENCE_NUMBER", 9}};
+    for (const host_generated &kind : kinds) {
+        if (my_is(cursor.token, kind.word))
+            record.generated_always_type = kind.start;
+    }
+    if (record.generated_always_type == 0)
+        cursor.fail_expected("ROW START or ROW END");
+    cursor.advance();
+    if (cursor.take(host_word::end))
+        record.generated_always_type++;
+    else
+        cursor.expect(host_word::start, "START");
+    record.is_nullable = false;
+    if (cursor.take(host_word::hidden))
+        record.is_hidden = true;
+}
+
+static void my_read_encrypted(host_script_reader &reader, host_column &record)
+{
+    host_tsql_cursor &cursor = reader.cursor;
+    const host_tsql_token first = cursor.token;
+    cursor.advance();
+    cursor.expect(host_word::with, "WITH");
+    cursor.skip_parentheses();
+    const std::string options = host_folded(cursor.text_since(first));
+    record.encryption_type = options.find("deterministic") != std::string::npos ? 1 : 2;
+}
+
+static void my_read_not(host_script_reader &reader, host_column &record)
+{
+    reader.cursor.advance();
+    if (reader.cursor.take(host_word::for_))
+        return reader.cursor.expect(host_word::replication, "REPLICATION");
+    reader.cursor.expect(host_word::null, "NULL");
+    record.is_nullable = false;
+}
+
+// Reads one attribute; false when the token begins none.
+static bool my_read_attribute(host_script_reader &reader, host_script_column &col, host_script_parts &parts)
+{
+    host_tsql_cursor &cursor = reader.cursor;
+    switch (cursor.token.word) {
+    case host_word::null:
+        cursor.advance();
+        col.record.is_nullable = true;
+        return true;
+    case host_word::not_:
+        my_read_not(reader, col.record);
+        return true;
+    case host_word::identity:
+        my_read_identity(reader, col.record);
+        return true;
+    case host_word::collate:
+        my_read_collation(reader, col);
+        return true;
+    case host_word::rowguidcol:
+        cursor.advance();
+        col.record.is_rowguidcol = true;
+        return true;
+    case host_word::sparse:
+        cursor.advance();
+        col.record.is_sparse = true;
+        return true;
+    case host_word::filestream:
+        cursor.advance();
+        col.record.is_filestream = true;
+        return true;
+    case host_word::hidden:
+        cursor.advance();
+        col.record.is_hidden = true;
+        return true;
+    case host_word::persisted:
+        cursor.advance();
+        col.record.is_persisted = true;
+        return true;
+    case host_word::generated:
+        my_read_generated(reader, col.record);
+        return true;
+    case host_word::encrypted:
+        my_read_encrypted(reader, col.record);
+        return true;
+    case host_word::masked:
+        cursor.advance();
+        if (cursor.take(host_word::with))
+            cursor.skip_parentheses();
+        return true;
+    case host_word::column_set:
+        cursor.advance();
+        cursor.expect(host_word::for_, "FOR");
+        cursor.advance();
+        col.record.is_column_set = true;
+        return true;
+    case host_word::with:
+        if (!cursor.peek().is(host_word::values))
+            return false;
+        cursor.advance();
+        cursor.advance();
+        return true;
+    default:
+        if (!host_begins_constraint(cursor.token) && !cursor.token.is(host_word::references))
+            return false;
+        host_read_constraint(reader, col.record.name, parts);
+        return true;
+    }
+}
+
+void host_read_column(host_script_reader &reader, host_script_parts &parts)
+{
+    host_tsql_cursor &cursor = reader.cursor;
+    auto owned = std::make_unique<host_script_column>();
+    host_script_column &col = *owned;
+    const host_tsql_token first = cursor.token;
+    col.record.name = reader.read_kept_name("a column");
+    if (cursor.take(host_word::as)) {
+        col.record.is_computed = true;
+        col.record.is_nullable = true;
+        col.record.computed = host_read_definition(reader);
+    } else if (my_is(first, "timestamp") && (cursor.token.is(',') || cursor.token.is(')'))) {
+        host_set_type(reader.state, {"", "timestamp", true, false, {}, {}}, col.record); // a type can be its name
+    } else {
+        host_read_column_type(reader, col);
+    }
+    parts.cols.push_back(std::move(owned));
+    while (!cursor.failed() && my_read_attribute(reader, col, parts)) {
+    }
+}

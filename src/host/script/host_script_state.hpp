@@ -1,0 +1,155 @@
+// The database that a script builds, while it is built.
+//
+// Tables and columns keep their addresses; keys and references point to them, so that renaming touches one place.
+// Names are compared without regard to the case of ASCII letters.
+#pragma once
+
+#include "records/host_catalogue.hpp"
+
+#include <memory>
+#include <optional>
+#include <unordered_set>
+
+struct host_script_table;
+
+// CREATE DEFAULT and CREATE RULE.
+struct host_script_bound {
+    const char *name = nullptr;
+    const char *definition = nullptr; // the whole batch
+    int64_t id = 0;
+};
+
+// A type that the script makes.
+struct host_script_type {
+    const char *schema = nullptr;
+    const char *name = nullptr;
+    host_column base; // type, sizes and nullability of a column that has it
+    bool is_table = false;
+    const host_script_bound *defval = nullptr;
+    const host_script_bound *rule = nullptr;
+};
+
+struct host_script_column {
+    host_column record;
+    host_script_type *type = nullptr; // null for a type of the server
+    const char *collation = nullptr;  // null: the database's
+
+    bool has_default_constraint() const
+    {
+        return record.defval.present && std::string_view(record.defval.kind) == "constraint";
+    }
+};
+
+enum class host_script_key_kind { primary, unique, unique_index, index };
+
+struct host_script_key {
+    host_script_key_kind kind = host_script_key_kind::index;
+    const char *name = nullptr;
+    const char *index_kind = nullptr; // "XML", "COLUMNSTORE" ...
+    const char *filter = nullptr;
+    bool is_clustered = false;
+    bool is_disabled = false;
+    std::vector<const host_script_column *> cols;
+    std::vector<bool> descending;
+    std::vector<const host_script_column *> included;
+
+    bool is_constraint() const
+    {
+        return kind == host_script_key_kind::primary || kind == host_script_key_kind::unique;
+    }
+};
+
+struct host_script_fk {
+    host_foreignkey record;
+    std::vector<const host_script_column *> cols;
+    host_script_table *parent = nullptr; // null while it is not there
+    std::string parent_schema;
+    std::string parent_name;
+    std::vector<std::string> parent_col_names;
+    std::vector<const host_script_column *> parent_cols;
+};
+
+struct host_script_check {
+    host_check record;
+    const host_script_column *col = nullptr; // that it was declared on
+};
+
+struct host_script_table {
+    const char *schema = nullptr;
+    const char *name = nullptr;
+    size_t made_at = 0; // in its source
+    const struct host_script_source *source = nullptr;
+    bool is_opaque = false; // made by a SELECT: its columns are not known
+    bool is_history = false;
+    bool is_memory_optimized = false;
+    bool is_external = false;
+    bool is_node = false;
+    bool is_edge = false;
+    bool is_temporal = false;
+    const char *description = nullptr;
+    std::vector<std::unique_ptr<host_script_column>> cols;
+    std::vector<std::unique_ptr<host_script_column>> dropped_cols; // keys that went with them may still point here
+    std::vector<host_script_key> keys;
+    std::vector<host_script_fk> fks;
+    std::vector<host_script_check> checks;
+
+    host_script_column *find_col(std::string_view col_name) const;
+    host_script_key *find_key(std::string_view key_name);
+    host_script_key *find_pk();
+    std::vector<const char *> constraint_names() const;
+};
+
+// What a name within a schema stands for, by the letters of the server's catalogue: U a table, PK, UQ, F, C and D
+// constraints (D also a default object), R a rule, V a view, P a procedure, FN a function, TR a trigger, SN a synonym,
+// SO a sequence.
+struct host_script_object {
+    const char *kind = nullptr;
+    const char *schema = nullptr;
+    const char *name = nullptr;
+    host_script_table *table = nullptr; // the table, or that of the constraint
+};
+
+struct host_script_state {
+    explicit host_script_state(host_texts &kept) : texts(kept)
+    {
+    }
+    const char *keep(std::string_view text)
+    {
+        return texts.keep(text);
+    }
+    host_script_object *find_object(std::string_view schema, std::string_view name);
+    host_script_table *find_table(std::string_view schema, std::string_view name);
+    // Adds a name, which must be free.
+    host_script_object *add_object(const char *kind, const char *schema, const char *name, host_script_table *table);
+    void forget_object(std::string_view schema, std::string_view name);
+    void move_object(host_script_object object, const char *schema, const char *name);
+    host_script_type *find_type(std::string_view schema, std::string_view name);
+    void rename_type(std::string_view schema, std::string_view name, const char *new_name);
+    host_script_type *add_type(std::string_view schema, std::string_view name);
+    // Takes the name away; columns go on having the type.
+    void retire_type(std::string_view schema, std::string_view name);
+    host_script_bound *add_bound(std::string_view schema, std::string_view name);
+    void retire_bound(std::string_view schema, std::string_view name);
+    host_script_bound *find_bound(std::string_view schema, std::string_view name);
+    void drop_table(host_script_table *table);
+
+    host_texts &texts;
+    std::string database; // its name; empty while it is not known
+    const char *collation = nullptr;
+    std::vector<std::unique_ptr<host_script_table>> tables;
+    std::unordered_map<std::string, host_script_object> objects;
+    std::unordered_map<std::string, std::unique_ptr<host_script_type>> types;
+    std::vector<std::unique_ptr<host_script_type>> retired_types;
+    std::unordered_map<std::string, std::unique_ptr<host_script_bound>> bounds;
+    std::unordered_set<std::string> histories; // tables that hold the history of others
+    std::unordered_set<std::string> schemas;
+    std::unordered_set<std::string> databases;
+    std::vector<std::unique_ptr<host_script_bound>> retired_bounds;
+    std::unordered_map<std::string, host_sequence> sequences;
+    std::unordered_map<std::string, size_t> names; // how many objects have the name, in whatever schema
+    int64_t next_id = 1;                           // of default objects
+
+  private:
+    const std::string &key_of(std::string_view schema, std::string_view name);
+    std::string key_; // the last one, to save its memory
+};

@@ -1,0 +1,153 @@
+// Files: their order, encodings, variables, and what is wrong in them.
+#include "script_test.hpp"
+
+#include <algorithm>
+
+namespace {
+
+TEST_F(ScriptTest, FilesAreReadInTheOrderOfTheirReferences)
+{
+    read({{"a.sql", "alter table T add B Code create table C (A int references T)"},
+          {"b.sql", "create table T (A int primary key)"},
+          {"c.sql", "create type Code from int"}});
+    EXPECT_OK(ctx);
+    EXPECT_EQ(shown(), "dbo.T: A int/4/10/0, B Code/4/10/0 null; pk(A) clustered\n"
+                       "dbo.C: A int/4/10/0 null; fk(A) dbo.T(A)");
+    EXPECT_EQ(lines(), "");
+}
+
+TEST_F(ScriptTest, MigrationsKeepTheirOrder)
+{
+    read({{"2.sql", "drop table T"}, {"3.sql", "create table T (B int)"}, {"1.sql", "create table T (A int)"}});
+    EXPECT_OK(ctx);
+    EXPECT_EQ(shown(), "dbo.T: B int/4/10/0 null");
+}
+
+TEST_F(ScriptTest, AProjectSaysTheCollation)
+{
+    read({{"D.sqlproj", "<Project><Name>D</Name><DefaultCollation>Polish_CS_AS</DefaultCollation></Project>"},
+          {"t.sql", "create table T (A char)"}});
+    EXPECT_OK(ctx);
+    EXPECT_EQ(shown(), "dbo.T: A char/1/0/0 null Polish_CS_AS");
+    EXPECT_STREQ(catalogue.name, "D");
+}
+
+TEST_F(ScriptTest, ATableMadeTwiceNamesBothPlaces)
+{
+    read({{"a.sql", "create table T (A int)"}, {"b.sql", "\ncreate table dbo.t (A int)"}});
+    EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
+    EXPECT_EQ(error(), "b.sql:2:1: table dbo.t is there already: it was made at a.sql:1:1");
+    reset();
+    read({{"a.sql", "print 1"}, {"a.sql", "print 2"}});
+    EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
+    EXPECT_EQ(error(), "a.sql is read twice");
+    reset();
+}
+
+const script_case error_cases[] = {
+    {"all errors are listed", "create table T (A int B int)\nprint 'x'\ncreate index on X\ncreate table U (A in)",
+     "a.sql:1:23: expected ',' or ')', found 'B'\na.sql:3:14: expected the name of an index, found 'on'\n"
+     "a.sql:4:19: expected a type, found 'in'"},
+    {"a string that does not end", "print 'x", "a.sql:1:7: expected T-SQL, found a quote that is not closed"},
+    {"a comment that does not end", "print 1 /* x", "a.sql:1:9: expected T-SQL, found a comment that does not end"},
+    {"a block that does not end", "begin print 'x'\ngo\nprint 'y'",
+     "a.sql:2:1: expected END, found the end of the batch"},
+    {"something else", "Dear reader", "a.sql:1:1: expected a statement, found 'Dear'"},
+    {"backquotes", "create table `T` (`A` int)",
+     "a.sql:1:14: expected a name, found '`'; this looks like a script for MySQL"},
+    {"words of others", "create table T (A int auto_increment)",
+     "a.sql:1:23: expected ',' or ')', found 'auto_increment'; this looks like a script for MySQL"},
+    {"types of others", "create table T (A serial)", "a.sql:1:19: 'serial' is a type of PostgreSQL, not of T-SQL"},
+    {"nothing", " -- nothing\ngo\n", "there is nothing to import: no package, no JSON document, no SQL statement"},
+    {"a byte that is not UTF-8", "print '\xE4'", "a.sql:1:8: the file is not UTF-8: say which encoding it has"},
+};
+
+TEST_F(ScriptTest, Errors)
+{
+    for (const script_case &c : error_cases) {
+        SCOPED_TRACE(c.name);
+        read(c.script);
+        EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
+        EXPECT_EQ(error(), c.expected);
+        reset();
+    }
+}
+
+TEST_F(ScriptTest, TheListOfErrorsHasAnEnd)
+{
+    std::string script;
+    for (int n = 0; n < 60; n++)
+        script += "create table (\ngo\n";
+    read(script);
+    EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
+    const std::string all = error();
+    EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 50);
+    EXPECT_TRUE(all.ends_with("\nand 10 more")) << all;
+    reset();
+}
+
+std::string utf16(std::string_view text, bool is_big)
+{
+    std::string wide;
+    for (const char byte : text)
+        wide += is_big ? std::string{'\0', byte} : std::string{byte, '\0'};
+    return wide;
+}
+
+TEST_F(ScriptTest, Encodings)
+{
+    const std::string script = "create table T (A int)";
+    for (const std::string &bytes : {"\xEF\xBB\xBF" + script, "\xFF\xFE" + utf16(script, false),
+                                     "\xFE\xFF" + utf16(script, true), utf16(script, false), utf16(script, true)}) {
+        read(bytes);
+        EXPECT_OK(ctx);
+        EXPECT_EQ(shown(), "dbo.T: A int/4/10/0 null");
+        reset();
+    }
+    read({{"a.sql", "create table T (\x8A int)"}}, {"windows-1252", {}});
+    EXPECT_OK(ctx);
+    EXPECT_EQ(shown(), "dbo.T: \xC5\xA0 int/4/10/0 null");
+    read({{"a.sql", "print 1"}}, {"no-such-encoding", {}});
+    EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
+    EXPECT_EQ(error(), "the encoding 'no-such-encoding' is not known");
+    reset();
+}
+
+TEST_F(ScriptTest, Variables)
+{
+    const host_script_define defines[] = {{"Name", "given"}, {"@schema", "s"}, {"{owner}", "dbo"}};
+    read({{"a.sql",
+           ":setvar Name set\n:setvar Col \"A b\"\n:on error exit\ncreate table @schema.[$(Name)] ([$(col)] int)\n"
+           "create table {owner}.T (A int)"}},
+         {nullptr, defines});
+    EXPECT_OK(ctx);
+    EXPECT_EQ(shown(), "s.given: A b int/4/10/0 null\ndbo.T: A int/4/10/0 null");
+    EXPECT_EQ(lines(), "");
+}
+
+TEST_F(ScriptTest, DeepNestingIsRefused)
+{
+    std::string blocks, ifs, conditions = "if ";
+    for (int n = 0; n < 100000; n++) {
+        blocks += "begin ";
+        ifs += "if 1 = 1 ";
+        conditions += "not ";
+    }
+    for (const std::string &script : {blocks, ifs, conditions + "1 = 1 print 1"}) {
+        read(script);
+        KT_context__err_reset(ctx);
+        reset();
+    }
+    std::string strings = "create table T (A int)";
+    for (int n = 0; n < 10; n++) {
+        std::string quoted;
+        for (const char byte : strings)
+            quoted += byte == '\'' ? "''" : std::string(1, byte);
+        strings = "exec('" + quoted + "')";
+    }
+    read(strings);
+    EXPECT_OK(ctx);
+    EXPECT_NE(lines(), "");
+}
+
+} // namespace

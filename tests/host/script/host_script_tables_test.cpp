@@ -1,0 +1,120 @@
+// CREATE TABLE in all its forms.
+#include "script_test.hpp"
+
+namespace {
+
+const script_case table_cases[] = {
+    {"a column", "create table T (A int)", "dbo.T: A int/4/10/0 null"},
+    {"with a schema and every kind of quotes", "create table [a b].\"T\"\"x\" ([c]]d] [int] not null)",
+     "a b.T\"x: c]d int/4/10/0"},
+    {"types with sizes",
+     "create table T (A varchar(10), B nvarchar(20), C decimal(9,2), D datetime2(3), E varbinary(max), F char, G "
+     "float(24))",
+     "dbo.T: A varchar/10/0/0 null, B nvarchar/40/0/0 null, C decimal/5/9/2 null, D datetime2/7/23/3 null, "
+     "E varbinary/-1/0/0 null, F char/1/0/0 null, G real/4/24/0 null"},
+    {"types of several words",
+     "create table T (A national character varying(5), B double precision, C character varying(3), D dec(4), E "
+     "integer)",
+     "dbo.T: A nvarchar/10/0/0 null, B float/8/53/0 null, C varchar/3/0/0 null, D decimal/5/4/0 null, E int/4/10/0 "
+     "null"},
+    {"xml with a schema collection", "create table T (A xml(CONTENT [dbo].[S]))", "dbo.T: A xml/-1/0/0 null"},
+    {"sysname and rowversion are not nullable", "create table T (A sysname, B rowversion, C timestamp)",
+     "dbo.T: A sysname/256/0/0, B timestamp/8/0/0, C timestamp/8/0/0"},
+    {"attributes in any order",
+     "create table T (A int default 1 identity(5,-2) not null rowguidcol constraint P primary key)",
+     "dbo.T: A int/4/10/0 identity(5,-2) rowguidcol constraint ((1)); pk P(A) clustered"},
+    {"a key makes its columns not nullable", "create table T (A int, B int, primary key nonclustered (B, A desc))",
+     "dbo.T: A int/4/10/0, B int/4/10/0; pk(B,A-)"},
+    {"another clustered key leaves the primary key none", "create table T (A int primary key, B int unique clustered)",
+     "dbo.T: A int/4/10/0, B int/4/10/0 null; pk(A); unique(B) clustered"},
+    {"options of keys",
+     "create table T (A int primary key with (fillfactor = 80) on [PRIMARY], B int unique with fillfactor = 9)",
+     "dbo.T: A int/4/10/0, B int/4/10/0 null; pk(A) clustered; unique(B)"},
+    {"a constraint without a comma before it", "create table T (A int not null constraint P primary key (A), B int)",
+     "dbo.T: A int/4/10/0, B int/4/10/0 null; pk P(A) clustered"},
+    {"a comma at the end", "create table T (A int,)", "dbo.T: A int/4/10/0 null"},
+    {"defaults",
+     "create table T (A int default 0, B varchar(5) constraint D default ('x') not null, C datetime default getdate())",
+     "dbo.T: A int/4/10/0 null constraint ((0)), B varchar/5/0/0 constraint D ('x'), "
+     "C datetime/8/23/3 null constraint (getdate())"},
+    {"checks",
+     "create table T (A int check (A > 0), B int, constraint C check not for replication (A < B or B is null))",
+     "dbo.T: A int/4/10/0 null, B int/4/10/0 null; check ([A]>(0)); check C ([A]<[B] OR [B] IS NULL) untrusted"},
+    {"a check that is not understood is kept", "create table T (A int check (A in (select 1)))",
+     "dbo.T: A int/4/10/0 null; check (A in (select 1))"},
+    {"computed columns", "create table T (A int, B as A * 2, C as (upper('x')) persisted not null)",
+     "dbo.T: A int/4/10/0 null, B as ([A]*(2)), C as (upper('x')) persisted"},
+    {"references to a table before and after",
+     "create table P (I int primary key) create table C (A int references P, B int references L(I) on delete set null "
+     "null, "
+     "constraint F foreign key (A) references dbo.P (I) on update cascade on delete no action) create table L (I int "
+     "unique)",
+     "dbo.P: I int/4/10/0; pk(I) clustered\n"
+     "dbo.C: A int/4/10/0 null, B int/4/10/0 null; fk(A) dbo.P(I); fk(B) dbo.L(I) delete SET NULL; fk F(A) dbo.P(I) "
+     "update "
+     "CASCADE\ndbo.L: I int/4/10/0 null; unique(I)"},
+    {"a table that refers to itself", "create table T (A int primary key, B int references T)",
+     "dbo.T: A int/4/10/0, B int/4/10/0 null; pk(A) clustered; fk(B) dbo.T(A)"},
+    {"names in other case", "create table T (Abc int, constraint P primary key (ABC)) create index X on t (aBC)",
+     "dbo.T: Abc int/4/10/0; pk P(Abc) clustered; index X(Abc)"},
+    {"inline indexes", "create table T (A int index I1 unique, B int, index I2 nonclustered (B desc) where B > 0)",
+     "dbo.T: A int/4/10/0 null, B int/4/10/0 null; unique index I1(A); index I2(B-)"},
+    {"columns of other kinds",
+     "create table T (A int sparse, B xml column_set for all_sparse_columns, C varbinary(max) filestream, D "
+     "nvarchar(9) "
+     "encrypted with (encryption_type = deterministic), E int masked with (function = 'default()') null)",
+     "dbo.T: A int/4/10/0 null sparse, B xml/-1/0/0 null column_set, C varbinary/-1/0/0 null filestream, D "
+     "nvarchar/18/0/0 "
+     "null encrypted, E int/4/10/0 null"},
+    {"a temporal table, whose history is left out",
+     "create table H (A int, S datetime2, E datetime2) create table T (A int primary key, S datetime2 generated always "
+     "as row "
+     "start hidden, E datetime2 generated always as row end hidden not null, period for system_time (S, E)) with "
+     "(system_versioning = on (history_table = dbo.H, data_consistency_check = on))",
+     "dbo.T: A int/4/10/0, S datetime2/8/27/7 generated1 hidden, E datetime2/8/27/7 generated2 hidden; pk(A) "
+     "clustered; "
+     "temporal"},
+    {"one whose history is made first, with storage options between",
+     "create table H (A int) create table T (A int primary key) on [PRIMARY] textimage_on [PRIMARY] with "
+     "(system_versioning = "
+     "on (history_table = [dbo].[H]))",
+     "dbo.T: A int/4/10/0; pk(A) clustered; temporal"},
+    {"a table in memory",
+     "create table T (A int primary key nonclustered hash with (bucket_count = 8)) with (memory_optimized = "
+     "on, durability = schema_only)",
+     "dbo.T: A int/4/10/0; pk(A); in memory"},
+    {"an external table", "create external table T (A int) with (location = '/x', data_source = S)",
+     "dbo.T: A int/4/10/0 null; external"},
+    {"temporary tables are none", "create table #T (A int) create table ##U (A int) create table tempdb..V (A int)",
+     ""},
+    {"alias types", "create type Code from nvarchar(10) not null create table T (A Code, B dbo.Code null, C [Code])",
+     "dbo.T: A Code/20/0/0, B Code/20/0/0 null, C Code/20/0/0"},
+    {"types that nothing makes are kept by name", "create table T (A dbo.Unheard)", "dbo.T: A unheard/0/0/0 null"},
+    {"a column that is named like its type", "create table T (timestamp, A int)",
+     "dbo.T: timestamp timestamp/8/0/0, A int/4/10/0 null"},
+};
+
+TEST_F(ScriptTest, Tables)
+{
+    for (const script_case &c : table_cases) {
+        SCOPED_TRACE(c.name);
+        read(c.script);
+        EXPECT_OK(ctx);
+        EXPECT_EQ(shown(), c.expected);
+        reset();
+    }
+}
+
+TEST_F(ScriptTest, CollationsAreThoseOfTheColumnOrTheDatabase)
+{
+    read("create table T (A varchar(5), B char(1) collate Polish_CS_AS, C nchar(1) collate database_default, D int)\n"
+         "alter database X collate Latin1_General_CI_AS");
+    EXPECT_OK(ctx);
+    EXPECT_EQ(shown(),
+              "dbo.T: A varchar/5/0/0 null Latin1_General_CI_AS, B char/1/0/0 null Polish_CS_AS, C nchar/2/0/0 null "
+              "Latin1_General_CI_AS, D int/4/10/0 null");
+    EXPECT_EQ(catalogue.code_page, 1252);
+    EXPECT_EQ(catalogue.tables[0].cols[1].code_page, 1250);
+}
+
+} // namespace
