@@ -1,0 +1,2 @@
+create table T (A int B int)
+print 'x
