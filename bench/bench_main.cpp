@@ -14,6 +14,7 @@ void register_references_benches();
 void register_defaults_benches();
 void register_checks_benches();
 void register_package_benches();
+void register_script_benches();
 void register_whole_way_benches();
 void measure_whole_way_peaks();
 
@@ -40,8 +41,10 @@ const std::vector<bench_case> &bench_cases()
         {"checks", "check so many expressions of one table, against SQLite compiling them", {{"", 2.0}}},
         {"package_read", "read a package, against expat walking its model", {{"400", 2.0}}},
         {"package_import", "import a package", {}},
+        {"script", "read a script into tables, against sqlite3_complete()", {{"", 1.0 / 0.2}}},
         {"peak", "the whole way, one step after the other: most memory held", {}},
         {"way_import", "import a catalogue", {}},
+        {"way_import_script", "import a script", {}},
         {"way_write", "write the schema", {}},
         {"way_read", "read the schema", {}},
         {"way_order", "order the tables", {}},
@@ -73,6 +76,7 @@ int main(int argc, char **argv)
     register_defaults_benches();
     register_checks_benches();
     register_package_benches();
+    register_script_benches();
     register_whole_way_benches();
 
     bench_collector collector;

@@ -264,3 +264,42 @@ std::string bench_catalogue(const bench_size &size)
     }
     return json + "]}";
 }
+
+static std::string column_sql(uint32_t n, const std::string &tbl, std::mt19937 &random)
+{
+    constexpr const char *types[] = {"[nvarchar](50) NULL",   "[int] NOT NULL",        "[nvarchar](max) NULL",
+                                     "[datetime] NULL",       "[decimal](18, 2) NULL", "[bit] NOT NULL",
+                                     "[varchar](20) NOT NULL"};
+    const std::string name = "[" + name_of(random) + std::to_string(n) + "]";
+    if (n == 1)
+        return "\t[Id] [int] IDENTITY(1,1) NOT NULL,\n";
+    std::string text = "\t" + name + " " + types[random() % std::size(types)];
+    if (random() % 7 == 0)
+        text += " CONSTRAINT [DF_" + tbl + "_" + std::to_string(n) + "] DEFAULT ((0))";
+    return text + ",\n";
+}
+
+std::string bench_script(const bench_size &size)
+{
+    std::mt19937 random(42);
+    std::string script = "USE [B]\nGO\n", references;
+    std::string last;
+    uint32_t left = size.columns;
+    for (uint32_t n = 0; n < size.tables; n++) {
+        const uint32_t columns = left / (size.tables - n);
+        left -= columns;
+        const std::string tbl = name_of(random) + std::to_string(n);
+        script += "/****** Object:  Table [dbo].[" + tbl +
+                  "] ******/\nSET ANSI_NULLS ON\nGO\nSET QUOTED_IDENTIFIER ON\nGO\n" + "CREATE TABLE [dbo].[" + tbl +
+                  "](\n";
+        for (uint32_t c = 1; c <= columns; c++)
+            script += column_sql(c, tbl, random);
+        script += " CONSTRAINT [PK_" + tbl + "] PRIMARY KEY CLUSTERED \n(\n\t[Id] ASC\n)WITH (PAD_INDEX = OFF, " +
+                  "IGNORE_DUP_KEY = OFF, ALLOW_ROW_LOCKS = ON) ON [PRIMARY]\n) ON [PRIMARY]\nGO\n";
+        if (n > 0)
+            references += "ALTER TABLE [dbo].[" + tbl + "]  WITH CHECK ADD  CONSTRAINT [FK_" + tbl +
+                          "] FOREIGN KEY([Id])\nREFERENCES [dbo].[" + last + "] ([Id])\nGO\n";
+        last = tbl;
+    }
+    return script + references;
+}

@@ -29,3 +29,6 @@ tov_schema *bench_reversed_chain(uint32_t tables);
 
 // A catalogue export of that size, as the importer reads it.
 std::string bench_catalogue(const bench_size &size);
+
+// A script that makes tables of that size: with keys inside, defaults and references after them.
+std::string bench_script(const bench_size &size);
