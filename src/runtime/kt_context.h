@@ -12,6 +12,9 @@
  *
  * Conventions of the whole runtime, not repeated at each operation:
  * - Results go through output pointers, and an output is written only when the call succeeds.
+ * - A call made while the current level holds an error does nothing: it changes nothing, writes no output, and leaves
+ *   the error with its trace as it is. Only the operations of this header and those that free do their work all the
+ *   same. So a caller may make several calls and look once, after the last.
  * - "borrowed" means owned by the object it was read from; "owned" means that the caller frees it.
  * - Arguments must not be null unless the text says that they are optional.
  * - Any operation that takes memory may fail with KT_ERR_OUT_OF_MEMORY and then has changed nothing.

@@ -41,9 +41,19 @@ inline bool kt_failed_at(KT_context *ctx, const char *file, int32_t line) noexce
     return true;
 }
 
-// Makes one call, and returns with a frame added when it failed.
+// Refuses to go on while the context holds an error: the door of an operation that does something before its first
+// KT_TRY. One that begins with KT_TRY has its door there.
+#define KT_RETURN_IF_FAILED               \
+    do {                                  \
+        if (kt_has_err(ctx)) [[unlikely]] \
+            return;                       \
+    } while (0)
+
+// Makes one call, and returns with a frame added when it failed. Makes none and just returns while the context holds
+// an error already; between calls that succeed the compiler drops this second look.
 #define KT_TRY(...)                               \
     do {                                          \
+        KT_RETURN_IF_FAILED;                      \
         __VA_ARGS__;                              \
         if (kt_failed_at(ctx, KT_HERE, __LINE__)) \
             return;                               \

@@ -4,7 +4,8 @@
  * The conventions below hold for every operation; a docstring says only what is particular to its own.
  *
  * - Context. Every operation takes the error context first. A call has failed exactly when KT_context__has_err() is
- *   true after it. What failed stays in the context until KT_context__err_reset().
+ *   true after it. What failed stays in the context until KT_context__err_reset(), and until then every further call
+ *   does nothing, except those that free.
  * - Outputs are written when the call succeeds, and left untouched when it fails, unless an operation says otherwise.
  * - Borrowed texts and containers belong to the schema and stay valid until it is changed at that place or freed.
  *   Definition texts live in the schema's string pool until the schema is freed. Every other new text or container is

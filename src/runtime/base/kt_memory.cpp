@@ -64,6 +64,7 @@ void *kt_resize(void *block, size_t old_size, size_t new_size) noexcept
 
 void _kt_malloc(KT_context *ctx, size_t size, void **block) noexcept
 {
+    KT_RETURN_IF_FAILED;
     void *taken = kt_allocate(size);
     if (!taken)
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);

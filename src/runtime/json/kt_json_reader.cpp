@@ -236,6 +236,7 @@ static void my_raise(KT_context *ctx, const kt_json_reader *reader) noexcept
 
 void KT_vhash__alloc__from_json__sz(KT_context *ctx, KT_vhash **map, const char *text) noexcept
 {
+    KT_RETURN_IF_FAILED;
     const size_t length = std::strlen(text);
     // Values are counted in 32 bits, and each takes two bytes of the text at least.
     if (length / 2 >= UINT32_MAX)

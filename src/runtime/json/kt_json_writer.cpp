@@ -263,6 +263,7 @@ static void my_write(my_writer *writer, const KT_vhash *map) noexcept
 
 void KT_vhash__to_json(KT_context *ctx, const KT_vhash *map, KT_string *json) noexcept
 {
+    KT_RETURN_IF_FAILED;
     const size_t before = kt_string_length(json);
     my_writer writer{ctx, json, json->end, json->limit, nullptr, 0, 0};
     my_write(&writer, map);

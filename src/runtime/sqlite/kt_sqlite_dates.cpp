@@ -216,6 +216,7 @@ int kt_sqlite_normalise_dates(const KT_sqlite_functions *functions, sqlite3 *con
 
 void KT_sqlite__normalise_dates(KT_context *ctx, const KT_sqlite_functions *functions, sqlite3 *connection) noexcept
 {
+    KT_RETURN_IF_FAILED;
     const int code = kt_sqlite_normalise_dates(functions, connection);
     if (code != SQLITE_OK)
         KT_FAIL(KT_ERR_SQLITE(code), "%s: %s", functions->errstr(code), functions->message(connection));

@@ -87,18 +87,21 @@ void KT_string__free(KT_context *, KT_string *string) noexcept
 
 void KT_string__append__sz(KT_context *ctx, KT_string *string, const char *text) noexcept
 {
+    KT_RETURN_IF_FAILED;
     if (!kt_string_append_bytes(string, text, std::strlen(text)))
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
 }
 
 void KT_string__append__string(KT_context *ctx, KT_string *string, const KT_string *other) noexcept
 {
+    KT_RETURN_IF_FAILED;
     if (!kt_string_append_bytes(string, other->begin, kt_string_length(other)))
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
 }
 
 void KT_string__append__format(KT_context *ctx, KT_string *string, const char *format, ...) noexcept
 {
+    KT_RETURN_IF_FAILED;
     va_list args;
     va_start(args, format);
     const bool is_made = kt_string_append_va(string, format, args);
@@ -109,6 +112,7 @@ void KT_string__append__format(KT_context *ctx, KT_string *string, const char *f
 
 void KT_string__vsprintf(KT_context *ctx, KT_string *string, const char *format, va_list args) noexcept
 {
+    KT_RETURN_IF_FAILED;
     // Made behind the present text, which stays whole until the new one is.
     const size_t old_length = kt_string_length(string);
     if (!kt_string_append_va(string, format, args))

@@ -34,6 +34,7 @@ int KT_strnicmp(const char *a, const char *b, uint32_t n) noexcept
 
 void KT_int64__parse__strict(KT_context *ctx, const char *text, int64_t *value) noexcept
 {
+    KT_RETURN_IF_FAILED;
     // from_chars takes a minus but no plus.
     const char *begin = text[0] == '+' && text[1] != '-' ? text + 1 : text;
     const char *end = begin + std::strlen(begin);

@@ -34,6 +34,7 @@ bool kt_list_append(KT_varray *list, const KT_variant &value) noexcept
 
 void KT_varray__alloc(KT_context *ctx, KT_varray **list) noexcept
 {
+    KT_RETURN_IF_FAILED;
     kt_arena *arena = kt_arena_new(0);
     if (!arena)
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
@@ -49,13 +50,15 @@ void KT_varray__free(KT_context *, KT_varray *list) noexcept
         kt_arena_destroy(list->arena);
 }
 
-void KT_varray__count(KT_context *, const KT_varray *list, uint32_t *count) noexcept
+void KT_varray__count(KT_context *ctx, const KT_varray *list, uint32_t *count) noexcept
 {
+    KT_RETURN_IF_FAILED;
     *count = list->count;
 }
 
 void KT_varray__append__string__sz(KT_context *ctx, KT_varray *list, const char *text) noexcept
 {
+    KT_RETURN_IF_FAILED;
     KT_variant value{};
     if (text && !kt_value_text(list->arena, text, std::strlen(text), &value))
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
@@ -67,6 +70,7 @@ void KT_varray__append__string__sz(KT_context *ctx, KT_varray *list, const char 
 
 void KT_varray__appendnew__vhash(KT_context *ctx, KT_varray *list, KT_vhash **child) noexcept
 {
+    KT_RETURN_IF_FAILED;
     KT_variant value{};
     value.type = KT_VARIANT_VHASH;
     value.as.vhash = kt_map_new(list->arena, kt_first_capacity);
@@ -81,6 +85,7 @@ void KT_varray__appendnew__vhash(KT_context *ctx, KT_varray *list, KT_vhash **ch
 
 void KT_varray__get_nth(KT_context *ctx, const KT_varray *list, uint32_t i, const KT_variant **value) noexcept
 {
+    KT_RETURN_IF_FAILED;
     if (i >= list->count)
         KT_FAIL(KT_ERR_OUT_OF_RANGE, "no element %u in a list of %u", i, list->count);
     *value = kt_segment_at(list->elements, i);

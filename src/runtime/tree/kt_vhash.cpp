@@ -9,6 +9,7 @@
 
 void KT_vhash__alloc(KT_context *ctx, KT_vhash **map) noexcept
 {
+    KT_RETURN_IF_FAILED;
     kt_arena *arena = kt_arena_new(0);
     if (!arena)
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
@@ -24,13 +25,15 @@ void KT_vhash__free(KT_context *, KT_vhash *map) noexcept
         kt_arena_destroy(map->layout->arena);
 }
 
-void KT_vhash__count(KT_context *, const KT_vhash *map, uint32_t *count) noexcept
+void KT_vhash__count(KT_context *ctx, const KT_vhash *map, uint32_t *count) noexcept
 {
+    KT_RETURN_IF_FAILED;
     *count = map->layout->count;
 }
 
-void KT_vhash__has(KT_context *, const KT_vhash *map, const char *key, KT_bool *has) noexcept
+void KT_vhash__has(KT_context *ctx, const KT_vhash *map, const char *key, KT_bool *has) noexcept
 {
+    KT_RETURN_IF_FAILED;
     *has = kt_find(map, kt_make_query(key)) != kt_no_slot;
 }
 
@@ -215,6 +218,7 @@ void KT_vhash__addcopy__vhash(KT_context *ctx, KT_vhash *map, const char *key, c
 
 void KT_vhash__ensure__vhash(KT_context *ctx, KT_vhash *map, const char *key, KT_vhash **child) noexcept
 {
+    KT_RETURN_IF_FAILED;
     const kt_query query = kt_make_query(key);
     const uint32_t slot = kt_find(map, query);
     if (slot == kt_no_slot) {
@@ -229,6 +233,7 @@ void KT_vhash__ensure__vhash(KT_context *ctx, KT_vhash *map, const char *key, KT
 
 void KT_vhash__ensure__varray(KT_context *ctx, KT_vhash *map, const char *key, KT_varray **child) noexcept
 {
+    KT_RETURN_IF_FAILED;
     const kt_query query = kt_make_query(key);
     const uint32_t slot = kt_find(map, query);
     if (slot == kt_no_slot) {
@@ -245,6 +250,7 @@ void KT_vhash__ensure__varray(KT_context *ctx, KT_vhash *map, const char *key, K
 
 void KT_vhash__remove(KT_context *ctx, KT_vhash *map, const char *key) noexcept
 {
+    KT_RETURN_IF_FAILED;
     const uint32_t slot = kt_find(map, kt_make_query(key));
     if (slot == kt_no_slot)
         KT_FAIL(KT_ERR_KEY_NOT_FOUND, "no key '%s'", key);
@@ -254,6 +260,7 @@ void KT_vhash__remove(KT_context *ctx, KT_vhash *map, const char *key) noexcept
 
 void KT_vhash__remove_if_present(KT_context *ctx, KT_vhash *map, const char *key, KT_bool *removed) noexcept
 {
+    KT_RETURN_IF_FAILED;
     const uint32_t slot = kt_find(map, kt_make_query(key));
     if (slot != kt_no_slot && !kt_map_remove(map, slot))
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);

@@ -94,6 +94,7 @@ static bool my_read_bool(const KT_variant *value, KT_bool *out) noexcept
 template <class T>
 static inline void my_get_as(KT_context *ctx, const KT_vhash *map, const char *key, const char *type, T *out) noexcept
 {
+    KT_RETURN_IF_FAILED;
     const KT_variant *value = my_look_up(map, key);
     if (!value || !my_read(value, out)) [[unlikely]]
         my_fail_get(ctx, key, !value, type);
@@ -131,6 +132,7 @@ void KT_vhash__get__double(KT_context *ctx, const KT_vhash *map, const char *key
 
 void KT_vhash__get__bool(KT_context *ctx, const KT_vhash *map, const char *key, KT_bool *value) noexcept
 {
+    KT_RETURN_IF_FAILED;
     const KT_variant *found = my_look_up(map, key);
     if (!found || !my_read_bool(found, value)) [[unlikely]]
         my_fail_get(ctx, key, !found, "a boolean");
@@ -170,6 +172,7 @@ void KT_vhash__check__sz(KT_context *ctx, const KT_vhash *map, const char *key, 
 
 void KT_vhash__check__int64(KT_context *ctx, const KT_vhash *map, const char *key, int64_t *value) noexcept
 {
+    KT_RETURN_IF_FAILED;
     const KT_variant *found = my_check(map, key);
     if (found && !my_read(found, value))
         KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is not a 64-bit integer", key);
@@ -177,6 +180,7 @@ void KT_vhash__check__int64(KT_context *ctx, const KT_vhash *map, const char *ke
 
 void KT_vhash__check__bool(KT_context *ctx, const KT_vhash *map, const char *key, KT_bool *value) noexcept
 {
+    KT_RETURN_IF_FAILED;
     const KT_variant *found = my_check(map, key);
     if (found && !my_read_bool(found, value))
         KT_FAIL(KT_ERR_WRONG_TYPE, "key '%s' is not a boolean", key);

@@ -50,6 +50,17 @@ void free_thing(KT_context *ctx, thing *object) noexcept
 
 } // namespace
 
+TEST_F(KtScopeTest, TryMakesNoCallWhileThereIsAnError)
+{
+    fail_generic(ctx);
+    int reached = 0;
+    call_twice(ctx, true, &reached);
+    EXPECT_EQ(reached, 1);
+    EXPECT_ERROR(ctx, KT_ERR_NOT_FOUND, "not found");
+    EXPECT_EQ(KT_context__count_err_stackframes(ctx), 1u) << "the call was not made, so it has no frame";
+    reset();
+}
+
 TEST_F(KtScopeTest, TryReturnsAtTheFirstFailureAndAddsOneFrame)
 {
     int reached = 0;

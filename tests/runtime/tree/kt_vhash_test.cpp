@@ -655,6 +655,23 @@ TEST_F(VhashTest, AddingBehindARemovalSurvivesFailingAtEveryStep)
     }
 }
 
+TEST_F(VhashTest, EnsuresNothingWhileThereIsAnErrorNotEvenWhatIsThere)
+{
+    KT_varray *list = nullptr;
+    KT_vhash *added = nullptr;
+    KT_vhash__addnew__varray(ctx, root, "list", &list);
+    KT_vhash__addnew__vhash(ctx, root, "map", &added);
+    KT_vhash__get__int64(ctx, root, "absent", nullptr);
+    KT_vhash *map = nullptr;
+    list = nullptr;
+    KT_vhash__ensure__vhash(ctx, root, "map", &map);
+    KT_vhash__ensure__varray(ctx, root, "list", &list);
+    EXPECT_EQ(map, nullptr);
+    EXPECT_EQ(list, nullptr);
+    EXPECT_FAILED(ctx, KT_ERR_KEY_NOT_FOUND);
+    reset();
+}
+
 TEST_F(VhashTest, AllocSurvivesFailingAllocations)
 {
     for (kt_failing_alloc fault; fault.next(); reset()) {

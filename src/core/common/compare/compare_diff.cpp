@@ -87,6 +87,7 @@ void my_diff_loop_cols(KT_context *ctx, tov_schema *x, tov_schema *y, const char
 
 void tov_schema__list_tbls(KT_context *ctx, tov_schema *schema, KT_varray **tbl_ids) noexcept
 {
+    KT_RETURN_IF_FAILED;
     if (!schema)
         return;
     if (!tbl_ids)

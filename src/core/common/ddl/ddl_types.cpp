@@ -18,6 +18,7 @@ const char *tov_abstract_type_to_sqlite_typeof(const char *abstract_type) noexce
 void tov_schema__get_textwidth(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id, char **name,
                                KT_bool *pIsText, KT_bool *pIsFixedWidth, int64_t *pWidth) noexcept
 {
+    KT_RETURN_IF_FAILED;
     if (!pIsText)
         KT_FAIL(KT_ERR_NULL_ARGUMENT, "pIsText is null");
     if (!pIsFixedWidth)

@@ -170,8 +170,10 @@ static void my_fix_refused_bit(KT_context *ctx, const char *literal, char **resu
 static void my_fix_bit(KT_context *ctx, host_default &defval, char **result) noexcept
 {
     my_fix_integer(ctx, defval, result);
-    if (kt_has_err(ctx))
-        KT_TRY(my_fix_refused_bit(ctx, defval.literal, result));
+    if (!kt_has_err(ctx))
+        return;
+    my_fix_refused_bit(ctx, defval.literal, result);
+    kt_failed_at(ctx, KT_HERE, __LINE__);
 }
 
 static void my_fix_blob(KT_context *ctx, host_default &defval, char **result) noexcept

@@ -1,5 +1,6 @@
 // Every exported operation with its memory running out: at its 1st, 2nd, 3rd ... allocation, once or from there on.
 // Each time it says so, leaks nothing, writes no output, leaves what it worked on as it was, and then succeeds.
+// And every exported operation called while the context holds an error: it does nothing.
 #include "document_operations.hpp"
 #include "failing_alloc.hpp"
 #include "kt_test.hpp"
@@ -178,4 +179,47 @@ TEST_F(EveryOperation, SurvivesTheEndOfMemory)
         sweep(row, kt_failing_alloc::mode::from_there_on);
     }
     RecordProperty("failures", std::to_string(failures));
+}
+
+// The error that was there first: all that a context tells about it.
+static std::string error_of(const KT_context *ctx)
+{
+    std::string text = std::to_string(KT_context__err_code(ctx)) + " " + KT_context__err_description(ctx);
+    for (uint32_t n = 0; n < KT_context__count_err_stackframes(ctx); n++) {
+        const char *file = nullptr;
+        int32_t line = 0;
+        KT_context__get_nth_err_stackframe(ctx, n, &file, &line);
+        text += std::string(" ") + file + ":" + std::to_string(line);
+    }
+    return text;
+}
+
+// Freeing is never refused: what it should have freed would be left over.
+static bool is_freeing(const operation &row)
+{
+    return std::string(row.name).ends_with("free");
+}
+
+TEST_F(EveryOperation, DoesNothingWhileTheContextHoldsAnError)
+{
+    KT_context *failed = nullptr;
+    KT_context__alloc(&failed);
+    kt_failing_alloc fault{kt_failing_alloc::mode::never};
+    for (const operation &row : every_operation()) {
+        SCOPED_TRACE(row.name);
+        fault.next();
+        stage s = make_stage(ctx, [this](const std::string &members) { return tree_of(ctx, "{" + members + "}"); });
+        const std::string before = written(ctx, s);
+        KT_context__err(failed, KT_ERR_BAD_NUMBER, "earlier", 7, "an earlier failure");
+        const std::string error = error_of(failed);
+        outcome o;
+        row.run(failed, s, o);
+        EXPECT_EQ(error_of(failed), error);
+        EXPECT_TRUE(o == outcome{}) << "wrote an output";
+        EXPECT_TRUE(is_freeing(row) || written(ctx, s) == before) << "left a change";
+        free_outcome(ctx, o);
+        free_stage(ctx, s);
+        EXPECT_EQ(fault.leaked(), 0u);
+    }
+    KT_context__free(failed);
 }
