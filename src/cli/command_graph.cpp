@@ -6,6 +6,7 @@
 #include "cli_references.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
+#include "kt_chars.h"
 
 #include <map>
 #include <memory>
@@ -51,8 +52,7 @@ static std::vector<std::string> my_key_of(KT_context *ctx, tov_schema *schema, c
 static std::string my_lower(std::string text)
 {
     for (char &byte : text)
-        if (byte >= 'A' && byte <= 'Z')
-            byte = static_cast<char>(byte - 'A' + 'a');
+        byte = static_cast<char>(KT_char__folded(byte));
     return text;
 }
 

@@ -33,7 +33,16 @@ KT_API void KT_string__append__shown(KT_context *ctx, KT_string *message, const 
  */
 KT_API void KT_string__append__harmless(KT_context *ctx, KT_string *line, const char *text) KT_NOEXCEPT;
 
-/** Copies a string with its ASCII letters in lower case, whatever the locale; owned, freed with _kt_free(). */
+/**
+ * An ASCII capital as the small letter, any other byte as it is. Unlike tolower() it is the same in every locale: under
+ * one of single bytes that would change bytes of UTF-8 characters.
+ */
+KT_INLINE int KT_char__folded(int byte)
+{
+    return byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte;
+}
+
+/** Copies a string with each byte folded (KT_char__folded()); owned, freed with _kt_free(). */
 KT_API void KT_strdup__folded(KT_context *ctx, const char *text, char **folded) KT_NOEXCEPT;
 
 KT_END_DECLS

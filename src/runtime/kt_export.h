@@ -17,11 +17,14 @@
 #define KT_API
 #endif
 
+/* KT_INLINE marks a function that a header defines; in C++ it works in constant expressions too. */
 #ifdef __cplusplus
+#define KT_INLINE constexpr
 #define KT_NOEXCEPT noexcept
 #define KT_BEGIN_DECLS extern "C" {
 #define KT_END_DECLS }
 #else
+#define KT_INLINE static inline
 #define KT_NOEXCEPT
 #define KT_BEGIN_DECLS
 #define KT_END_DECLS

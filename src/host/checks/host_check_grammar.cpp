@@ -13,6 +13,7 @@
 
 #include "checks/host_check_tokens.hpp"
 #include "checks/host_check_values.hpp"
+#include "kt_chars.h"
 
 #include <algorithm>
 
@@ -75,8 +76,8 @@ static bool my_take_word(host_check_reader &reader, std::string_view upper)
 
 static bool my_equals_ignoring_case(std::string_view a, std::string_view b)
 {
-    const auto fold = [](char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte | 0x20) : byte; };
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&fold](char x, char y) { return fold(x) == fold(y); });
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return KT_char__folded(x) == KT_char__folded(y); });
 }
 
 static host_value my_read_column(host_check_reader &reader)

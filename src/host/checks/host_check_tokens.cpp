@@ -1,6 +1,8 @@
 // Splits a check into tokens.
 #include "checks/host_check_tokens.hpp"
 
+#include "kt_string.h"
+
 static bool my_is_digit(char byte)
 {
     return byte >= '0' && byte <= '9';
@@ -122,12 +124,6 @@ host_token host_take_token(std::string_view &rest)
 
 bool host_is_word(const host_token &token, std::string_view upper)
 {
-    if (token.kind != host_token_kind::word || token.text.size() != upper.size())
-        return false;
-    for (size_t n = 0; n < upper.size(); n++) {
-        const char byte = token.text[n];
-        if ((byte >= 'a' && byte <= 'z' ? byte - 'a' + 'A' : byte) != upper[n])
-            return false;
-    }
-    return true;
+    return token.kind == host_token_kind::word && token.text.size() == upper.size() &&
+           KT_strnicmp(token.text.data(), upper.data(), static_cast<uint32_t>(upper.size())) == 0;
 }

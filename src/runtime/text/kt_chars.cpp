@@ -114,8 +114,6 @@ void KT_string__append__harmless(KT_context *ctx, KT_string *line, const char *t
 void KT_strdup__folded(KT_context *ctx, const char *text, char **folded) noexcept
 {
     KT_TRY(KT_strdup(ctx, text, folded));
-    for (char *at = *folded; *at; at++) {
-        if (*at >= 'A' && *at <= 'Z')
-            *at = static_cast<char>(*at - 'A' + 'a');
-    }
+    for (char *at = *folded; *at; at++)
+        *at = static_cast<char>(KT_char__folded(*at));
 }

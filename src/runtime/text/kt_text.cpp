@@ -1,4 +1,5 @@
 // Small helpers on texts, the same in every locale.
+#include "kt_chars.h"
 #include "kt_string.h"
 #include "kt_try.hpp"
 
@@ -7,10 +8,9 @@
 
 #define KT_HERE "src/runtime/kt_text"
 
-static int my_lower(char c)
+static int my_lower(char byte)
 {
-    const int byte = static_cast<unsigned char>(c);
-    return byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte;
+    return KT_char__folded(static_cast<unsigned char>(byte));
 }
 
 int KT_stricmp(const char *a, const char *b) noexcept

@@ -1,6 +1,8 @@
 // What a byte can be in SQL text, as tables of 256 that the compiler fills.
 #pragma once
 
+#include "kt_chars.h"
+
 #include <cstddef>
 
 // Bits of a byte's class.
@@ -29,7 +31,7 @@ constexpr unsigned char tov_char_class_of(size_t byte) noexcept
 
 constexpr unsigned char tov_lower_of(size_t byte) noexcept
 {
-    return static_cast<unsigned char>(byte >= 'A' && byte <= 'Z' ? byte - 'A' + 'a' : byte);
+    return static_cast<unsigned char>(KT_char__folded(static_cast<int>(byte)));
 }
 
 // The values of a function for all bytes, separated by commas.

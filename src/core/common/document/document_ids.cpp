@@ -7,19 +7,13 @@
 
 #include "document/tov_parse_defin_private.hpp"
 
-#include <cctype>
-#include <cstring>
+#include "kt_chars.h"
 
-// ASCII classifies alike in every locale, so the library is asked about other bytes only.
-static bool my_is_upper(char byte) noexcept
-{
-    const auto code = static_cast<unsigned char>(byte);
-    return code < 0x80 ? code >= 'A' && code <= 'Z' : isupper(code) != 0;
-}
+#include <cstring>
 
 static const char *my_find_upper(const char *id) noexcept
 {
-    while (*id && !my_is_upper(*id))
+    while (*id && KT_char__folded(*id) == *id)
         id++;
     return id;
 }
@@ -46,9 +40,7 @@ void tov_lower_id(KT_context *ctx, const char *id, tov_id_room *room, const char
         KT_TRY(KT_strdup(ctx, id, room->long_id.out()));
         copy = room->long_id;
     }
-    for (char *byte = copy + unchanged; *byte; byte++) {
-        if (my_is_upper(*byte))
-            *byte = static_cast<char>(tolower(static_cast<unsigned char>(*byte)));
-    }
+    for (char *byte = copy + unchanged; *byte; byte++)
+        *byte = static_cast<char>(KT_char__folded(*byte));
     *lowered = copy;
 }

@@ -12,9 +12,9 @@ struct tov_id_room {
     kt_owned_text long_id;
 };
 
-// Whether an id is in lower case already. Upper case is what the C library's isupper says.
+// Whether an id is in lower case already, that is without ASCII capitals.
 bool tov_is_lower_id(const char *id) noexcept;
 
-// The id in lower case: the id itself when it is so already, else a copy that lives as long as the room. Every byte
-// that isupper names is replaced by tolower's answer; other bytes stay.
+// The id in lower case: the id itself when it is so already, else a copy that lives as long as the room. The bytes of
+// characters beyond ASCII stay, whatever the locale of the embedding program makes of them.
 void tov_lower_id(KT_context *ctx, const char *id, tov_id_room *room, const char **lowered) noexcept;

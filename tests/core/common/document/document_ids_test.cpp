@@ -3,6 +3,14 @@
 #include "failing_alloc.hpp"
 #include "kt_test.hpp"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cctype>
+#include <clocale>
+#include <cstdlib>
+#include <filesystem>
+
 class DocumentIdsTest : public ContextTest {
   protected:
     std::string lower(const std::string &id)
@@ -31,13 +39,57 @@ TEST_F(DocumentIdsTest, LowersUpperCaseAndNothingElse)
         {"only some letters are in upper case", "OrderItems", "orderitems"},
         {"the last letter alone is in upper case", "orderX", "orderx"},
         {"digits and signs stay", "Tbl_1 (2)", "tbl_1 (2)"},
-        {"bytes beyond ASCII stay in the C locale", "\xC3\x84Rger", "\xC3\x84rger"},
+        {"bytes beyond ASCII stay", "\xC3\x84Rger", "\xC3\x84rger"},
     };
     for (const id_case &c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(lower(c.id), c.lowered);
         EXPECT_EQ(tov_is_lower_id(c.id), std::string(c.id) == c.lowered);
     }
+}
+
+namespace {
+
+// A locale in which every byte is a character, made for the test: Debian comes with locales of UTF-8 only.
+class single_byte_locale {
+  public:
+    single_byte_locale()
+    {
+        const std::string folder = ::testing::TempDir() + "tov_locales." + std::to_string(getpid());
+        const std::string name = folder + "/latin1";
+        made_ = mkdir(folder.c_str(), 0700) == 0 &&
+                system(("localedef -i en_US -f ISO-8859-1 " + name).c_str()) == 0 && // NOLINT(cert-env33-c): fixed text
+                setenv("LOCPATH", folder.c_str(), 1) == 0 && setlocale(LC_ALL, "latin1");
+        std::filesystem::remove_all(folder);
+    }
+    ~single_byte_locale()
+    {
+        setlocale(LC_ALL, "C");
+        unsetenv("LOCPATH");
+    }
+    single_byte_locale(const single_byte_locale &) = delete;
+    single_byte_locale &operator=(const single_byte_locale &) = delete;
+    bool is_made() const
+    {
+        return made_;
+    }
+
+  private:
+    bool made_ = false;
+};
+
+} // namespace
+
+TEST_F(DocumentIdsTest, LeavesTheBytesOfUtf8AloneInALocaleOfSingleBytes)
+{
+    const single_byte_locale locale;
+    ASSERT_TRUE(locale.is_made());
+    ASSERT_TRUE(isupper(0xC3)) << "the first byte of a two-byte character is a capital here";
+    EXPECT_EQ(lower("Stra\xC3\x9F"
+                    "E \xC3\x84"),
+              "stra\xC3\x9F"
+              "e \xC3\x84");
+    EXPECT_TRUE(tov_is_lower_id("\xC3\x84"));
 }
 
 TEST_F(DocumentIdsTest, LowersIdsOfAnyLength)
