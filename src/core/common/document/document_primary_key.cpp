@@ -32,41 +32,56 @@ void tov_schema__get_col_is_integer_primary_key(KT_context *ctx, tov_schema *sch
     KT_TRY(_tov_col__is_integer_primary_key(ctx, col, is_integer_pk, constraint_name));
 }
 
+struct my_integer_pk {
+    const char *col_id; // null when the table has none
+    KT_vhash *col;
+    // Whether a pair held no record of its own: what was found for it may depend on how the table's id was spelled.
+    bool is_by_spelling;
+};
+
+static void my_look_at_nth_col(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
+                               const KT_vhash *cols, uint32_t n, my_integer_pk *found) noexcept
+{
+    const char *id = nullptr;
+    const KT_variant *own = nullptr;
+    KT_vhash *col = nullptr;
+    KT_bool is_integer_pk = 0;
+    KT_TRY(_tov_schema__get_nth_col_in_tbl(ctx, schema, tbl, tbl_id, cols, n, &id, &col));
+    KT_TRY(KT_vhash__get_nth_pair(ctx, cols, n, nullptr, &own));
+    KT_TRY(_tov_col__is_integer_primary_key(ctx, col, &is_integer_pk, nullptr));
+    if (own->type != KT_VARIANT_VHASH || own->as.vhash != col)
+        found->is_by_spelling = true;
+    if (is_integer_pk) {
+        found->col_id = id;
+        found->col = col;
+    }
+}
+
 static void my_search_integer_primary_key(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
-                                          const char **col_id, KT_vhash **col) noexcept
+                                          my_integer_pk *found) noexcept
 {
     KT_vhash *cols = nullptr;
     uint32_t count = 0;
     KT_TRY(_tov_tbl__get_cols(ctx, tbl, &cols));
     KT_TRY(KT_vhash__count(ctx, cols, &count));
-    for (uint32_t n = 0; n < count; n++) {
-        const char *nth_id = nullptr;
-        KT_vhash *nth = nullptr;
-        KT_bool is_integer_pk = 0;
-        KT_TRY(_tov_schema__get_nth_col_in_tbl(ctx, schema, tbl, tbl_id, cols, n, &nth_id, &nth));
-        KT_TRY(_tov_col__is_integer_primary_key(ctx, nth, &is_integer_pk, nullptr));
-        if (is_integer_pk) {
-            *col_id = nth_id;
-            *col = nth;
-            return;
-        }
-    }
+    for (uint32_t n = 0; n < count && !found->col; n++)
+        KT_TRY(my_look_at_nth_col(ctx, schema, tbl, tbl_id, cols, n, found));
 }
 
 void _tov_tbl__find_integer_primary_key(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
                                         const char **col_id, KT_vhash **col) noexcept
 {
     auto &known = schema->integer_pk;
+    my_integer_pk found = {known.col_id, known.col, false};
     if (known.tbl != tbl || known.change_count != schema->change_count) {
-        const char *found_id = nullptr;
-        KT_vhash *found = nullptr;
-        KT_TRY(my_search_integer_primary_key(ctx, schema, tbl, tbl_id, &found_id, &found));
-        known = {tbl, schema->change_count, found_id, found};
+        found = {};
+        KT_TRY(my_search_integer_primary_key(ctx, schema, tbl, tbl_id, &found));
+        known = {found.is_by_spelling ? nullptr : tbl, schema->change_count, found.col_id, found.col};
     }
     if (col_id)
-        *col_id = known.col_id;
+        *col_id = found.col_id;
     if (col)
-        *col = known.col;
+        *col = found.col;
 }
 
 void tov_schema__has_integer_primary_key(KT_context *ctx, tov_schema *schema, const char *tbl_id,

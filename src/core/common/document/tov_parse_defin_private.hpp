@@ -17,7 +17,8 @@ struct tov_schema {
     // The keys by the table that they refer to, once questions about that were asked.
     struct tov_fk_index *fk_index;
     // The integer primary key of the table that was asked about last. Who writes a table asks once for each column,
-    // and the answer takes a look at every column's type.
+    // and the answer takes a look at every column's type. Nothing is known of a table whose answer may depend on how
+    // its id was spelled.
     struct {
         const KT_vhash *tbl; // null while nothing is known
         uint64_t change_count;

@@ -109,6 +109,24 @@ TEST_F(DocumentTest, AnUnpreparedIdentityColumnIsNoPrimaryKey)
     EXPECT_OK(ctx);
 }
 
+// A pair of "cols" without a record leads to the unprepared columns, which are kept under the table's id as spelled.
+TEST_F(DocumentTest, TheAnswerForOneSpellingIsNotGivenForAnother)
+{
+    load_trees(R"({"tbls":{"t":{"cols":{"c":null}}}})", R"({"unprep-cols":{"t":{"c":{"type":{"name":"identity"}}}}})");
+    for (const char *tbl_id : {"T", "t", "T"}) {
+        SCOPED_TRACE(tbl_id);
+        uint32_t count = 77;
+        tov_schema__count_pk_cols(ctx, schema, tbl_id, &count);
+        if (*tbl_id == 't') {
+            EXPECT_OK(ctx);
+            EXPECT_EQ(count, 1u);
+        } else {
+            EXPECT_ERROR(ctx, KT_ERR_NOT_FOUND, "col id 'c' not found in tbl id 'T' in schema");
+        }
+        reset();
+    }
+}
+
 TEST_F(DocumentTest, WhatThePrimaryKeyIs)
 {
     struct pk_case {
