@@ -19,7 +19,7 @@ static void my_copy_child(KT_context *ctx, const KT_vhash *map, const char *key,
     KT_vhash *child = nullptr;
     KT_vhash__get__vhash(ctx, map, key, &child);
     cli_check(ctx, path);
-    KT_vhash__alloc__from_json__sz(ctx, copy, cli_json_text(ctx, child).c_str());
+    KT_vhash__alloc__copy(ctx, copy, child);
     cli_check(ctx, path);
 }
 

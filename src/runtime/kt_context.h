@@ -61,6 +61,8 @@ KT_BEGIN_DECLS
 #define KT_ERR_BAD_NUMBER UINT64_C(0x200000006)
 /** A value cannot be written, such as a double that is not finite in JSON. */
 #define KT_ERR_BAD_VALUE UINT64_C(0x200000007)
+/** A map or list that belongs to another one was given where it has to stand by itself. */
+#define KT_ERR_BORROWED UINT64_C(0x200000008)
 
 /** Makes a fresh context. Stores null when memory is short: there is no context yet to carry an error. */
 KT_API void KT_context__alloc(KT_context **ctx) KT_NOEXCEPT;

@@ -9,7 +9,10 @@ KT_BEGIN_DECLS
 /** Makes an empty list, owned; freed with KT_varray__free(). */
 KT_API void KT_varray__alloc(KT_context *ctx, KT_varray **list) KT_NOEXCEPT;
 
-/** Frees a list made by KT_varray__alloc() with all it holds. Null does nothing. */
+/**
+ * Frees a list made by KT_varray__alloc() with all it holds. Null does nothing.
+ * Fails with KT_ERR_BORROWED, and frees nothing, when the list belongs to a map.
+ */
 KT_API void KT_varray__free(KT_context *ctx, KT_varray *list) KT_NOEXCEPT;
 
 /** The number of elements. */

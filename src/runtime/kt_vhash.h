@@ -43,6 +43,12 @@ KT_API void KT_vhash__alloc(KT_context *ctx, KT_vhash **map) KT_NOEXCEPT;
 KT_API void KT_vhash__alloc__from_json__sz(KT_context *ctx, KT_vhash **map, const char *text) KT_NOEXCEPT;
 
 /**
+ * Makes a copy of a map with all it holds, owned. The source may be a part of another map or list; the copy stands by
+ * itself, so it can be freed alone and given to whoever takes maps over.
+ */
+KT_API void KT_vhash__alloc__copy(KT_context *ctx, KT_vhash **map, const KT_vhash *source) KT_NOEXCEPT;
+
+/**
  * Appends the JSON text of a map to a string, without blanks, pairs in order. Reading it gives the same map, unless
  * that is nested deeper than KT_JSON_MAX_DEPTH.
  * Doubles are written in the shortest form that reads back to the same value and always as doubles (1.0, 1e300).
@@ -51,8 +57,14 @@ KT_API void KT_vhash__alloc__from_json__sz(KT_context *ctx, KT_vhash **map, cons
  */
 KT_API void KT_vhash__to_json(KT_context *ctx, const KT_vhash *map, KT_string *json) KT_NOEXCEPT;
 
-/** Frees a map made by an alloc operation with all it holds. Null does nothing. */
+/**
+ * Frees a map made by an alloc operation with all it holds. Null does nothing.
+ * Fails with KT_ERR_BORROWED, and frees nothing, when the map belongs to another map or list.
+ */
 KT_API void KT_vhash__free(KT_context *ctx, KT_vhash *map) KT_NOEXCEPT;
+
+/** Whether a map stands by itself, as those made by an alloc operation do, and does not belong to a map or list. */
+KT_API void KT_vhash__is_root(KT_context *ctx, const KT_vhash *map, KT_bool *is_root) KT_NOEXCEPT;
 
 /** The number of pairs. */
 KT_API void KT_vhash__count(KT_context *ctx, const KT_vhash *map, uint32_t *count) KT_NOEXCEPT;

@@ -34,8 +34,15 @@ TOV_API void tov_schema__from_json(KT_context *ctx, const char *json, tov_schema
  * Makes a schema from two trees, owned. It takes both over and sets the caller's pointers to null; after a failure
  * they are still the caller's.
  *
- * @param document        the map under "schema" that tov_schema__copy_into_vhash() gave, say.
- * @param host_internals  the map under "host_internals"; optional, and may point to null.
+ * From then on only the operations on the schema may change the trees: it remembers answers until one of them makes a
+ * change. A caller that still holds a map inside one of them may read it, but must not write to it.
+ *
+ * @param document        a map that stands by itself. Of the map under "schema" that tov_schema__copy_into_vhash()
+ *                        gave, for example, it is a copy made by KT_vhash__alloc__copy().
+ * @param host_internals  the same for "host_internals"; optional, and may point to null.
+ *
+ * Fails with KT_ERR_BORROWED when a tree belongs to another map, or both are one map; with KT_ERR_NULL_ARGUMENT
+ * without a document.
  */
 TOV_API void tov_schema__alloc__vhash(KT_context *ctx, KT_vhash **document, KT_vhash **host_internals,
                                       tov_schema **schema) KT_NOEXCEPT;

@@ -80,6 +80,8 @@ static const char *my_generic_text(uint64_t code)
         return "not a number";
     case KT_ERR_BAD_VALUE:
         return "the value cannot be written";
+    case KT_ERR_BORROWED:
+        return "the map or list belongs to another one";
     default:
         return code >> 32 == KT_ERR_SQLITE(0) >> 32 ? "SQLite error" : "error";
     }

@@ -31,3 +31,20 @@ void kt_arena_destroy(kt_arena *arena) noexcept
     kt_pools_destroy(&arena->pools);
     kt_release(arena);
 }
+
+KT_vhash *kt_tree_copy(const KT_vhash *source) noexcept
+{
+    kt_arena *arena = kt_arena_new(0);
+    if (!arena)
+        return nullptr;
+    KT_variant original{};
+    original.type = KT_VARIANT_VHASH;
+    original.as.vhash = const_cast<KT_vhash *>(source);
+    KT_variant copy;
+    if (!kt_value_copy(arena, original, &copy)) {
+        kt_arena_destroy(arena);
+        return nullptr;
+    }
+    arena->root = copy.as.vhash;
+    return copy.as.vhash;
+}

@@ -259,6 +259,8 @@ bool kt_value_copy(kt_arena *arena, const KT_variant &source, KT_variant *copy) 
 // Trees, in kt_tree.cpp.
 kt_arena *kt_arena_new(size_t size_hint) noexcept;
 void kt_arena_destroy(kt_arena *arena) noexcept;
+// A copy of a map as a tree of its own; null when memory is short.
+KT_vhash *kt_tree_copy(const KT_vhash *source) noexcept;
 
 inline KT_variant kt_null_value() noexcept
 {

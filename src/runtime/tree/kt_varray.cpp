@@ -44,10 +44,16 @@ void KT_varray__alloc(KT_context *ctx, KT_varray **list) noexcept
     *list = made;
 }
 
-void KT_varray__free(KT_context *, KT_varray *list) noexcept
+void KT_varray__free(KT_context *ctx, KT_varray *list) noexcept
 {
-    if (list)
+    if (!list)
+        return;
+    if (list->arena->root == list) {
         kt_arena_destroy(list->arena);
+        return;
+    }
+    KT_RETURN_IF_FAILED;
+    KT_FAIL(KT_ERR_BORROWED, "the list belongs to a map and is freed with it");
 }
 
 void KT_varray__count(KT_context *ctx, const KT_varray *list, uint32_t *count) noexcept

@@ -19,10 +19,36 @@ void KT_vhash__alloc(KT_context *ctx, KT_vhash **map) noexcept
     *map = made;
 }
 
-void KT_vhash__free(KT_context *, KT_vhash *map) noexcept
+void KT_vhash__alloc__copy(KT_context *ctx, KT_vhash **map, const KT_vhash *source) noexcept
 {
-    if (map)
+    KT_RETURN_IF_FAILED;
+    KT_vhash *copy = kt_tree_copy(source);
+    if (!copy)
+        KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
+    *map = copy;
+}
+
+static bool my_is_root(const KT_vhash *map) noexcept
+{
+    return map->layout->arena->root == map;
+}
+
+void KT_vhash__free(KT_context *ctx, KT_vhash *map) noexcept
+{
+    if (!map)
+        return;
+    if (my_is_root(map)) {
         kt_arena_destroy(map->layout->arena);
+        return;
+    }
+    KT_RETURN_IF_FAILED;
+    KT_FAIL(KT_ERR_BORROWED, "the map belongs to another map or list and is freed with it");
+}
+
+void KT_vhash__is_root(KT_context *ctx, const KT_vhash *map, KT_bool *is_root) noexcept
+{
+    KT_RETURN_IF_FAILED;
+    *is_root = my_is_root(map);
 }
 
 void KT_vhash__count(KT_context *ctx, const KT_vhash *map, uint32_t *count) noexcept

@@ -672,6 +672,68 @@ TEST_F(VhashTest, EnsuresNothingWhileThereIsAnErrorNotEvenWhatIsThere)
     reset();
 }
 
+TEST_F(VhashTest, OnlyTheOutermostMapStandsByItself)
+{
+    KT_vhash *inner = child("inner");
+    KT_varray *list = nullptr;
+    KT_vhash *in_list = nullptr;
+    KT_varray__alloc(ctx, &list);
+    KT_varray__appendnew__vhash(ctx, list, &in_list);
+    KT_bool is_root = 77;
+    KT_vhash__is_root(ctx, root, &is_root);
+    EXPECT_EQ(is_root, 1);
+    for (KT_vhash *borrowed : {inner, in_list}) {
+        KT_vhash__is_root(ctx, borrowed, &is_root);
+        EXPECT_EQ(is_root, 0);
+        KT_vhash__free(ctx, borrowed);
+        EXPECT_ERROR(ctx, KT_ERR_BORROWED, "the map belongs to another map or list and is freed with it");
+        reset();
+    }
+    EXPECT_EQ(json(), R"({"inner":{}})");
+    KT_varray__free(ctx, list);
+}
+
+TEST_F(VhashTest, AnInnerListIsNotFreedAlone)
+{
+    KT_varray *list = nullptr;
+    KT_vhash__addnew__varray(ctx, root, "list", &list);
+    KT_varray__free(ctx, list);
+    EXPECT_ERROR(ctx, KT_ERR_BORROWED, "the list belongs to a map and is freed with it");
+    reset();
+    EXPECT_EQ(json(), R"({"list":[]})");
+}
+
+TEST_F(VhashTest, ACopyStandsByItself)
+{
+    static constexpr const char *documents[] = {
+        "{}",
+        R"({"a":1,"b":{"c":[null,true,"a text that is too long for a value",{}]},"d":-1.5})",
+        R"({"1":1,"2":2,"3":3,"4":4,"5":5,"6":6,"7":7,"8":8,"9":9,"a key that is longer than fourteen bytes":10})",
+    };
+    for (const char *document : documents) {
+        SCOPED_TRACE(document);
+        const std::string text = std::string(R"({"inner":)") + document + "}";
+        KT_vhash *outer = nullptr;
+        KT_vhash *inner = nullptr;
+        KT_vhash *copies[2] = {};
+        KT_vhash__alloc__from_json__sz(ctx, &outer, text.c_str());
+        KT_vhash__get__vhash(ctx, outer, "inner", &inner);
+        KT_vhash__alloc__copy(ctx, &copies[0], inner);
+        KT_vhash__alloc__copy(ctx, &copies[1], outer);
+        KT_vhash__free(ctx, outer);
+        EXPECT_EQ(json_of(ctx, copies[0]), document);
+        EXPECT_EQ(json_of(ctx, copies[1]), text);
+        for (KT_vhash *copy : copies) {
+            KT_vhash__add__int64(ctx, copy, "new", 11);
+            KT_vhash__remove(ctx, copy, "new");
+            EXPECT_OK(ctx);
+        }
+        EXPECT_EQ(json_of(ctx, copies[0]), document);
+        KT_vhash__free(ctx, copies[0]);
+        KT_vhash__free(ctx, copies[1]);
+    }
+}
+
 TEST_F(VhashTest, AllocSurvivesFailingAllocations)
 {
     for (kt_failing_alloc fault; fault.next(); reset()) {

@@ -35,9 +35,31 @@ static void my_free_schema(KT_context *ctx, tov_schema *schema) noexcept
 
 using my_owned_schema = kt_owned<tov_schema, my_free_schema>;
 
+static void my_require_root(KT_context *ctx, const KT_vhash *tree, const char *argument) noexcept
+{
+    KT_bool is_root = 0;
+    KT_TRY(KT_vhash__is_root(ctx, tree, &is_root));
+    if (!is_root)
+        KT_FAIL(KT_ERR_BORROWED,
+                "the map given as %s belongs to another map; give a copy of it (KT_vhash__alloc__copy)", argument);
+}
+
+// A schema frees its trees, so each has to be one that is freed by itself, and only once.
+static void my_check_trees(KT_context *ctx, const KT_vhash *document, const KT_vhash *host_internals) noexcept
+{
+    if (!document)
+        KT_FAIL(KT_ERR_NULL_ARGUMENT, "document is null");
+    if (document == host_internals)
+        KT_FAIL(KT_ERR_BORROWED, "one map is given as document and as host_internals");
+    KT_TRY(my_require_root(ctx, document, "document"));
+    if (host_internals)
+        KT_TRY(my_require_root(ctx, host_internals, "host_internals"));
+}
+
 void tov_schema__alloc__vhash(KT_context *ctx, KT_vhash **document, KT_vhash **host_internals,
                               tov_schema **schema) noexcept
 {
+    KT_TRY(my_check_trees(ctx, *document, host_internals ? *host_internals : nullptr));
     void *block = nullptr;
     KT_TRY(_kt_malloc(ctx, sizeof(tov_schema), &block));
     my_owned_schema made{ctx};

@@ -131,6 +131,68 @@ TEST_F(DocumentTest, ACopyStandsOnItsOwn)
     KT_vhash__free(ctx, destination);
 }
 
+TEST_F(DocumentTest, ACopyBecomesASchemaAgain)
+{
+    load_trees(one_col, R"({"collations":{"t":{"c":"x"}}})");
+    KT_vhash *both = nullptr;
+    KT_vhash__alloc(ctx, &both);
+    tov_schema__copy_into_vhash(ctx, schema, both, 1);
+    KT_vhash *children[2] = {};
+    KT_vhash__get__vhash(ctx, both, "schema", &children[0]);
+    KT_vhash__get__vhash(ctx, both, "host_internals", &children[1]);
+    KT_vhash *trees[2] = {};
+    KT_vhash__alloc__copy(ctx, &trees[0], children[0]);
+    KT_vhash__alloc__copy(ctx, &trees[1], children[1]);
+    KT_vhash__free(ctx, both);
+    tov_schema *again = nullptr;
+    tov_schema__alloc__vhash(ctx, &trees[0], &trees[1], &again);
+    ASSERT_OK(ctx);
+    EXPECT_EQ(json_of(ctx, again->document), one_col);
+    EXPECT_EQ(json_of(ctx, again->host_internals), R"({"collations":{"t":{"c":"x"}}})");
+    tov_schema__nullfree(ctx, &again);
+}
+
+TEST_F(DocumentTest, ATreeThatBelongsToAnotherOneIsRefused)
+{
+    KT_vhash *both = nullptr;
+    KT_vhash *child = nullptr;
+    KT_vhash__alloc__from_json__sz(ctx, &both, R"({"schema":{"d":1}})");
+    KT_vhash__get__vhash(ctx, both, "schema", &child);
+    ASSERT_OK(ctx);
+    struct refused_case {
+        const char *name;
+        KT_vhash *trees[2];
+        uint64_t code;
+        const char *description;
+    };
+    const refused_case cases[] = {
+        {"a child as document",
+         {child, nullptr},
+         KT_ERR_BORROWED,
+         "the map given as document belongs to another map; give a copy of it (KT_vhash__alloc__copy)"},
+        {"a child as host internals",
+         {both, child},
+         KT_ERR_BORROWED,
+         "the map given as host_internals belongs to another map; give a copy of it (KT_vhash__alloc__copy)"},
+        {"one map as both", {both, both}, KT_ERR_BORROWED, "one map is given as document and as host_internals"},
+        {"no document", {nullptr, both}, KT_ERR_NULL_ARGUMENT, "document is null"},
+    };
+    for (const refused_case &c : cases) {
+        SCOPED_TRACE(c.name);
+        KT_vhash *trees[] = {c.trees[0], c.trees[1]};
+        tov_schema *made = nullptr;
+        tov_schema__alloc__vhash(ctx, &trees[0], &trees[1], &made);
+        EXPECT_ERROR(ctx, c.code, c.description);
+        expect_module_frame();
+        EXPECT_EQ(made, nullptr);
+        EXPECT_EQ(trees[0], c.trees[0]) << "still the caller's";
+        EXPECT_EQ(trees[1], c.trees[1]) << "still the caller's";
+        reset();
+    }
+    EXPECT_EQ(json_of(ctx, both), R"({"schema":{"d":1}})");
+    KT_vhash__free(ctx, both);
+}
+
 TEST_F(DocumentTest, FreeingSetsThePointerToNull)
 {
     tov_schema__nullfree(ctx, &schema);
