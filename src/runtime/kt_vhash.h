@@ -5,6 +5,9 @@
  * its place, and removing a pair keeps the order of the others. Reading by key or by position takes constant time
  * at any size, adding amortised constant time, removing at worst time linear in the number of pairs.
  *
+ * A key of 4 GiB or more is never there, and adding it is KT_ERR_OUT_OF_MEMORY. Which keys collide inside is drawn at
+ * random for each process, so a document cannot be written to make these times worse.
+ *
  * A map owns what it holds. Keys, texts, child maps and child lists that are handed out are borrowed; they stay
  * where they are until that pair is removed or replaced or the map is freed, whatever else is added or removed.
  * Variants that are handed out are borrowed until the map changes.

@@ -52,7 +52,7 @@ const char *kt_reader_key_text(kt_json_reader *reader, const char *at) noexcept
         return nullptr;
     if (length >= UINT32_MAX)
         return kt_reader_fail(reader, place, "a shorter key");
-    const kt_query query = kt_make_query(bytes, static_cast<uint32_t>(length));
+    const kt_query query = kt_make_query(bytes, length);
     if (reader->frame.kind == kt_reader_kind::shared_map && !my_take_up_shared(reader, query, place))
         return nullptr;
     if (reader->frame.kind == kt_reader_kind::private_map && !my_take_up_private(reader, query, place))
@@ -77,7 +77,7 @@ static bool my_fill_private(kt_json_reader *reader, kt_private *layout, uint32_t
         const kt_reader_key *own = is_shared ? nullptr : reader->keys.at(frame.first_key + slot - frame.shape->count);
         const kt_packed_key &key = own ? own->key : frame.shape->keys->keys[slot].packed;
         const kt_query query = my_query_of(key);
-        const uint32_t hash = layout->index.cells ? kt_hash(query, reader->arena->seed) : 0;
+        const uint32_t hash = layout->index.cells ? kt_hash(query, reader->arena->seeds) : 0;
         if (own && my_has_key(layout, query, hash))
             return my_refuse_repeated_key(reader, own->place);
         *kt_segment_at(layout->entries, slot) = {key, values[slot]};

@@ -26,7 +26,7 @@ inline uint32_t kt_find_in_private_index(const kt_private *layout, const kt_quer
 
 inline uint32_t kt_find_in_private(const kt_private *layout, const kt_query &query) noexcept
 {
-    return layout->index.cells ? kt_find_in_private_index(layout, query, kt_hash(query, layout->arena->seed))
+    return layout->index.cells ? kt_find_in_private_index(layout, query, kt_hash(query, layout->arena->seeds))
                                : kt_scan_entries(layout, query);
 }
 
@@ -34,7 +34,7 @@ inline uint32_t kt_find_in_private(const kt_private *layout, const kt_query &que
 inline uint32_t kt_find_in_shape_index(const kt_shape *shape, const kt_query &query) noexcept
 {
     const kt_shape_keys *list = shape->keys;
-    const uint32_t hash = kt_hash(query, shape->arena->seed);
+    const uint32_t hash = kt_hash(query, shape->arena->seeds);
     for (uint32_t at = kt_index_start(list->index, hash);; at = (at + 1) & list->index.mask) {
         const kt_index_cell &cell = list->index.cells[at];
         if (cell.slot_plus_1 == 0)

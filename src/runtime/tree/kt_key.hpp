@@ -1,6 +1,8 @@
 // Keys in the form in which they are compared: 16 bytes that hold a short key whole.
 #pragma once
 
+#include "base/kt_wide.hpp"
+
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -9,6 +11,7 @@
 // behind it, can be handed out as it lies. A longer key starts with 0xFF; its text lies elsewhere.
 inline constexpr uint32_t kt_max_short_key = 14;
 inline constexpr uint8_t kt_long_key = 0xFF;
+inline constexpr size_t kt_max_key = UINT32_MAX - 1; // a longer one is not stored, so it is never found either
 
 union kt_packed_key {
     uint64_t words[2];
@@ -26,7 +29,7 @@ static_assert(sizeof(kt_packed_key) == 16);
 // A key to look for.
 struct kt_query {
     const char *text;
-    uint32_t length;
+    size_t length;
     bool is_short;
     kt_packed_key packed; // of a short key
 };
@@ -71,20 +74,20 @@ inline void kt_pack_short_key(kt_packed_key *packed, const char *text, uint32_t 
     }
 }
 
-inline kt_query kt_make_query(const char *text, uint32_t length) noexcept
+inline kt_query kt_make_query(const char *text, size_t length) noexcept
 {
     kt_query query;
     query.text = text;
     query.length = length;
     query.is_short = length <= kt_max_short_key;
     if (query.is_short)
-        kt_pack_short_key(&query.packed, text, length);
+        kt_pack_short_key(&query.packed, text, static_cast<uint32_t>(length));
     return query;
 }
 
 inline kt_query kt_make_query(const char *text) noexcept
 {
-    return kt_make_query(text, static_cast<uint32_t>(std::strlen(text)));
+    return kt_make_query(text, std::strlen(text));
 }
 
 inline const char *kt_key_text(const kt_packed_key &key) noexcept
@@ -105,22 +108,40 @@ inline bool kt_key_equals(const kt_packed_key &key, const kt_query &query) noexc
            std::memcmp(key.outside.text, query.text, query.length) == 0;
 }
 
+// Hashes. What a process draws at random before its first tree goes into both factors of each multiplication, so that
+// no document can be written to make one of them sparse, or its keys collide in any other way.
+
+struct kt_seeds {
+    uint64_t first;
+    uint64_t second;
+};
+
 inline uint64_t kt_mix(uint64_t a, uint64_t b) noexcept
 {
-    __extension__ using wide = unsigned __int128;
-    const wide product = static_cast<wide>(a) * b;
-    return static_cast<uint64_t>(product) ^ static_cast<uint64_t>(product >> 64);
+    const kt_wide product = kt_multiply(a, b);
+    return product.high ^ product.low;
 }
 
-// Seeded per tree, so that a document cannot be written to make its keys collide.
-inline uint32_t kt_hash(const kt_query &query, uint64_t seed) noexcept
+// Every bit of the product counts in every bit of the hash, of which an index takes the lowest ones.
+inline uint32_t kt_finish_hash(uint64_t product) noexcept
 {
-    constexpr uint64_t k0 = 0x9E3779B97F4A7C15, k1 = 0xD6E8FEB86659FD93;
+    return static_cast<uint32_t>(kt_mix(product, 0x9E3779B97F4A7C15) >> 32);
+}
+
+// A key of at least 15 bytes: 16 at a time, and then the last 16, some of them again. Where there are 15 only, two
+// words overlap in one byte.
+inline uint64_t kt_hash_long(const char *text, size_t length, const kt_seeds &seeds) noexcept
+{
+    uint64_t hash = seeds.second ^ length;
+    for (size_t at = 0; at + 16 < length; at += 16)
+        hash = kt_mix(kt_load_bytes(text + at, 8) ^ seeds.first, kt_load_bytes(text + at + 8, 8) ^ hash);
+    const char *last = text + (length < 16 ? 0 : length - 16);
+    return kt_mix(kt_load_bytes(last, 8) ^ seeds.first, kt_load_bytes(text + length - 8, 8) ^ hash);
+}
+
+inline uint32_t kt_hash(const kt_query &query, const kt_seeds &seeds) noexcept
+{
     if (query.is_short) [[likely]]
-        return static_cast<uint32_t>(kt_mix(query.packed.words[0] ^ seed, query.packed.words[1] ^ k0) >> 16);
-    uint64_t hash = seed ^ query.length;
-    uint32_t at = 0;
-    for (; at + 8 < query.length; at += 8)
-        hash = kt_mix(hash ^ kt_load_bytes(query.text + at, 8), k1);
-    return static_cast<uint32_t>(kt_mix(hash ^ kt_load_bytes(query.text + at, query.length - at), k0) >> 16);
+        return kt_finish_hash(kt_mix(query.packed.words[0] ^ seeds.first, query.packed.words[1] ^ seeds.second));
+    return kt_finish_hash(kt_hash_long(query.text, query.length, seeds));
 }

@@ -38,12 +38,12 @@ bool kt_key_store(kt_arena *arena, const kt_query &query, kt_packed_key *key) no
         *key = query.packed;
         return true;
     }
-    char *text = kt_new_block<char>(arena, size_t{query.length} + 1);
+    char *text = kt_new_block<char>(arena, query.length + 1);
     if (!text)
         return false;
     std::memcpy(text, query.text, query.length);
     text[query.length] = '\0';
-    key->outside = {kt_long_key, 1, {}, query.length, text};
+    key->outside = {kt_long_key, 1, {}, static_cast<uint32_t>(query.length), text};
     return true;
 }
 
@@ -116,7 +116,7 @@ static bool my_reserve_index(kt_private *layout) noexcept
         const uint32_t slot = layout->order ? layout->order[n] : n;
         const kt_packed_key &key = kt_segment_at(layout->entries, slot)->key;
         const kt_query query = kt_make_query(kt_key_text(key), kt_key_length(key));
-        kt_index_put(&layout->index, kt_hash(query, layout->arena->seed), slot);
+        kt_index_put(&layout->index, kt_hash(query, layout->arena->seeds), slot);
     }
     return true;
 }
@@ -157,7 +157,7 @@ static bool my_private_append(KT_vhash *map, const kt_query &query, const KT_var
     kt_segment_at(layout->entries, slot)->key = key;
     *place = value;
     if (layout->index.cells)
-        kt_index_put(&layout->index, kt_hash(query, arena->seed), slot);
+        kt_index_put(&layout->index, kt_hash(query, arena->seeds), slot);
     if (layout->order)
         layout->order[layout->count] = slot;
     layout->count++;
@@ -166,6 +166,8 @@ static bool my_private_append(KT_vhash *map, const kt_query &query, const KT_var
 
 bool kt_map_append(KT_vhash *map, const kt_query &query, const KT_variant &value) noexcept
 {
+    if (query.length > kt_max_key)
+        return false;
     if (!map->layout->is_private) {
         kt_shape *shape = kt_shape_of(map);
         kt_shape *next = nullptr;
@@ -216,7 +218,7 @@ static bool my_private_remove(KT_vhash *map, uint32_t slot) noexcept
     kt_entry *entry = kt_segment_at(layout->entries, slot);
     if (layout->index.cells) {
         const kt_query query = kt_make_query(kt_key_text(entry->key), kt_key_length(entry->key));
-        kt_index_remove(&layout->index, kt_hash(query, arena->seed), slot);
+        kt_index_remove(&layout->index, kt_hash(query, arena->seeds), slot);
     }
     my_release_key(arena, &entry->key);
     KT_variant *value = kt_private_value(map, layout, slot);

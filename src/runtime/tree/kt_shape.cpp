@@ -95,7 +95,7 @@ static bool my_is_plain(const char *text, uint32_t length) noexcept
 // The key's text with its NUL, then its JSON form; a key that JSON writes otherwise has none, and is written slowly.
 static bool my_make_key(kt_arena *arena, const kt_query &query, uint32_t hash, kt_shape_key *key) noexcept
 {
-    const uint32_t length = query.length;
+    const auto length = static_cast<uint32_t>(query.length); // kt_map_append() takes no longer ones
     const bool has_json = my_is_plain(query.text, length);
     const size_t own_size = size_t{length} + 1;
     const size_t json_size = std::max<size_t>(own_size + 2, kt_json_key_room);
@@ -209,7 +209,7 @@ kt_step kt_shape_next(kt_shape *shape, const kt_query &query, kt_shape **next) n
         *next = shape->likely;
         return kt_step::shared;
     }
-    const uint32_t hash = kt_hash(query, arena->seed);
+    const uint32_t hash = kt_hash(query, arena->seeds);
     kt_shape *found = my_find_transition(shape, query, hash);
     if (found) {
         if (arena->shape_credit < my_full_credit)

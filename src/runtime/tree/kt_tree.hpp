@@ -131,7 +131,7 @@ struct kt_arena {
     kt_transition_table transitions;
     uint32_t *first_keys_seen; // hashes of keys that maps began with, see kt_shape_next
     uint32_t shape_credit;
-    uint64_t seed;
+    kt_seeds seeds;
     size_t json_size; // as last read or written
     const void *root;
 };
