@@ -17,7 +17,7 @@ void trial(benchmark::State &state)
 {
     for (auto _ : state) {
         KT_bool ok = 0;
-        is_valid_constant(bench_ctx(), trial_type, trial_literal, &ok);
+        _tov_is_valid_constant(bench_ctx(), trial_type, trial_literal, &ok);
         benchmark::DoNotOptimize(ok);
     }
     bench_check();
@@ -75,7 +75,7 @@ void tokens(benchmark::State &state)
         int64_t sum = 0;
         for (const char *at = text.c_str(); *at;) {
             int32_t code = 0;
-            at += get_token(at, &code);
+            at += _tov_get_token(at, &code);
             sum += code;
         }
         benchmark::DoNotOptimize(sum);

@@ -64,13 +64,13 @@ void check_look(std::string_view token, int32_t code)
 void check_token(const char *at, const char *end)
 {
     int32_t code = 0;
-    const int32_t length = get_token(at, &code);
+    const int32_t length = _tov_get_token(at, &code);
     check(length > 0 && length <= end - at);
     check(code != TK_END_OF_FILE);
     const std::string alone(at, static_cast<size_t>(length));
     check_look(alone, code);
     int32_t code_alone = 0;
-    check(get_token(alone.c_str(), &code_alone) == length && code_alone == code);
+    check(_tov_get_token(alone.c_str(), &code_alone) == length && code_alone == code);
 }
 
 } // namespace
@@ -85,12 +85,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 
     const char *end = text + std::strlen(text);
     int32_t code = 0;
-    for (const char *at = text; at < end; at += get_token(at, &code)) {
+    for (const char *at = text; at < end; at += _tov_get_token(at, &code)) {
         if (at[0] == '!' && at + 1 == end)
             break; // the one token that counts the terminating NUL
         check_token(at, end);
     }
-    check(get_token(end, &code) == 0 && code == TK_END_OF_FILE);
+    check(_tov_get_token(end, &code) == 0 && code == TK_END_OF_FILE);
 
     const std::string_view whole{text, static_cast<size_t>(end - text)};
     std::string_view name = whole;

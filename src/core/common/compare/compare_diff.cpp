@@ -38,8 +38,8 @@ static void my_is_tbl_changed(KT_context *ctx, tov_schema *x, tov_schema *y, con
     *changed = x_txid != 0 && y_txid != 0 && x_txid != y_txid;
 }
 
-void my_diff_loop_tbls(KT_context *ctx, tov_schema *x, tov_schema *y, KT_varray **missing, KT_varray **same,
-                       KT_varray **changed) noexcept
+void _tov_diff_loop_tbls(KT_context *ctx, tov_schema *x, tov_schema *y, KT_varray **missing, KT_varray **same,
+                         KT_varray **changed) noexcept
 {
     if (!x)
         return;
@@ -65,8 +65,8 @@ static void my_has_col(KT_context *ctx, const KT_vhash *cols, const char *col_id
     KT_TRY(KT_vhash__has(ctx, cols, key, has));
 }
 
-void my_diff_loop_cols(KT_context *ctx, tov_schema *x, tov_schema *y, const char *tbl_id, KT_varray **missing,
-                       KT_varray **both) noexcept
+void _tov_diff_loop_cols(KT_context *ctx, tov_schema *x, tov_schema *y, const char *tbl_id, KT_varray **missing,
+                         KT_varray **both) noexcept
 {
     KT_vhash *x_cols = nullptr;
     KT_vhash *y_cols = nullptr;
@@ -93,19 +93,19 @@ void tov_schema__list_tbls(KT_context *ctx, tov_schema *schema, KT_varray **tbl_
     if (!tbl_ids)
         KT_FAIL(KT_ERR_NULL_ARGUMENT, "tbl_ids is null");
     // Compared with nothing, every table is missing.
-    KT_TRY(my_diff_loop_tbls(ctx, schema, nullptr, tbl_ids, nullptr, nullptr));
+    KT_TRY(_tov_diff_loop_tbls(ctx, schema, nullptr, tbl_ids, nullptr, nullptr));
 }
 
 void tov_schema__diff_tbls(KT_context *ctx, tov_schema *a, tov_schema *b, KT_varray **only_in_a, KT_varray **only_in_b,
                            KT_varray **in_both_same, KT_varray **in_both_changed) noexcept
 {
-    KT_TRY(my_diff_loop_tbls(ctx, a, b, only_in_a, in_both_same, in_both_changed));
-    KT_TRY(my_diff_loop_tbls(ctx, b, a, only_in_b, nullptr, nullptr));
+    KT_TRY(_tov_diff_loop_tbls(ctx, a, b, only_in_a, in_both_same, in_both_changed));
+    KT_TRY(_tov_diff_loop_tbls(ctx, b, a, only_in_b, nullptr, nullptr));
 }
 
 void tov_schema__diff_cols(KT_context *ctx, tov_schema *a, tov_schema *b, const char *tbl_id, KT_varray **only_in_a,
                            KT_varray **only_in_b, KT_varray **in_both) noexcept
 {
-    KT_TRY(my_diff_loop_cols(ctx, a, b, tbl_id, only_in_a, in_both));
-    KT_TRY(my_diff_loop_cols(ctx, b, a, tbl_id, only_in_b, nullptr));
+    KT_TRY(_tov_diff_loop_cols(ctx, a, b, tbl_id, only_in_a, in_both));
+    KT_TRY(_tov_diff_loop_cols(ctx, b, a, tbl_id, only_in_b, nullptr));
 }

@@ -32,7 +32,7 @@ inline void ddl_keep(KT_context *ctx, tov_schema *schema, const KT_string *text,
 }
 
 // The type that the host casts binary values of any width to.
-inline constexpr char DDL_VARIABLE_BINARY[] = "VARBINARY(MAX)";
+static constexpr char DDL_VARIABLE_BINARY[] = "VARBINARY(MAX)";
 
 // Appends "qualifier"."name", inside a cast when there is a type to cast to.
 inline void ddl_append_host_col(KT_context *ctx, KT_string *text, const char *qualifier, const char *name,

@@ -10,5 +10,5 @@ const unsigned char sqlite3UpperToLower[256] = {TOV_VALUES_256(tov_lower_of)};
 
 int sqlite3KeywordCode(const char *text, int n) noexcept
 {
-    return keywordCode(text, n);
+    return _tov_find_keyword(text, n);
 }

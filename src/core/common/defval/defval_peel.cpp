@@ -20,7 +20,7 @@ struct token_cursor {
 
 static void my_read_token(token_cursor *token) noexcept
 {
-    while ((token->length = get_token(token->text, &token->code)) != 0 && token->code == TK_SPACE)
+    while ((token->length = _tov_get_token(token->text, &token->code)) != 0 && token->code == TK_SPACE)
         token->text += token->length;
 }
 

@@ -14,7 +14,7 @@ void _tov_scratch__open(KT_context *ctx, tov_scratch *scratch) noexcept
         KT_FAIL(KT_ERR_SQLITE(rc), "%s", scratch->fns->errstr(rc));
 }
 
-void sqlite_fun__exec(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *sql) noexcept
+void _tov_sqlite__exec(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *sql) noexcept
 {
     tov_statement run{fns};
     int rc = fns->prepare(connection, sql, &run.statement);
@@ -29,16 +29,20 @@ void sqlite_fun__exec(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *
         KT_FAIL(KT_ERR_SQLITE(rc), "%s: %s", fns->errstr(rc), fns->message(connection));
 }
 
-void sqlite_fun__execf(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *format,
-                       ...) noexcept
+void _tov_sqlite__execv(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *format,
+                        va_list args) noexcept
 {
     kt_owned_string sql{ctx};
     KT_TRY(KT_string__alloc(ctx, sql.out()));
+    KT_TRY(KT_string__vsprintf(ctx, sql, format, args));
+    KT_TRY(_tov_sqlite__exec(ctx, fns, connection, KT_string__sz(sql)));
+}
+
+void _tov_sqlite__execf(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *format,
+                        ...) noexcept
+{
     va_list args;
     va_start(args, format);
-    KT_string__vsprintf(ctx, sql, format, args);
+    _tov_sqlite__execv(ctx, fns, connection, format, args);
     va_end(args);
-    if (kt_failed_at(ctx, KT_HERE, __LINE__))
-        return;
-    KT_TRY(sqlite_fun__exec(ctx, fns, connection, KT_string__sz(sql)));
 }

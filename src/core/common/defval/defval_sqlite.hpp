@@ -53,10 +53,12 @@ extern "C" {
 
 // Runs one statement to its end and drops the rows it gives. Fails with KT_ERR_SQLITE(rc), described by SQLite's text
 // for the code and the connection's message.
-void sqlite_fun__exec(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *sql) noexcept;
+void _tov_sqlite__exec(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *sql) noexcept;
 
 // The same for a printf-style text.
-void sqlite_fun__execf(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *format,
-                       ...) noexcept KT_PRINTF(4, 5);
+void _tov_sqlite__execf(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *format,
+                        ...) noexcept KT_PRINTF(4, 5);
+void _tov_sqlite__execv(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *format,
+                        va_list args) noexcept KT_PRINTF(4, 0);
 
 } // extern "C"

@@ -251,7 +251,7 @@ static inline const char *my_scan(const char *text, int32_t *code) noexcept
     return text + 1;
 }
 
-int32_t get_token(const char *text, int32_t *code) noexcept
+int32_t _tov_get_token(const char *text, int32_t *code) noexcept
 {
     const ptrdiff_t length = my_scan(text, code) - text;
     return length <= INT32_MAX ? static_cast<int32_t>(length) : INT32_MAX;

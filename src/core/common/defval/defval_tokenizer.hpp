@@ -48,9 +48,9 @@ extern "C" {
 
 // Classifies the token at the start of a text and returns its length in bytes: 0 at the terminating NUL only, where
 // the code is TK_END_OF_FILE. A token of more bytes than the result can say is cut there. Never fails.
-int32_t get_token(const char *text, int32_t *code) noexcept;
+int32_t _tov_get_token(const char *text, int32_t *code) noexcept;
 
 // The code of the keyword that the first n bytes of text spell, in any letter case; TK_ID when they are none.
-int32_t keywordCode(const char *text, int32_t n) noexcept;
+int32_t _tov_find_keyword(const char *text, int32_t n) noexcept;
 
 } // extern "C"

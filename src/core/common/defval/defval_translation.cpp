@@ -37,7 +37,7 @@ void kt_copy_alloc_buf_len(KT_context *ctx, const char *bytes, uint32_t length, 
     *copy = text;
 }
 
-void parse_mssql_defval_func_no_args(KT_context *ctx, const char *host_text, char **name) noexcept
+void _tov_parse_mssql_defval_func_no_args(KT_context *ctx, const char *host_text, char **name) noexcept
 {
     std::string_view function;
     if (!_tov_peel_call(host_text, &function))
@@ -54,7 +54,7 @@ static void my_translate_call(KT_context *ctx, const char *host_text, const char
                               const char *sql, char **result) noexcept
 {
     kt_owned_text name{ctx};
-    KT_TRY(parse_mssql_defval_func_no_args(ctx, host_text, name.out()));
+    KT_TRY(_tov_parse_mssql_defval_func_no_args(ctx, host_text, name.out()));
     if (name && (KT_stricmp(name, function) == 0 || KT_stricmp(name, alternative) == 0))
         KT_TRY(KT_strdup(ctx, sql, result));
 }
@@ -70,7 +70,7 @@ static void my_scaled(KT_context *ctx, const char *literal, uint32_t scale, char
 static void my_try_constant(KT_context *ctx, host_default &defval, char **result) noexcept
 {
     KT_bool ok = 0;
-    KT_TRY(is_valid_constant(ctx, defval.type->name, defval.literal, &ok));
+    KT_TRY(_tov_is_valid_constant(ctx, defval.type->name, defval.literal, &ok));
     if (ok)
         defval.literal.move_to(result);
 }
@@ -142,7 +142,7 @@ static void my_fix_integer(KT_context *ctx, host_default &defval, char **result)
         return;
     const tov_abstract_type &type = *defval.type;
     KT_bool ok = 0;
-    KT_TRY(int_default_valid(ctx, defval.literal, type.name, type.low, type.high, &ok));
+    KT_TRY(_tov_int_default_valid(ctx, defval.literal, type.name, type.low, type.high, &ok));
     if (ok)
         defval.literal.move_to(result);
 }

@@ -12,7 +12,7 @@ void tov_fix_mssql_defval(KT_context *ctx, const char *abstract_type, uint32_t s
 
 // The function that a host default like (getdate()) calls without arguments: null when the text holds nothing but
 // parentheses, `name` as it was when the text is anything else.
-void parse_mssql_defval_func_no_args(KT_context *ctx, const char *host_text, char **name) noexcept;
+void _tov_parse_mssql_defval_func_no_args(KT_context *ctx, const char *host_text, char **name) noexcept;
 
 // Copies bytes into a new text.
 void kt_copy_alloc_buf_len(KT_context *ctx, const char *bytes, uint32_t length, char **copy) noexcept;

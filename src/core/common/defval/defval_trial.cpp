@@ -21,29 +21,29 @@ static void my_create_trigger(KT_context *ctx, const tov_scratch &scratch, const
     *trigger.out() = KT_mprintf("CREATE TRIGGER bar BEFORE INSERT ON foo\nBEGIN\n\n%s;\nEND", KT_string__sz(check));
     if (!trigger)
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
-    KT_TRY(sqlite_fun__exec(ctx, scratch.fns, scratch.connection, trigger));
+    KT_TRY(_tov_sqlite__exec(ctx, scratch.fns, scratch.connection, trigger));
 }
 
 static void my_insert(KT_context *ctx, const tov_scratch &scratch, const char *abstract_type, const char *literal,
                       KT_bool *inserted) noexcept
 {
     const auto [fns, connection] = std::pair{scratch.fns, scratch.connection};
-    KT_TRY(sqlite_fun__exec(ctx, fns, connection, "BEGIN TRANSACTION"));
+    KT_TRY(_tov_sqlite__exec(ctx, fns, connection, "BEGIN TRANSACTION"));
     const char *decl = tov_abstract_type_to_sqlite_decl(abstract_type);
-    KT_TRY(sqlite_fun__execf(ctx, fns, connection, "CREATE TABLE foo (v %s);", decl));
+    KT_TRY(_tov_sqlite__execf(ctx, fns, connection, "CREATE TABLE foo (v %s);", decl));
     KT_TRY(my_create_trigger(ctx, scratch, abstract_type));
-    KT_TRY(sqlite_fun__execf(ctx, fns, connection, "INSERT OR IGNORE INTO foo (v) VALUES (%s);", literal));
+    KT_TRY(_tov_sqlite__execf(ctx, fns, connection, "INSERT OR IGNORE INTO foo (v) VALUES (%s);", literal));
     *inserted = fns->changes(connection) == 1;
 }
 
 static void my_roll_back(KT_context *ctx, const tov_scratch &scratch) noexcept
 {
     KT_context__push_level(ctx);
-    sqlite_fun__execf(ctx, scratch.fns, scratch.connection, "ROLLBACK TRANSACTION");
+    _tov_sqlite__execf(ctx, scratch.fns, scratch.connection, "ROLLBACK TRANSACTION");
     KT_context__pop_level(ctx);
 }
 
-void is_valid_constant(KT_context *ctx, const char *abstract_type, const char *literal, KT_bool *ok) noexcept
+void _tov_is_valid_constant(KT_context *ctx, const char *abstract_type, const char *literal, KT_bool *ok) noexcept
 {
     tov_scratch scratch;
     KT_TRY(_tov_scratch__open(ctx, &scratch));
@@ -55,8 +55,8 @@ void is_valid_constant(KT_context *ctx, const char *abstract_type, const char *l
     *ok = inserted;
 }
 
-void int_default_valid(KT_context *ctx, const char *literal, const char *abstract_type, int64_t low, int64_t high,
-                       KT_bool *ok) noexcept
+void _tov_int_default_valid(KT_context *ctx, const char *literal, const char *abstract_type, int64_t low, int64_t high,
+                            KT_bool *ok) noexcept
 {
     char *end = nullptr;
     errno = 0;
@@ -65,7 +65,7 @@ void int_default_valid(KT_context *ctx, const char *literal, const char *abstrac
         *ok = low <= value && value <= high;
         return;
     }
-    KT_TRY(is_valid_constant(ctx, abstract_type, literal, ok));
+    KT_TRY(_tov_is_valid_constant(ctx, abstract_type, literal, ok));
 }
 
 // The first column holds the name of a type and so is always text; it is the second one that decides.

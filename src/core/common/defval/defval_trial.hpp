@@ -8,11 +8,11 @@ extern "C" {
 // Stores a literal, which is SQL text, in a column of an abstract type, under the check that real tables get. `ok`
 // says whether the row went in. A literal that the check rejects is a failure: KT_ERR_SQLITE with SQLite's constraint
 // code, described by the check's message.
-void is_valid_constant(KT_context *ctx, const char *abstract_type, const char *literal, KT_bool *ok) noexcept;
+void _tov_is_valid_constant(KT_context *ctx, const char *abstract_type, const char *literal, KT_bool *ok) noexcept;
 
 // Whether a literal lies in a range, both ends included. Anything but a plain decimal integer goes to the trial above.
-void int_default_valid(KT_context *ctx, const char *literal, const char *abstract_type, int64_t low, int64_t high,
-                       KT_bool *ok) noexcept;
+void _tov_int_default_valid(KT_context *ctx, const char *literal, const char *abstract_type, int64_t low, int64_t high,
+                            KT_bool *ok) noexcept;
 
 } // extern "C"
 

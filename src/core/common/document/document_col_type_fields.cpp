@@ -40,16 +40,16 @@ void _tov_col__get_type_field_int32(KT_context *ctx, const KT_vhash *col, const 
         *value = absent_value;
 }
 
-void get_col_type_field_bool(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
-                             const char *field, KT_bool *has, KT_bool *value) noexcept
+void _tov_schema__get_col_type_field_bool(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
+                                          const char *field, KT_bool *has, KT_bool *value) noexcept
 {
     KT_vhash *col = nullptr;
     KT_TRY(_tov_schema__get_col(ctx, schema, tbl_id, col_id, &col));
     KT_TRY(_tov_col__get_type_field_bool(ctx, col, field, has, value));
 }
 
-void get_col_type_field_int32(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
-                              const char *field, int32_t absent_value, int32_t *value) noexcept
+void _tov_schema__get_col_type_field_int32(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
+                                           const char *field, int32_t absent_value, int32_t *value) noexcept
 {
     KT_vhash *col = nullptr;
     KT_TRY(_tov_schema__get_col(ctx, schema, tbl_id, col_id, &col));
@@ -67,31 +67,31 @@ void tov_schema__get_col_type(KT_context *ctx, tov_schema *schema, const char *t
 void tov_schema__get_col_type__unicode(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                        KT_bool *has, KT_bool *value) noexcept
 {
-    KT_TRY(get_col_type_field_bool(ctx, schema, tbl_id, col_id, "unicode", has, value));
+    KT_TRY(_tov_schema__get_col_type_field_bool(ctx, schema, tbl_id, col_id, "unicode", has, value));
 }
 
 void tov_schema__get_col_type__fixed_width(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                            KT_bool *has, KT_bool *value) noexcept
 {
-    KT_TRY(get_col_type_field_bool(ctx, schema, tbl_id, col_id, "fixed_width", has, value));
+    KT_TRY(_tov_schema__get_col_type_field_bool(ctx, schema, tbl_id, col_id, "fixed_width", has, value));
 }
 
 void tov_schema__get_col_type__scale(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                      int32_t *scale) noexcept
 {
-    KT_TRY(get_col_type_field_int32(ctx, schema, tbl_id, col_id, "scale", -1, scale));
+    KT_TRY(_tov_schema__get_col_type_field_int32(ctx, schema, tbl_id, col_id, "scale", -1, scale));
 }
 
 void tov_schema__get_col_type__precision(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                          int32_t *precision) noexcept
 {
-    KT_TRY(get_col_type_field_int32(ctx, schema, tbl_id, col_id, "precision", -1, precision));
+    KT_TRY(_tov_schema__get_col_type_field_int32(ctx, schema, tbl_id, col_id, "precision", -1, precision));
 }
 
 void tov_schema__get_col_type__width(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                      int32_t *width) noexcept
 {
-    KT_TRY(get_col_type_field_int32(ctx, schema, tbl_id, col_id, "width", -1, width));
+    KT_TRY(_tov_schema__get_col_type_field_int32(ctx, schema, tbl_id, col_id, "width", -1, width));
 }
 
 void tov_schema__get_col_type__host_type(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,

@@ -118,10 +118,10 @@ void _tov_tbl__is_col_id_in_pk(KT_context *ctx, tov_schema *schema, KT_vhash *tb
                                const char *col_id, KT_bool *is_in_pk) noexcept;
 
 // One field of a column's type record, by its key.
-void get_col_type_field_bool(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
-                             const char *field, KT_bool *has, KT_bool *value) noexcept;
-void get_col_type_field_int32(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
-                              const char *field, int32_t absent_value, int32_t *value) noexcept;
+void _tov_schema__get_col_type_field_bool(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
+                                          const char *field, KT_bool *has, KT_bool *value) noexcept;
+void _tov_schema__get_col_type_field_int32(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
+                                           const char *field, int32_t absent_value, int32_t *value) noexcept;
 
 // Frees an index of foreign keys. Null does nothing.
 void _tov_fk_index__free(KT_context *ctx, struct tov_fk_index *index) noexcept;

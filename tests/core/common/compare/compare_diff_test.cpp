@@ -359,7 +359,7 @@ TEST_F(CompareDiffTest, TheWalksAloneSortIntoTheirLists)
     KT_varray *missing = nullptr;
     KT_varray *same = nullptr;
     KT_varray *changed = nullptr;
-    my_diff_loop_tbls(ctx, schema, other, &missing, &same, &changed);
+    _tov_diff_loop_tbls(ctx, schema, other, &missing, &same, &changed);
     EXPECT_OK(ctx);
     EXPECT_EQ(take_ids(ctx, missing), "a");
     EXPECT_EQ(take_ids(ctx, same), "s");

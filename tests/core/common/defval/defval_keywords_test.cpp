@@ -66,7 +66,7 @@ static int listed_code(const std::string &word)
 
 static int code_of(const std::string &word)
 {
-    return keywordCode(word.c_str(), static_cast<int32_t>(word.size()));
+    return _tov_find_keyword(word.c_str(), static_cast<int32_t>(word.size()));
 }
 
 static std::string keyword_at(size_t k)
@@ -200,12 +200,12 @@ TEST(KeywordCode, NoWordOneByteAwayIsTakenForAKeyword)
 
 TEST(KeywordCode, CountsTheBytesItIsGiven)
 {
-    EXPECT_EQ(keywordCode("NOTNULL", 3), 19);
-    EXPECT_EQ(keywordCode("NOTNULL", 2), 51);
-    EXPECT_EQ(keywordCode("NOTNULL", 7), 74);
-    EXPECT_EQ(keywordCode("NOTNULL", 1), 26);
-    EXPECT_EQ(keywordCode("NOTNULL", 0), 26);
-    EXPECT_EQ(keywordCode("NOTNULL", -1), 26);
+    EXPECT_EQ(_tov_find_keyword("NOTNULL", 3), 19);
+    EXPECT_EQ(_tov_find_keyword("NOTNULL", 2), 51);
+    EXPECT_EQ(_tov_find_keyword("NOTNULL", 7), 74);
+    EXPECT_EQ(_tov_find_keyword("NOTNULL", 1), 26);
+    EXPECT_EQ(_tov_find_keyword("NOTNULL", 0), 26);
+    EXPECT_EQ(_tov_find_keyword("NOTNULL", -1), 26);
 }
 
 TEST(KeywordCode, LaterKeywordsOfSQLiteAreIdentifiers)

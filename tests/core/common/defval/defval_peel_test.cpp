@@ -94,7 +94,7 @@ TEST_F(PeelCall, FindsTheFunction)
         SCOPED_TRACE(c.name);
         char untouched[] = "untouched";
         char *name = untouched;
-        parse_mssql_defval_func_no_args(ctx, c.text, &name);
+        _tov_parse_mssql_defval_func_no_args(ctx, c.text, &name);
         EXPECT_OK(ctx);
         EXPECT_STREQ(name, c.expected);
         if (name != untouched)

@@ -38,30 +38,30 @@ class SqliteExec : public ContextTest {
 
 TEST_F(SqliteExec, RunsOneStatementToItsEnd)
 {
-    sqlite_fun__exec(ctx, fns, connection, "CREATE TABLE t (a)");
+    _tov_sqlite__exec(ctx, fns, connection, "CREATE TABLE t (a)");
     EXPECT_OK(ctx);
-    sqlite_fun__exec(ctx, fns, connection, "INSERT INTO t VALUES (1), (2), (3) RETURNING a");
+    _tov_sqlite__exec(ctx, fns, connection, "INSERT INTO t VALUES (1), (2), (3) RETURNING a");
     EXPECT_OK(ctx);
     EXPECT_EQ(count_rows(), 3);
-    sqlite_fun__exec(ctx, fns, connection, "SELECT a FROM t");
+    _tov_sqlite__exec(ctx, fns, connection, "SELECT a FROM t");
     EXPECT_OK(ctx);
 }
 
 TEST_F(SqliteExec, FormatsAndRuns)
 {
-    sqlite_fun__execf(ctx, fns, connection, "CREATE TABLE %s (a)", "t");
+    _tov_sqlite__execf(ctx, fns, connection, "CREATE TABLE %s (a)", "t");
     EXPECT_OK(ctx);
-    sqlite_fun__execf(ctx, fns, connection, "INSERT INTO t VALUES (%d), (%s)", 1, "'100%'");
+    _tov_sqlite__execf(ctx, fns, connection, "INSERT INTO t VALUES (%d), (%s)", 1, "'100%'");
     EXPECT_OK(ctx);
     EXPECT_EQ(count_rows(), 2);
-    sqlite_fun__execf(ctx, fns, connection, "DELETE FROM t");
+    _tov_sqlite__execf(ctx, fns, connection, "DELETE FROM t");
     EXPECT_OK(ctx);
     EXPECT_EQ(count_rows(), 0);
 }
 
 TEST_F(SqliteExec, TakesPercentSignsAsTheyStand)
 {
-    sqlite_fun__exec(ctx, fns, connection, "CREATE TABLE t (a DEFAULT '%s%d')");
+    _tov_sqlite__exec(ctx, fns, connection, "CREATE TABLE t (a DEFAULT '%s%d')");
     EXPECT_OK(ctx);
 }
 
@@ -78,11 +78,11 @@ static void expect_frames(KT_context *ctx, uint32_t count)
 
 TEST_F(SqliteExec, ReportsMalformedSql)
 {
-    sqlite_fun__exec(ctx, fns, connection, "SELEKT 1");
+    _tov_sqlite__exec(ctx, fns, connection, "SELEKT 1");
     EXPECT_ERROR(ctx, KT_ERR_SQLITE(1), "SQL logic error: near \"SELEKT\": syntax error");
     expect_frames(ctx, 1);
     reset();
-    sqlite_fun__execf(ctx, fns, connection, "SELEKT %d", 1);
+    _tov_sqlite__execf(ctx, fns, connection, "SELEKT %d", 1);
     EXPECT_ERROR(ctx, KT_ERR_SQLITE(1), "SQL logic error: near \"SELEKT\": syntax error");
     expect_frames(ctx, 2);
     reset();
@@ -90,8 +90,8 @@ TEST_F(SqliteExec, ReportsMalformedSql)
 
 TEST_F(SqliteExec, ReportsAConstraint)
 {
-    sqlite_fun__exec(ctx, fns, connection, "CREATE TABLE t (a NOT NULL)");
-    sqlite_fun__exec(ctx, fns, connection, "INSERT INTO t VALUES (NULL)");
+    _tov_sqlite__exec(ctx, fns, connection, "CREATE TABLE t (a NOT NULL)");
+    _tov_sqlite__exec(ctx, fns, connection, "INSERT INTO t VALUES (NULL)");
     EXPECT_ERROR(ctx, KT_ERR_SQLITE(19), "constraint failed: NOT NULL constraint failed: t.a");
     reset();
     EXPECT_EQ(count_rows(), 0);
@@ -99,7 +99,7 @@ TEST_F(SqliteExec, ReportsAConstraint)
 
 TEST_F(SqliteExec, ReportsTextWithoutAStatement)
 {
-    sqlite_fun__exec(ctx, fns, connection, " -- nothing here");
+    _tov_sqlite__exec(ctx, fns, connection, " -- nothing here");
     EXPECT_FAILED(ctx, KT_ERR_SQLITE(21)); // SQLite calls it a misuse to step through no statement
     reset();
 }
@@ -116,7 +116,7 @@ TEST_F(SqliteExec, ReportsWhicheverCallFails)
     for (const auto &failure : failures) {
         SCOPED_TRACE(static_cast<int>(failure.entry));
         sqlite.fail(failure.entry, failure.turn);
-        sqlite_fun__exec(ctx, fns, connection, "SELECT 1 UNION ALL SELECT 2");
+        _tov_sqlite__exec(ctx, fns, connection, "SELECT 1 UNION ALL SELECT 2");
         EXPECT_TRUE(sqlite.fired());
         EXPECT_FAILED(ctx, KT_ERR_SQLITE(kt_counting_sqlite::failure_code));
         EXPECT_EQ(sqlite.open_statements(), 0);
@@ -128,7 +128,7 @@ TEST_F(SqliteExec, SurvivesEveryFailingAllocation)
 {
     const std::string longer(1000, 'a');
     for (kt_failing_alloc fault; fault.next(); reset()) {
-        sqlite_fun__execf(ctx, fns, connection, "SELECT '%s'", longer.c_str());
+        _tov_sqlite__execf(ctx, fns, connection, "SELECT '%s'", longer.c_str());
         if (!fault.fired()) {
             EXPECT_OK(ctx);
             break;
@@ -146,11 +146,11 @@ TEST_F(SqliteExec, ScratchClosesAtTheEndOfItsScope)
         _tov_scratch__open(ctx, &scratch);
         EXPECT_OK(ctx);
         EXPECT_EQ(sqlite.open_connections(), 2);
-        sqlite_fun__exec(ctx, scratch.fns, scratch.connection, "CREATE TABLE only_here (a)");
+        _tov_sqlite__exec(ctx, scratch.fns, scratch.connection, "CREATE TABLE only_here (a)");
         EXPECT_OK(ctx);
     }
     EXPECT_EQ(sqlite.open_connections(), 1);
-    sqlite_fun__exec(ctx, fns, connection, "SELECT * FROM only_here");
+    _tov_sqlite__exec(ctx, fns, connection, "SELECT * FROM only_here");
     EXPECT_FAILED(ctx, KT_ERR_SQLITE(1));
     reset();
 }

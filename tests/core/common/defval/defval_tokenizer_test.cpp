@@ -16,7 +16,7 @@ static std::string token_list(const std::string &text)
     std::string list;
     for (size_t at = 0; at <= text.size();) {
         int32_t code = 0;
-        const int32_t length = get_token(block.get() + at, &code);
+        const int32_t length = _tov_get_token(block.get() + at, &code);
         if (code == TK_END_OF_FILE && length == 0)
             return list + ".";
         if (length <= 0)
@@ -202,7 +202,7 @@ TEST(Tokenizer, EveryFirstByteHasARule)
         const char c = static_cast<char>(byte);
         int32_t code = 0;
         const std::string text{c, ' ', '\0'};
-        const int32_t length = get_token(text.c_str(), &code);
+        const int32_t length = _tov_get_token(text.c_str(), &code);
         const unsigned char kind = sqlite3CtypeMap[byte];
         SCOPED_TRACE(byte);
         EXPECT_GE(length, 1);
@@ -223,14 +223,14 @@ static void expect_whole(const std::string &text)
 {
     for (size_t at = 0; at < text.size();) {
         int32_t code = 0;
-        const int32_t length = get_token(text.c_str() + at, &code);
+        const int32_t length = _tov_get_token(text.c_str() + at, &code);
         ASSERT_GT(length, 0) << text;
         if (text[at] == '!' && at + 1 == text.size())
             return;
         ASSERT_LE(at + static_cast<size_t>(length), text.size()) << text;
         const std::string alone = text.substr(at, static_cast<size_t>(length));
         int32_t code_alone = 0;
-        ASSERT_EQ(get_token(alone.c_str(), &code_alone), length) << text << " at " << at;
+        ASSERT_EQ(_tov_get_token(alone.c_str(), &code_alone), length) << text << " at " << at;
         ASSERT_EQ(code_alone, code) << text << " at " << at;
         at += static_cast<size_t>(length);
     }

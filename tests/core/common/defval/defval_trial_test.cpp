@@ -54,7 +54,7 @@ TEST_F(DefvalTrial, AcceptsWhatTheTypeCheckLetsPass)
     for (const accepted_case &c : accepted_cases) {
         SCOPED_TRACE(c.name);
         KT_bool ok = -1;
-        is_valid_constant(ctx, c.abstract_type, c.literal, &ok);
+        _tov_is_valid_constant(ctx, c.abstract_type, c.literal, &ok);
         EXPECT_OK(ctx);
         EXPECT_EQ(ok, 1);
         reset();
@@ -97,7 +97,7 @@ TEST_F(DefvalTrial, RaisesTheErrorOfTheTypeCheck)
     for (const refused_case &c : refused_cases) {
         SCOPED_TRACE(c.name);
         KT_bool ok = -1;
-        is_valid_constant(ctx, c.abstract_type, c.literal, &ok);
+        _tov_is_valid_constant(ctx, c.abstract_type, c.literal, &ok);
         EXPECT_ERROR(ctx, KT_ERR_SQLITE(c.code), c.description);
         EXPECT_EQ(ok, -1);
         for (uint32_t n = 0; n < KT_context__count_err_stackframes(ctx); n++) {
@@ -117,7 +117,7 @@ TEST_F(DefvalTrial, RaisesTheErrorOfTheTypeCheck)
 TEST_F(DefvalTrial, OpensOneDatabaseAndRunsFiveStatements)
 {
     KT_bool ok = 0;
-    is_valid_constant(ctx, "real8", "1.5", &ok);
+    _tov_is_valid_constant(ctx, "real8", "1.5", &ok);
     EXPECT_EQ(opened(), 1);
     EXPECT_EQ(sqlite.calls(kt_sqlite_entry::close), 1);
     EXPECT_EQ(sqlite.calls(kt_sqlite_entry::prepare), 5); // BEGIN, table, trigger, INSERT, ROLLBACK
@@ -159,7 +159,7 @@ TEST_F(DefvalTrial, ChecksTheRangeOfPlainIntegersItself)
         sqlite.fail(kt_sqlite_entry::none, 0);
         errno = ERANGE; // left over from elsewhere
         KT_bool ok = -1;
-        int_default_valid(ctx, c.literal, c.abstract_type, c.low, c.high, &ok);
+        _tov_int_default_valid(ctx, c.literal, c.abstract_type, c.low, c.high, &ok);
         EXPECT_OK(ctx);
         EXPECT_EQ(ok, c.expected);
         EXPECT_EQ(opened(), c.databases);
@@ -170,7 +170,7 @@ TEST_F(DefvalTrial, ChecksTheRangeOfPlainIntegersItself)
 TEST_F(DefvalTrial, RefusesANumberThatBecomesARealInTheTrial)
 {
     KT_bool ok = -1;
-    int_default_valid(ctx, "99999999999999999999", "sint64", INT64_MIN, INT64_MAX, &ok);
+    _tov_int_default_valid(ctx, "99999999999999999999", "sint64", INT64_MIN, INT64_MAX, &ok);
     EXPECT_ERROR(ctx, KT_ERR_SQLITE(19), "constraint failed: [v] constraint violation: type mismatch: sint64(integer)");
     EXPECT_EQ(ok, -1);
     reset();
@@ -204,7 +204,7 @@ TEST_F(DefvalTrial, LeavesNothingOpenWhicheverCallFails)
     KT_bool ok = -1;
     const auto try_it = [&] {
         ok = -1;
-        is_valid_constant(ctx, "real8", "1.5", &ok);
+        _tov_is_valid_constant(ctx, "real8", "1.5", &ok);
     };
     const auto judge = [&](kt_sqlite_entry entry, int turn, int code) {
         SCOPED_TRACE(std::to_string(static_cast<int>(entry)) + ", call " + std::to_string(turn));
@@ -231,7 +231,7 @@ TEST_F(DefvalTrial, AnswersNoWhenNoRowWasChanged)
 {
     sqlite.fail(kt_sqlite_entry::changes, 1);
     KT_bool ok = -1;
-    is_valid_constant(ctx, "real8", "1.5", &ok);
+    _tov_is_valid_constant(ctx, "real8", "1.5", &ok);
     EXPECT_OK(ctx);
     EXPECT_EQ(ok, 0);
 }
@@ -241,7 +241,7 @@ TEST_F(DefvalTrial, RefusesEvenWithoutSQLitesWords)
     for (const kt_sqlite_entry entry : {kt_sqlite_entry::message, kt_sqlite_entry::errstr}) {
         sqlite.fail(entry, 1);
         KT_bool ok = -1;
-        is_valid_constant(ctx, "sint32", "'abc'", &ok);
+        _tov_is_valid_constant(ctx, "sint32", "'abc'", &ok);
         EXPECT_TRUE(sqlite.fired());
         EXPECT_FAILED(ctx, KT_ERR_SQLITE(19));
         EXPECT_EQ(sqlite.open_statements(), 0);
@@ -255,7 +255,7 @@ TEST_F(DefvalTrial, SurvivesEveryFailingAllocation)
     int swept = 0;
     for (kt_failing_alloc fault; fault.next(); reset(), swept++) {
         KT_bool ok = -1;
-        int_default_valid(ctx, "5.0", "uint8", 0, 255, &ok);
+        _tov_int_default_valid(ctx, "5.0", "uint8", 0, 255, &ok);
         EXPECT_EQ(sqlite.open_statements(), 0);
         EXPECT_EQ(sqlite.open_connections(), 0);
         EXPECT_EQ(fault.leaked(), 0u);
@@ -279,7 +279,7 @@ TEST_F(DefvalTrial, TakesNoMemoryForAPlainInteger)
     kt_failing_alloc fault{kt_failing_alloc::mode::from_there_on};
     fault.next();
     KT_bool ok = -1;
-    int_default_valid(ctx, "5", "uint8", 0, 255, &ok);
+    _tov_int_default_valid(ctx, "5", "uint8", 0, 255, &ok);
     EXPECT_FALSE(fault.fired());
     EXPECT_EQ(ok, 1);
 }

@@ -112,9 +112,9 @@ TEST_F(DocumentTest, AnAbsentNumberHasTheValueAskedFor)
 {
     load(with_type(R"({"width":5})").c_str());
     int32_t value = 77;
-    get_col_type_field_int32(ctx, schema, "t", "c", "nothing", 8, &value);
+    _tov_schema__get_col_type_field_int32(ctx, schema, "t", "c", "nothing", 8, &value);
     EXPECT_EQ(value, 8);
-    get_col_type_field_int32(ctx, schema, "t", "c", "width", 8, &value);
+    _tov_schema__get_col_type_field_int32(ctx, schema, "t", "c", "width", 8, &value);
     EXPECT_EQ(value, 5);
 }
 
