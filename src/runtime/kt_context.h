@@ -90,7 +90,10 @@ KT_API void KT_context__err__generic(KT_context *ctx, uint64_t code, const char 
  */
 KT_API void KT_context__err_set_description(KT_context *ctx, const char *format, ...) KT_NOEXCEPT KT_PRINTF(2, 3);
 
-/** Appends a frame to the current error's trace. Does nothing when there is not an error. */
+/**
+ * Appends a frame to the current error's trace. Does nothing when there is not an error.
+ * @param file  kept by its pointer, so it must outlive the context, as in KT_context__err().
+ */
 KT_API void KT_context__err_stackframe_add(KT_context *ctx, const char *file, int32_t line) KT_NOEXCEPT;
 
 /** Whether the current level holds an error. */

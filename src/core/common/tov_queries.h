@@ -157,14 +157,16 @@ TOV_API void tov_schema__has_integer_primary_key(KT_context *ctx, tov_schema *sc
 
 /**
  * Counts the columns of a table's primary key: 1 when it has an integer primary key, else those that were added to
- * the key, 0 when none was named. Looks for the integer primary key first, and fails as that does.
+ * the key, 0 when none was named. Looks for the integer primary key first, and fails as that does. A key that was
+ * named and has no columns yet gets an empty record of them.
  */
 TOV_API void tov_schema__count_pk_cols(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                        uint32_t *count) KT_NOEXCEPT;
 
 /**
  * Gives the n-th column of a table's primary key. The 0-th of a table with an integer primary key is that column;
- * every other n reads the columns that were added to the key, even in such a table.
+ * every other n reads the columns that were added to the key, even in such a table. Creates an empty record of these
+ * as tov_schema__count_pk_cols() does.
  *
  * @param[out] col_id    optional.
  * @param[out] col_name  optional; null when the column has no name.
@@ -176,7 +178,7 @@ TOV_API void tov_schema__get_nth_pk_col(KT_context *ctx, tov_schema *schema, con
 
 /**
  * Whether exactly this column id is in a table's primary key. In a table with an integer primary key that column's id,
- * in lower case, is the only one.
+ * in lower case, is the only one. Creates an empty record of columns as tov_schema__count_pk_cols() does.
  */
 TOV_API void tov_schema__is_col_id_in_pk(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                          KT_bool *is_in_pk) KT_NOEXCEPT;
