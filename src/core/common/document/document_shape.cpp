@@ -117,7 +117,8 @@ const tov_shape *tov_get_document_shape(void) noexcept
     return &my_document;
 }
 
-void tov_schema__get_document(KT_context * /* ctx */, tov_schema *schema, const KT_vhash **document) noexcept
+void tov_schema__get_document(KT_context *ctx, tov_schema *schema, const KT_vhash **document) noexcept
 {
+    KT_RETURN_IF_FAILED;
     *document = schema->document;
 }
