@@ -16,12 +16,18 @@ configure_package_config_file(cmake/tov_schema-config.cmake.in ${tov_generated_d
     INSTALL_DESTINATION ${tov_cmake_dir})
 write_basic_package_version_file(${tov_generated_dir}/tov_schema-config-version.cmake
     COMPATIBILITY SameMajorVersion)
-install(EXPORT tov_schema_targets FILE tov_schema-targets.cmake NAMESPACE tov_schema::
-    DESTINATION ${tov_cmake_dir} COMPONENT development)
+set(tov_libraries tov_schema)
+if(TOV_SCHEMA_BUILD_TOOLS)
+    list(APPEND tov_libraries tov_schema_tools)
+endif()
+foreach(library IN LISTS tov_libraries)
+    install(EXPORT ${library}_targets FILE ${library}-targets.cmake NAMESPACE tov_schema::
+        DESTINATION ${tov_cmake_dir} COMPONENT development)
+endforeach()
 install(FILES ${tov_generated_dir}/tov_schema-config.cmake ${tov_generated_dir}/tov_schema-config-version.cmake
     DESTINATION ${tov_cmake_dir} COMPONENT development)
 
-# The pkg-config file finds the tree from its own place, so that the tree may be moved. With the static form the
+# The pkg-config files find the tree from their own place, so that the tree may be moved. With the static form the
 # library's own dependencies are everybody's; pkg-config then needs no --static.
 set(tov_pc_requires "Requires.private")
 set(tov_pc_libs "")
@@ -34,8 +40,11 @@ file(RELATIVE_PATH tov_pc_up ${tov_pc_dir} ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" tov_pc_prefix "\${pcfiledir}/${tov_pc_up}")
 cmake_path(APPEND tov_pc_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
 cmake_path(APPEND tov_pc_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
-configure_file(cmake/tov_schema.pc.in ${tov_generated_dir}/tov_schema.pc @ONLY)
-install(FILES ${tov_generated_dir}/tov_schema.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+foreach(library IN LISTS tov_libraries)
+    configure_file(cmake/${library}.pc.in ${tov_generated_dir}/${library}.pc @ONLY)
+    install(FILES ${tov_generated_dir}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+        COMPONENT development)
+endforeach()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR "The tov-schema maintainers")
@@ -52,6 +61,9 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libtov-schema${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtov-schema-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS libsqlite3-dev)
+if(TOV_SCHEMA_BUILD_TOOLS)
+    set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libsqlite3-dev, libexpat1-dev, libssl-dev, libzip-dev")
+endif()
 set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME tov-schema)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION database)
 set(CPACK_COMPONENTS_ALL development)

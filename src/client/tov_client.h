@@ -1,17 +1,22 @@
-// From a schema to a working SQLite database: the statements that create its tables and triggers, and running them.
-//
-// The conventions are those of the schema module (tov_parse_defin.h): the context comes first and carries failures,
-// outputs are written on success only. A schema may come from anywhere: nothing of it reaches SQLite before
-// tov_client__check_texts() has looked at every text that becomes part of a statement.
-//
-// What fails with which code:
-// - KT_ERR_SCHEMA_NOT_SUPPORTED: a text, key or expression that is refused; the description names the place, e.g.
-//   table "Orders", column "Total", default: a ";" outside of quotes
-// - KT_ERR_UNEXPECTED_VALUE: an action or an abstract type that is none of the known ones; the place is named too.
-// - KT_ERR_SQLITE(rc): SQLite or the file system refused; the description names the table and gives SQLite's message.
-#pragma once
+/*
+ * From a schema to a working SQLite database: the statements that create its tables and triggers, and running them.
+ *
+ * The conventions are those of the schema module (tov_parse_defin.h): the context comes first and carries failures,
+ * outputs are written on success only. A schema may come from anywhere: nothing of it reaches SQLite before
+ * tov_client__check_texts() has looked at every text that becomes part of a statement.
+ *
+ * What fails with which code:
+ * - KT_ERR_SCHEMA_NOT_SUPPORTED: a text, key or expression that is refused; the description names the place, e.g.
+ *   table "Orders", column "Total", default: a ";" outside of quotes
+ * - KT_ERR_UNEXPECTED_VALUE: an action or an abstract type that is none of the known ones; the place is named too.
+ * - KT_ERR_SQLITE(rc): SQLite or the file system refused; the description names the table and gives SQLite's message.
+ */
+#ifndef TOV_CLIENT_H
+#define TOV_CLIENT_H
 
 #include "tov_parse_defin.h"
+
+KT_BEGIN_DECLS
 
 #include <stddef.h>
 
@@ -21,7 +26,7 @@
  *
  * @param[out] script  owned.
  */
-void tov_client__write_script(KT_context *ctx, tov_schema *schema, KT_string **script) noexcept;
+TOV_API void tov_client__write_script(KT_context *ctx, tov_schema *schema, KT_string **script) KT_NOEXCEPT;
 
 /**
  * Creates all tables and triggers of a schema in a database file, in one transaction: all of them or none.
@@ -33,8 +38,9 @@ void tov_client__write_script(KT_context *ctx, tov_schema *schema, KT_string **s
  * @param progress  optional; called after each statement with the number done and their total.
  * @param data      handed to progress.
  */
-void tov_client__create_database(KT_context *ctx, tov_schema *schema, const char *file_name,
-                                 void (*progress)(void *data, uint32_t done, uint32_t total), void *data) noexcept;
+TOV_API void tov_client__create_database(KT_context *ctx, tov_schema *schema, const char *file_name,
+                                         void (*progress)(void *data, uint32_t done, uint32_t total),
+                                         void *data) KT_NOEXCEPT;
 
 /**
  * Lists the ids of all tables in the order in which they are created: referenced tables before referencing ones.
@@ -45,7 +51,8 @@ void tov_client__create_database(KT_context *ctx, tov_schema *schema, const char
  * @param[out] remarks  owned texts, null when there is nothing to say: one for each cycle, naming its tables, and one
  *                      for an order that was refused without a cycle.
  */
-void tov_client__creation_order(KT_context *ctx, tov_schema *schema, KT_varray **tbl_ids, KT_varray **remarks) noexcept;
+TOV_API void tov_client__creation_order(KT_context *ctx, tov_schema *schema, KT_varray **tbl_ids,
+                                        KT_varray **remarks) KT_NOEXCEPT;
 
 /**
  * Refuses a schema that holds anything not safe, or not fit, to stand in SQL text, and names the place:
@@ -57,7 +64,7 @@ void tov_client__creation_order(KT_context *ctx, tov_schema *schema, KT_varray *
  * - default and check expressions that are not one expression: each is split into tokens, must keep to its place, and
  *   is compiled in a scratch database where nothing but harmless functions and the table's own columns are allowed.
  */
-void tov_client__check_texts(KT_context *ctx, tov_schema *schema) noexcept;
+TOV_API void tov_client__check_texts(KT_context *ctx, tov_schema *schema) KT_NOEXCEPT;
 
 /* Loading rows that the server's own tools wrote into a created database. */
 
@@ -112,11 +119,11 @@ typedef struct tov_client_loader tov_client_loader;
  * @param options      optional; copied.
  * @param[out] loader  owned; freed with tov_client__free_loader(). The schema must outlive it.
  */
-void tov_client__open_loader(KT_context *ctx, tov_schema *schema, const char *database,
-                             const tov_client_load_options *options, tov_client_loader **loader) noexcept;
+TOV_API void tov_client__open_loader(KT_context *ctx, tov_schema *schema, const char *database,
+                                     const tov_client_load_options *options, tov_client_loader **loader) KT_NOEXCEPT;
 
 /** Loads the rows of a file; those that are refused are no failure. After a failure the loader can only be freed. */
-void tov_client__load_file(KT_context *ctx, tov_client_loader *loader, const char *path) noexcept;
+TOV_API void tov_client__load_file(KT_context *ctx, tov_client_loader *loader, const char *path) KT_NOEXCEPT;
 
 /** Takes the next bytes of a row part; after its last ones it is called once more with a size of 0. */
 typedef void (*tov_client_take_part)(KT_context *ctx, void *data, const char *schema_name, const char *tbl_name,
@@ -132,8 +139,8 @@ typedef void (*tov_client_read_parts)(KT_context *ctx, void *data, tov_client_ta
  * @param name  of the source, for the record of what was loaded.
  * @param data  handed to read; must stay until the load is finished.
  */
-void tov_client__load_parts(KT_context *ctx, tov_client_loader *loader, const char *name, tov_client_read_parts read,
-                            void *data) noexcept;
+TOV_API void tov_client__load_parts(KT_context *ctx, tov_client_loader *loader, const char *name,
+                                    tov_client_read_parts read, void *data) KT_NOEXCEPT;
 
 /**
  * Ends a load: refuses rows that refer to rows that are not there, after all files, and tells what became of each file.
@@ -143,8 +150,12 @@ void tov_client__load_parts(KT_context *ctx, tov_client_loader *loader, const ch
  * "history" (rows that are left out).
  * @param[out] remarks  owned; texts about the first rows that were refused.
  */
-void tov_client__finish_load(KT_context *ctx, tov_client_loader *loader, KT_varray **report,
-                             KT_varray **remarks) noexcept;
+TOV_API void tov_client__finish_load(KT_context *ctx, tov_client_loader *loader, KT_varray **report,
+                                     KT_varray **remarks) KT_NOEXCEPT;
 
 /** Frees a loader; null does nothing. What was not finished stays as the last transaction left it. */
-void tov_client__free_loader(KT_context *ctx, tov_client_loader *loader) noexcept;
+TOV_API void tov_client__free_loader(KT_context *ctx, tov_client_loader *loader) KT_NOEXCEPT;
+
+KT_END_DECLS
+
+#endif

@@ -41,8 +41,8 @@ typedef void (*tov_host_take_rows)(KT_context *ctx, void *data, const tov_host_r
  * Fails with KT_ERR_UNEXPECTED_VALUE when the file is not a package, is damaged, or has rows of a table that its model
  * lacks; rows taken until then are of no use.
  */
-void tov_host__read_row_parts(KT_context *ctx, const char *bytes, size_t size, tov_host_take_rows take,
-                              void *data) KT_NOEXCEPT;
+KT_API void tov_host__read_row_parts(KT_context *ctx, const char *bytes, size_t size, tov_host_take_rows take,
+                                     void *data) KT_NOEXCEPT;
 
 /**
  * How many rows a package says that it has, all tables together: what was read can be held against it.
@@ -51,7 +51,8 @@ void tov_host__read_row_parts(KT_context *ctx, const char *bytes, size_t size, t
  *
  * Fails as reading the rows does.
  */
-void tov_host__count_packed_rows(KT_context *ctx, const char *bytes, size_t size, int64_t *row_count) KT_NOEXCEPT;
+KT_API void tov_host__count_packed_rows(KT_context *ctx, const char *bytes, size_t size,
+                                        int64_t *row_count) KT_NOEXCEPT;
 
 KT_END_DECLS
 

@@ -26,7 +26,7 @@ if [[ -z $build ]]; then
     cmake --build "$build" >>"$work.log" || { cat "$work.log" && exit 1; }
 fi
 
-rm -rf "$prefix" "$work/c" "$work/cxx"
+rm -rf "$prefix" "$work/c" "$work/cxx" "$work/tools"
 for component in library development; do
     cmake --install "$build" --prefix "$prefix" --component $component >/dev/null
 done
@@ -37,9 +37,13 @@ if private=$(find "$prefix" -name '*.hpp' ! -name kt_try.hpp ! -name kt_owned.hp
     exit 1
 fi
 case $form in
-    static) test -f "$prefix"/lib*/libtov_schema.a -a ! -e "$prefix"/lib*/libtov_schema.so ;;
-    shared) test -f "$prefix"/lib*/libtov_schema.so -a ! -e "$prefix"/lib*/libtov_schema.a ;;
+    static) kept=a gone=so ;;
+    shared) kept=so gone=a ;;
 esac
+for library in libtov_schema libtov_schema_tools; do
+    test -f "$(echo "$prefix"/lib*/$library.$kept)"
+    test -z "$(find "$prefix" -name "$library.$gone")"
+done
 
 expected='"Id" integer primary key'
 check()
@@ -60,6 +64,12 @@ for language in c cxx; do
     check "$work/$language/consumer"
 done
 
+# The tools: from an export to the text of a database.
+expected=$(printf 'CREATE TABLE "T" (\n    "Id" integer primary key\n);')
+cmake -S "$here/tools" -B "$work/tools" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$work/tools" >/dev/null
+check "$work/tools/consumer"
+
 # The libraries that stand in a directory of their own are found at run time as they are by a packaged program.
 libdir=$(dirname "$(find "$prefix" -name 'libtov_schema.*' | head -n 1)")
 export PKG_CONFIG_PATH=$libdir/pkgconfig
@@ -69,6 +79,10 @@ read -r -a flags <<<"$(pkg-config --cflags --libs tov_schema)"
 check "$work/c/with_pkg_config"
 "$CXX" -std=c++17 -Wall -Wextra -Werror "$here/cxx/main.cpp" "${flags[@]}" -o "$work/cxx/with_pkg_config"
 check "$work/cxx/with_pkg_config"
+
+read -r -a flags <<<"$(pkg-config --cflags --libs tov_schema_tools)"
+"$CC" -std=c99 -Wall -Wextra -Werror "$here/tools/main.c" "${flags[@]}" -o "$work/tools/with_pkg_config"
+check "$work/tools/with_pkg_config"
 
 # The same, after the tree has moved.
 mv "$prefix" "$prefix.moved"

@@ -2,7 +2,8 @@
 # Holds three lists of names against each other: what the public headers declare, what cmake/exports.txt lists, and
 # what the shared library exports. Looks at its soname too.
 #
-# exports_test.sh EXPORTS_TXT SHARED_LIBRARY SONAME HEADER...
+# exports_test.sh EXPORTS_TXT SHARED_LIBRARY SONAME [--beside OTHER_EXPORTS_TXT] [-I DIR]... HEADER...
+# With --beside the headers also declare names of another library, which are in its list.
 set -euo pipefail
 export LC_ALL=C
 
@@ -14,9 +15,18 @@ shift 3
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
+includes=()
+: >"$work/others"
+while [[ $1 == -* ]]; do
+    case $1 in
+        --beside) grep -v '^#' "$2" | sort -u >"$work/others" ;;
+        -I) includes+=(-I "$2") ;;
+    esac
+    shift 2
+done
+
 # Without comments and with the macros expanded, each declaration starts with the attribute that exports it; its name
 # is the first word before a parenthesis or a bracket.
-includes=()
 for header in "$@"; do
     if [[ $header == *.hpp ]]; then # inline only
         continue
@@ -27,7 +37,7 @@ done >"$work/all.c"
 cc -E -P "${includes[@]}" "$work/all.c" | tr '\n' ' ' |
     grep -oE '__attribute__\(\(visibility\("default"\)\)\)[^;]*;' |
     sed -E 's/__attribute__\(\(visibility\("default"\)\)\)//; s/^[^([]*[^A-Za-z0-9_]([A-Za-z0-9_]+) *[[(].*/\1/' |
-    sort -u >"$work/declared"
+    sort -u | comm -23 - "$work/others" >"$work/declared"
 
 grep -v '^#' "$exports" | grep . >"$work/listed"
 sort -u "$work/listed" >"$work/listed_in_order"
