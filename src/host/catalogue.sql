@@ -7,8 +7,9 @@
    With sqlcmd:
        sqlcmd -S server -d database -E -y 0 -f 65001 -b -i catalogue.sql -o catalogue.json
    where -y 0 keeps the document whole, -f 65001 writes UTF-8 and -b makes an error visible in the exit code. Leave -W
-   out: it cuts blanks. In PowerShell give Invoke-Sqlcmd -MaxCharLength 2147483647 and save the column "document"; in a
-   graphical tool save the one cell to a file rather than copy it out of the grid, which cuts long texts.
+   out: it cuts blanks. In PowerShell give Invoke-Sqlcmd -MaxCharLength 2147483647 and save the column "document"; with
+   bcp use queryout and -w. In a graphical tool save the one cell to a file rather than copy it out of the grid, which
+   cuts long texts: Management Studio at 65,535 characters, unless its options for results in a grid say otherwise.
 
    To export a part of the database, change the two patterns.
 */
@@ -30,8 +31,9 @@ DECLARE @document nvarchar(max) = (
         facts.collation AS [database.collation],
         CONVERT(int, COLLATIONPROPERTY(facts.collation, 'CodePage')) AS [database.code_page],
         CONVERT(int, COLLATIONPROPERTY(facts.collation, 'ComparisonStyle')) AS [database.comparison_style],
-        -- says whether what is missing below may only be hidden
-        CONVERT(bit, HAS_PERMS_BY_NAME(DB_NAME(), 'DATABASE', 'VIEW DEFINITION')) AS [database.can_view_definitions],
+        -- says whether what is missing below may only be hidden; the answer is NULL for a name that it cannot read
+        CONVERT(bit, ISNULL(HAS_PERMS_BY_NAME(QUOTENAME(DB_NAME()), 'DATABASE', 'VIEW DEFINITION'), 0))
+            AS [database.can_view_definitions],
         (
             SELECT
                 tbl.object_id AS [id],
@@ -41,6 +43,13 @@ DECLARE @document nvarchar(max) = (
                 tbl.is_memory_optimized AS [is_memory_optimized],
                 tbl.is_filetable AS [is_filetable],
                 tbl.is_external AS [is_external],
+                graph_table.is_node AS [is_node],
+                graph_table.is_edge AS [is_edge],
+                (
+                    SELECT SUM(part.rows)
+                    FROM sys.partitions AS part
+                    WHERE part.object_id = tbl.object_id AND part.index_id IN (0, 1)
+                ) AS [row_count],
                 (
                     SELECT CONVERT(nvarchar(4000), prop.value)
                     FROM sys.extended_properties AS prop
@@ -48,7 +57,8 @@ DECLARE @document nvarchar(max) = (
                         AND prop.name = N'MS_Description'
                 ) AS [description],
 
-                -- Columns. The base type has the user type id that equals the system type id; CLR types have none.
+                -- Columns. The base type has the user type id that equals the system type id; CLR types have none. An
+                -- alias type that the login may not see must not take its columns with it.
                 (
                     SELECT
                         col.column_id AS [id],
@@ -76,6 +86,7 @@ DECLARE @document nvarchar(max) = (
                         col.is_hidden AS [is_hidden],
                         col.generated_always_type AS [generated_always_type],
                         col.encryption_type AS [encryption_type],
+                        graph_col.graph_type AS [graph_type],
                         -- of type sql_variant, hence texts
                         CONVERT(nvarchar(50), numbering.seed_value) AS [identity.seed],
                         CONVERT(nvarchar(50), numbering.increment_value) AS [identity.increment],
@@ -101,8 +112,8 @@ DECLARE @document nvarchar(max) = (
                                 AND prop.name = N'MS_Description'
                         ) AS [description]
                     FROM sys.columns AS col
-                    JOIN sys.types AS own_type ON own_type.user_type_id = col.user_type_id
-                    JOIN sys.schemas AS type_schema ON type_schema.schema_id = own_type.schema_id
+                    LEFT JOIN sys.types AS own_type ON own_type.user_type_id = col.user_type_id
+                    LEFT JOIN sys.schemas AS type_schema ON type_schema.schema_id = own_type.schema_id
                     LEFT JOIN sys.types AS base_type ON base_type.user_type_id = col.system_type_id
                     LEFT JOIN sys.identity_columns AS numbering
                         ON numbering.object_id = col.object_id AND numbering.column_id = col.column_id
@@ -111,6 +122,16 @@ DECLARE @document nvarchar(max) = (
                     LEFT JOIN sys.default_constraints AS own_default
                         ON own_default.parent_object_id = col.object_id
                         AND own_default.parent_column_id = col.column_id
+                    -- NULL on SQL Server 2016: where sys.columns has no such column, the name means that of "absent".
+                    OUTER APPLY (
+                        SELECT known.graph_type
+                        FROM (SELECT CONVERT(int, NULL) AS graph_type) AS absent
+                        CROSS APPLY (
+                            SELECT graph_type
+                            FROM sys.columns AS self
+                            WHERE self.object_id = col.object_id AND self.column_id = col.column_id
+                        ) AS known
+                    ) AS graph_col
                     WHERE col.object_id = tbl.object_id
                     ORDER BY col.column_id
                     FOR JSON PATH
@@ -145,7 +166,9 @@ DECLARE @document nvarchar(max) = (
                     SELECT
                         idx.name AS [name],
                         CASE idx.is_unique_constraint WHEN 1 THEN N'constraint' ELSE N'index' END AS [kind],
+                        constr.is_system_named AS [is_system_named],
                         idx.index_id AS [index_id],
+                        CONVERT(bit, CASE idx.type WHEN 1 THEN 1 ELSE 0 END) AS [is_clustered],
                         idx.is_disabled AS [is_disabled],
                         idx.filter_definition AS [filter],
                         (
@@ -157,13 +180,65 @@ DECLARE @document nvarchar(max) = (
                                 AND member.key_ordinal > 0
                             ORDER BY member.key_ordinal
                             FOR JSON PATH
-                        ) AS [columns]
+                        ) AS [columns],
+                        (
+                            SELECT col.name AS [name]
+                            FROM sys.index_columns AS member
+                            JOIN sys.columns AS col
+                                ON col.object_id = member.object_id AND col.column_id = member.column_id
+                            WHERE member.object_id = idx.object_id AND member.index_id = idx.index_id
+                                AND member.is_included_column = 1
+                            ORDER BY member.index_column_id
+                            FOR JSON PATH
+                        ) AS [included]
                     FROM sys.indexes AS idx
+                    LEFT JOIN sys.key_constraints AS constr
+                        ON constr.parent_object_id = idx.object_id AND constr.unique_index_id = idx.index_id
                     WHERE idx.object_id = tbl.object_id AND idx.is_unique = 1 AND idx.is_primary_key = 0
                         AND idx.is_hypothetical = 0
                     ORDER BY idx.index_id
                     FOR JSON PATH
                 ) AS [uniques],
+
+                -- Other indexes. Those of the kinds that have no order of columns name them as included ones, or not.
+                (
+                    SELECT
+                        idx.name AS [name],
+                        CASE
+                            WHEN idx.type = 3 THEN N'XML'
+                            WHEN idx.type = 4 THEN N'SPATIAL'
+                            WHEN idx.type IN (5, 6) THEN N'COLUMNSTORE'
+                            WHEN idx.type > 7 THEN idx.type_desc
+                        END AS [kind],
+                        CONVERT(bit, CASE idx.type WHEN 1 THEN 1 ELSE 0 END) AS [is_clustered],
+                        idx.is_disabled AS [is_disabled],
+                        idx.filter_definition AS [filter],
+                        (
+                            SELECT col.name AS [name], member.is_descending_key AS [descending]
+                            FROM sys.index_columns AS member
+                            JOIN sys.columns AS col
+                                ON col.object_id = member.object_id AND col.column_id = member.column_id
+                            WHERE member.object_id = idx.object_id AND member.index_id = idx.index_id
+                                AND member.key_ordinal > 0
+                            ORDER BY member.key_ordinal
+                            FOR JSON PATH
+                        ) AS [columns],
+                        (
+                            SELECT col.name AS [name]
+                            FROM sys.index_columns AS member
+                            JOIN sys.columns AS col
+                                ON col.object_id = member.object_id AND col.column_id = member.column_id
+                            WHERE member.object_id = idx.object_id AND member.index_id = idx.index_id
+                                AND member.is_included_column = 1
+                            ORDER BY member.index_column_id
+                            FOR JSON PATH
+                        ) AS [included]
+                    FROM sys.indexes AS idx
+                    WHERE idx.object_id = tbl.object_id AND idx.is_unique = 0 AND idx.type > 0
+                        AND idx.is_hypothetical = 0
+                    ORDER BY idx.name
+                    FOR JSON PATH
+                ) AS [indexes],
 
                 -- Foreign keys, their columns in pairs.
                 (
@@ -207,6 +282,7 @@ DECLARE @document nvarchar(max) = (
                 (
                     SELECT
                         chk.name AS [name],
+                        chk.is_system_named AS [is_system_named],
                         chk.definition AS [definition],
                         col.name AS [column],
                         chk.is_disabled AS [is_disabled],
@@ -221,13 +297,58 @@ DECLARE @document nvarchar(max) = (
                 ) AS [checks]
             FROM sys.tables AS tbl
             JOIN sys.schemas AS sch ON sch.schema_id = tbl.schema_id
+            -- as for the columns
+            OUTER APPLY (
+                SELECT known.is_node, known.is_edge
+                FROM (SELECT CONVERT(bit, NULL) AS is_node, CONVERT(bit, NULL) AS is_edge) AS absent
+                CROSS APPLY (
+                    SELECT is_node, is_edge
+                    FROM sys.tables AS self
+                    WHERE self.object_id = tbl.object_id
+                ) AS known
+            ) AS graph_table
             WHERE tbl.is_ms_shipped = 0
                 AND tbl.temporal_type <> 1 -- no history tables
                 AND sch.name LIKE @schemas
                 AND tbl.name LIKE @tables
             ORDER BY sch.name, tbl.name
             FOR JSON PATH
-        ) AS [tables]
+        ) AS [tables],
+
+        -- Sequences, for defaults that take their next value.
+        (
+            SELECT
+                sch.name AS [schema],
+                seq.name AS [name],
+                TYPE_NAME(seq.system_type_id) AS [type],
+                CONVERT(nvarchar(50), seq.start_value) AS [start],
+                CONVERT(nvarchar(50), seq.increment) AS [increment]
+            FROM sys.sequences AS seq
+            JOIN sys.schemas AS sch ON sch.schema_id = seq.schema_id
+            WHERE sch.name LIKE @schemas
+            ORDER BY sch.name, seq.name
+            FOR JSON PATH
+        ) AS [sequences],
+
+        -- What is there and not exported, by name.
+        (
+            SELECT
+                CASE
+                    WHEN obj.type = 'V' THEN N'views'
+                    WHEN obj.type IN ('P', 'PC') THEN N'procedures'
+                    WHEN obj.type IN ('TR', 'TA') THEN N'triggers'
+                    WHEN obj.type = 'SN' THEN N'synonyms'
+                    ELSE N'functions'
+                END AS [kind],
+                sch.name + N'.' + obj.name AS [name]
+            FROM sys.objects AS obj
+            JOIN sys.schemas AS sch ON sch.schema_id = obj.schema_id
+            WHERE obj.is_ms_shipped = 0
+                AND obj.type IN ('V', 'P', 'PC', 'TR', 'TA', 'SN', 'FN', 'IF', 'TF', 'FS', 'FT', 'AF')
+                AND sch.name LIKE @schemas
+            ORDER BY obj.type, sch.name, obj.name
+            FOR JSON PATH
+        ) AS [objects]
     FROM (SELECT CONVERT(nvarchar(128), DATABASEPROPERTYEX(DB_NAME(), 'Collation')) AS collation) AS facts
     FOR JSON PATH, WITHOUT_ARRAY_WRAPPER
 );

@@ -21,6 +21,9 @@ KT_API void KT_varray__count(KT_context *ctx, const KT_varray *list, uint32_t *c
 /** Appends a copy of a text; a null text is stored as a null value. */
 KT_API void KT_varray__append__string__sz(KT_context *ctx, KT_varray *list, const char *text) KT_NOEXCEPT;
 
+/** Appends a truth value. */
+KT_API void KT_varray__append__bool(KT_context *ctx, KT_varray *list, KT_bool value) KT_NOEXCEPT;
+
 /** Appends an empty map and returns it, borrowed. */
 KT_API void KT_varray__appendnew__vhash(KT_context *ctx, KT_varray *list, KT_vhash **child) KT_NOEXCEPT;
 

@@ -47,7 +47,8 @@ inline std::string a_unique(const std::string &name, const std::string &cols, co
 
 inline std::string an_export(const std::string &tables)
 {
-    return R"({"format":"sqlserver-catalogue","format_version":1,"tables":[)" + tables + "]}";
+    return R"({"format":"sqlserver-catalogue","format_version":1,"database":{"can_view_definitions":true},"tables":[)" +
+           tables + "]}";
 }
 
 class HostTest : public ContextTest {

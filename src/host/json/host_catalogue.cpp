@@ -26,11 +26,12 @@ static constexpr host_field<host_default> default_fields[] = {
 
 struct host_computed {
     const char *definition = nullptr;
+    bool is_persisted = false;
 };
 
 static constexpr host_field<host_computed> computed_fields[] = {
     {"definition", &host_computed::definition},
-    {"is_persisted"},
+    {"is_persisted", &host_computed::is_persisted},
 };
 
 static void my_read_identity(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
@@ -58,6 +59,7 @@ static void my_read_computed(KT_context *ctx, host_reader &reader, const host_pl
     KT_TRY(host_read_map(ctx, place, value, &map));
     KT_TRY(host_read_record(ctx, reader, place, map, computed_fields, computed));
     column.computed = computed.definition;
+    column.is_persisted = computed.is_persisted;
 }
 
 static constexpr host_field<host_column> column_fields[] = {
@@ -67,7 +69,7 @@ static constexpr host_field<host_column> column_fields[] = {
     {"system_type", &host_column::system_type},
     {"user_type_id"},
     {"user_type", &host_column::user_type},
-    {"user_type_schema"},
+    {"user_type_schema", &host_column::user_type_schema},
     {"is_user_type"},
     {"is_assembly_type", &host_column::is_assembly_type},
     {"max_length", host_int_field<host_column>{&host_column::max_length, -1, INT32_MAX}, true},
@@ -78,38 +80,56 @@ static constexpr host_field<host_column> column_fields[] = {
     {"comparison_style", host_int_field<host_column>{&host_column::comparison_style, 0, any_high}},
     {"is_nullable", &host_column::is_nullable, true},
     {"is_identity", &host_column::is_identity},
-    {"is_rowguidcol"},
+    {"is_rowguidcol", &host_column::is_rowguidcol},
     {"is_computed", &host_column::is_computed},
-    {"is_sparse"},
+    {"is_sparse", &host_column::is_sparse},
     {"is_column_set", &host_column::is_column_set},
     {"is_filestream", &host_column::is_filestream},
     {"is_hidden", &host_column::is_hidden},
     {"generated_always_type", host_int_field<host_column>{&host_column::generated_always_type, 0, 255}},
     {"encryption_type", host_int_field<host_column>{&host_column::encryption_type, 0, 255}},
+    {"graph_type", host_int_field<host_column>{&host_column::graph_type, 0, 255}},
     {"identity", my_read_identity},
     {"default", my_read_default},
     {"computed", my_read_computed},
     {"rule", &host_column::rule},
-    {"description"},
+    {"description", &host_column::description},
 };
 
 struct host_key_col {
     const char *name = nullptr;
+    bool descending = false;
 };
 
 static constexpr host_field<host_key_col> key_col_fields[] = {
     {"name", &host_key_col::name, true},
-    {"descending"},
+    {"descending", &host_key_col::descending},
 };
 
+// The columns of a key or an index.
+template <class Key>
 static void my_read_key_cols(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
-                             host_key &key)
+                             Key &key)
+{
+    std::vector<host_key_col> cols;
+    const auto make = [&cols]() -> host_key_col & { return cols.emplace_back(); };
+    KT_TRY(host_read_records(ctx, reader, place, value, key_col_fields, make));
+    for (const host_key_col &col : cols) {
+        key.col_names.push_back(col.name);
+        key.descending.push_back(col.descending);
+    }
+}
+
+// The columns whose values an index carries along.
+template <class Key>
+static void my_read_included(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                             Key &key)
 {
     std::vector<host_key_col> cols;
     const auto make = [&cols]() -> host_key_col & { return cols.emplace_back(); };
     KT_TRY(host_read_records(ctx, reader, place, value, key_col_fields, make));
     for (const host_key_col &col : cols)
-        key.col_names.push_back(col.name);
+        key.included_names.push_back(col.name);
 }
 
 static void my_read_unique_kind(KT_context *ctx, host_reader &, const host_place &place, const KT_variant &value,
@@ -125,7 +145,7 @@ static constexpr host_field<host_key> pk_fields[] = {
     {"is_system_named", &host_key::is_system_named},
     {"is_clustered", &host_key::is_clustered},
     {"is_disabled", &host_key::is_disabled},
-    {"columns", my_read_key_cols, true},
+    {"columns", my_read_key_cols<host_key>, true},
 };
 
 static constexpr host_field<host_key> unique_fields[] = {
@@ -133,9 +153,21 @@ static constexpr host_field<host_key> unique_fields[] = {
     {"kind", my_read_unique_kind},
     {"is_system_named", &host_key::is_system_named},
     {"index_id"},
+    {"is_clustered", &host_key::is_clustered},
     {"is_disabled", &host_key::is_disabled},
     {"filter", &host_key::filter},
-    {"columns", my_read_key_cols, true},
+    {"columns", my_read_key_cols<host_key>, true},
+    {"included", my_read_included<host_key>},
+};
+
+static constexpr host_field<host_index> index_fields[] = {
+    {"name", &host_index::name, true},
+    {"kind", &host_index::kind},
+    {"is_clustered", &host_index::is_clustered},
+    {"is_disabled", &host_index::is_disabled},
+    {"filter", &host_index::filter},
+    {"columns", my_read_key_cols<host_index>},
+    {"included", my_read_included<host_index>},
 };
 
 struct host_fk_col {
@@ -231,6 +263,13 @@ static void my_read_uniques(KT_context *ctx, host_reader &reader, const host_pla
     KT_TRY(host_read_records(ctx, reader, place, value, unique_fields, make));
 }
 
+static void my_read_indexes(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                            host_table &table)
+{
+    const auto make = [&table]() -> host_index & { return table.indexes.emplace_back(); };
+    KT_TRY(host_read_records(ctx, reader, place, value, index_fields, make));
+}
+
 static void my_read_fks(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
                         host_table &table)
 {
@@ -249,28 +288,48 @@ static constexpr host_field<host_table> table_fields[] = {
     {"id", host_int_field<host_table>{&host_table::id, any_low, any_high}, true},
     {"schema", &host_table::schema_name, true},
     {"name", &host_table::name, true},
-    {"temporal_type"},
-    {"is_memory_optimized"},
-    {"is_filetable"},
-    {"is_external"},
-    {"description"},
+    {"temporal_type", host_int_field<host_table>{&host_table::temporal_type, 0, 255}},
+    {"is_memory_optimized", &host_table::is_memory_optimized},
+    {"is_filetable", &host_table::is_filetable},
+    {"is_external", &host_table::is_external},
+    {"is_node", &host_table::is_node},
+    {"is_edge", &host_table::is_edge},
+    {"row_count", host_int_field<host_table>{&host_table::row_count, 0, any_high}},
+    {"description", &host_table::description},
     {"columns", my_read_cols, true},
     {"pk", my_read_pk},
     {"uniques", my_read_uniques},
+    {"indexes", my_read_indexes},
     {"fks", my_read_fks},
     {"checks", my_read_checks},
 };
 
-struct host_database {
-    bool can_view_definitions = true;
+// The right that the login had; an export that does not say it may lack what the login could not see.
+static void my_read_visibility(KT_context *ctx, host_reader &, const host_place &place, const KT_variant &value,
+                               host_catalogue &catalogue)
+{
+    bool is_granted = false;
+    KT_TRY(host_read_flag(ctx, place, value, &is_granted));
+    catalogue.visibility = is_granted ? host_visibility::full : host_visibility::partial;
+}
+
+static constexpr host_field<host_catalogue> database_fields[] = {
+    {"name", &host_catalogue::name},
+    {"collation", &host_catalogue::collation},
+    {"code_page", host_int_field<host_catalogue>{&host_catalogue::code_page, any_low, any_high}},
+    {"comparison_style"},
+    {"can_view_definitions", my_read_visibility},
 };
 
-static constexpr host_field<host_database> database_fields[] = {
-    {"name"},
-    {"collation"},
-    {"code_page"},
-    {"comparison_style"},
-    {"can_view_definitions", &host_database::can_view_definitions},
+static constexpr host_field<host_sequence> sequence_fields[] = {
+    {"schema", &host_sequence::schema_name, true}, {"name", &host_sequence::name, true},
+    {"type", &host_sequence::system_type},         {"start", &host_sequence::start},
+    {"increment", &host_sequence::increment},
+};
+
+static constexpr host_field<host_left_object> object_fields[] = {
+    {"kind", &host_left_object::kind, true},
+    {"name", &host_left_object::name, true},
 };
 
 // The document around the records.
@@ -285,10 +344,22 @@ static void my_read_database(KT_context *ctx, host_reader &reader, const host_pl
                              host_export &document)
 {
     const KT_vhash *map = nullptr;
-    host_database database;
     KT_TRY(host_read_map(ctx, place, value, &map));
-    KT_TRY(host_read_record(ctx, reader, place, map, database_fields, database));
-    document.catalogue->can_view_definitions = database.can_view_definitions;
+    KT_TRY(host_read_record(ctx, reader, place, map, database_fields, *document.catalogue));
+}
+
+static void my_read_sequences(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                              host_export &document)
+{
+    const auto make = [&document]() -> host_sequence & { return document.catalogue->sequences.emplace_back(); };
+    KT_TRY(host_read_records(ctx, reader, place, value, sequence_fields, make));
+}
+
+static void my_read_objects(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
+                            host_export &document)
+{
+    const auto make = [&document]() -> host_left_object & { return document.catalogue->left_objects.emplace_back(); };
+    KT_TRY(host_read_records(ctx, reader, place, value, object_fields, make));
 }
 
 static void my_read_tables(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
@@ -306,6 +377,8 @@ static constexpr host_field<host_export> export_fields[] = {
     {"server"},
     {"database", my_read_database},
     {"tables", my_read_tables},
+    {"sequences", my_read_sequences},
+    {"objects", my_read_objects},
 };
 
 // A document that says what it is must be an export in the one form there is; one that does not must hold tables.
@@ -326,6 +399,7 @@ void host_read_catalogue(KT_context *ctx, host_reader &reader, const KT_vhash *d
 {
     host_export read;
     read.catalogue = &catalogue;
+    catalogue.visibility = host_visibility::unknown;
     KT_TRY(host_read_record(ctx, reader, host_place{}, document, export_fields, read));
     KT_TRY(my_check_format(ctx, read));
 }

@@ -17,6 +17,24 @@ static void my_report_unknown_fields(KT_context *ctx, host_findings &findings, c
     }
 }
 
+// Parses the document. One that lacks its end was cut by a tool, and the user can tell the tool not to.
+static void my_parse(KT_context *ctx, const std::string &json, kt_owned_vhash &document)
+{
+    KT_context__push_level(ctx);
+    KT_vhash__alloc__from_json__sz(ctx, document.out(), json.c_str());
+    const uint64_t code = KT_context__err_code(ctx);
+    const std::string message = KT_context__err_description(ctx);
+    KT_context__pop_level(ctx);
+    if (code == KT_ERR_BAD_JSON && host_is_cut(json))
+        KT_FAIL(code,
+                "%s: the document was cut off after %zu bytes, as tools do with long texts. sqlcmd needs -y 0 and no "
+                "-W, Invoke-Sqlcmd -MaxCharLength 2147483647, bcp queryout with -w; in Management Studio save the "
+                "cell to a file, or set the maximum characters retrieved for results in a grid to unlimited",
+                message.c_str(), json.size());
+    if (code != 0)
+        KT_FAIL(code, "%s", message.c_str());
+}
+
 void host_read_export(KT_context *ctx, std::string_view bytes, bool report_unknown_fields, kt_owned_vhash &document,
                       host_findings &findings, host_catalogue &catalogue)
 {
@@ -24,7 +42,7 @@ void host_read_export(KT_context *ctx, std::string_view bytes, bool report_unkno
     bool split_texts = false;
     kt_owned_vhash unknown_fields{ctx};
     KT_TRY(host_decode_file(ctx, bytes.data(), bytes.size(), json, split_texts));
-    KT_TRY(KT_vhash__alloc__from_json__sz(ctx, document.out(), json.c_str()));
+    KT_TRY(my_parse(ctx, json, document));
     KT_TRY(KT_vhash__alloc(ctx, unknown_fields.out()));
     host_reader reader{unknown_fields};
     KT_TRY(host_read_catalogue(ctx, reader, document, catalogue));

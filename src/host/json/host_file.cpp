@@ -1,6 +1,6 @@
 // What tools do to a catalogue document on its way into a file, and how it is undone.
 //
-// Windows tools write UTF-16LE or put a byte-order mark before UTF-8; sqlcmd and its kin write the column's name, a
+// Windows tools write UTF-16 or put a byte-order mark before UTF-8; sqlcmd and its kin write the column's name, a
 // line of dashes and the row count around the document; and whatever cuts long lines puts line ends into the middle
 // of it. The document itself never holds a raw line end: the server writes them as \n and \r.
 #include "json/host_file.hpp"
@@ -8,6 +8,7 @@
 #include "json/host_utf16.hpp"
 
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 #define KT_HERE "src/host/json/host_file"
@@ -110,22 +111,30 @@ static void my_append_joined(std::string_view document, std::string &json, bool 
     }
 }
 
+// The order of the bytes of a file in UTF-16. Without a mark a zero byte in the first character tells it: a document
+// begins with an ASCII character.
+static std::optional<host_byte_order> my_byte_order(std::string_view file)
+{
+    if (file.starts_with("\xFF\xFE"))
+        return host_byte_order::little;
+    if (file.starts_with("\xFE\xFF"))
+        return host_byte_order::big;
+    if (file.size() < 2 || (file[0] == '\0') == (file[1] == '\0'))
+        return std::nullopt;
+    return file[0] == '\0' ? host_byte_order::big : host_byte_order::little;
+}
+
 // The file as UTF-8 without a byte-order mark; utf8 points into the file, or into buffer where it had to be converted.
 static void my_to_utf8(KT_context *ctx, std::string_view file, std::string &buffer, std::string_view *utf8)
 {
-    if (file.starts_with("\xFE\xFF"))
-        KT_FAIL(KT_ERR_BAD_JSON, "the file is big-endian UTF-16: save it as UTF-8 or as little-endian UTF-16");
-    if (file.starts_with("\xFF\xFE")) {
-        KT_TRY(host_utf16le_to_utf8(ctx, file.substr(2), buffer));
+    if (const auto order = my_byte_order(file)) {
+        KT_TRY(host_utf16_to_utf8(ctx, file, *order, buffer));
         file = buffer;
-    } else if (file.starts_with("\xEF\xBB\xBF")) {
-        file.remove_prefix(3);
     }
+    if (file.starts_with("\xEF\xBB\xBF"))
+        file.remove_prefix(3);
     if (const size_t nul = file.find('\0'); nul != std::string_view::npos)
-        KT_FAIL(KT_ERR_BAD_JSON,
-                "the file holds a NUL byte (the %zu. byte of its text): it is damaged, or UTF-16 "
-                "without a byte-order mark",
-                nul + 1);
+        KT_FAIL(KT_ERR_BAD_JSON, "the file holds a NUL byte (the %zu. byte of its text): it is damaged", nul + 1);
     *utf8 = file;
 }
 
@@ -146,4 +155,22 @@ void host_decode_file(KT_context *ctx, const char *bytes, size_t size, std::stri
     json += is_list ? "{\"tables\":" : "";
     my_append_joined(document, json, split_texts);
     json += is_list ? "}" : "";
+}
+
+bool host_is_cut(std::string_view json)
+{
+    size_t depth = 0;
+    bool in_text = false;
+    for (size_t n = 0; n < json.size(); n++) {
+        const char byte = json[n];
+        if (in_text && byte == '\\')
+            n++;
+        else if (byte == '"')
+            in_text = !in_text;
+        else if (!in_text && (byte == '{' || byte == '['))
+            depth++;
+        else if (!in_text && (byte == '}' || byte == ']') && --depth == 0)
+            return false;
+    }
+    return true;
 }

@@ -1,11 +1,13 @@
-// Little-endian UTF-16 becomes UTF-8.
+// UTF-16 becomes UTF-8.
 #include "json/host_utf16.hpp"
 
 #define KT_HERE "src/host/json/host_utf16"
 
-static uint32_t my_unit_at(std::string_view utf16, size_t at)
+static uint32_t my_unit_at(std::string_view utf16, host_byte_order order, size_t at)
 {
-    return static_cast<uint8_t>(utf16[at]) | static_cast<uint32_t>(static_cast<uint8_t>(utf16[at + 1])) << 8;
+    const auto first = static_cast<uint8_t>(utf16[at]);
+    const auto second = static_cast<uint8_t>(utf16[at + 1]);
+    return order == host_byte_order::little ? first | uint32_t{second} << 8 : uint32_t{first} << 8 | second;
 }
 
 static void my_append_code_point(std::string &utf8, uint32_t code)
@@ -28,15 +30,15 @@ static void my_append_code_point(std::string &utf8, uint32_t code)
     }
 }
 
-void host_utf16le_to_utf8(KT_context *ctx, std::string_view utf16, std::string &utf8)
+void host_utf16_to_utf8(KT_context *ctx, std::string_view utf16, host_byte_order order, std::string &utf8)
 {
     if (utf16.size() % 2 != 0)
         KT_FAIL(KT_ERR_BAD_JSON, "the file is UTF-16 and ends within a character: it is truncated");
     utf8.reserve(utf16.size() / 2);
     for (size_t at = 0; at < utf16.size(); at += 2) {
-        uint32_t code = my_unit_at(utf16, at);
+        uint32_t code = my_unit_at(utf16, order, at);
         if (code >= 0xD800 && code < 0xE000) {
-            const uint32_t low = code < 0xDC00 && at + 2 < utf16.size() ? my_unit_at(utf16, at + 2) : 0;
+            const uint32_t low = code < 0xDC00 && at + 2 < utf16.size() ? my_unit_at(utf16, order, at + 2) : 0;
             if (low < 0xDC00 || low >= 0xE000)
                 KT_FAIL(KT_ERR_BAD_JSON, "the file is UTF-16 and holds half a surrogate pair: it is damaged");
             code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);

@@ -1,4 +1,4 @@
-// Little-endian UTF-16, as Windows tools write it, becomes UTF-8.
+// UTF-16, as Windows tools write it, becomes UTF-8.
 #pragma once
 
 #include "kt_owned.hpp"
@@ -6,5 +6,7 @@
 #include <string>
 #include <string_view>
 
+enum class host_byte_order { little, big };
+
 // Fails with KT_ERR_BAD_JSON at half a code unit or half a surrogate pair.
-void host_utf16le_to_utf8(KT_context *ctx, std::string_view utf16, std::string &utf8);
+void host_utf16_to_utf8(KT_context *ctx, std::string_view utf16, host_byte_order order, std::string &utf8);

@@ -82,6 +82,7 @@ struct host_key {
     std::vector<bool> descending;             // empty, or one for each column
     std::vector<const char *> included_names; // of an index
     std::vector<const host_column *> cols;
+    std::vector<const host_column *> included_cols;
 };
 
 // An index that is not unique.
@@ -177,11 +178,14 @@ struct host_left_object {
     const char *name = nullptr; // schema.name
 };
 
+// How much of the database the source could see.
+enum class host_visibility { full, partial, unknown };
+
 struct host_catalogue {
     const char *name = nullptr; // of the database
     const char *collation = nullptr;
     int64_t code_page = 0;
-    bool can_view_definitions = true;
+    host_visibility visibility = host_visibility::full;
     std::vector<host_table> tables;
     std::vector<host_sequence> sequences;
     std::vector<host_left_object> left_objects;

@@ -109,17 +109,24 @@ static void my_link_key(KT_context *ctx, const host_table &table, const host_col
         KT_TRY(my_add_key_col(ctx, table, cols, key.name, col_name, key.cols));
 }
 
-// Nothing that decides depends on an index, so one that names what is not there is not worth refusing the source.
-static void my_link_index(const host_table &table, const host_columns_by_name &cols, host_index &index)
+// Nothing that decides depends on these columns, so one that is not there is not worth refusing the source.
+static void my_link_known(const host_table &table, const host_columns_by_name &cols,
+                          const std::vector<const char *> &names, std::vector<const host_column *> &linked)
 {
-    const auto link = [&](const std::vector<const char *> &names, std::vector<const host_column *> &linked) {
-        for (const char *name : names) {
-            if (const host_column *col = my_find_col(table, cols, name))
-                linked.push_back(col);
-        }
-    };
-    link(index.col_names, index.cols);
-    link(index.included_names, index.included_cols);
+    for (const char *name : names) {
+        if (const host_column *col = my_find_col(table, cols, name))
+            linked.push_back(col);
+    }
+}
+
+static void my_link_indexes(host_table &table, const host_columns_by_name &cols)
+{
+    for (host_key &key : table.uniques)
+        my_link_known(table, cols, key.included_names, key.included_cols);
+    for (host_index &index : table.indexes) {
+        my_link_known(table, cols, index.col_names, index.cols);
+        my_link_known(table, cols, index.included_names, index.included_cols);
+    }
 }
 
 // Names of one kind within a table are ids of the schema, so none may come twice.
@@ -204,8 +211,7 @@ void host_link_catalogue(KT_context *ctx, host_catalogue &catalogue)
         host_columns_by_name &cols = targets.cols[&table];
         KT_TRY(my_link_cols(ctx, table, cols));
         KT_TRY(my_link_keys(ctx, table, cols));
-        for (host_index &index : table.indexes)
-            my_link_index(table, cols, index);
+        my_link_indexes(table, cols);
         for (host_check &check : table.checks)
             KT_TRY(my_link_check(ctx, table, cols, check));
     }

@@ -136,6 +136,9 @@ void host_order_catalogue(host_catalogue &catalogue)
         my_forget_made_names(table);
         my_order_table(table);
     }
+    my_sort(catalogue.sequences, [](const host_sequence &sequence) {
+        return std::pair(std::string(my_text(sequence.schema_name)), std::string(my_text(sequence.name)));
+    });
     my_sort(catalogue.tables, [](const host_table &table) {
         return std::tuple(host_folded(table.schema_name), host_folded(table.name), std::string(table.schema_name),
                           std::string(table.name));

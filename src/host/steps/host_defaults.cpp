@@ -42,8 +42,66 @@ static void my_translate(KT_context *ctx, host_import &import, const host_table 
         KT_FAIL(code, "%s", translation.message.c_str());
 }
 
+static bool my_is_number(std::string_view digits, int low, int high)
+{
+    int number = 0;
+    for (const char digit : digits) {
+        if (digit < '0' || digit > '9')
+            return false;
+        number = number * 10 + (digit - '0');
+    }
+    return number >= low && number <= high;
+}
+
+static bool my_is_date(std::string_view text)
+{
+    return text.size() == 10 && text[4] == '-' && text[7] == '-' && my_is_number(text.substr(0, 4), 0, 9999) &&
+           my_is_number(text.substr(5, 2), 1, 12) && my_is_number(text.substr(8, 2), 1, 31);
+}
+
+static bool my_is_time(std::string_view text)
+{
+    const bool with_seconds = text.size() >= 8;
+    return text.size() >= 5 && text[2] == ':' && my_is_number(text.substr(0, 2), 0, 23) &&
+           my_is_number(text.substr(3, 2), 0, 59) &&
+           (text.size() == 5 || (with_seconds && text[5] == ':' && my_is_number(text.substr(6, 2), 0, 59)));
+}
+
+// The column's check lets pass what SQLite's date functions do not know at all, such as '01/01/1900': they answer with
+// NULL, and NULL breaks no check. What they know, the check has looked at.
+static bool my_is_known_moment(std::string_view abstract_type, std::string_view expr)
+{
+    if (!expr.starts_with('\''))
+        return true;
+    const std::string_view text = expr.substr(1, expr.size() - 2);
+    if (abstract_type == "date")
+        return my_is_date(text);
+    if (abstract_type == "time")
+        return my_is_time(text);
+    if (abstract_type != "datetime")
+        return true;
+    return my_is_date(text.substr(0, 10)) &&
+           (text.size() == 10 || ((text[10] == ' ' || text[10] == 'T') && my_is_time(text.substr(11))));
+}
+
+// Refuses what the trial could not judge.
+static void my_check_moment(KT_context *ctx, host_import &import, const host_table &table, const host_column &col,
+                            host_translation &translation)
+{
+    const char *abstract_type = nullptr;
+    const char *sqlite_typeof = nullptr;
+    if (translation.refused || !translation.expr.get())
+        return;
+    KT_TRY(tov_schema__get_col_type(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(), &abstract_type,
+                                    &sqlite_typeof));
+    if (my_is_known_moment(abstract_type, translation.expr.get()))
+        return;
+    translation.refused = true;
+    translation.message = std::string("not a ") + abstract_type + " in a form that SQLite knows";
+}
+
 // The expression that the server evaluates: the definition, or the end of a bound default's whole statement.
-static std::string my_expression(const host_default &defval)
+std::string host_default_expression(const host_default &defval)
 {
     const bool is_bound = defval.kind && std::string_view(defval.kind) == "bound";
     return std::string(is_bound ? host_bound_default_expression(defval.definition) : defval.definition);
@@ -64,7 +122,8 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
     if (!col.prepared)
         return;
     host_translation translation{ctx};
-    KT_TRY(my_translate(ctx, import, table, col, my_expression(defval).c_str(), translation));
+    KT_TRY(my_translate(ctx, import, table, col, host_default_expression(defval).c_str(), translation));
+    KT_TRY(my_check_moment(ctx, import, table, col, translation));
     if (translation.refused) {
         KT_TRY(import.findings.add(ctx, "default-refused", &table, &col, defval.definition,
                                    "left out: it is not a value of the column's type: " + translation.message +

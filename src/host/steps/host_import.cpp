@@ -60,6 +60,7 @@ static void my_add_table(KT_context *ctx, host_import &import, const host_table 
     KT_TRY(tov_schema__add_tbl(ctx, import.schema, table.id_text.c_str(), table.sqlite_name.c_str(), txid));
     for (const host_column &col : table.cols)
         KT_TRY(my_add_column(ctx, import, table, col));
+    KT_TRY(host_add_table_facts(ctx, import, table));
 }
 
 static void my_decide(KT_context *ctx, host_import &import, host_table &table)
@@ -75,6 +76,8 @@ static void my_decide(KT_context *ctx, host_import &import, host_table &table)
 static void my_build(KT_context *ctx, host_import &import, int64_t txid)
 {
     std::vector<host_table *> tables;
+    KT_TRY(host_report_left_objects(ctx, import));
+    KT_TRY(host_check_special_tables(ctx, import));
     KT_TRY(host_check_names(ctx, import));
     for (host_table &table : import.catalogue.tables) {
         if (!table.is_left_out)
@@ -95,10 +98,14 @@ static void my_build(KT_context *ctx, host_import &import, int64_t txid)
 
 static void my_report_source(KT_context *ctx, host_findings &findings, const host_catalogue &catalogue)
 {
-    if (!catalogue.can_view_definitions)
+    if (catalogue.visibility == host_visibility::partial)
         KT_TRY(findings.add(ctx, "definitions-hidden", nullptr, nullptr, nullptr,
                             "the login that made the export may not see definitions: tables, defaults and checks may "
                             "be missing from it"));
+    if (catalogue.visibility == host_visibility::unknown)
+        KT_TRY(findings.add(ctx, "definitions-unknown", nullptr, nullptr, nullptr,
+                            "the export does not say whether its login may see definitions: if not, tables, defaults "
+                            "and checks are missing from it"));
     if (catalogue.tables.empty())
         KT_TRY(findings.add(ctx, "no-tables", nullptr, nullptr, nullptr, "the source holds no tables"));
 }
@@ -116,6 +123,7 @@ static void my_import(KT_context *ctx, std::span<const tov_host_file> files, con
     host_owned_schema schema{ctx};
     KT_TRY(my_new_schema(ctx, schema));
     host_import import{schema, source.catalogue, findings};
+    KT_TRY(host_add_database_facts(ctx, import));
     KT_TRY(my_build(ctx, import, options.txid));
     schema.move_to(result);
     findings.move_to(result_findings);

@@ -36,7 +36,16 @@ std::string host_constraint_id(host_table &table, const char *name, const char *
 // Null, or a column of a key that is not prepared.
 const host_column *host_find_unprepared(const std::vector<const host_column *> &cols);
 
-// host_defaults.cpp
+// host_facts.cpp: what the server knows and the schema only carries.
+void host_add_database_facts(KT_context *ctx, host_import &import);
+void host_add_table_facts(KT_context *ctx, host_import &import, const host_table &table);
+
+// host_left_out.cpp: tables of special kinds, and what a schema has no place for at all.
+void host_check_special_tables(KT_context *ctx, host_import &import);
+void host_report_left_objects(KT_context *ctx, host_import &import);
+
+// host_defaults.cpp; the expression of a default that has a definition: a bound one has a whole statement.
+std::string host_default_expression(const host_default &defval);
 void host_add_default(KT_context *ctx, host_import &import, const host_table &table, const host_column &col);
 
 // host_foreignkeys.cpp

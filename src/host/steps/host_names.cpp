@@ -114,7 +114,8 @@ void host_check_names(KT_context *ctx, host_import &import)
 {
     std::unordered_map<std::string, const host_table *> by_name;
     for (host_table &table : import.catalogue.tables) {
-        KT_TRY(my_check_table(ctx, import, table, by_name));
+        if (!table.is_left_out)
+            KT_TRY(my_check_table(ctx, import, table, by_name));
         if (table.is_left_out)
             continue;
         KT_TRY(my_check_columns(ctx, import, table));

@@ -104,6 +104,8 @@ struct host_exclusion {
 };
 
 static constexpr host_exclusion exclusions[] = {
+    {[](const host_column &col) { return col.graph_type != 0; }, "column-graph",
+     "left out of the table: the server keeps a graph's nodes and edges in it"},
     {[](const host_column &col) { return col.is_computed; }, "column-computed",
      "left out of the table: the server computes its values"},
     {[](const host_column &col) { return col.is_column_set; }, "column-set",
@@ -167,8 +169,8 @@ static void my_add_decimal(KT_context *ctx, host_import &import, const host_tabl
     if (col.prepared && col.precision > max_decimal_digits) {
         const std::string sizes = std::to_string(col.precision) + ',' + std::to_string(col.scale);
         KT_TRY(import.findings.add(ctx, "decimal-too-wide", &table, &col, my_declared_type(col, sizes.c_str()).c_str(),
-                                   "kept as a scaled 64-bit integer: values beyond " + my_greatest_decimal(static_cast<uint8_t>(col.scale)) +
-                                       " are refused"));
+                                   "kept as a scaled 64-bit integer: values beyond " +
+                                       my_greatest_decimal(static_cast<uint8_t>(col.scale)) + " are refused"));
     }
 }
 

@@ -74,6 +74,15 @@ void KT_varray__append__string__sz(KT_context *ctx, KT_varray *list, const char 
     }
 }
 
+void KT_varray__append__bool(KT_context *ctx, KT_varray *list, KT_bool value) noexcept
+{
+    KT_variant boolean{};
+    boolean.type = KT_VARIANT_BOOL;
+    boolean.as.boolean = value != 0;
+    if (!kt_list_append(list, boolean))
+        KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
+}
+
 void KT_varray__appendnew__vhash(KT_context *ctx, KT_varray *list, KT_vhash **child) noexcept
 {
     KT_RETURN_IF_FAILED;

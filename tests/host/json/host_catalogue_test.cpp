@@ -10,9 +10,12 @@ TEST_F(HostCatalogueTest, Accepted)
         const char *file;
         const char *codes;
     } cases[] = {
-        {"an object with tables and no format", R"({"tables":[]})", "no-tables"},
-        {"a bare list of tables", "[]", "no-tables"},
+        {"an object with tables and no format", R"({"tables":[]})", "definitions-unknown\nno-tables"},
+        {"a bare list of tables", "[]", "definitions-unknown\nno-tables"},
         {"an export without tables leaves the list out", R"({"format":"sqlserver-catalogue","format_version":1})",
+         "definitions-unknown\nno-tables"},
+        {"a login that may see all",
+         R"({"format":"sqlserver-catalogue","format_version":1,"database":{"can_view_definitions":true}})",
          "no-tables"},
         {"a login that may not see definitions",
          R"({"format":"sqlserver-catalogue","format_version":1,"database":{"can_view_definitions":false}})",

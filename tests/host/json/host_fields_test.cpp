@@ -8,7 +8,7 @@ static const char *const whole = R"x({"format":"sqlserver-catalogue","format_ver
 "server":{"product_version":"16.0"},"database":{"name":"Shop","can_view_definitions":true},
 "tables":[{"id":7,"schema":"dbo","name":"T","temporal_type":0,"description":"d","columns":[
 {"id":1,"name":"A","system_type_id":56,"system_type":"int","user_type":"int","max_length":4,"precision":10,"scale":0,
-"is_nullable":false,"is_identity":true,"encryption_type":null,"generated_always_type":0,"is_computed":false,
+"is_nullable":false,"is_identity":true,"encryption_type":null,"graph_type":null,"is_sparse":false,"generated_always_type":0,"is_computed":false,
 "identity":{"seed":"1","increment":"1","last":"9"}},
 {"id":2,"name":"B","system_type":"int","max_length":4,"is_nullable":true,
 "default":{"kind":"constraint","id":5,"name":"DF","definition":"((1))"
@@ -18,10 +18,13 @@ static const char *const whole = R"x({"format":"sqlserver-catalogue","format_ver
 "computed":{"definition":"([A])","is_persisted":true},"rule":null}],
 "pk":{"name":"PK","is_disabled":false,"columns":[{"name":"A","descending":false}]},
 "uniques":[{"name":"UQ","kind":"index","index_id":2,"columns":[{"name":"A"},{"name":"B"}]}],
+"indexes":[{"name":"IX","is_clustered":false,"is_disabled":false,"filter":"([A]>(0))","columns":[{"name":"B",
+"descending":true}],"included":[{"name":"A"}]}],"row_count":12,
 "fks":[{"name":"FK","id":9,"ref_table_id":7,"ref_schema":"dbo","ref_table":"T","ref_key":"PK","on_delete":"SET_NULL",
 "on_update":"NO_ACTION","columns":[{"column":"B","ref_column":"A"}]}],
 "checks":[{"name":"CK","definition":"([A]>(0))","column":"A"}]
-}]
+}],"sequences":[{"schema":"dbo","name":"S","type":"int","start":"1","increment":"1"}],
+"objects":[{"kind":"views","name":"dbo.V"}]
 })x";
 
 // The export with one part replaced by another; the part must be there.
@@ -37,7 +40,7 @@ TEST_F(HostFieldsTest, TheWholeIsAccepted)
 {
     import_file(whole);
     EXPECT_OK(ctx);
-    EXPECT_EQ(codes(), "column-computed dbo.T.C\nunique-nullable dbo.T.B");
+    EXPECT_EQ(codes(), "objects-left-out\nobjects-left-out\ncolumn-computed dbo.T.C\nunique-nullable dbo.T.B");
 }
 
 TEST_F(HostFieldsTest, NullCountsAsAbsent)
@@ -97,7 +100,16 @@ TEST_F(HostFieldsTest, Refused)
          "tables[0].fks[0].on_update is 'RESTRICT', none of NO_ACTION, CASCADE, SET_NULL, SET_DEFAULT"},
         {R"("ref_column":"A")", R"("ref_column":1)", KT_ERR_WRONG_TYPE,
          "tables[0].fks[0].columns[0].ref_column is not a text"},
-        {R"x("definition":"([A]>(0))")x", R"("definition":{})", KT_ERR_WRONG_TYPE,
+        {R"("descending":true)", R"("descending":1)", KT_ERR_WRONG_TYPE,
+         "tables[0].indexes[0].columns[0].descending is not true or false"},
+        {R"("name":"IX",)", "", KT_ERR_KEY_NOT_FOUND, "tables[0].indexes[0].name is missing"},
+        {R"("included":[{"name":"A"}])", R"("included":[1])", KT_ERR_WRONG_TYPE,
+         "tables[0].indexes[0].included[0] is not an object"},
+        {R"("row_count":12)", R"("row_count":-1)", KT_ERR_UNEXPECTED_VALUE,
+         "tables[0].row_count is -1, not a number from 0 to 9223372036854775807"},
+        {R"("start":"1")", R"("start":1)", KT_ERR_WRONG_TYPE, "sequences[0].start is not a text"},
+        {R"({"kind":"views")", R"({"kind":{})", KT_ERR_WRONG_TYPE, "objects[0].kind is not a text"},
+        {R"x("definition":"([A]>(0))","column")x", R"("definition":{},"column")", KT_ERR_WRONG_TYPE,
          "tables[0].checks[0].definition is not a text"},
     };
     for (const auto &c : cases) {
@@ -128,12 +140,12 @@ TEST_F(HostFieldsTest, UnknownFieldsAreReportedOnceWhenAskedFor)
     const std::string file = with(R"("temporal_type":0)", R"("temporal_type":0,"new":1,"columns2":[])");
     const std::string twice = std::string(file).replace(file.find(R"("exported_at":"x")"), 17, R"("new":{"a":1})");
     import_file(twice);
-    EXPECT_EQ(codes(), "column-computed dbo.T.C\nunique-nullable dbo.T.B");
+    EXPECT_EQ(codes(), "objects-left-out\nobjects-left-out\ncolumn-computed dbo.T.C\nunique-nullable dbo.T.B");
     tov_host_options options{};
     options.verbose = true;
     import_file(twice, &options);
     EXPECT_OK(ctx);
-    EXPECT_EQ(lines().substr(0, lines().find("\ncolumn-computed")),
+    EXPECT_EQ(lines().substr(0, lines().find("\nobjects-left-out")),
               "unknown-field: ignored: no field of this name is known: new\n"
               "unknown-field: ignored: no field of this name is known: columns2");
 }

@@ -36,6 +36,9 @@ TEST_F(HostFileTest, Accepted)
         {"a plain document stays", R"({"a":1})", R"({"a":1})"},
         {"a byte-order mark is skipped", "\xEF\xBB\xBF{}", "{}"},
         {"UTF-16LE becomes UTF-8", as_utf16("{\"a\":1}"), "{\"a\":1}"},
+        {"UTF-16LE needs no mark", "{\0\"\0a\0\"\0:\0001\0}\0"s, "{\"a\":1}"},
+        {"UTF-16BE becomes UTF-8", "\xFE\xFF\0{\0}"s, "{}"},
+        {"UTF-16BE needs no mark", "\0{\0}"s, "{}"},
         {"a bare list of tables becomes an object", "[1,2]", R"({"tables":[1,2]})"},
         {"blanks around the document go", " \r\n {} \r\n ", "\n{}"},
         {"a header, its dashes and the row count go", "document\r\n--------\r\n{}\r\n\r\n(1 rows affected)\r\n",
@@ -76,12 +79,8 @@ TEST_F(HostFileTest, Refused)
         {"a header alone", "document\n--------\n", "the file holds a header and no document"},
         {"something else", "Msg 102, Level 15\n{}",
          "the file is not a catalogue export: expected '{' or '[' where it says 'Msg 102, Level 15'"},
-        {"a NUL", "{\"a\":\0}"s,
-         "the file holds a NUL byte (the 6. byte of its text): it is damaged, or UTF-16 without a byte-order mark"},
-        {"a NUL in UTF-16", as_utf16("{\0}"s),
-         "the file holds a NUL byte (the 2. byte of its text): it is damaged, or UTF-16 without a byte-order mark"},
-        {"UTF-16 the other way round", "\xFE\xFF\0{\0}"s,
-         "the file is big-endian UTF-16: save it as UTF-8 or as little-endian UTF-16"},
+        {"a NUL", "{\"a\":\0}"s, "the file holds a NUL byte (the 6. byte of its text): it is damaged"},
+        {"a NUL in UTF-16", as_utf16("{\0}"s), "the file holds a NUL byte (the 2. byte of its text): it is damaged"},
         {"half a code unit", "\xFF\xFE{"s, "the file is UTF-16 and ends within a character: it is truncated"},
     };
     for (const auto &c : cases) {
@@ -89,5 +88,17 @@ TEST_F(HostFileTest, Refused)
         EXPECT_EQ(decode(c.file), "");
         EXPECT_ERROR(ctx, KT_ERR_BAD_JSON, c.message);
         reset();
+    }
+}
+
+TEST_F(HostFileTest, Cut)
+{
+    for (const char *whole : {"{}", "[{}]", R"({"a":"}","b":[1,2]})", R"({"a":"\\"})", "{} and more", "{{}", "{]"}) {
+        SCOPED_TRACE(whole);
+        EXPECT_EQ(host_is_cut(whole), std::string_view(whole) == "{{}");
+    }
+    for (const char *cut : {"{", "", R"({"a":"x}})", R"({"a":"\"}})", "{\"a\":[{}]", "{\"a\":\"x\\"}) {
+        SCOPED_TRACE(cut);
+        EXPECT_TRUE(host_is_cut(cut));
     }
 }

@@ -5,15 +5,15 @@
 
 class HostUtf16Test : public ContextTest {
   protected:
-    std::string convert(std::u16string_view units)
+    std::string convert(std::u16string_view units, host_byte_order order = host_byte_order::little)
     {
         std::string bytes;
         for (const char16_t unit : units) {
-            bytes += static_cast<char>(unit & 0xFF);
-            bytes += static_cast<char>(unit >> 8);
+            const std::string two{static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+            bytes += order == host_byte_order::little ? two : std::string(two.rbegin(), two.rend());
         }
         std::string utf8;
-        host_utf16le_to_utf8(ctx, bytes, utf8);
+        host_utf16_to_utf8(ctx, bytes, order, utf8);
         return utf8;
     }
 };
@@ -34,6 +34,7 @@ TEST_F(HostUtf16Test, LengthsOfOneToFourBytes)
     };
     for (const auto &c : cases) {
         EXPECT_EQ(convert(c.utf16), c.utf8);
+        EXPECT_EQ(convert(c.utf16, host_byte_order::big), c.utf8);
         EXPECT_OK(ctx);
     }
 }

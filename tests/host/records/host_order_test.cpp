@@ -21,8 +21,9 @@ TEST_F(HostOrderTest, ConstraintsNeedNoName)
 {
     import_tables(a_table_named("", "", "", "", ""));
     EXPECT_EQ(codes(), "");
-    EXPECT_EQ(defin("7", "2"), R"("B" int NOT NULL DEFAULT 1 REFERENCES "T" ("A") ON DELETE NO ACTION ON UPDATE NO ACTION)"
-                               R"( DEFERRABLE INITIALLY DEFERRED CHECK ([B]>(0)))");
+    EXPECT_EQ(defin("7", "2"),
+              R"("B" int NOT NULL DEFAULT 1 REFERENCES "T" ("A") ON DELETE NO ACTION ON UPDATE NO ACTION)"
+              R"( DEFERRABLE INITIALLY DEFERRED CHECK ([B]>(0)))");
     EXPECT_TRUE(has(R"("pk":{"name":null,"cols":{"1":null}})")) << document();
     EXPECT_TRUE(has(R"("uniques":{"UQ_T_A_B":{"1":null,"2":null}})")) << document();
     EXPECT_TRUE(has(R"x("check":{"CK_T_A_B":{"expr":"([A]>[B])"}})x")) << document();

@@ -22,6 +22,10 @@ TEST_F(HostDefaultsTest, Kept)
         const char *record;
     } cases[] = {
         {"int", constraint("((0))"), R"({"expr":"0","name":"DF_C"})"},
+        {"date", constraint("('2024-12-31')"), R"({"expr":"'2024-12-31'","name":"DF_C"})"},
+        {"datetime", constraint("('2024-12-31 23:59:59')"), R"({"expr":"'2024-12-31 23:59:59'","name":"DF_C"})"},
+        {"datetime", constraint("('2024-12-31')"), R"({"expr":"'2024-12-31'","name":"DF_C"})"},
+        {"time", constraint("('23:59:59')"), R"({"expr":"'23:59:59'","name":"DF_C"})"},
         {"int", constraint("(NULL)"), R"({"expr":"NULL","name":"DF_C"})"},
         {"nvarchar", constraint("(N'a''b')"), R"({"expr":"'a''b'","name":"DF_C"})"},
         {"money", constraint("((2.5))"), R"({"expr":"25000","name":"DF_C"})"},
@@ -121,4 +125,32 @@ TEST_F(HostDefaultsTest, AnUnpreparedColumnKeepsTheHostsTextOnly)
     EXPECT_EQ(codes(), "type-unsupported dbo.T.C");
     EXPECT_NE(everything().find(R"x("defvals":{"7":{"2":"((0))"}})x"), std::string::npos) << everything();
     EXPECT_EQ(everything().find(R"("defval":)"), std::string::npos) << everything();
+}
+
+// SQLite's date functions give NULL for these, and the column's check lets NULL pass.
+TEST_F(HostDefaultsTest, WhatIsNotADateIsNotADefault)
+{
+    const std::pair<const char *, const char *> cases[] = {
+        {"date", "01/01/1900"},
+        {"date", "1900-13-01"},
+        {"date", "1900-01-32"},
+        {"date", "aaaaaaaaaa"},
+        {"time", "aaaaaaaa"},
+        {"time", "25:00:00"},
+        {"time", "12:60:00"},
+        {"datetime", "01/01/1900 00:00:00"},
+        {"datetime", "1900-01-01 24:00:61"},
+        {"datetime", "1900-01-01x00:00:00"},
+        {"datetime", "aaaaaaaaaa"},
+    };
+    for (const auto &[type, text] : cases) {
+        SCOPED_TRACE(std::string(type) + ' ' + text);
+        import_default(type, constraint("('" + std::string(text) + "')"));
+        EXPECT_EQ(codes(), "default-refused dbo.T.C");
+        EXPECT_FALSE(has(R"("defval":)")) << document();
+    }
+    import_default("date", constraint("('01/01/1900')"));
+    EXPECT_EQ(lines(),
+              "default-refused: dbo.T.C: left out: it is not a value of the column's type: not a date in a form "
+              "that SQLite knows; the column is NOT NULL, so inserts must give a value: ('01/01/1900')");
 }

@@ -87,6 +87,24 @@ TEST_F(HostImportTest, WhatIsNoJsonIsRefusedWithItsPlace)
     }
 }
 
+TEST_F(HostImportTest, ADocumentThatAToolCutSaysHowToKeepItWhole)
+{
+    const std::string whole = an_export(one_table);
+    for (const std::string &file :
+         {whole.substr(0, 100), "document\n-----\n" + whole.substr(0, 120) + "\n\n(1 rows affected)\n"}) {
+        import_file(file);
+        EXPECT_FAILED(ctx, KT_ERR_BAD_JSON);
+        const std::string message = KT_context__err_description(ctx);
+        EXPECT_NE(message.find("the document was cut off after "), std::string::npos) << message;
+        EXPECT_NE(message.find("sqlcmd needs -y 0"), std::string::npos) << message;
+        reset();
+    }
+    import_file(whole + "x");
+    EXPECT_FAILED(ctx, KT_ERR_BAD_JSON);
+    EXPECT_EQ(std::string(KT_context__err_description(ctx)).find("cut off"), std::string::npos);
+    reset();
+}
+
 // No byte of a file, changed or missing, may lead to anything but a schema or a refusal.
 TEST_F(HostImportTest, DamagedFilesAreRefusedOrRead)
 {

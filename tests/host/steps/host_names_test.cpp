@@ -18,7 +18,7 @@ TEST_F(HostNamesTest, WhatCannotBeWrittenIsLeftOutAndTheRestComesOver)
               "(give another name with --rename, or --skip the table): O'Brien");
     EXPECT_TRUE(has(R"("8":{"name":"T")") && has(R"("9":{"name":"U")") && !has("Brien")) << document();
     EXPECT_TRUE(has(R"("pk":{"name":null,"cols":{"1":null}})")) << document();
-    EXPECT_FALSE(has("a\\\"b") || has("P'K")) << document();
+    EXPECT_FALSE(has(R"("2":{)") || has(R"("3":{)") || has("P'K")) << document();
 }
 
 TEST_F(HostNamesTest, NamesThatWouldShowOtherwiseThanTheyRead)
@@ -56,7 +56,7 @@ TEST_F(HostNamesTest, OfTwoWithOneNameTheFirstIsKept)
         import_tables(c.tables);
         EXPECT_EQ(lines(), c.lines);
         EXPECT_TRUE(has(R"("cols":{"1":{"name":"A")")) << document();
-        EXPECT_EQ(document().find(R"("cols")"), document().rfind(R"("cols")")) << document();
+        EXPECT_EQ(document().find(R"("cols":{)"), document().rfind(R"("cols":{)")) << document();
     }
 }
 

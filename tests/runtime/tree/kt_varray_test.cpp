@@ -33,8 +33,10 @@ TEST_F(VarrayTest, HoldsTextsAndMapsInOrder)
     KT_varray__append__string__sz(ctx, list, "first");
     KT_varray__appendnew__vhash(ctx, list, &made);
     KT_varray__append__string__sz(ctx, list, nullptr);
+    KT_varray__append__bool(ctx, list, 2);
+    KT_varray__append__bool(ctx, list, 0);
     KT_varray__count(ctx, list, &count);
-    EXPECT_EQ(count, 3u);
+    EXPECT_EQ(count, 5u);
     KT_varray__get__sz(ctx, list, 0, &text);
     KT_varray__get__vhash(ctx, list, 1, &stored);
     KT_varray__get_nth(ctx, list, 2, &value);
@@ -42,6 +44,11 @@ TEST_F(VarrayTest, HoldsTextsAndMapsInOrder)
     EXPECT_STREQ(text, "first");
     EXPECT_EQ(stored, made);
     EXPECT_EQ(value->type, KT_VARIANT_NULL);
+    for (const uint32_t n : {3u, 4u}) {
+        KT_varray__get_nth(ctx, list, n, &value);
+        EXPECT_EQ(value->type, KT_VARIANT_BOOL);
+        EXPECT_EQ(value->as.boolean, n == 3 ? 1 : 0);
+    }
 }
 
 TEST_F(VarrayTest, RefusesPositionsPastTheEndAndOtherTypes)
