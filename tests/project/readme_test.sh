@@ -91,7 +91,7 @@ check_commands()
         sqlite3 shop.db "SELECT name FROM sqlite_schema WHERE type = 'table' ORDER BY name" >"$work/tables.$n"
         cmp "$work/tables.1" "$work/tables.$n"
     done
-    ((created == 2))
+    ((created == 3))
     [[ $(wc -l <"$work/tables.1") -eq 12 ]]
     [[ $(sqlite3 shop.db "SELECT Name FROM Countries") == Germany ]]
 }
