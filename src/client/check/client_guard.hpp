@@ -19,6 +19,23 @@ struct client_guard {
     const char *trigger = nullptr;
 };
 
+// Gives a guard a duty until the end of the scope, and then none.
+struct client_on_duty {
+    client_on_duty(client_guard &guard, const client_guard &duty) noexcept : guard_(guard)
+    {
+        guard_ = duty;
+    }
+    ~client_on_duty()
+    {
+        guard_ = {};
+    }
+    client_on_duty(const client_on_duty &) = delete;
+    client_on_duty &operator=(const client_on_duty &) = delete;
+
+  private:
+    client_guard &guard_;
+};
+
 // Puts a guard on a connection; it is borrowed and can be given its duties from then on. The code is SQLite's.
 int client_guard__watch(const KT_sqlite_functions *functions, struct sqlite3 *connection, client_guard *guard) noexcept;
 

@@ -6,18 +6,11 @@
 
 #define KT_HERE "src/client/check/client_scratch"
 
-client_scratch::~client_scratch()
-{
-    if (connection)
-        functions->close(connection);
-}
-
 void client_scratch__open(KT_context *ctx, client_scratch &scratch) noexcept
 {
     KT_TRY(KT_vhash__alloc(ctx, scratch.accepted_defaults.out()));
-    scratch.functions = tov__get_sqlite_functions();
     const KT_sqlite_functions *functions = scratch.functions;
-    int code = functions->open_plain(":memory:", &scratch.connection, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    int code = functions->open_plain(":memory:", scratch.connection.out(), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     for (int setting : {SQLITE_DBCONFIG_DQS_DDL, SQLITE_DBCONFIG_DQS_DML}) {
         if (code == SQLITE_OK)
             code = functions->configure(scratch.connection, setting, 0);
@@ -50,16 +43,14 @@ static void my_raise(KT_context *ctx, const client_scratch &scratch, const clien
 static int my_compile(client_scratch &scratch, const client_guard &guard, const char *sql, bool run) noexcept
 {
     const KT_sqlite_functions *functions = scratch.functions;
-    sqlite3_stmt *statement = nullptr;
+    const client_on_duty duty(scratch.guard, guard);
+    kt_owned_statement statement{functions};
     const char *rest = "";
-    scratch.guard = guard;
-    int code = functions->prepare_next(scratch.connection, sql, &statement, &rest);
+    int code = functions->prepare_next(scratch.connection, sql, statement.out(), &rest);
     if (code == SQLITE_OK && (!statement || *rest))
         code = not_one_statement;
     if (code == SQLITE_OK && run)
         code = functions->step(statement);
-    scratch.guard = {};
-    functions->finalize(statement);
     return code == SQLITE_DONE ? SQLITE_OK : code;
 }
 

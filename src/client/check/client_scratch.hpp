@@ -3,6 +3,7 @@
 
 #include "check/client_guard.hpp"
 #include "create/client_place.hpp"
+#include "kt_sqlite_owned.hpp"
 
 #include <span>
 
@@ -10,12 +11,8 @@ struct client_scratch {
     explicit client_scratch(KT_context *ctx) noexcept : accepted_defaults(ctx)
     {
     }
-    ~client_scratch();
-    client_scratch(const client_scratch &) = delete;
-    client_scratch &operator=(const client_scratch &) = delete;
-
-    const KT_sqlite_functions *functions = nullptr;
-    struct sqlite3 *connection = nullptr;
+    const KT_sqlite_functions *functions = tov__get_sqlite_functions();
+    kt_owned_connection connection{functions};
     client_guard guard;
     // Default expressions that were compiled already: a schema repeats a few of them many thousand times.
     kt_owned_vhash accepted_defaults;

@@ -54,7 +54,7 @@ static void my_create_all(KT_context *ctx, tov_schema *schema, const client_plan
     work.database = &database;
     KT_TRY(my_begin(ctx, file_name, file, database));
     KT_TRY(client_database__check_names(ctx, database, plan));
-    KT_TRY(client_schema_rows__begin(ctx, database));
+    KT_TRY(client_schema_rows__begin(ctx, database, plan));
     KT_TRY(client_each_statement(ctx, schema, plan, my_create_one, &work));
     KT_TRY(client_database__commit(ctx, database));
 }

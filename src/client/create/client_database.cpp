@@ -12,30 +12,19 @@
 // How long to wait for another program's lock, in milliseconds.
 static constexpr int patience = 5000;
 
-client_database::~client_database()
-{
-    client_database__close(*this);
-}
-
 void client_database__close(client_database &database) noexcept
 {
-    if (database.insert_row)
-        database.functions->finalize(database.insert_row);
-    if (database.connection)
-        database.functions->close(database.connection);
-    database.insert_row = nullptr;
-    database.connection = nullptr;
+    database.insert_row.close();
+    database.connection.close();
 }
 
 static int my_run(client_database &database, const char *sql) noexcept
 {
-    database.guard = {client_duty::own_statement};
-    sqlite3_stmt *statement = nullptr;
-    int code = database.functions->prepare(database.connection, sql, &statement);
+    const client_on_duty duty(database.guard, {client_duty::own_statement});
+    kt_owned_statement statement{database.functions};
+    int code = database.functions->prepare(database.connection, sql, statement.out());
     if (code == SQLITE_OK)
         code = database.functions->step(statement);
-    database.guard = {};
-    database.functions->finalize(statement);
     return code == SQLITE_DONE || code == SQLITE_ROW ? SQLITE_OK : code;
 }
 
@@ -48,9 +37,8 @@ void client_database__run(KT_context *ctx, client_database &database, const char
 
 void client_database__open(KT_context *ctx, client_database &database, const char *file_name) noexcept
 {
-    const KT_sqlite_functions *functions = tov__get_sqlite_functions();
-    database.functions = functions;
-    int code = functions->open(file_name, &database.connection, SQLITE_OPEN_READWRITE);
+    const KT_sqlite_functions *functions = database.functions;
+    int code = functions->open(file_name, database.connection.out(), SQLITE_OPEN_READWRITE);
     if (code != SQLITE_OK)
         KT_FAIL(KT_ERR_SQLITE(code), "%s", functions->errstr(code));
     KT_TRY(KT_sqlite__normalise_dates(ctx, functions, database.connection));
@@ -102,16 +90,12 @@ static void my_collect_names(KT_context *ctx, client_database &database, sqlite3
 static void my_list_names(KT_context *ctx, client_database &database, KT_vhash *names) noexcept
 {
     static constexpr const char *sql = "SELECT name, rowid FROM sqlite_master ORDER BY rowid";
-    sqlite3_stmt *statement = nullptr;
-    database.guard = {client_duty::own_statement};
-    const int code = database.functions->prepare(database.connection, sql, &statement);
+    const client_on_duty duty(database.guard, {client_duty::own_statement});
+    kt_owned_statement statement{database.functions};
+    const int code = database.functions->prepare(database.connection, sql, statement.out());
     if (code != SQLITE_OK)
         CLIENT_FAIL_IN(database, code);
-    my_collect_names(ctx, database, statement, names);
-    database.guard = {};
-    database.functions->finalize(statement);
-    if (kt_failed_at(ctx, KT_HERE, __LINE__))
-        return;
+    KT_TRY(my_collect_names(ctx, database, statement, names));
 }
 
 void client_database__check_names(KT_context *ctx, client_database &database, const client_plan &plan) noexcept
@@ -129,13 +113,11 @@ void client_database__check_names(KT_context *ctx, client_database &database, co
 static int my_compile(client_database &database, const client_guard &guard, const char *sql, bool run) noexcept
 {
     const KT_sqlite_functions *functions = database.functions;
-    sqlite3_stmt *statement = nullptr;
-    database.guard = guard;
-    int code = functions->prepare(database.connection, sql, &statement);
+    const client_on_duty duty(database.guard, guard);
+    kt_owned_statement statement{functions};
+    int code = functions->prepare(database.connection, sql, statement.out());
     if (code == SQLITE_OK && run)
         code = functions->step(statement);
-    database.guard = {};
-    functions->finalize(statement);
     return code == SQLITE_DONE ? SQLITE_OK : code;
 }
 

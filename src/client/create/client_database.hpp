@@ -3,20 +3,16 @@
 
 #include "check/client_guard.hpp"
 #include "create/client_statements.hpp"
+#include "kt_sqlite_owned.hpp"
 
 struct client_database {
-    client_database() noexcept = default;
-    ~client_database(); // closes it
-    client_database(const client_database &) = delete;
-    client_database &operator=(const client_database &) = delete;
-
-    const KT_sqlite_functions *functions = nullptr;
-    struct sqlite3 *connection = nullptr;
+    const KT_sqlite_functions *functions = tov__get_sqlite_functions();
+    kt_owned_connection connection{functions};
     client_guard guard;
     // Of client_schema_rows.cpp.
-    struct sqlite3_stmt *insert_row = nullptr; // null where SQLite does not allow it
-    int64_t last_old_row = 0;                  // the last row of the schema table that was there before
-    uint32_t new_tbls = 0;                     // whose rows stand in the schema table
+    kt_owned_statement insert_row{functions}; // null where rows are not written, or SQLite does not allow it
+    int64_t last_old_row = 0;                 // the last row of the schema table that was there before
+    uint32_t new_tbls = 0;                    // whose rows stand in the schema table
     bool has_shelf = false;
 };
 

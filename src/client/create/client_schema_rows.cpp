@@ -1,3 +1,6 @@
+// A schema of very many tables, created in time that grows with their number. Smaller ones are created the ordinary
+// way.
+//
 // SQLite reads its whole schema table after each CREATE, and goes through all tables that it holds in memory, so by
 // itself it takes time with the square of the number of tables: half a minute for 4,000 with their triggers. Two things
 // keep both short (PRAGMA writable_schema allows them, and the transaction covers them):
@@ -12,8 +15,8 @@
 
 #define KT_HERE "src/client/create/client_schema_rows"
 
-// How many tables are created between two walks to the shelf: a schema of ordinary size needs none.
-static constexpr uint32_t tbls_between_walks = 256;
+// From how many tables on this is worth it, and how many are created between two walks to the shelf.
+static constexpr uint32_t many_tbls = 256;
 
 // The name of the shelf could not be a table's of a schema, because of its quote.
 static constexpr const char *make_shelf = "CREATE TEMP TABLE \"tov'shelf\"(type, name, tbl_name, rootpage, sql)";
@@ -32,12 +35,13 @@ static constexpr const char *allow_writing = "PRAGMA writable_schema=ON";
 static constexpr const char *forget_schema = "PRAGMA writable_schema=RESET";
 
 // A refusal is not a failure: the statement then stays null, and every row is SQLite's own affair.
-void client_schema_rows__begin(KT_context *ctx, client_database &database) noexcept
+void client_schema_rows__begin(KT_context *ctx, client_database &database, const client_plan &plan) noexcept
 {
+    if (plan.tbls.size() < many_tbls)
+        return;
     KT_TRY(client_database__run(ctx, database, allow_writing));
-    database.guard = {client_duty::own_statement};
-    database.functions->prepare(database.connection, insert_trigger, &database.insert_row);
-    database.guard = {};
+    const client_on_duty duty(database.guard, {client_duty::own_statement});
+    database.functions->prepare(database.connection, insert_trigger, database.insert_row.out());
 }
 
 // Runs a statement that is about the rows after the last one that was there before.
@@ -69,7 +73,7 @@ static void my_walk_to_shelf(KT_context *ctx, client_database &database) noexcep
 
 void client_schema_rows__note_tbl(KT_context *ctx, client_database &database) noexcept
 {
-    if (database.insert_row && ++database.new_tbls == tbls_between_walks)
+    if (database.insert_row && ++database.new_tbls == many_tbls)
         KT_TRY(my_walk_to_shelf(ctx, database));
 }
 
@@ -88,7 +92,7 @@ int client_schema_rows__insert_trigger(client_database &database, const client_s
 {
     const KT_sqlite_functions *functions = database.functions;
     sqlite3_stmt *row = database.insert_row;
-    database.guard = {client_duty::own_statement};
+    const client_on_duty duty(database.guard, {client_duty::own_statement});
     int code = functions->bind_text(row, 1, statement.name, -1);
     if (code == SQLITE_OK)
         code = functions->bind_text(row, 2, statement.tbl, -1);
@@ -97,6 +101,5 @@ int client_schema_rows__insert_trigger(client_database &database, const client_s
     if (code == SQLITE_OK)
         code = functions->step(row);
     const int reset_code = functions->reset(row);
-    database.guard = {};
     return code == SQLITE_DONE ? reset_code : code;
 }

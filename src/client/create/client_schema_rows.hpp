@@ -3,8 +3,9 @@
 
 #include "create/client_database.hpp"
 
-// Asks whether the schema table may be written to; where it may not, the operations below do nothing.
-void client_schema_rows__begin(KT_context *ctx, client_database &database) noexcept;
+// Asks whether the schema table may be written to. Where it may not, and for a plan of fewer tables than make it worth
+// it, the operations below do nothing.
+void client_schema_rows__begin(KT_context *ctx, client_database &database, const client_plan &plan) noexcept;
 
 // To be told of each table that was created.
 void client_schema_rows__note_tbl(KT_context *ctx, client_database &database) noexcept;

@@ -2,21 +2,14 @@
 #include "steps/host_import.hpp"
 
 #include "checks/host_check_grammar.hpp"
-#include "kt_sqlite_functions.h"
+#include "kt_sqlite_owned.hpp"
 
 #define KT_HERE "src/host/checks/host_checks"
 
 // A connection to an empty database, on which statements are compiled and never run, and the beginning of the table's.
 struct host_scratch {
-    host_scratch() = default;
-    host_scratch(const host_scratch &) = delete;
-    host_scratch &operator=(const host_scratch &) = delete;
-    ~host_scratch()
-    {
-        if (connection)
-            tov__get_sqlite_functions()->close(connection);
-    }
-    sqlite3 *connection = nullptr;
+    const KT_sqlite_functions *functions = tov__get_sqlite_functions();
+    kt_owned_connection connection{functions};
     std::string columns;
 };
 
@@ -41,20 +34,19 @@ static void my_write_columns(KT_context *ctx, host_import &import, const host_ta
 static void my_open(KT_context *ctx, host_import &import, const host_table &table, host_scratch &scratch)
 {
     KT_TRY(my_write_columns(ctx, import, table, scratch.columns));
-    const int rc = tov__get_sqlite_functions()->open(":memory:", &scratch.connection, open_read_write_create);
+    const int rc = scratch.functions->open(":memory:", scratch.connection.out(), open_read_write_create);
     if (rc != 0)
-        KT_FAIL(KT_ERR_SQLITE(rc), "%s", tov__get_sqlite_functions()->errstr(rc));
+        KT_FAIL(KT_ERR_SQLITE(rc), "%s", scratch.functions->errstr(rc));
 }
 
 // Compiles the table with a check; the message stays empty when SQLite takes it. Any other code than the one for what
 // is wrong with a statement says that SQLite could not work.
 static void my_compile(KT_context *ctx, const host_scratch &scratch, const char *definition, std::string &message)
 {
-    const KT_sqlite_functions *sqlite = tov__get_sqlite_functions();
+    const KT_sqlite_functions *sqlite = scratch.functions;
     const std::string sql = scratch.columns + "CHECK (" + definition + "))";
-    sqlite3_stmt *statement = nullptr;
-    const int rc = sqlite->prepare(scratch.connection, sql.c_str(), &statement);
-    sqlite->finalize(statement);
+    kt_owned_statement statement{sqlite};
+    const int rc = sqlite->prepare(scratch.connection, sql.c_str(), statement.out());
     if (rc != 0 && rc != sqlite_error && rc != sqlite_toobig)
         KT_FAIL(KT_ERR_SQLITE(rc), "%s", sqlite->errstr(rc));
     if (rc != 0)

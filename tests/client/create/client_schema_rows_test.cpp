@@ -3,6 +3,7 @@
 #include "client_test.hpp"
 
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <unistd.h>
 
@@ -91,6 +92,29 @@ TEST_F(ClientSchemaRows, SurviveAutomaticVacuuming)
     EXPECT_EQ(look("PRAGMA auto_vacuum"), "1");
     EXPECT_EQ(look("PRAGMA integrity_check"), "ok");
     EXPECT_EQ(look("SELECT length(x) FROM mine"), "100000");
+}
+
+// A schema of ordinary size is created without a word about the schema table.
+TEST_F(ClientSchemaRows, AreNotTouchedForFewTables)
+{
+    static const KT_sqlite_functions *linked = tov__get_sqlite_functions();
+    static KT_sqlite_functions watching = *linked; // outlives the connections opened with it
+    static bool is_touched;
+    watching.prepare = [](sqlite3 *database, const char *sql, sqlite3_stmt **statement) {
+        is_touched = is_touched || strstr(sql, "writable_schema");
+        return linked->prepare(database, sql, statement);
+    };
+    tov__set_sqlite_functions(&watching);
+    for (const auto &[count, touched] : {std::pair{255, false}, std::pair{256, true}}) {
+        SCOPED_TRACE(count);
+        reset_schema();
+        for (int n = 0; n < count; n++)
+            add(n);
+        is_touched = false;
+        create_and_look("SELECT 1");
+        EXPECT_EQ(is_touched, touched);
+        fs::remove(file_);
+    }
 }
 
 // Where writing to the schema table is refused, everything is created the ordinary way.

@@ -9,21 +9,21 @@
 void _tov_scratch__open(KT_context *ctx, tov_scratch *scratch) noexcept
 {
     constexpr int read_write_create = 6;
-    const int rc = scratch->fns->open(":memory:", &scratch->connection, read_write_create);
+    const int rc = scratch->fns->open(":memory:", scratch->connection.out(), read_write_create);
     if (rc != TOV_SQLITE_OK)
         KT_FAIL(KT_ERR_SQLITE(rc), "%s", scratch->fns->errstr(rc));
 }
 
 void _tov_sqlite__exec(KT_context *ctx, const KT_sqlite_functions *fns, sqlite3 *connection, const char *sql) noexcept
 {
-    tov_statement run{fns};
-    int rc = fns->prepare(connection, sql, &run.statement);
+    kt_owned_statement run{fns};
+    int rc = fns->prepare(connection, sql, run.out());
     if (rc == TOV_SQLITE_OK) {
         do {
-            rc = fns->step(run.statement);
+            rc = fns->step(run);
         } while (rc == TOV_SQLITE_ROW);
         if (rc == TOV_SQLITE_DONE)
-            rc = run.finalize();
+            rc = run.close();
     }
     if (rc != TOV_SQLITE_OK)
         KT_FAIL(KT_ERR_SQLITE(rc), "%s: %s", fns->errstr(rc), fns->message(connection));

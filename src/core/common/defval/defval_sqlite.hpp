@@ -2,7 +2,7 @@
 #pragma once
 
 #include "kt_owned.hpp"
-#include "kt_sqlite_functions.h"
+#include "kt_sqlite_owned.hpp"
 
 // SQLite's result codes and storage classes as far as they matter here.
 inline constexpr int TOV_SQLITE_OK = 0;
@@ -10,40 +10,9 @@ inline constexpr int TOV_SQLITE_ROW = 100;
 inline constexpr int TOV_SQLITE_DONE = 101;
 inline constexpr int TOV_SQLITE_TEXT = 3;
 
-// A connection that is closed at the end of its scope.
 struct tov_scratch {
     const KT_sqlite_functions *fns = tov__get_sqlite_functions();
-    sqlite3 *connection = nullptr;
-
-    tov_scratch() = default;
-    tov_scratch(const tov_scratch &) = delete;
-    tov_scratch &operator=(const tov_scratch &) = delete;
-    ~tov_scratch()
-    {
-        if (connection)
-            fns->close(connection);
-    }
-};
-
-// A statement that is finalized at the end of its scope, unless that was done before.
-struct tov_statement {
-    const KT_sqlite_functions *fns;
-    sqlite3_stmt *statement = nullptr;
-
-    explicit tov_statement(const KT_sqlite_functions *functions) noexcept : fns(functions)
-    {
-    }
-    tov_statement(const tov_statement &) = delete;
-    tov_statement &operator=(const tov_statement &) = delete;
-    ~tov_statement()
-    {
-        if (statement)
-            fns->finalize(statement);
-    }
-    int finalize() noexcept
-    {
-        return fns->finalize(std::exchange(statement, nullptr));
-    }
+    kt_owned_connection connection{fns};
 };
 
 // Opens an empty in-memory database. Fails with KT_ERR_SQLITE(rc).

@@ -27,7 +27,8 @@ static void my_create_trigger(KT_context *ctx, const tov_scratch &scratch, const
 static void my_insert(KT_context *ctx, const tov_scratch &scratch, const char *abstract_type, const char *literal,
                       KT_bool *inserted) noexcept
 {
-    const auto [fns, connection] = std::pair{scratch.fns, scratch.connection};
+    const KT_sqlite_functions *fns = scratch.fns;
+    sqlite3 *connection = scratch.connection;
     KT_TRY(_tov_sqlite__exec(ctx, fns, connection, "BEGIN TRANSACTION"));
     const char *decl = tov_abstract_type_to_sqlite_decl(abstract_type);
     KT_TRY(_tov_sqlite__execf(ctx, fns, connection, "CREATE TABLE foo (v %s);", decl));
@@ -69,11 +70,11 @@ void _tov_int_default_valid(KT_context *ctx, const char *literal, const char *ab
 }
 
 // The first column holds the name of a type and so is always text; it is the second one that decides.
-static const char *my_truth_of_row(const tov_statement &row) noexcept
+static const char *my_truth_of_row(const KT_sqlite_functions *fns, sqlite3_stmt *row) noexcept
 {
-    if (row.fns->column_type(row.statement, 0) != TOV_SQLITE_TEXT)
+    if (fns->column_type(row, 0) != TOV_SQLITE_TEXT)
         return nullptr;
-    const char *value = row.fns->column_text(row.statement, 1);
+    const char *value = fns->column_text(row, 1);
     if (!value)
         return nullptr;
     if (KT_stricmp(value, "True") == 0)
@@ -85,12 +86,12 @@ void _tov_read_truth(KT_context *ctx, const char *query, const char **bit) noexc
 {
     tov_scratch scratch;
     KT_TRY(_tov_scratch__open(ctx, &scratch));
-    tov_statement row{scratch.fns};
-    int rc = scratch.fns->prepare(scratch.connection, query, &row.statement);
+    kt_owned_statement row{scratch.fns};
+    int rc = scratch.fns->prepare(scratch.connection, query, row.out());
     if (rc != TOV_SQLITE_OK)
         KT_FAIL_GENERIC(KT_ERR_SQLITE(rc));
-    rc = scratch.fns->step(row.statement);
+    rc = scratch.fns->step(row);
     if (rc != TOV_SQLITE_ROW && rc != TOV_SQLITE_DONE)
         KT_FAIL_GENERIC(KT_ERR_SQLITE(rc));
-    *bit = rc == TOV_SQLITE_ROW ? my_truth_of_row(row) : nullptr;
+    *bit = rc == TOV_SQLITE_ROW ? my_truth_of_row(scratch.fns, row) : nullptr;
 }
