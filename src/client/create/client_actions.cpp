@@ -23,11 +23,6 @@ struct fk_record {
 };
 } // namespace
 
-static bool my_is_action(const char *action) noexcept
-{
-    return action && KT_stricmp(action, "NO ACTION") != 0;
-}
-
 static void my_read_record(KT_context *ctx, const KT_varray *records, uint32_t n, fk_record &fk) noexcept
 {
     KT_vhash *record = nullptr;
@@ -112,50 +107,31 @@ static void my_add_tbl_actions(KT_context *ctx, tov_schema *schema, const client
     }
 }
 
-// Whether one of the members under a key of a record is, or under "fk" holds, a foreign key with a delete action.
-static void my_find_action(KT_context *ctx, const KT_vhash *record, const char *key, bool is_key, bool *found) noexcept
+static void my_has_delete_action(KT_context *ctx, tov_schema *schema, const char *tbl_id, bool *found) noexcept
 {
-    KT_vhash *members = nullptr;
-    KT_TRY(KT_vhash__check__vhash(ctx, record, key, &members));
+    kt_owned_varray keys{ctx};
+    KT_TRY(tov_schema__list_keys(ctx, schema, tbl_id, TOV_KEYS_FOREIGN, keys.out()));
     uint32_t count = 0;
-    if (members)
-        KT_TRY(KT_vhash__count(ctx, members, &count));
-    for (uint32_t n = 0; n < count && !*found; n++) {
-        KT_vhash *fk = nullptr;
-        KT_TRY(KT_vhash__get_nth_pair__vhash(ctx, members, n, nullptr, &fk));
-        if (!is_key)
-            KT_TRY(KT_vhash__check__vhash(ctx, fk, "fk", &fk));
-        const char *action = nullptr;
-        if (fk)
-            KT_TRY(KT_vhash__check__sz(ctx, fk, "on_delete", &action));
-        *found = my_is_action(action);
+    if (keys)
+        KT_TRY(KT_varray__count(ctx, keys, &count));
+    KT_bool has = 0;
+    for (uint32_t n = 0; n < count && !has; n++) {
+        KT_vhash *key = nullptr;
+        KT_TRY(KT_varray__get__vhash(ctx, keys, n, &key));
+        KT_TRY(KT_vhash__has(ctx, key, "on-delete", &has));
     }
+    *found = has != 0;
 }
 
-// Asked of the document, because listing the keys of a table fails where one of them has no name or no action.
-static void my_has_delete_action(KT_context *ctx, const KT_vhash *tbls, const char *tbl_id, bool *found) noexcept
+void client_add_delete_actions(KT_context *ctx, tov_schema *schema, client_plan &plan) noexcept
 {
-    KT_vhash *record = nullptr;
-    KT_TRY(KT_vhash__get__vhash(ctx, tbls, tbl_id, &record));
-    *found = false;
-    KT_TRY(my_find_action(ctx, record, "cols", false, found));
-    KT_TRY(my_find_action(ctx, record, "foreignkeys", true, found));
-}
-
-void client_add_delete_actions(KT_context *ctx, tov_schema *schema, const KT_vhash *document,
-                               client_plan &plan) noexcept
-{
-    if (plan.tbls.empty())
-        return;
-    KT_vhash *tbls = nullptr;
-    KT_TRY(KT_vhash__get__vhash(ctx, document, "tbls", &tbls));
     kt_owned_vhash positions{ctx};
     KT_TRY(KT_vhash__alloc(ctx, positions.out()));
     for (size_t n = 0; n < plan.tbls.size(); n++)
         KT_TRY(KT_vhash__add__int64(ctx, positions, plan.tbls[n].name, static_cast<int64_t>(n)));
     for (const client_tbl &tbl : plan.tbls) {
         bool found = false;
-        KT_TRY(my_has_delete_action(ctx, tbls, tbl.id, &found));
+        KT_TRY(my_has_delete_action(ctx, schema, tbl.id, &found));
         if (found)
             KT_TRY(my_add_tbl_actions(ctx, schema, tbl, positions, plan));
     }

@@ -3,6 +3,5 @@
 
 #include "create/client_plan.hpp"
 
-// Adds to each table of the plan the statements that deleting one of its rows calls for. document is the schema's.
-void client_add_delete_actions(KT_context *ctx, tov_schema *schema, const KT_vhash *document,
-                               client_plan &plan) noexcept;
+// Adds to each table of the plan the statements that deleting one of its rows calls for.
+void client_add_delete_actions(KT_context *ctx, tov_schema *schema, client_plan &plan) noexcept;

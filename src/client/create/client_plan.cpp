@@ -1,7 +1,6 @@
 // Checks come first: nothing is planned for a schema whose texts are not safe.
 #include "create/client_plan.hpp"
 
-#include "check/client_texts.hpp"
 #include "create/client_actions.hpp"
 
 #define KT_HERE "src/client/create/client_plan"
@@ -43,12 +42,8 @@ static void my_choose_trigger_prefix(KT_context *ctx, client_plan &plan) noexcep
 
 void client_make_plan(KT_context *ctx, tov_schema *schema, client_plan &plan) noexcept
 {
-    kt_owned_vhash copy{ctx};
-    KT_TRY(client_copy_document(ctx, schema, copy.out()));
-    KT_TRY(client_check_texts(ctx, schema, copy));
-    KT_vhash *document = nullptr;
-    KT_TRY(KT_vhash__get__vhash(ctx, copy, "schema", &document));
+    KT_TRY(tov_client__check_texts(ctx, schema));
     KT_TRY(my_add_tbls(ctx, schema, plan));
     KT_TRY(my_choose_trigger_prefix(ctx, plan));
-    KT_TRY(client_add_delete_actions(ctx, schema, document, plan));
+    KT_TRY(client_add_delete_actions(ctx, schema, plan));
 }

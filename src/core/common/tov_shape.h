@@ -47,7 +47,7 @@ typedef struct tov_member {
     tov_member_type type;
     uint8_t is_required;
     tov_string_role role;
-    const char *label;      /* what messages call it: "name of the primary key" */
+    const char *label;      /* what messages call it: "name of the primary key"; null: they name its record only */
     const tov_shape *shape; /* of a record, and of each record of several; null for other types */
 } tov_member;
 

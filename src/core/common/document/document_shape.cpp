@@ -52,7 +52,7 @@ static constexpr tov_member my_col_fk_members[] = {
 static constexpr tov_shape my_col_fk = {"reference of a column", my_col_fk_members, std::size(my_col_fk_members)};
 
 static constexpr tov_member my_col_members[] = {
-    {"name",                TOV_MEMBER_STRING, 1, TOV_ROLE_NAME, "name", nullptr},
+    {"name",                TOV_MEMBER_STRING, 1, TOV_ROLE_NAME, nullptr, nullptr},
     {"type",                TOV_MEMBER_RECORD, 1, TOV_ROLE_FREE, "type", &my_type},
     {"mssql_col_data_type", TOV_MEMBER_STRING, 0, TOV_ROLE_FREE, "server's type", nullptr},
     {"notnull",             TOV_MEMBER_RECORD, 0, TOV_ROLE_FREE, "NOT NULL", &my_notnull},
@@ -79,12 +79,12 @@ static constexpr tov_member my_fk_members[] = {
 static constexpr tov_shape my_fk = {"foreign key", my_fk_members, std::size(my_fk_members)};
 
 static constexpr tov_member my_tbl_check_members[] = {
-    {"expr", TOV_MEMBER_STRING, 1, TOV_ROLE_INNER_CHECK, "check", nullptr},
+    {"expr", TOV_MEMBER_STRING, 1, TOV_ROLE_INNER_CHECK, nullptr, nullptr},
 };
 static constexpr tov_shape my_tbl_check = {"check of a table", my_tbl_check_members, std::size(my_tbl_check_members)};
 
 static constexpr tov_member my_tbl_members[] = {
-    {"name",        TOV_MEMBER_STRING,   1, TOV_ROLE_NAME, "name", nullptr},
+    {"name",        TOV_MEMBER_STRING,   1, TOV_ROLE_NAME, nullptr, nullptr},
     {"txid",        TOV_MEMBER_INTEGER,  0, TOV_ROLE_FREE, "transaction id", nullptr},
     {"cols",        TOV_MEMBER_RECORDS,  0, TOV_ROLE_FREE, "column", &my_col},
     {"pk",          TOV_MEMBER_RECORD,   0, TOV_ROLE_FREE, "primary key", &my_pk},
