@@ -93,6 +93,8 @@ static void my_add_record(KT_context *ctx, const KT_vhash *record, load_summary 
         summary.notes.push_back("note: " + file + " was loaded before; --again loads it once more");
     else if (!my_flag(ctx, record, "part"))
         summary.notes.push_back("note: " + file + " was read as " + my_text(ctx, record, "dialect"));
+    if (summary.notes.size() > 1 && summary.notes.back() == summary.notes[summary.notes.size() - 2])
+        summary.notes.pop_back(); // a script's tables have one file
     table_line line;
     line.read = my_number(ctx, record, "read");
     line.loaded = my_number(ctx, record, "loaded");

@@ -30,6 +30,7 @@ static void my_add_commands(cli_arguments &arguments)
     cli_add_sql(arguments);
     cli_add_convert(arguments);
     cli_add_load(arguments);
+    cli_add_unload(arguments);
     cli_add_tables(arguments);
     cli_add_default(arguments);
     cli_add_refs(arguments);

@@ -111,6 +111,8 @@ static int my_load(KT_context *ctx, const convert_options &options, tov_schema *
     load_options.exact = options.exact;
     load_options.all_or_nothing = options.all_or_nothing;
     load_options.is_scratch = 1;
+    load_options.format = is_package ? "auto" : "insert";
+    load_options.encoding = is_package ? "" : options.import.encoding.c_str();
     part_bridge bridge{bytes};
     cli_loader loader(ctx);
     tov_client__open_loader(ctx, schema, path.c_str(), &load_options, &loader.loader);
@@ -119,6 +121,13 @@ static int my_load(KT_context *ctx, const convert_options &options, tov_schema *
         const cli_waiting waiting("loading");
         tov_client__load_parts(ctx, loader.loader, sources.front().name.c_str(), my_read_parts, &bridge);
         cli_check(ctx, sources.front().name);
+    }
+    const bool is_script = tov_host__recognise(bytes.data(), bytes.size()) == TOV_HOST_SOURCE_SCRIPT;
+    for (const cli_source &source : sources) {
+        if (!is_script || source.name == "-")
+            break;
+        tov_client__load_file(ctx, loader.loader, source.name.c_str());
+        cli_check(ctx, source.name);
     }
     return cli_finish_load(ctx, loader, options.database, options.rejects, options.is_quiet);
 }

@@ -74,8 +74,8 @@ static int my_run_load(const load_options &options)
 static void my_add_forms(const cli_command &command, load_options &options)
 {
     command.option("--table", options.tbl, "the table that the rows go into (default: the file's name)", "NAME");
-    command.option("--format", options.format, "bcp or native (default: found out from the first rows)", "NAME")
-        .one_of({"auto", "bcp", "native"});
+    command.option("--format", options.format, "bcp, native or insert (default: found out from the first rows)", "NAME")
+        .one_of({"auto", "bcp", "native", "insert"});
     command.option("--encoding", options.encoding, "of the files (default: as their mark says, or UTF-8)", "NAME");
     command.option("-t,--field-terminator", options.field_end, "what ends a field; \\t is a tab", "STRING");
     command.option("-r,--row-terminator", options.row_end, "what ends a row; \\n is a line end", "STRING");

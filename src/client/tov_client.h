@@ -156,6 +156,31 @@ TOV_API void tov_client__finish_load(KT_context *ctx, tov_client_loader *loader,
 /** Frees a loader; null does nothing. What was not finished stays as the last transaction left it. */
 TOV_API void tov_client__free_loader(KT_context *ctx, tov_client_loader *loader) KT_NOEXCEPT;
 
+/** How rows are written. All zero writes bcp's character form in UTF-8, fields ending with a tab, rows with a line end.
+ */
+typedef struct tov_client_unload_options {
+    /** Optional: "bcp" or "csv" (a line of names first, quotes where they are needed, NULL empty, an empty text ""). */
+    const char *format;
+    /** Optional: "utf-8" or "utf-16le", which begins with a mark. */
+    const char *encoding;
+    /** Optional: what ends fields and rows, as in tov_client_load_options. */
+    const char *field_end;
+    const char *row_end;
+    /** The tables, by their names in SQLite or on the server; all of them when tbl_count is 0. */
+    const char *const *tbls;
+    uint32_t tbl_count;
+} tov_client_unload_options;
+
+/**
+ * Writes the rows of a database's tables in the forms of the server's tools, each table into a file of its name in a
+ * folder, which is made when it is absent: tables that are referred to come before those that refer to them.
+ *
+ * @param options      optional.
+ * @param[out] report  owned; for each table a map with "table", "file" and "rows".
+ */
+TOV_API void tov_client__unload(KT_context *ctx, tov_schema *schema, const char *database, const char *folder,
+                                const tov_client_unload_options *options, KT_varray **report) KT_NOEXCEPT;
+
 KT_END_DECLS
 
 #endif

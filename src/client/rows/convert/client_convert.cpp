@@ -147,6 +147,10 @@ static client_reject my_convert_exact(const client_server_type &type, const clie
     }
     const client_reject reject = client_read_exact(type, field.bytes, value.integer);
     const bool is_bit = type.base == client_base::bit;
+    if (is_bit && field.form == client_form::number && reject == client_reject::out_of_range) {
+        value.integer = 1; // as the server takes any number but zero
+        return client_reject::none;
+    }
     return is_bit && reject != client_reject::none ? client_reject::not_a_bit : reject;
 }
 

@@ -33,6 +33,7 @@ static constexpr reject_text reject_texts[] = {
     {"cut-row", "the file ends inside the row"},
     {"bad-row", "the row cannot be read"},
     {"unknown-column", "the table has no column of this name"},
+    {"unknown-table", "the schema has no table of this name"},
     {"duplicate-key", "another row has the same key"},
     {"check-violated", "a check of the table refuses the row"},
     {"no-parent", "the row refers to a row that is not there"},

@@ -60,6 +60,7 @@ enum class client_reject : uint8_t {
     cut_row,
     bad_row,
     unknown_column,
+    unknown_table,
     duplicate_key,
     check_violated,
     no_parent,

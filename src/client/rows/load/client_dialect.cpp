@@ -128,6 +128,8 @@ static std::unique_ptr<client_reader> my_make_native_reader(const client_row_tbl
 
 std::unique_ptr<client_reader> client_make_reader(const client_row_tbl &tbl, const client_dialect &dialect)
 {
+    if (dialect.format == client_format::insert)
+        return client_make_insert_reader();
     if (dialect.format == client_format::native)
         return my_make_native_reader(tbl, dialect);
     client_bcp_form form{dialect.field_end, dialect.row_end, dialect.cols.size(), {}};

@@ -56,10 +56,6 @@ void client_row_search::prepare(KT_context *ctx, tov_client_loader &loader)
     KT_TRY(client_connection__prepare(
         ctx, database, "DELETE FROM " + client_quoted(tbl.name) + " WHERE " + my_rowid_name(tbl) + " = ?1", deletion_));
     reader_ = client_make_reader(tbl, job_.dialect);
-    for (size_t n = 0; n < part_.layout->cols.size(); n++) {
-        if (part_.layout->cols[n] != client_no_col && tbl.cols[part_.layout->cols[n]].rowid)
-            rowid_field_ = n;
-    }
 }
 
 // Moves to the run that the row is in, or to the first after it; a run of no rows says that there is none.
@@ -106,13 +102,16 @@ void client_row_search::describe(KT_context *ctx, tov_client_loader &loader, cli
 // The rowid of a row that was loaded: its own integer primary key, or what the run says.
 int64_t client_row_search::rowid_of(tov_client_loader &loader, const client_row &row) const
 {
-    const int64_t counted = run_.first_rowid + number_ - run_.first_row;
-    if (rowid_field_ >= row.fields.size())
-        return counted;
-    client_value value;
-    const client_server_type &type = part_.target->tbl.cols[part_.layout->cols[rowid_field_]].type;
-    const client_reject reject = client_convert(loader.converter, type, row.fields[rowid_field_], value);
-    return reject == client_reject::none ? value.integer : counted;
+    const client_row_tbl &tbl = part_.target->tbl;
+    for (size_t n = 0; n < part_.layout->cols.size(); n++) {
+        const size_t col = part_.layout->cols[n];
+        if (col == client_no_col || !tbl.cols[col].rowid || row.fields[n].form == client_form::absent)
+            continue;
+        client_value value;
+        if (client_convert(loader.converter, tbl.cols[col].type, row.fields[n], value) == client_reject::none)
+            return value.integer;
+    }
+    return run_.first_rowid + number_ - run_.first_row;
 }
 
 void client_row_search::refuse(KT_context *ctx, tov_client_loader &loader, client_input &input, const client_row &row,
@@ -150,6 +149,14 @@ void client_row_search::look_at_row(KT_context *ctx, tov_client_loader &loader, 
         KT_TRY(refuse(ctx, loader, input, row, rowid));
 }
 
+// Whether a row of a script is for the table; then the layout is that of its statement.
+void client_row_search::is_of_part(KT_context *ctx, tov_client_loader &loader, client_row &row, bool &is_wanted)
+{
+    client_load_part *part = nullptr;
+    KT_TRY(client_loader__find_script_part(ctx, loader, job_, row, &part));
+    is_wanted = part == &part_;
+}
+
 void client_row_search::look(KT_context *ctx, tov_client_loader &loader, client_input &input)
 {
     client_row row;
@@ -161,7 +168,10 @@ void client_row_search::look(KT_context *ctx, tov_client_loader &loader, client_
             KT_TRY(input.fill(ctx));
             continue;
         }
-        if (step == client_step::row)
+        bool is_wanted = step == client_step::row;
+        if (is_wanted && row.head)
+            KT_TRY(is_of_part(ctx, loader, row, is_wanted));
+        if (is_wanted)
             KT_TRY(look_at_row(ctx, loader, input, row));
         input.take(row.size);
     }

@@ -62,7 +62,8 @@ void client_loader__refuse(KT_context *ctx, tov_client_loader &loader, client_lo
     loader.rejected++;
     part.progress.rejected++;
     if (job.rejects.is_open())
-        KT_TRY(job.rejects.add(ctx, input.raw(input.data().substr(0, row.size)), refusal));
+        KT_TRY(job.rejects.add(
+            ctx, input.raw(row.before) + input.raw(input.data().substr(0, row.size)) + input.raw(row.after), refusal));
     if (loader.settings.max_rejects > 0 && loader.rejected > loader.settings.max_rejects)
         KT_FAIL(KT_ERR_BAD_VALUE, "more than %lld rows are refused; the last one: %s",
                 static_cast<long long>(loader.settings.max_rejects), message.c_str());
@@ -118,6 +119,15 @@ static void my_take_row(KT_context *ctx, tov_client_loader &loader, client_load_
         KT_TRY(my_note_loaded(ctx, loader, part, verdict.rowid));
     else
         KT_TRY(client_loader__refuse(ctx, loader, job, part, input, row, verdict, part.progress.read));
+}
+
+static void my_take_script_row(KT_context *ctx, tov_client_loader &loader, client_load_job &job, client_input &input,
+                               client_row &row)
+{
+    client_load_part *part = nullptr;
+    KT_TRY(client_loader__find_script_part(ctx, loader, job, row, &part));
+    loader.converter.date_order = row.head->date_order;
+    KT_TRY(my_take_row(ctx, loader, job, *part, input, row));
 }
 
 void client_loader__begin(KT_context *ctx, tov_client_loader &loader)
@@ -180,7 +190,13 @@ void client_loader__read_rows(KT_context *ctx, tov_client_loader &loader, client
             KT_TRY(input.fill(ctx));
             continue;
         }
-        if (step == client_step::row)
+        if (input.position() < job.skip_to) {
+            input.take(row.size);
+            continue;
+        }
+        if (step == client_step::row && row.head)
+            KT_TRY(my_take_script_row(ctx, loader, job, input, row));
+        else if (step == client_step::row)
             KT_TRY(my_take_row(ctx, loader, job, job.parts.front(), input, row));
         input.take(row.size);
         if (step == client_step::row)

@@ -207,15 +207,31 @@ static void my_prepare_table_file(KT_context *ctx, tov_client_loader &loader, cl
     KT_TRY(client_target__lay_out(ctx, loader.database, *target, job.dialect.cols, &part->layout));
 }
 
+// Whether a file holds statements: it is called so, or begins with one.
+static bool my_is_script(const tov_client_loader &loader, const client_load_job &job, const client_input &input)
+{
+    if (loader.settings.wish.format != client_format::guess)
+        return loader.settings.wish.format == client_format::insert;
+    const std::string_view name = my_base(job.path);
+    const bool is_named = name.size() > 4 && KT_stricmp(job.path.c_str() + job.path.size() - 4, ".sql") == 0;
+    const std::string_view data = input.data();
+    return is_named || (data.size() > 7 && KT_strnicmp(data.data(), "insert ", 7) == 0);
+}
+
 static void my_load_file(KT_context *ctx, tov_client_loader &loader, client_load_job &job)
 {
     client_input input;
     KT_TRY(input.open(ctx, job.path.c_str(), client_loader_encoding(loader)));
-    KT_TRY(my_prepare_table_file(ctx, loader, job, input));
+    if (my_is_script(loader, job, input))
+        KT_TRY(client_loader__begin_script(ctx, loader, job));
+    else
+        KT_TRY(my_prepare_table_file(ctx, loader, job, input));
     client_progress &first = job.parts.front().progress;
     if (first.state != client_load_state::loading)
         return;
-    if (first.position > 0)
+    if (job.dialect.format == client_format::insert) // what a statement says holds on after it
+        job.skip_to = first.position;
+    else if (first.position > 0)
         KT_TRY(input.seek(ctx, first.position, first.line));
     KT_TRY(my_open_rejects(ctx, loader, job, input));
     KT_TRY(client_loader__read_rows(ctx, loader, job, input));
@@ -317,7 +333,8 @@ static void my_report_part(KT_context *ctx, const tov_client_loader &loader, con
     KT_TRY(KT_vhash__add__int64(ctx, record, "loaded", taken_back ? 0 : part.progress.loaded));
     KT_TRY(KT_vhash__add__int64(ctx, record, "rejected", part.progress.rejected));
     KT_TRY(my_report_shortened(ctx, part.progress.shortened, record));
-    KT_TRY(KT_vhash__add__double(ctx, record, "seconds", job.seconds));
+    const bool is_first = &part == &job.parts.front() || &part == &job.parts[1]; // a script's first table
+    KT_TRY(KT_vhash__add__double(ctx, record, "seconds", is_first ? job.seconds : 0));
     KT_TRY(KT_vhash__add__bool(ctx, record, "before", part.was_loaded));
     KT_TRY(KT_vhash__add__bool(ctx, record, "history", part.is_history));
     KT_TRY(KT_vhash__add__bool(ctx, record, "part", job.source != nullptr));
@@ -334,7 +351,7 @@ void tov_client__finish_load(KT_context *ctx, tov_client_loader *loader, KT_varr
         KT_TRY(KT_varray__alloc(ctx, texts.out()));
         for (const client_load_job &job : loader->jobs) {
             for (const client_load_part &part : job.parts) {
-                if (part.target)
+                if (part.target || part.progress.read > 0)
                     KT_TRY(my_report_part(ctx, *loader, job, part, files));
             }
         }

@@ -18,6 +18,7 @@ struct client_load_part {
     client_run run;
     bool keeps_runs = false; // the table has references, for which its rows may have to be found again
     bool was_loaded = false; // by an earlier load, which told of it
+    std::string head;        // the last statement of a script for this table, which the layout is for
     bool is_history = false; // rows that are counted and left out
 };
 
@@ -38,6 +39,7 @@ struct client_load_job {
     std::deque<client_load_part> parts;   // the first one's record says how far the file was read
     client_part_source *source = nullptr; // of a row part; null for files
     std::unique_ptr<client_input> input;  // of a row part, while it is read
+    int64_t skip_to = 0; // of a script that an earlier load began: what stands before it is read, and not put in
     double seconds = 0;
 };
 
@@ -112,6 +114,7 @@ class client_row_search {
     }
 
   private:
+    void is_of_part(KT_context *ctx, tov_client_loader &loader, client_row &row, bool &is_wanted);
     void find_run(KT_context *ctx, tov_client_loader &loader);
     void look_at_row(KT_context *ctx, tov_client_loader &loader, client_input &input, const client_row &row);
     void refuse(KT_context *ctx, tov_client_loader &loader, client_input &input, const client_row &row, int64_t rowid);
@@ -125,8 +128,7 @@ class client_row_search {
     client_statement_handle orphan_;
     client_statement_handle deletion_;
     client_run run_;
-    size_t rowid_field_ = SIZE_MAX; // the field that is the integer primary key, if there is one
-    int64_t number_ = 0;            // of the row
+    int64_t number_ = 0; // of the row
     int64_t found_ = 0;
 };
 
@@ -134,6 +136,12 @@ class client_row_search {
 void client_loader__load_parts(KT_context *ctx, tov_client_loader &loader, client_part_source &source);
 void client_loader__search_parts(KT_context *ctx, tov_client_loader &loader, client_part_source &source,
                                  client_load_job &job, client_load_part &part, int64_t &found);
+
+// Begins a script: a record of how far it was read, and a part for each table that its statements name.
+void client_loader__begin_script(KT_context *ctx, tov_client_loader &loader, client_load_job &job);
+// The part and the layout for a row of a script. A row whose columns cannot be told is refused.
+void client_loader__find_script_part(KT_context *ctx, tov_client_loader &loader, client_load_job &job, client_row &row,
+                                     client_load_part **part);
 
 // The encoding to open files with: none for native forms, whatever they begin with.
 std::string client_loader_encoding(const tov_client_loader &loader);

@@ -1,12 +1,24 @@
 // Rows out of the text or bytes of a file, one after the other, in whatever form they stand.
 #pragma once
 
+#include "rows/convert/client_moments.hpp"
 #include "rows/convert/client_server_type.hpp"
 #include "rows/convert/client_value.hpp"
 
 #include <memory>
 #include <string>
 #include <vector>
+
+// What stands before the rows of an INSERT statement.
+struct client_insert_head {
+    std::string schema_name; // empty where it is not said
+    std::string tbl_name;
+    std::vector<std::string> cols; // that the values are for
+    bool has_cols = false;         // or that nothing is said about them
+    client_date_order date_order = client_date_order::mdy;
+    int64_t number = 0; // of the statement
+    std::string text;   // all of it
+};
 
 // A row as a file has it. All texts are borrowed from the data that it was read from, or from the row itself.
 struct client_row {
@@ -15,7 +27,10 @@ struct client_row {
     client_reject reject = client_reject::none; // why its fields cannot be told apart
     size_t place = SIZE_MAX;                    // the field where that was found, if one
     bool has_absent = false;                    // a field is absent
-    std::string unescaped;                      // room for values that stand in another form in the data
+    const client_insert_head *head = nullptr;   // of a script, whose rows say what table they are for
+    std::string_view before;                    // what has to stand around a row by itself
+    std::string_view after;
+    std::string unescaped; // room for values that stand in another form in the data
 };
 
 enum class client_step : uint8_t {
@@ -49,3 +64,6 @@ std::unique_ptr<client_reader> client_make_bcp_reader(client_bcp_form form);
 
 // bcp's native form (-N), which packages have, with a field for each of these types.
 std::unique_ptr<client_reader> client_make_native_reader(const std::vector<client_server_type> &types);
+
+// INSERT statements of T-SQL scripts. Fields stand in the order of the statement's columns.
+std::unique_ptr<client_reader> client_make_insert_reader();

@@ -249,6 +249,7 @@ void client_read_row_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id
             KT_TRY(my_read_fact_cols(ctx, schema, cols, tbl));
             KT_TRY(my_covers_all(ctx, schema, tbl, covers));
         }
+        tbl.has_facts = covers;
         if (!covers)
             KT_TRY(my_read_plain_cols(ctx, schema, tbl));
     });

@@ -26,6 +26,7 @@ struct client_row_tbl {
     std::string name;          // in SQLite
     std::string server_schema; // empty where the document does not say
     std::string server_name;
+    bool has_facts = false;  // the document says what the server says of it
     bool is_history = false; // of a temporal table: its rows are the server's own
     std::vector<client_row_col> cols;
 };

@@ -1,0 +1,87 @@
+// tov-schema unload: the rows of a database into files of the server's forms.
+
+#include "cli_files.hpp"
+#include "cli_harmless.hpp"
+#include "cli_schema.hpp"
+#include "commands.hpp"
+#include "tov_client.h"
+
+#include <memory>
+
+namespace {
+
+struct unload_options {
+    std::string schema;
+    std::string database;
+    std::string folder;
+    std::vector<std::string> tables;
+    std::string format = "bcp";
+    std::string encoding = "utf-8";
+    std::string field_end;
+    std::string row_end;
+    bool is_quiet = false;
+};
+
+} // namespace
+
+static void my_print_report(KT_context *ctx, KT_varray *report)
+{
+    std::string text;
+    uint32_t count = 0;
+    KT_varray__count(ctx, report, &count);
+    for (uint32_t n = 0; n < count; n++) {
+        KT_vhash *record = nullptr;
+        const char *file = nullptr;
+        int64_t rows = 0;
+        KT_varray__get__vhash(ctx, report, n, &record);
+        KT_vhash__get__sz(ctx, record, "file", &file);
+        KT_vhash__get__int64(ctx, record, "rows", &rows);
+        cli_check(ctx, "");
+        text += cli_harmless(file) + " " + std::to_string(rows) + "\n";
+    }
+    cli_print(text);
+}
+
+static int my_run_unload(const unload_options &options)
+{
+    const cli_context context;
+    cli_schema schema(context.ctx);
+    cli_load_schema(context.ctx, options.schema, &schema);
+    std::vector<const char *> tables;
+    for (const std::string &table : options.tables)
+        tables.push_back(table.c_str());
+    tov_client_unload_options client_options = {};
+    client_options.format = options.format.c_str();
+    client_options.encoding = options.encoding.c_str();
+    client_options.field_end = options.field_end.empty() ? nullptr : options.field_end.c_str();
+    client_options.row_end = options.row_end.empty() ? nullptr : options.row_end.c_str();
+    client_options.tbls = tables.data();
+    client_options.tbl_count = static_cast<uint32_t>(tables.size());
+    kt_owned_varray report{context.ctx};
+    tov_client__unload(context.ctx, schema, options.database.c_str(), options.folder.c_str(), &client_options,
+                       report.out());
+    cli_check(context.ctx, options.database);
+    if (!options.is_quiet)
+        my_print_report(context.ctx, report);
+    return cli_done;
+}
+
+void cli_add_unload(cli_arguments &arguments)
+{
+    auto options = std::make_shared<unload_options>();
+    const cli_command command = arguments.add("unload", "Write the rows of a database to files");
+    command.details("Each table goes into a file of its name, in the forms of the server's own tools. The files are "
+                    "printed\nwith their numbers of rows, in an order that references allow.\n\n"
+                    "Example: tov-schema unload schema.json client.db rows --format csv");
+    command.argument("SCHEMA", options->schema, "the schema that the database was created from").required();
+    command.argument("DATABASE", options->database, "the database file").required();
+    command.argument("FOLDER", options->folder, "where the files go; made when it is absent").required();
+    command.option("--table", options->tables, "write only this table; may be repeated", "NAME");
+    command.option("--format", options->format, "bcp or csv (default: bcp)", "NAME").one_of({"bcp", "csv"});
+    command.option("--encoding", options->encoding, "utf-8 or utf-16le (default: utf-8)", "NAME")
+        .one_of({"utf-8", "utf-16le"});
+    command.option("-t,--field-terminator", options->field_end, "what ends a field (default: \\t)", "STRING");
+    command.option("-r,--row-terminator", options->row_end, "what ends a row (default: \\n)", "STRING");
+    command.flag("--quiet", options->is_quiet, "do not print the files");
+    command.runs([options] { return my_run_unload(*options); });
+}

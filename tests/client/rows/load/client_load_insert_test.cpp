@@ -1,0 +1,90 @@
+// INSERT statements of scripts.
+#include "load_test.hpp"
+
+namespace {
+
+class ClientLoadInsert : public LoadTest {
+  protected:
+    void SetUp() override
+    {
+        LoadTest::SetUp();
+        create();
+    }
+};
+
+struct script_case {
+    const char *name;
+    const char *script;
+    const char *report;
+    const char *rows; // of Customers, or of Orders where the report names them
+};
+
+const script_case script_cases[] = {
+    {"a row a statement", "INSERT [dbo].[Customers] ([Id], [Name]) VALUES (1, N'Ada')\nGO\n", "Customers 1 1 0",
+     "1|'Ada'|NULL|NULL"},
+    {"many rows a statement", "insert into Customers (Id, Name) values (1, 'A'), (2,'B') , (3, 'C');",
+     "Customers 3 3 0", "1|'A'|NULL|NULL 2|'B'|NULL|NULL 3|'C'|NULL|NULL"},
+    {"without a list of columns", "insert Customers\n   values(1, 'Ada', 'AB',\n '7/4/1996')\n", "Customers 1 1 0",
+     "1|'Ada'|'AB '|'1996-07-04'"},
+    {"quotes and line ends", "INSERT INTO \"Customers\" (\"Id\",\"Name\") VALUES (1,'O''Hara\n''')", "Customers 1 1 0",
+     "1|'O''Hara\n'''|NULL|NULL"},
+    {"casts", "INSERT Customers (Id, Born) VALUES (CAST(1 AS int), CAST(N'2024-06-25' AS Date))", "Customers 1 1 0",
+     "1|NULL|NULL|'2024-06-25'"},
+    {"a cast with commas in its type",
+     "SET IDENTITY_INSERT Sales.Orders ON INSERT Sales.Orders (Id, Price) VALUES (7, CAST(1.50 AS Decimal(9, 2)))",
+     "Sales.Orders 1 1 0", "7|NULL|150"},
+    {"money and signs", "INSERT Sales.Orders (Id, Price) VALUES (7, $1.50), (-8, +2), (9, -0.0)", "Sales.Orders 3 3 0",
+     "-8|NULL|200 7|NULL|150 9|NULL|0"},
+    {"the identity is left out", "INSERT Sales.Orders VALUES (NULL, .5, 'note')", "Sales.Orders 1 1 0", "1|NULL|50"},
+    {"NULL and DEFAULT", "INSERT Customers (Id, Name, Code) VALUES (1, NULL, DEFAULT)", "Customers 1 1 0",
+     "1|NULL|NULL|NULL"},
+    {"what the server computes", "INSERT Customers (Id, Born) VALUES (1, getdate()), (2, NULL), (3, '2' + '0')",
+     "Customers 3 1 2", "2|NULL|NULL|NULL"},
+    {"rows of a query", "INSERT INTO Customers (Id) SELECT 1\nINSERT Customers (Id) VALUES (2)", "Customers 2 1 1",
+     "2|NULL|NULL|NULL"},
+    {"comments", "/* INSERT Customers VALUES (1) */ INSERT -- into\n Customers (Id) /* /* */ */ VALUES (1) -- end",
+     "Customers 1 1 0", "1|NULL|NULL|NULL"},
+    {"procedures are no rows",
+     "CREATE PROCEDURE p AS INSERT Customers (Id) VALUES (9)\nGO\nINSERT Customers (Id) VALUES (1)", "Customers 1 1 0",
+     "1|NULL|NULL|NULL"},
+    {"the order of dates", "SET DATEFORMAT dmy\nINSERT Customers (Id, Born) VALUES (1, '7/4/1996')", "Customers 1 1 0",
+     "1|NULL|NULL|'1996-04-07'"},
+    {"too few and too many values", "INSERT Customers (Id, Name) VALUES (1), (2, 'B'), (3, 'C', 'x')",
+     "Customers 3 1 2", "2|'B'|NULL|NULL"},
+    {"a column that is not there", "INSERT Customers (Id, Nam) VALUES (1, 'A')", "Customers 1 0 1", ""},
+    {"a script that ends in a row", "INSERT Customers (Id, Name) VALUES (1, 'A'), (2, 'B", "Customers 2 1 1",
+     "1|'A'|NULL|NULL"},
+    {"no rows at all", "PRINT 'INSERT Customers VALUES (1)'", "", ""},
+};
+
+TEST_F(ClientLoadInsert, Scripts)
+{
+    for (const script_case &c : script_cases) {
+        SCOPED_TRACE(c.name);
+        std::remove(path("db").c_str());
+        create();
+        EXPECT_EQ(load({write("rows.sql", c.script)}), c.report);
+        ASSERT_OK(ctx);
+        const bool of_orders = std::string(c.report).rfind("Sales", 0) == 0;
+        EXPECT_EQ(query(of_orders ? "SELECT Id, quote(Customer), Price FROM \"Sales.Orders\" ORDER BY Id"
+                                  : "SELECT Id, quote(Name), quote(Code), quote(Born) FROM Customers ORDER BY Id"),
+                  c.rows);
+    }
+}
+
+TEST_F(ClientLoadInsert, RefusedRowsAreStatementsAgain)
+{
+    const std::string rejects = path("rejects");
+    tov_client_load_options options = {};
+    options.rejects = rejects.c_str();
+    EXPECT_EQ(load({write("rows.sql", "INSERT Customers (Id, Born) VALUES (1, '1996-07-04'),\n (2, 'soon')\n"
+                                      "INSERT Sales.Orders (Id, Customer) VALUES (5, 1), (6, 9)\n")},
+                   options),
+              "Customers 2 1 1; Sales.Orders 2 1 1");
+    EXPECT_EQ(read("rejects/rows.sql"), "INSERT Customers (Id, Born) VALUES(2, 'soon');\n"
+                                        "INSERT Sales.Orders (Id, Customer) VALUES(6, 9);\n");
+    EXPECT_NE(read("rejects/rows.sql.jsonl").find("\"row\":2,\"line\":2,"), std::string::npos);
+    EXPECT_EQ(query("PRAGMA foreign_key_check"), "");
+}
+
+} // namespace
