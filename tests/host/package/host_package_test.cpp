@@ -23,6 +23,9 @@ TEST_F(HostPackageTest, BadFiles)
     std::string encrypted = stored(a_model(table));
     encrypted[6] |= 1;
     encrypted[encrypted.find(directory) + 8] |= 1;
+    std::string packed_oddly = stored(a_model(table));
+    packed_oddly[8] = 9; // deflate64
+    packed_oddly[packed_oddly.find(directory) + 10] = 9;
     const struct {
         const char *name;
         std::string bytes;
@@ -42,6 +45,8 @@ TEST_F(HostPackageTest, BadFiles)
          "today"},
         {"a model that was changed inside the archive", with(stored(a_model(table)), "[T]", "[U]"),
          "model.xml in the package is damaged: CRC error"},
+        {"a way of packing that is not known", packed_oddly,
+         "model.xml in the package cannot be unpacked: Compression method not supported"},
         {"an encrypted model", encrypted, "model.xml in the package is encrypted"},
         {"two entries of one name", with(a_zip({{"model.xml", "x"}, {"nodel.xml", "y"}}), "nodel", "Model"),
          "the package has two entries named Model.xml"},
