@@ -76,6 +76,7 @@ void KT_varray__append__string__sz(KT_context *ctx, KT_varray *list, const char 
 
 void KT_varray__append__bool(KT_context *ctx, KT_varray *list, KT_bool value) noexcept
 {
+    KT_RETURN_IF_FAILED;
     KT_variant boolean{};
     boolean.type = KT_VARIANT_BOOL;
     boolean.as.boolean = value != 0;

@@ -19,10 +19,11 @@ struct key_family {
     std::string (*key)(uint32_t n);
 };
 
-std::string numbered(const char *format, uint32_t n)
+// A number of this many hexadecimal digits, and an ending.
+std::string numbered(int digits, uint32_t n, const char *ending)
 {
     char text[64];
-    std::snprintf(text, sizeof text, format, n);
+    std::snprintf(text, sizeof text, "%0*x%s", digits, n, ending);
     return text;
 }
 
@@ -38,12 +39,12 @@ const key_family families[] = {
     {"numbers", [](uint32_t n) { return std::to_string(n); }},
     {"an ending that is almost the inverse of the golden ratio",
      [](uint32_t n) {
-         return numbered("%07x\x15|J\x7f"
-                         "9y7",
-                         n);
+         return numbered(7, n,
+                         "\x15|J\x7f"
+                         "9y7");
      }},
     {"an ending of zeros in the second factor",
-     [](uint32_t n) { return numbered("%07x\x01\x01\x01\x01\x01\x01\x01", n); }},
+     [](uint32_t n) { return numbered(7, n, "\x01\x01\x01\x01\x01\x01\x01"); }},
     {"differences in the first word's highest bytes", [](uint32_t n) { return with_bytes(n, 3, 14); }},
     {"differences in the second word's highest bytes", [](uint32_t n) { return with_bytes(n, 10, 14); }},
     {"long keys that differ in front", [](uint32_t n) { return with_bytes(n, 0, 40); }},
@@ -51,9 +52,9 @@ const key_family families[] = {
     {"long keys that differ at the end", [](uint32_t n) { return with_bytes(n, 36, 40); }},
     {"keys of fifteen bytes",
      [](uint32_t n) {
-         return numbered("%08x\x15|J\x7f"
-                         "9y7",
-                         n);
+         return numbered(8, n,
+                         "\x15|J\x7f"
+                         "9y7");
      }},
 };
 

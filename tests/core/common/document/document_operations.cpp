@@ -90,6 +90,7 @@ const operation operations[] = {
     ROW_OF(KT_variant__get__sz, nothing, const KT_variant *text = nullptr; KT_varray__get_nth(c, s.list, 0, &text);
            KT_variant__get__sz(c, text, &o.texts[0])),
     ROW(KT_varray__alloc, all, &o.lists[0]),
+    ROW(KT_varray__append__bool, all, s.list, 1),
     ROW(KT_varray__append__string__sz, all, s.list, long_text),
     ROW(KT_varray__appendnew__vhash, all, s.list, &o.child),
     ROW(KT_varray__count, nothing, s.list, &o.count),

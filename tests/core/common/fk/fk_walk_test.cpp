@@ -103,8 +103,8 @@ TEST_F(WalkTest, TableLevelKeysMustHaveWhatIsRead)
 TEST_F(WalkTest, ActionsThatAreNone)
 {
     for (const char *none : {"NO ACTION", "no action", "No Action"})
-        EXPECT_FALSE(fk_is_action(none)) << none;
-    EXPECT_FALSE(fk_is_action(nullptr));
+        EXPECT_FALSE(tov_is_fk_action(none)) << none;
+    EXPECT_FALSE(tov_is_fk_action(nullptr));
     for (const char *action : {"CASCADE", "", "NO ACTION ", "NO  ACTION", "RESTRICT"})
-        EXPECT_TRUE(fk_is_action(action)) << action;
+        EXPECT_TRUE(tov_is_fk_action(action)) << action;
 }
