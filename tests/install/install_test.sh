@@ -41,14 +41,18 @@ case $form in
     shared) kept=so gone=a ;;
 esac
 for library in libtov_schema libtov_schema_tools; do
-    test -f "$(echo "$prefix"/lib*/$library.$kept)"
+    test -f "$(find "$prefix"/lib* -name "$library.$kept")"
     test -z "$(find "$prefix" -name "$library.$gone")"
 done
 
-expected='"Id" integer primary key'
+module_prints='"Id" integer primary key'
+tools_print=$(printf 'CREATE TABLE "T" (\n    "Id" integer primary key NOT NULL\n);')
+
+# check EXPECTED PROGRAM
 check()
 {
-    local printed
+    local expected=$1 printed
+    shift
     printed=$("$@")
     if [[ $printed != "$expected" ]]; then
         printf '%s prints: %s\nexpected: %s\n' "$1" "$printed" "$expected" >&2
@@ -61,14 +65,13 @@ for language in c cxx; do
     cmake -S "$here/$language" -B "$work/$language" -G Ninja -DCMAKE_BUILD_TYPE=Release \
         -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
     cmake --build "$work/$language" >/dev/null
-    check "$work/$language/consumer"
+    check "$module_prints" "$work/$language/consumer"
 done
 
 # The tools: from an export to the text of a database.
-expected=$(printf 'CREATE TABLE "T" (\n    "Id" integer primary key NOT NULL\n);')
 cmake -S "$here/tools" -B "$work/tools" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$work/tools" >/dev/null
-check "$work/tools/consumer"
+check "$tools_print" "$work/tools/consumer"
 
 # The libraries that stand in a directory of their own are found at run time as they are by a packaged program.
 libdir=$(dirname "$(find "$prefix" -name 'libtov_schema.*' | head -n 1)")
@@ -76,13 +79,13 @@ export PKG_CONFIG_PATH=$libdir/pkgconfig
 export LD_LIBRARY_PATH=$libdir
 read -r -a flags <<<"$(pkg-config --cflags --libs tov_schema)"
 "$CC" -std=c99 -Wall -Wextra -Werror "$here/c/main.c" "${flags[@]}" -o "$work/c/with_pkg_config"
-check "$work/c/with_pkg_config"
+check "$module_prints" "$work/c/with_pkg_config"
 "$CXX" -std=c++17 -Wall -Wextra -Werror "$here/cxx/main.cpp" "${flags[@]}" -o "$work/cxx/with_pkg_config"
-check "$work/cxx/with_pkg_config"
+check "$module_prints" "$work/cxx/with_pkg_config"
 
 read -r -a flags <<<"$(pkg-config --cflags --libs tov_schema_tools)"
 "$CC" -std=c99 -Wall -Wextra -Werror "$here/tools/main.c" "${flags[@]}" -o "$work/tools/with_pkg_config"
-check "$work/tools/with_pkg_config"
+check "$tools_print" "$work/tools/with_pkg_config"
 
 # The same, after the tree has moved.
 mv "$prefix" "$prefix.moved"
@@ -91,4 +94,4 @@ export PKG_CONFIG_PATH=${PKG_CONFIG_PATH/$prefix/$prefix.moved}
 export LD_LIBRARY_PATH=${LD_LIBRARY_PATH/$prefix/$prefix.moved}
 read -r -a flags <<<"$(pkg-config --cflags --libs tov_schema)"
 "$CC" -std=c99 "$here/c/main.c" "${flags[@]}" -o "$work/c/with_moved_tree"
-check "$work/c/with_moved_tree"
+check "$module_prints" "$work/c/with_moved_tree"
