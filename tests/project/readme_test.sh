@@ -82,7 +82,7 @@ check_commands()
     for ((n = 1; ; n++)); do
         script=$(block README.md "run in examples" sh $n)
         [[ -n $script ]] || break
-        if [[ $script == *"tov-schema create"* ]]; then
+        if [[ $script == *"tov-schema create"* || $script == *"tov-schema convert"* ]]; then
             rm -f schema.json shop.db
             created=$((created + 1))
         fi
@@ -91,7 +91,7 @@ check_commands()
         sqlite3 shop.db "SELECT name FROM sqlite_schema WHERE type = 'table' ORDER BY name" >"$work/tables.$n"
         cmp "$work/tables.1" "$work/tables.$n"
     done
-    ((created == 3))
+    ((created == 4))
     [[ $(wc -l <"$work/tables.1") -eq 12 ]]
     [[ $(sqlite3 shop.db "SELECT Name FROM Countries") == Germany ]]
 }

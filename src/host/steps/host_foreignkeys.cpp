@@ -92,16 +92,18 @@ static void my_add_to_column(KT_context *ctx, host_import &import, const host_ta
                                      fk.ref_cols.front()->id_text.c_str(), 0, fk.on_delete, fk.on_update, 0));
 }
 
-static void my_add_to_table(KT_context *ctx, host_import &import, const host_table &table, const host_foreignkey &fk)
+// Who lists the keys that refer to a table asks each key of a table for its name, so one that has none gets one.
+static void my_add_to_table(KT_context *ctx, host_import &import, host_table &table, const host_foreignkey &fk)
 {
-    KT_TRY(tov_schema__create_foreignkey(ctx, import.schema, fk.id_text.c_str(), fk.name, table.id_text.c_str(),
+    const std::string name = host_constraint_id(table, fk.name, "FK", fk.cols);
+    KT_TRY(tov_schema__create_foreignkey(ctx, import.schema, fk.id_text.c_str(), name.c_str(), table.id_text.c_str(),
                                          fk.ref_tbl->id_text.c_str(), 0, fk.on_delete, fk.on_update, 0));
     for (size_t n = 0; n < fk.cols.size(); n++)
         KT_TRY(tov_schema__add_to_foreignkey(ctx, import.schema, table.id_text.c_str(), fk.id_text.c_str(),
                                              fk.cols[n]->id_text.c_str(), fk.ref_cols[n]->id_text.c_str()));
 }
 
-void host_add_foreignkeys(KT_context *ctx, host_import &import, const host_table &table)
+void host_add_foreignkeys(KT_context *ctx, host_import &import, host_table &table)
 {
     std::vector<const host_foreignkey *> kept;
     std::vector<const host_column *> taken;

@@ -49,7 +49,7 @@ std::string host_default_expression(const host_default &defval);
 void host_add_default(KT_context *ctx, host_import &import, const host_table &table, const host_column &col);
 
 // host_foreignkeys.cpp
-void host_add_foreignkeys(KT_context *ctx, host_import &import, const host_table &table);
+void host_add_foreignkeys(KT_context *ctx, host_import &import, host_table &table);
 
 // host_checks.cpp
 void host_add_checks(KT_context *ctx, host_import &import, host_table &table);

@@ -59,6 +59,15 @@ TEST_F(HostForeignkeysTest, SeveralColumnsGoToTheTable)
     EXPECT_EQ(codes(), always);
 }
 
+TEST_F(HostForeignkeysTest, AKeyOfATableThatNobodyNamedGetsAName)
+{
+    std::string fk = a_fk(99, "FK", 1, "B:Id A:Ver");
+    fk.replace(0, std::string_view(R"({"name":"FK")").size(), R"({"is_system_named":true)");
+    import_tables(parent + a_table(2, "C", child_cols, fks(fk)));
+    EXPECT_TRUE(has(R"("foreignkeys":{"99":{"cols":{"2":"1","1":"2"},"name":"FK_C_B_A",)")) << document();
+    EXPECT_EQ(codes(), always);
+}
+
 TEST_F(HostForeignkeysTest, ASecondKeyOfAColumnGoesToTheTable)
 {
     import_tables(parent + a_table(3, "Q", a_col(1, "Id", "int"), a_pk("PK_Q", "Id")) + ',' +
