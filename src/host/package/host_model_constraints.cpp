@@ -26,9 +26,9 @@ static void my_keep_references(KT_context *ctx, host_model &model, const host_no
 // The columns of a key, in its order.
 static void my_read_key_cols(KT_context *ctx, host_model &model, const host_node &element, host_model_index &index)
 {
-    KT_TRY(host_for_each(ctx, element, "ColumnSpecifications", [&](KT_context *, const host_node &specification) {
-        index.cols.push_back(my_keep_reference(model, specification, "Column"));
-        index.key.descending.push_back(host_is_false(specification, "IsAscending"));
+    KT_TRY(host_for_each(ctx, element, "ColumnSpecifications", [&](KT_context *, const host_node &indexed_col) {
+        index.cols.push_back(my_keep_reference(model, indexed_col, "Column"));
+        index.key.descending.push_back(host_is_false(indexed_col, "IsAscending"));
     }));
 }
 
