@@ -32,6 +32,7 @@ static void my_add_commands(cli_arguments &arguments)
     cli_add_load(arguments);
     cli_add_unload(arguments);
     cli_add_tables(arguments);
+    cli_add_columns(arguments);
     cli_add_default(arguments);
     cli_add_refs(arguments);
     cli_add_graph(arguments);

@@ -30,6 +30,7 @@ struct convert_options {
     bool exact = false;
     bool all_or_nothing = false;
     bool is_quiet = false;
+    bool views = false;
 };
 
 // A file that goes again unless it gets its name.
@@ -96,7 +97,8 @@ static void my_read_parts(KT_context *ctx, void *data, tov_client_take_part take
 static void my_create(KT_context *ctx, const convert_options &options, tov_schema *schema, const std::string &path)
 {
     cli_progress progress("creating");
-    tov_client__create_database(ctx, schema, path.c_str(), cli_progress::step, &progress);
+    const tov_client_create_options create_options = {options.views, cli_progress::step, &progress};
+    tov_client__create_database__with(ctx, schema, path.c_str(), &create_options);
     progress.finish();
     cli_check(ctx, options.database);
 }
@@ -180,6 +182,7 @@ void cli_add_convert(cli_arguments &arguments)
     command.option("--findings", options->findings, "write the findings to this file, as JSON", "FILE");
     command.option("--rejects", options->rejects, "keep refused rows in this directory, with the reasons beside them",
                    "FOLDER");
+    command.flag("--views", options->views, "add a view v_TABLE for each table, which shows values as the server does");
     command.flag("--exact", options->exact, "refuse values that would have to be shortened");
     command.flag("--all-or-nothing", options->all_or_nothing, "make no database when any row is refused");
     command.flag("--quiet", options->is_quiet, "print neither findings nor the table at the end");

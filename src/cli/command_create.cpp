@@ -17,6 +17,7 @@ struct create_options {
     std::string schema;
     std::string database;
     std::string output = "-";
+    bool views = false;
 };
 
 } // namespace
@@ -32,6 +33,9 @@ static void my_print_remarks(KT_context *ctx, tov_schema *schema, const std::str
         cli_tell_line("tov-schema: note: " + remark);
 }
 
+static constexpr const char *views_help =
+    "add a view v_TABLE for each table, which shows decimals, money and guids as the server does";
+
 static int my_run_create(const create_options &options)
 {
     if (options.database == "-")
@@ -43,7 +47,8 @@ static int my_run_create(const create_options &options)
     cli_load_schema(context.ctx, options.schema, &schema);
     my_print_remarks(context.ctx, schema, options.schema);
     cli_progress progress("creating");
-    tov_client__create_database(context.ctx, schema, options.database.c_str(), cli_progress::step, &progress);
+    const tov_client_create_options client_options = {options.views, cli_progress::step, &progress};
+    tov_client__create_database__with(context.ctx, schema, options.database.c_str(), &client_options);
     progress.finish();
     const bool is_of_database = KT_context__err_code(context.ctx) >= KT_ERR_SQLITE(0);
     cli_check(context.ctx, is_of_database ? options.database : options.schema);
@@ -60,7 +65,8 @@ static int my_run_sql(const create_options &options)
     KT_string *script = nullptr;
     {
         const cli_waiting waiting("writing");
-        tov_client__write_script(context.ctx, schema, &script);
+        const tov_client_create_options client_options = {options.views, nullptr, nullptr};
+        tov_client__write_script__with(context.ctx, schema, &client_options, &script);
     }
     const std::string text = cli_take(context.ctx, script);
     cli_check(context.ctx, options.schema);
@@ -76,6 +82,7 @@ void cli_add_create(cli_arguments &arguments)
                     "Example: tov-schema create schema.json client.db");
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.argument("DATABASE", options->database, "the database file; made when it is absent").required();
+    command.flag("--views", options->views, views_help);
     command.runs([options] { return my_run_create(*options); });
 }
 
@@ -86,5 +93,6 @@ void cli_add_sql(cli_arguments &arguments)
     command.details("Example: tov-schema sql schema.json | sqlite3 -bail client.db");
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.option("-o,--output", options->output, "where the script goes (default: standard output)");
+    command.flag("--views", options->views, views_help);
     command.runs([options] { return my_run_sql(*options); });
 }

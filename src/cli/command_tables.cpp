@@ -3,6 +3,7 @@
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
 #include "cli_json.hpp"
+#include "cli_layout.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
 #include "tov_client.h"
@@ -70,23 +71,16 @@ static table_facts my_facts_of(KT_context *ctx, tov_schema *schema, const std::s
     return facts;
 }
 
-// The number of characters, which is the width on a terminal for most names.
-static size_t my_count_characters(const std::string &text)
-{
-    return static_cast<size_t>(
-        std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
-}
-
 static std::string my_as_text(const std::vector<table_facts> &tables)
 {
     size_t width = 5;
     std::vector<std::string> names;
     for (const table_facts &t : tables) {
         names.push_back(cli_harmless(t.name));
-        width = std::max(width, my_count_characters(names.back()));
+        width = std::max(width, cli_width(names.back()));
     }
     const auto line = [&](const std::string &name, const char *rest) {
-        return name + std::string(width - my_count_characters(name), ' ') + rest + "\n";
+        return name + std::string(width - cli_width(name), ' ') + rest + "\n";
     };
     std::string text = line("table", "  columns  key  uniques  foreign keys  checks");
     for (size_t n = 0; n < tables.size(); n++) {

@@ -42,6 +42,26 @@ TOV_API void tov_client__create_database(KT_context *ctx, tov_schema *schema, co
                                          void (*progress)(void *data, uint32_t done, uint32_t total),
                                          void *data) KT_NOEXCEPT;
 
+/** What is created besides tables and triggers. All zero is nothing. */
+typedef struct tov_client_create_options {
+    /**
+     * Whether each table gets a view of its name after "v_", which shows decimals, money, guids and moments as the
+     * server does. Creating fails with KT_ERR_SCHEMA_NOT_SUPPORTED when a table has the name of a view.
+     */
+    KT_bool views;
+    /** Optional: called after each statement with the number done and their total. */
+    void (*progress)(void *data, uint32_t done, uint32_t total);
+    void *data;
+} tov_client_create_options;
+
+/** tov_client__write_script() with options. */
+TOV_API void tov_client__write_script__with(KT_context *ctx, tov_schema *schema,
+                                            const tov_client_create_options *options, KT_string **script) KT_NOEXCEPT;
+
+/** tov_client__create_database() with options. */
+TOV_API void tov_client__create_database__with(KT_context *ctx, tov_schema *schema, const char *file_name,
+                                               const tov_client_create_options *options) KT_NOEXCEPT;
+
 /**
  * Lists the ids of all tables in the order in which they are created: referenced tables before referencing ones.
  * Where that is impossible (tables that refer to each other in a cycle, an order that is refused) the ids stand in
@@ -65,6 +85,30 @@ TOV_API void tov_client__creation_order(KT_context *ctx, tov_schema *schema, KT_
  *   is compiled in a scratch database where nothing but harmless functions and the table's own columns are allowed.
  */
 TOV_API void tov_client__check_texts(KT_context *ctx, tov_schema *schema) KT_NOEXCEPT;
+
+/**
+ * Describes how the values of tables are kept, for programs that read and write the database themselves.
+ *
+ * The guide is a map with a list "tables". Each table is a map: "table" and "server_table" (its names in SQLite and on the server), "columns", and "insert": the
+ * INSERT that stores a row, the n-th parameter being the value of the n-th column that is not left out. A column is a
+ * map of these members; those that have nothing to say are left out:
+ * - "name", "server_type" (e.g. "decimal(9,2)"), "user_type" (the alias type that it was declared with)
+ * - "storage" (INTEGER, REAL, TEXT or BLOB) and "form": what is stored, in words; "left_out": why the SQLite table does
+ *   not have the column, and then nothing follows but "computed"
+ * - "example" and "stored_example": a value as the server shows it, and the SQL expression of the same as it is stored
+ * - "show": the expression that shows the column's value as the server does
+ * - "store": the expression that makes the stored value of a parameter, ?1, and "bind": what the parameter takes;
+ *   "store_text": the same of a text that "show" gives, where "store" takes bytes (from SQLite 3.41 on)
+ * - "nullable", "required": whether NULL is allowed, and whether each INSERT must give the column a value
+ * - "default" and "server_default", "identity", "computed": the expressions; the seed and increment
+ * - "primary_key": the column's position in the key, counted from 1; "unique": true where it is part of another key
+ * - "references": a list of maps with "table" and "column"
+ *
+ * @param tbl_id      optional; the one table to describe, else all of them are, in schema order.
+ * @param[out] guide  owned.
+ */
+TOV_API void tov_client__describe_columns(KT_context *ctx, tov_schema *schema, const char *tbl_id,
+                                          KT_vhash **guide) KT_NOEXCEPT;
 
 /* Loading rows that the server's own tools wrote into a created database. */
 

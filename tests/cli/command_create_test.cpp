@@ -47,6 +47,14 @@ TEST_F(CommandCreateTest, MakesADatabaseThatWorks)
               "[CustomerId] constraint violation: type mismatch: sint32(integer)");
 }
 
+TEST_F(CommandCreateTest, MakesViewsWhereTheyAreAskedFor)
+{
+    EXPECT_EXIT_CODE(run({"create", "--views", path("s.json"), path("client.db")}), 0);
+    query("client.db", "INSERT INTO Orders (Total) VALUES (1250)");
+    EXPECT_EQ(query("client.db", "SELECT Total FROM v_Orders"), "12.50 ");
+    EXPECT_NE(run({"sql", "--views", path("s.json")}).out.find("CREATE VIEW \"v_Orders\""), std::string::npos);
+}
+
 TEST_F(CommandCreateTest, TheScriptGivesTheSameDatabase)
 {
     ASSERT_EQ(run({"create", path("s.json"), path("created.db")}).exit_code, 0);

@@ -95,8 +95,23 @@ static bool my_may_create_trigger(const client_guard &guard, int action, const c
 {
     switch (action) {
     case SQLITE_CREATE_TRIGGER:
-        return my_equal(first, guard.trigger) && my_equal(second, guard.tbl);
+        return my_equal(first, guard.name) && my_equal(second, guard.tbl);
     case SQLITE_INSERT:
+    case SQLITE_READ:
+        return my_is_schema_tbl(first);
+    default:
+        return false;
+    }
+}
+
+// What the view selects is looked at when it is used.
+static bool my_may_create_view(const client_guard &guard, int action, const char *first) noexcept
+{
+    switch (action) {
+    case SQLITE_CREATE_VIEW:
+        return my_equal(first, guard.name);
+    case SQLITE_INSERT:
+    case SQLITE_UPDATE:
     case SQLITE_READ:
         return my_is_schema_tbl(first);
     default:
@@ -117,6 +132,8 @@ static bool my_may(const client_guard &guard, int action, const char *first, con
         return my_may_change_rows(guard, action, first, second);
     case client_duty::trigger:
         return my_may_create_trigger(guard, action, first, second);
+    case client_duty::view:
+        return my_may_create_view(guard, action, first);
     case client_duty::own_statement:
         return true;
     }

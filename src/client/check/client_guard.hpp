@@ -10,13 +10,14 @@ enum class client_duty {
     tbl,           // CREATE TABLE of the table named
     rows,          // INSERT into and UPDATE of the table named
     trigger,       // CREATE TRIGGER of the trigger named, on the table named
+    view,          // CREATE VIEW of the view named
     own_statement, // a statement that holds no text of a schema: every action is allowed
 };
 
 struct client_guard {
     client_duty duty = client_duty::nothing;
     const char *tbl = nullptr;
-    const char *trigger = nullptr;
+    const char *name = nullptr; // of a trigger or view
 };
 
 // Gives a guard a duty until the end of the scope, and then none.

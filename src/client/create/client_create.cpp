@@ -59,13 +59,23 @@ static void my_create_all(KT_context *ctx, tov_schema *schema, const client_plan
     KT_TRY(client_database__commit(ctx, database));
 }
 
+void tov_client__create_database__with(KT_context *ctx, tov_schema *schema, const char *file_name,
+                                       const tov_client_create_options *options) noexcept
+{
+    const tov_client_create_options chosen = options ? *options : tov_client_create_options{};
+    client_plan plan{ctx};
+    plan.with_views = chosen.views;
+    KT_TRY(client_make_plan(ctx, schema, plan));
+    client_file file;
+    my_create_all(ctx, schema, plan, file_name, file,
+                  {nullptr, 0, client_count_statements(plan), chosen.progress, chosen.data});
+    if (kt_failed_at(ctx, KT_HERE, __LINE__))
+        client_file__remove_if_empty(file);
+}
+
 void tov_client__create_database(KT_context *ctx, tov_schema *schema, const char *file_name,
                                  void (*progress)(void *data, uint32_t done, uint32_t total), void *data) noexcept
 {
-    client_plan plan{ctx};
-    KT_TRY(client_make_plan(ctx, schema, plan));
-    client_file file;
-    my_create_all(ctx, schema, plan, file_name, file, {nullptr, 0, client_count_statements(plan), progress, data});
-    if (kt_failed_at(ctx, KT_HERE, __LINE__))
-        client_file__remove_if_empty(file);
+    const tov_client_create_options options = {0, progress, data};
+    KT_TRY(tov_client__create_database__with(ctx, schema, file_name, &options));
 }

@@ -55,6 +55,13 @@ int client_database__begin(client_database &database) noexcept
     return my_run(database, client_begin);
 }
 
+static const char *my_kind_word(client_kind kind) noexcept
+{
+    if (kind == client_kind::tbl)
+        return "table";
+    return kind == client_kind::view ? "view" : "trigger";
+}
+
 static void my_refuse_taken(KT_context *ctx, void *taken_names, const client_statement &statement) noexcept
 {
     kt_owned_text folded{ctx};
@@ -66,8 +73,8 @@ static void my_refuse_taken(KT_context *ctx, void *taken_names, const client_sta
     kt_owned_string shown{ctx};
     KT_TRY(KT_string__alloc(ctx, shown.out()));
     KT_TRY(KT_string__append__shown(ctx, shown, statement.name));
-    const char *kind = statement.kind == client_kind::tbl ? "table" : "trigger";
-    KT_FAIL(KT_ERR_SQLITE(SQLITE_ERROR), "%s %s: an object of this name already exists", kind, KT_string__sz(shown));
+    KT_FAIL(KT_ERR_SQLITE(SQLITE_ERROR), "%s %s: an object of this name already exists", my_kind_word(statement.kind),
+            KT_string__sz(shown));
 }
 
 // Adds the names in the schema table, in lower case, and keeps its last row in mind.
@@ -130,15 +137,16 @@ static void my_create_tbl(KT_context *ctx, client_database &database, const clie
     KT_TRY(client_schema_rows__note_tbl(ctx, database));
 }
 
-static void my_create_trigger(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
+// A trigger or a view.
+static void my_create_on_tbl(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
 {
     KT_TRY(client_schema_rows__end_tbls(ctx, database));
     const bool insert = database.insert_row != nullptr;
-    const client_guard guard{client_duty::trigger, statement.tbl, statement.name};
-    int code = my_compile(database, guard, statement.sql, !insert);
+    const client_duty duty = statement.kind == client_kind::view ? client_duty::view : client_duty::trigger;
+    int code = my_compile(database, {duty, statement.tbl, statement.name}, statement.sql, !insert);
     if (code == SQLITE_OK && insert)
-        code = client_schema_rows__insert_trigger(database, statement);
-    const client_place place{statement.tbl, "trigger", statement.name};
+        code = client_schema_rows__insert(database, statement);
+    const client_place place{statement.tbl, my_kind_word(statement.kind), statement.name};
     if (code != SQLITE_OK)
         CLIENT_FAIL(KT_ERR_SQLITE(code), place, "%s", database.functions->message(database.connection));
 }
@@ -148,7 +156,7 @@ void client_database__create(KT_context *ctx, client_database &database, const c
     if (statement.kind == client_kind::tbl)
         KT_TRY(my_create_tbl(ctx, database, statement));
     else
-        KT_TRY(my_create_trigger(ctx, database, statement));
+        KT_TRY(my_create_on_tbl(ctx, database, statement));
 }
 
 void client_database__commit(KT_context *ctx, client_database &database) noexcept

@@ -7,8 +7,8 @@
 // - While tables are created, the rows of those that are finished wait on a shelf, a temporary table, and SQLite is
 //   made to forget these tables; a table may refer to one that SQLite does not know. The rows go back, in order, before
 //   the first trigger, and SQLite reads them once.
-// - A trigger's statement is compiled, which checks it as creating would, but not run: the row that running would
-//   write is inserted instead.
+// - A trigger's or view's statement is compiled, which checks it as creating would, but not run: the row that running
+//   would write is inserted instead.
 #include "create/client_schema_rows.hpp"
 
 #include <sqlite3.h>
@@ -26,8 +26,8 @@ static constexpr const char *delete_shelved = "DELETE FROM main.sqlite_master";
 static constexpr const char *empty_shelf =
     "INSERT INTO main.sqlite_master(type, name, tbl_name, rootpage, sql) "
     "SELECT type, name, tbl_name, rootpage, sql FROM temp.\"tov'shelf\" ORDER BY rowid";
-static constexpr const char *insert_trigger =
-    "INSERT INTO main.sqlite_master(type, name, tbl_name, rootpage, sql) VALUES('trigger', ?1, ?2, 0, ?3)";
+static constexpr const char *insert_row =
+    "INSERT INTO main.sqlite_master(type, name, tbl_name, rootpage, sql) VALUES(?4, ?1, ?2, 0, ?3)";
 
 static constexpr const char *drop_shelf = "DROP TABLE temp.\"tov'shelf\"";
 
@@ -41,7 +41,7 @@ void client_schema_rows__begin(KT_context *ctx, client_database &database, const
         return;
     KT_TRY(client_database__run(ctx, database, allow_writing));
     const client_on_duty duty(database.guard, {client_duty::own_statement});
-    database.functions->prepare(database.connection, insert_trigger, database.insert_row.out());
+    database.functions->prepare(database.connection, insert_row, database.insert_row.out());
 }
 
 // Runs a statement that is about the rows after the last one that was there before.
@@ -88,16 +88,17 @@ void client_schema_rows__end_tbls(KT_context *ctx, client_database &database) no
     database.has_shelf = false;
 }
 
-int client_schema_rows__insert_trigger(client_database &database, const client_statement &statement) noexcept
+int client_schema_rows__insert(client_database &database, const client_statement &statement) noexcept
 {
     const KT_sqlite_functions *functions = database.functions;
     sqlite3_stmt *row = database.insert_row;
     const client_on_duty duty(database.guard, {client_duty::own_statement});
-    int code = functions->bind_text(row, 1, statement.name, -1);
-    if (code == SQLITE_OK)
-        code = functions->bind_text(row, 2, statement.tbl, -1);
-    if (code == SQLITE_OK)
-        code = functions->bind_text(row, 3, statement.sql, -1);
+    const bool is_view = statement.kind == client_kind::view;
+    const char *values[] = {statement.name, is_view ? statement.name : statement.tbl, statement.sql,
+                            is_view ? "view" : "trigger"};
+    int code = SQLITE_OK;
+    for (int n = 0; n < 4 && code == SQLITE_OK; n++)
+        code = functions->bind_text(row, n + 1, values[n], -1);
     if (code == SQLITE_OK)
         code = functions->step(row);
     const int reset_code = functions->reset(row);

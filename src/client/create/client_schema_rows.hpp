@@ -13,5 +13,5 @@ void client_schema_rows__note_tbl(KT_context *ctx, client_database &database) no
 // To be called once all tables are created.
 void client_schema_rows__end_tbls(KT_context *ctx, client_database &database) noexcept;
 
-// Inserts the row that running the statement of a trigger would write. The code is SQLite's.
-int client_schema_rows__insert_trigger(client_database &database, const client_statement &statement) noexcept;
+// Inserts the row that running the statement of a trigger or a view would write. The code is SQLite's.
+int client_schema_rows__insert(client_database &database, const client_statement &statement) noexcept;

@@ -14,9 +14,11 @@ static void my_append_statement(KT_context *ctx, void *script, const client_stat
     KT_TRY(my_append_line(ctx, static_cast<KT_string *>(script), statement.sql));
 }
 
-void tov_client__write_script(KT_context *ctx, tov_schema *schema, KT_string **script) noexcept
+void tov_client__write_script__with(KT_context *ctx, tov_schema *schema, const tov_client_create_options *options,
+                                    KT_string **script) noexcept
 {
     client_plan plan{ctx};
+    plan.with_views = options && options->views;
     KT_TRY(client_make_plan(ctx, schema, plan));
     kt_owned_string text{ctx};
     KT_TRY(KT_string__alloc(ctx, text.out()));
@@ -26,4 +28,9 @@ void tov_client__write_script(KT_context *ctx, tov_schema *schema, KT_string **s
     KT_TRY(client_each_statement(ctx, schema, plan, my_append_statement, text));
     KT_TRY(my_append_line(ctx, text, client_commit));
     text.move_to(script);
+}
+
+void tov_client__write_script(KT_context *ctx, tov_schema *schema, KT_string **script) noexcept
+{
+    KT_TRY(tov_client__write_script__with(ctx, schema, nullptr, script));
 }

@@ -2,10 +2,12 @@
 // database, so it is laid out for a reader.
 #include "create/client_statements.hpp"
 
+#include "create/client_views.hpp"
+
 #define KT_HERE "src/client/create/client_statements"
 
 static constexpr client_kind kinds[] = {client_kind::tbl, client_kind::insert_trigger, client_kind::update_trigger,
-                                        client_kind::delete_trigger};
+                                        client_kind::delete_trigger, client_kind::view};
 
 namespace {
 using id_getter = void (*)(KT_context *, tov_schema *, const char *tbl_id, uint32_t n, const char **id) noexcept;
@@ -126,16 +128,18 @@ static void my_write_trigger(KT_context *ctx, tov_schema *schema, client_kind ki
     KT_TRY(KT_string__append__sz(ctx, sql, "END"));
 }
 
-static bool my_is_needed(client_kind kind, const client_tbl &tbl) noexcept
+static bool my_is_needed(const client_plan &plan, client_kind kind, const client_tbl &tbl) noexcept
 {
+    if (kind == client_kind::view)
+        return plan.with_views;
     return kind != client_kind::delete_trigger || !tbl.cascades.empty() || !tbl.resets.empty();
 }
 
 static void my_append_name(KT_context *ctx, const client_plan &plan, client_kind kind, const client_tbl &tbl,
                            KT_string *name) noexcept
 {
-    static constexpr const char *words[] = {"", "insert_", "update_", "delete_"};
-    const bool trigger = kind != client_kind::tbl;
+    static constexpr const char *words[] = {"", "insert_", "update_", "delete_", client_view_prefix};
+    const bool trigger = kind != client_kind::tbl && kind != client_kind::view;
     const char *prefix = trigger ? plan.trigger_prefix.c_str() : "";
     KT_TRY(KT_string__append__format(ctx, name, "%s%s%s", prefix, words[static_cast<int>(kind)], tbl.name));
 }
@@ -151,6 +155,8 @@ static void my_hand_out(KT_context *ctx, tov_schema *schema, const client_plan &
     KT_TRY(my_append_name(ctx, plan, kind, tbl, name));
     if (schema && kind == client_kind::tbl)
         KT_TRY(my_write_tbl(ctx, schema, tbl, sql));
+    else if (schema && kind == client_kind::view)
+        KT_TRY(client_write_view(ctx, schema, tbl, sql));
     else if (schema)
         KT_TRY(my_write_trigger(ctx, schema, kind, tbl, KT_string__sz(name), sql));
     KT_TRY(sink(ctx, data, {kind, tbl.name, KT_string__sz(name), KT_string__sz(sql)}));
@@ -160,7 +166,7 @@ static void my_each(KT_context *ctx, tov_schema *schema, const client_plan &plan
 {
     for (client_kind kind : kinds) {
         for (const client_tbl &tbl : plan.tbls) {
-            if (my_is_needed(kind, tbl))
+            if (my_is_needed(plan, kind, tbl))
                 KT_TRY(my_hand_out(ctx, schema, plan, kind, tbl, sink, data));
         }
     }
@@ -171,7 +177,7 @@ uint32_t client_count_statements(const client_plan &plan) noexcept
     uint32_t count = 0;
     for (client_kind kind : kinds) {
         for (const client_tbl &tbl : plan.tbls)
-            count += my_is_needed(kind, tbl);
+            count += my_is_needed(plan, kind, tbl);
     }
     return count;
 }
