@@ -1,8 +1,9 @@
-// What must hold of any package: it is read or refused in order, and a catalogue that comes out of it is whole.
+// What must hold of any package: it is read or refused in order, a catalogue that comes out of it is whole, and so is
+// the database that is created of it.
 #pragma once
 
 #include "package/host_package.hpp"
-#include "watched_creation.hpp"
+#include "watched_import.hpp"
 
 #include "tov_row_parts.h"
 
@@ -73,5 +74,8 @@ inline void read_watched(std::string_view bytes)
         tov_host__count_packed_rows(ctx, bytes.data(), bytes.size(), &count);
         ended_well(ctx);
     }
+    tov_host_options options{};
+    options.source = TOV_HOST_SOURCE_PACKAGE;
+    import_watched(ctx, {{"source.dacpac", bytes.data(), bytes.size()}}, options);
     KT_context__free(ctx);
 }

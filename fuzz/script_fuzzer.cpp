@@ -2,12 +2,7 @@
 // client creates the tables and triggers, and nothing else, or refuses it in order.
 //
 // A line that holds nothing but "%%" parts the bytes into several files.
-#include "watched_creation.hpp"
-
-#include "tov_host.h"
-
-#include <string>
-#include <vector>
+#include "watched_import.hpp"
 
 namespace {
 
@@ -41,15 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     tov_host_options options{};
     options.source = TOV_HOST_SOURCE_SCRIPT;
     options.defines = {defines, 2};
-    tov_schema *schema = nullptr;
-    KT_varray *findings = nullptr;
-    tov_host__import_files(ctx, files.data(), files.size(), &options, &schema, &findings);
-    const bool is_imported = ended_well(ctx);
-    check(is_imported == (schema != nullptr) && (is_imported || !findings), "results and failure");
-    if (schema)
-        create_watched(ctx, schema, false);
-    KT_varray__free(ctx, findings);
-    tov_schema__nullfree(ctx, &schema);
+    import_watched(ctx, files, options);
     KT_context__free(ctx);
     return 0;
 }
