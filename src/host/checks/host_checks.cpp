@@ -26,7 +26,7 @@ static void my_write_columns(KT_context *ctx, host_import &import, const host_ta
             continue;
         const char *defin = nullptr;
         KT_TRY(
-            tov_schema__get_col_defin(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(), nullptr, &defin));
+            tov_schema__get_col_defin(ctx, import.schema, table.id_text.c_str(), col.id_text, nullptr, &defin));
         columns += std::string(defin) + ", ";
     }
 }
@@ -65,7 +65,7 @@ static void my_add_check(KT_context *ctx, host_import &import, host_table &table
     }
     const std::string enclosed = '(' + std::string(check.definition) + ')';
     KT_TRY(tov_schema__add_colcon_check(ctx, import.schema, table.id_text.c_str(),
-                                        reading.cols.front()->id_text.c_str(), check.name,
+                                        reading.cols.front()->id_text, check.name,
                                         reading.is_enclosed ? check.definition : enclosed.c_str()));
 }
 

@@ -32,7 +32,7 @@ struct host_identity {
 
 struct host_column {
     int64_t id = 0;
-    std::string id_text;
+    const char *id_text = nullptr;
     const char *name = nullptr;
     const char *system_type = nullptr; // absent for a CLR type
     const char *user_type = nullptr;   // as declared, perhaps an alias

@@ -1,7 +1,7 @@
 // The sizes that the server records for its types.
 #include "records/host_declared_type.hpp"
 
-#include <algorithm>
+#include <array>
 
 enum class host_sizes {
     fixed,   // as in the table
@@ -14,7 +14,7 @@ enum class host_sizes {
 };
 
 struct host_type_sizes {
-    const char *name;
+    std::string_view name; // ends at NUL
     host_sizes sizes;
     int64_t max_length;
     int64_t precision;
@@ -57,20 +57,37 @@ static constexpr host_type_sizes type_sizes[] = {
     {"xml", host_sizes::fixed, -1, 0, 0},
 };
 
-static std::string my_folded(std::string_view name)
+// A type's slot in a table that is made when this is compiled: every column asks for one.
+static constexpr size_t slot_count = 128;
+
+static constexpr size_t my_slot(std::string_view name)
 {
-    std::string folded(name);
-    std::transform(folded.begin(), folded.end(), folded.begin(),
-                   [](char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte | 0x20) : byte; });
-    return folded;
+    const auto at = [name](size_t n) { return static_cast<size_t>(static_cast<unsigned char>(name[n])); };
+    return (at(0) * 7 + at(name.size() - 1) * 5 + at(name.size() / 2) * 3 + name.size()) % slot_count;
 }
+
+static constexpr std::array<uint8_t, slot_count> my_fill_slots()
+{
+    std::array<uint8_t, slot_count> slots{};
+    for (size_t n = 0; n < std::size(type_sizes); n++) {
+        size_t slot = my_slot(type_sizes[n].name);
+        while (slots[slot] != 0)
+            slot = (slot + 1) % slot_count;
+        slots[slot] = static_cast<uint8_t>(n + 1);
+    }
+    return slots;
+}
+static constexpr std::array<uint8_t, slot_count> slots = my_fill_slots();
 
 static const host_type_sizes *my_find(std::string_view name)
 {
-    const auto *found = std::lower_bound(
-        std::begin(type_sizes), std::end(type_sizes), name,
-        [](const host_type_sizes &type, std::string_view sought) { return std::string_view(type.name) < sought; });
-    return found != std::end(type_sizes) && found->name == name ? found : nullptr;
+    if (name.empty())
+        return nullptr;
+    for (size_t slot = my_slot(name); slots[slot] != 0; slot = (slot + 1) % slot_count) {
+        if (type_sizes[slots[slot] - 1].name == name)
+            return &type_sizes[slots[slot] - 1];
+    }
+    return nullptr;
 }
 
 static int64_t my_decimal_bytes(int64_t precision)
@@ -129,9 +146,19 @@ static std::string_view my_catalogue_name(std::string_view name, const host_decl
     return name == "float" && type.precision.value_or(53) <= 24 ? "real" : name;
 }
 
+// Readers that know the type give its name as the table has it.
+static std::string_view my_folded(std::string_view name, std::string &buffer)
+{
+    if (my_find(name))
+        return name;
+    buffer = host_folded(name);
+    return buffer;
+}
+
 void host_set_declared_type(host_texts &texts, const host_declared_type &type, host_column &col)
 {
-    const std::string name = my_folded(type.name);
+    std::string buffer;
+    const std::string_view name = my_folded(type.name, buffer);
     host_declared_type full = type;
     if (name == "sysname") {
         full.length = 128;
@@ -141,7 +168,7 @@ void host_set_declared_type(host_texts &texts, const host_declared_type &type, h
         }
     }
     const host_type_sizes *sizes = my_find(my_catalogue_name(name, type));
-    col.system_type = sizes ? sizes->name : texts.keep(name);
+    col.system_type = sizes ? sizes->name.data() : texts.keep(name);
     if (!col.user_type) {
         col.user_type = col.system_type;
         col.user_type_schema = "sys";

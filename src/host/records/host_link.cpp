@@ -74,14 +74,14 @@ static void my_link_tables(KT_context *ctx, host_catalogue &catalogue, host_tabl
     }
 }
 
-static void my_link_cols(KT_context *ctx, host_table &table, host_columns_by_name &cols_by_name)
+static void my_link_cols(KT_context *ctx, host_texts &texts, host_table &table, host_columns_by_name &cols_by_name)
 {
     std::unordered_map<int64_t, const host_column *> by_id;
     for (host_column &col : table.cols) {
-        col.id_text = std::to_string(col.id);
+        col.id_text = texts.keep(std::to_string(col.id));
         if (const auto [other, is_new] = by_id.emplace(col.id, &col); !is_new)
             KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "columns %s and %s of table %s have the same id %s", other->second->name,
-                    col.name, table.label.c_str(), col.id_text.c_str());
+                    col.name, table.label.c_str(), col.id_text);
         cols_by_name.emplace(col.name, &col);
     }
 }
@@ -209,7 +209,7 @@ void host_link_catalogue(KT_context *ctx, host_catalogue &catalogue)
     KT_TRY(my_link_tables(ctx, catalogue, targets.tables));
     for (host_table &table : catalogue.tables) {
         host_columns_by_name &cols = targets.cols[&table];
-        KT_TRY(my_link_cols(ctx, table, cols));
+        KT_TRY(my_link_cols(ctx, catalogue.texts, table, cols));
         KT_TRY(my_link_keys(ctx, table, cols));
         my_link_indexes(table, cols);
         for (host_check &check : table.checks)

@@ -96,11 +96,11 @@ static void my_change_type(host_script_reader &reader, host_script_column &col)
 static void my_alter_column(host_script_reader &reader, const host_tsql_token &first, host_script_table &table)
 {
     host_tsql_cursor &cursor = reader.cursor;
-    const std::string name = reader.read_plain_name("a column");
+    const std::string_view name = reader.read_plain_name("a column");
     host_script_column *col = table.find_col(name);
     if (!col) {
         host_skip_statement(reader);
-        return reader.not_read(first, "the table has no column " + name);
+        return reader.not_read(first, "the table has no column " + std::string(name));
     }
     if (cursor.token.is(host_word::add) || cursor.token.is(host_word::drop))
         return my_change_attribute(reader, *col, cursor.token.is(host_word::add));
@@ -112,13 +112,13 @@ template <class Record, class Is> static bool my_erase(std::vector<Record> &reco
     return std::erase_if(records, is) > 0;
 }
 
-static bool my_drop_constraint(host_script_state &state, host_script_table &table, const std::string &name)
+static bool my_drop_constraint(host_script_state &state, host_script_table &table, std::string_view name)
 {
-    const auto is = [&name](const char *found) { return found && host_same_text(found, name); };
+    const auto is = [name](const char *found) { return found && host_same_text(found, name); };
     bool found = my_erase(table.keys, [&is](const auto &key) { return key.is_constraint() && is(key.name); }) ||
                  my_erase(table.fks, [&is](const auto &fk) { return is(fk.record.name); }) ||
                  my_erase(table.checks, [&is](const auto &check) { return is(check.record.name); });
-    for (const auto &col : table.cols) {
+    for (host_script_column *col : table.cols) {
         if (!found && col->has_default_constraint() && is(col->record.defval.name)) {
             col->record.defval = {};
             found = true;
@@ -129,21 +129,18 @@ static bool my_drop_constraint(host_script_state &state, host_script_table &tabl
     return found;
 }
 
-static bool my_drop_column(host_script_table &table, const std::string &name)
+static bool my_drop_column(host_script_table &table, std::string_view name)
 {
-    const auto found = std::find_if(table.cols.begin(), table.cols.end(),
-                                    [&name](const auto &col) { return host_same_text(col->record.name, name); });
-    if (found == table.cols.end())
+    const host_script_column *col = table.find_col(name);
+    if (!col)
         return false;
-    const host_script_column *col = found->get();
     const auto uses = [col](const auto &record) {
         return std::find(record.cols.begin(), record.cols.end(), col) != record.cols.end();
     };
     if (std::any_of(table.keys.begin(), table.keys.end(), uses) ||
         std::any_of(table.fks.begin(), table.fks.end(), uses))
         return false;
-    table.dropped_cols.push_back(std::move(*found));
-    table.cols.erase(found);
+    std::erase(table.cols, col);
     return true;
 }
 
@@ -166,14 +163,14 @@ static void my_drop_parts(host_script_reader &reader, const host_tsql_token &fir
         const bool if_exists = cursor.take(host_word::if_);
         if (if_exists)
             cursor.expect(host_word::exists, "EXISTS");
-        const std::string name = reader.read_plain_name(is_column ? "a column" : "a constraint");
+        const std::string_view name = reader.read_plain_name(is_column ? "a column" : "a constraint");
         if (cursor.token.is(host_word::with))
             host_skip_storage(reader);
         if (cursor.failed())
             return;
         const bool is_done = is_column ? my_drop_column(table, name) : my_drop_constraint(reader.state, table, name);
         if (!is_done && !if_exists && !table.is_opaque)
-            reader.not_read(first, "the table has no " + std::string(is_column ? "column " : "constraint ") + name +
+            reader.not_read(first, "the table has no " + std::string(is_column ? "column " : "constraint ") + std::string(name) +
                                        ", or something uses it");
     } while (cursor.take(','));
 }
@@ -192,7 +189,7 @@ static void my_switch_constraints(host_script_reader &reader, host_script_table 
         else if (is_checked)
             record.is_not_trusted = record.not_for_replication;
     };
-    const auto set_named = [&table, &set](const std::string *name) {
+    const auto set_named = [&table, &set](const std::string_view *name) {
         for (host_script_fk &fk : table.fks) {
             if (!name || (fk.record.name && host_same_text(fk.record.name, *name)))
                 set(fk.record);
@@ -205,7 +202,7 @@ static void my_switch_constraints(host_script_reader &reader, host_script_table 
     if (cursor.take(host_word::all))
         return set_named(nullptr);
     do {
-        const std::string name = reader.read_plain_name("a constraint");
+        const std::string_view name = reader.read_plain_name("a constraint");
         if (!cursor.failed())
             set_named(&name);
     } while (cursor.take(','));

@@ -19,14 +19,14 @@ static void my_refuse(host_application &application, const std::string &reason)
     application.reader.not_read(application.first, reason);
 }
 
-static bool my_find_cols(host_application &application, const std::vector<std::string> &names,
+static bool my_find_cols(host_application &application, const std::vector<std::string_view> &names,
                          std::vector<const host_script_column *> &cols)
 {
-    for (const std::string &name : names) {
+    for (const std::string_view name : names) {
         const host_script_column *col = application.table.find_col(name);
         if (!col) {
             my_refuse(application, "table " + std::string(application.table.schema) + '.' + application.table.name +
-                                       " has no column " + name);
+                                       " has no column " + std::string(name));
             return false;
         }
         cols.push_back(col);
@@ -39,13 +39,10 @@ static bool my_take_name(host_application &application, const char *kind, const 
 {
     if (!name)
         return true;
-    host_script_state &state = application.reader.state;
-    if (state.find_object(application.table.schema, name)) {
-        my_refuse(application, std::string("the name ") + name + " is taken");
-        return false;
-    }
-    state.add_object(kind, application.table.schema, name, &application.table);
-    return true;
+    if (application.reader.state.add_object(kind, application.table.schema, name, &application.table))
+        return true;
+    my_refuse(application, std::string("the name ") + name + " is taken");
+    return false;
 }
 
 static bool my_has_clustered(const host_script_table &table)
@@ -70,7 +67,7 @@ static void my_add_key(host_application &application, const host_script_constrai
     key.kind = is_primary ? host_script_key_kind::primary : host_script_key_kind::unique;
     if (is_primary) {
         key.is_clustered |= !constraint.is_nonclustered && !table.is_memory_optimized && !my_has_clustered(table);
-        for (const std::string &name : constraint.cols)
+        for (const std::string_view name : constraint.cols)
             table.find_col(name)->record.is_nullable = false;
     }
     table.keys.push_back(std::move(key));
@@ -117,7 +114,7 @@ static void my_find_parent(host_script_state &state, host_script_fk &fk)
             fk.parent_cols = pk->cols;
         return;
     }
-    for (const std::string &name : fk.parent_col_names) {
+    for (const char *name : fk.parent_col_names) {
         if (const host_script_column *col = fk.parent->find_col(name))
             fk.parent_cols.push_back(col);
     }
@@ -136,10 +133,12 @@ static void my_add_fk(host_application &application, const host_script_constrain
     fk.record.on_update = constraint.on_update;
     fk.record.not_for_replication = constraint.not_for_replication;
     fk.record.is_not_trusted = !application.is_trusted || constraint.not_for_replication;
-    fk.parent_schema = constraint.parent.schema;
-    fk.parent_name = constraint.parent.name;
-    fk.parent_col_names = constraint.parent_cols;
-    my_find_parent(application.reader.state, fk);
+    host_script_state &state = application.reader.state;
+    fk.parent_schema = state.keep(constraint.parent.schema);
+    fk.parent_name = state.keep(constraint.parent.name);
+    for (const std::string_view name : constraint.parent_cols)
+        fk.parent_col_names.push_back(state.keep(name));
+    my_find_parent(state, fk);
     application.table.fks.push_back(std::move(fk));
 }
 
@@ -147,9 +146,9 @@ static void my_add_default(host_application &application, const host_script_cons
 {
     host_script_column *col = application.table.find_col(constraint.cols.front());
     if (!col)
-        return my_refuse(application, "the table has no column " + constraint.cols.front());
+        return my_refuse(application, "the table has no column " + std::string(constraint.cols.front()));
     if (col->has_default_constraint())
-        return my_refuse(application, "column " + constraint.cols.front() + " has a default already");
+        return my_refuse(application, "column " + std::string(constraint.cols.front()) + " has a default already");
     if (!my_take_name(application, "D", constraint.name))
         return;
     host_default &defval = col->record.defval;
@@ -192,11 +191,12 @@ void host_apply_parts(host_script_reader &reader, const host_tsql_token &first, 
                       host_script_parts &parts, bool is_trusted)
 {
     host_application application{reader, first, table, is_trusted};
-    for (auto &col : parts.cols) {
-        if (table.find_col(col->record.name))
+    table.cols.reserve(table.cols.size() + parts.cols.size());
+    for (host_script_column *col : parts.cols) {
+        if (table.find_same(*col))
             my_refuse(application, std::string("the table has a column ") + col->record.name + " already");
         else
-            table.cols.push_back(std::move(col));
+            table.cols.push_back(col);
     }
     // A key that says CLUSTERED leaves none for the primary key, wherever it stands.
     const auto comes_first = [](const host_script_constraint &constraint) { return constraint.is_clustered; };

@@ -139,7 +139,7 @@ void host_run_add_type(host_script_reader &reader, const host_tsql_token &first,
         return reader.not_read(first, "the type is known only when the script runs");
     host_tsql_cursor cursor(base->text);
     const host_tsql_type type = host_read_type(cursor);
-    if (cursor.failed() || !type.is_system)
+    if (cursor.failed() || !type.is_system())
         return reader.not_read(first, "the type is not one of the server's");
     const bool is_nullable = !null || null->is_null || host_same_text(host_trimmed(null->text), "null");
     host_make_alias_type(reader.state, reader.default_schema, name->text, type, is_nullable);

@@ -17,20 +17,28 @@ struct host_collations {
 
     void set(const char *collation, host_column &col)
     {
-        if (!collation || !col.system_type)
+        if (!collation || !my_is_text(col))
             return;
-        auto [found, is_new] = known.try_emplace(collation);
-        host_column &sample = found->second;
-        if (is_new) {
-            sample.system_type = "nvarchar";
-            host_set_collation(collation, sample);
-        }
-        constexpr std::array<std::string_view, 6> texts{"nvarchar", "varchar", "nchar", "char", "ntext", "text"};
-        if (std::find(texts.begin(), texts.end(), col.system_type) == texts.end())
-            return;
+        const host_column &sample = find(collation);
         col.collation = sample.collation;
         col.code_page = sample.code_page;
         col.comparison_style = sample.comparison_style;
+    }
+
+  private:
+    static bool my_is_text(const host_column &col)
+    {
+        static constexpr std::array<std::string_view, 6> texts{"nvarchar", "varchar", "nchar", "char", "ntext", "text"};
+        return col.system_type && std::find(texts.begin(), texts.end(), col.system_type) != texts.end();
+    }
+    const host_column &find(const char *collation)
+    {
+        auto [found, is_new] = known.try_emplace(collation);
+        if (is_new) {
+            found->second.system_type = "nvarchar";
+            host_set_collation(collation, found->second);
+        }
+        return found->second;
     }
 };
 
@@ -39,7 +47,7 @@ struct host_collations {
 static void my_add_columns(host_collations &collations, host_script_table &from, int64_t &next_id, host_table &table)
 {
     table.cols.reserve(from.cols.size());
-    for (const auto &col : from.cols) {
+    for (host_script_column *col : from.cols) {
         host_column &record = table.cols.emplace_back(std::move(col->record));
         record.id = static_cast<int64_t>(table.cols.size());
         collations.set(col->collation ? col->collation : collations.state.collation, record);
@@ -118,7 +126,7 @@ static void my_find_parent(host_script_session &session, const host_script_table
             fk.parent_cols = pk->cols;
         return;
     }
-    for (const std::string &name : fk.parent_col_names) {
+    for (const char *name : fk.parent_col_names) {
         if (const host_script_column *col = fk.parent->find_col(name))
             fk.parent_cols.push_back(col);
         else if (session.errors.size() < 50)
@@ -136,12 +144,12 @@ static void my_add_fks(host_script_session &session, host_script_table &from, in
         my_find_parent(session, from, fk);
         record.id = next_id++;
         const bool is_there = fk.parent && !fk.parent->is_opaque;
-        record.ref_schema = is_there ? fk.parent->schema : session.state.keep(fk.parent_schema);
-        record.ref_table = is_there ? fk.parent->name : session.state.keep(fk.parent_name);
+        record.ref_schema = is_there ? fk.parent->schema : fk.parent_schema;
+        record.ref_table = is_there ? fk.parent->name : fk.parent_name;
         for (size_t n = 0; n < fk.cols.size(); n++) {
             const char *ref_col = n < fk.parent_cols.size() ? fk.parent_cols[n]->record.name : "";
             if (fk.parent_cols.empty() && n < fk.parent_col_names.size())
-                ref_col = session.state.keep(fk.parent_col_names[n]);
+                ref_col = fk.parent_col_names[n];
             record.col_names.emplace_back(fk.cols[n]->record.name, ref_col);
         }
     }

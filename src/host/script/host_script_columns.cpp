@@ -4,6 +4,8 @@
 #include "records/host_declared_type.hpp"
 #include "tsql/host_server_spelling.hpp"
 
+#include <algorithm>
+
 static bool my_is(const host_tsql_token &token, std::string_view text)
 {
     return token.kind == host_tsql_kind::word && host_same_text(token.text, text);
@@ -12,10 +14,10 @@ static bool my_is(const host_tsql_token &token, std::string_view text)
 void host_set_type(host_script_state &state, const host_tsql_type &type, host_column &record)
 {
     host_declared_type declared;
-    declared.name = type.name;
+    declared.name = type.name();
     declared.length = type.is_max ? -1 : type.first;
     declared.precision = type.first;
-    declared.scale = type.name == "decimal" || type.name == "numeric" ? type.second : type.first;
+    declared.scale = type.system_name == "decimal" || type.system_name == "numeric" ? type.second : type.first;
     host_set_declared_type(state.texts, declared, record);
     record.user_type_schema = "sys";
 }
@@ -73,17 +75,18 @@ void host_read_column_type(host_script_reader &reader, host_script_column &col)
     const host_tsql_type type = host_read_type(reader.cursor);
     if (reader.cursor.failed())
         return;
-    if (type.is_system) {
+    if (type.is_system()) {
         host_set_type(reader.state, type, col.record);
-        col.record.is_nullable = reader.columns_are_nullable && type.name != "sysname" && type.name != "timestamp";
+        col.record.is_nullable =
+            reader.columns_are_nullable && type.system_name != "sysname" && type.system_name != "timestamp";
         return;
     }
     const std::string_view schema = type.schema.empty() ? std::string_view(reader.default_schema) : type.schema;
-    if (const host_script_type *alias = reader.use_type(schema, type.name))
+    if (const host_script_type *alias = reader.use_type(schema, type.written))
         return my_set_alias(*alias, col);
-    if (const char *database = my_other_database(type.name)) {
+    if (const char *database = my_other_database(type.written)) {
         reader.cursor.go_back(first);
-        return reader.cursor.fail("'" + type.name + "' is a type of " + database + ", not of T-SQL");
+        return reader.cursor.fail("'" + type.written + "' is a type of " + database + ", not of T-SQL");
     }
     host_set_type(reader.state, type, col.record);
     col.record.user_type_schema = reader.state.keep(schema);
@@ -118,7 +121,7 @@ static void my_read_identity(host_script_reader &reader, host_column &record)
 static void my_read_collation(host_script_reader &reader, host_script_column &col)
 {
     reader.cursor.advance();
-    const std::string collation = reader.read_plain_name("a collation");
+    const std::string_view collation = reader.read_plain_name("a collation");
     col.collation = host_same_text(collation, "database_default") ? nullptr : reader.state.keep(collation);
 }
 
@@ -239,23 +242,60 @@ static bool my_read_attribute(host_script_reader &reader, host_script_column &co
     }
 }
 
-void host_read_column(host_script_reader &reader, host_script_parts &parts)
+// What stands on the line after the current token.
+static std::string_view my_rest_of_line(const host_tsql_cursor &cursor)
+{
+    const std::string_view script = cursor.scanner.script();
+    const size_t start = cursor.scanner.position();
+    size_t end = std::min(script.find('\n', start), script.size());
+    while (end > start && (script[end - 1] == '\r' || script[end - 1] == ' ' || script[end - 1] == '\t'))
+        end--;
+    return script.substr(start, end - start);
+}
+
+// Whether another column with the same text would be the same: it takes up the text to the comma at its end, has
+// a type of the server's, and no constraint.
+static bool my_is_plain(const host_tsql_cursor &cursor, std::string_view text, const host_script_column &col)
+{
+    return !cursor.failed() && cursor.token.is(',') && cursor.token.text.data() + 1 == text.data() + text.size() &&
+           col.record.user_type_schema && std::string_view(col.record.user_type_schema) == "sys" &&
+           text.find('"') == std::string_view::npos;
+}
+
+static void my_read_declaration(host_script_reader &reader, host_script_column &col, host_script_parts &parts)
 {
     host_tsql_cursor &cursor = reader.cursor;
-    auto owned = std::make_unique<host_script_column>();
-    host_script_column &col = *owned;
     const host_tsql_token first = cursor.token;
-    col.record.name = reader.read_kept_name("a column");
+    col.set_name(reader.read_kept_name("a column"));
     if (cursor.take(host_word::as)) {
         col.record.is_computed = true;
         col.record.is_nullable = true;
         col.record.computed = host_read_definition(reader);
     } else if (my_is(first, "timestamp") && (cursor.token.is(',') || cursor.token.is(')'))) {
-        host_set_type(reader.state, {"", "timestamp", true, false, {}, {}}, col.record); // a type can be its name
+        host_set_type(reader.state, {"", "", "timestamp", false, {}, {}}, col.record); // a type can be its name
     } else {
         host_read_column_type(reader, col);
     }
-    parts.cols.push_back(std::move(owned));
     while (!cursor.failed() && my_read_attribute(reader, col, parts)) {
     }
+}
+
+void host_read_column(host_script_reader &reader, host_script_parts &parts)
+{
+    constexpr size_t most = 1000; // declarations worth remembering
+    host_tsql_cursor &cursor = reader.cursor;
+    auto &declarations = reader.session.declarations;
+    host_script_column &col = *reader.state.cols.add();
+    parts.cols.push_back(&col);
+    const std::string_view text = my_rest_of_line(cursor);
+    const auto known = declarations.find(text);
+    if (known != declarations.end() && known->second.columns_are_nullable == reader.columns_are_nullable) {
+        col = known->second.col;
+        cursor.scanner.set_position(cursor.scanner.position() + text.size() - 1); // at the comma
+        return col.set_name(reader.read_kept_name("a column"));
+    }
+    const size_t constraint_count = parts.constraints.size();
+    my_read_declaration(reader, col, parts);
+    if (parts.constraints.size() == constraint_count && declarations.size() < most && my_is_plain(cursor, text, col))
+        declarations.insert_or_assign(reader.state.keep(text), host_script_declaration{col, reader.columns_are_nullable});
 }

@@ -19,9 +19,9 @@ bool host_begins_constraint(const host_tsql_token &token)
     }
 }
 
-std::vector<std::string> host_read_names(host_script_reader &reader)
+std::vector<std::string_view> host_read_names(host_script_reader &reader)
 {
-    std::vector<std::string> names;
+    std::vector<std::string_view> names;
     reader.cursor.expect('(');
     do
         names.push_back(reader.read_plain_name("a column"));

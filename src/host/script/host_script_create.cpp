@@ -70,11 +70,11 @@ static void my_create_bound(host_script_reader &reader, const char *kind, const 
 static void my_create_schema(host_script_reader &reader, const host_tsql_token &first)
 {
     host_tsql_cursor &cursor = reader.cursor;
-    std::string name;
+    std::string_view name;
     if (!cursor.token.is(host_word::authorization))
         name = reader.read_plain_name("the name of a schema");
     if (cursor.take(host_word::authorization)) {
-        const std::string owner = reader.read_plain_name("an owner");
+        const std::string_view owner = reader.read_plain_name("an owner");
         name = name.empty() ? owner : name;
     }
     if (!my_takes_effect(reader, first))
@@ -99,7 +99,7 @@ static void my_create_sequence(host_script_reader &reader, const host_tsql_token
     };
     for (;;) {
         if (cursor.take(host_word::as)) {
-            sequence.system_type = reader.state.keep(host_read_type(cursor).name);
+            sequence.system_type = reader.state.keep(host_read_type(cursor).name());
         } else if (cursor.take(host_word::start)) {
             cursor.expect(host_word::with, "WITH");
             read_number(sequence.start);
@@ -117,7 +117,7 @@ static void my_create_sequence(host_script_reader &reader, const host_tsql_token
     if (!my_takes_effect(reader, first))
         return;
     reader.state.add_object("SO", sequence.schema_name, sequence.name, nullptr);
-    reader.state.sequences.insert_or_assign(host_folded(name.schema + '\0' + name.name), sequence);
+    reader.state.sequences.insert_or_assign({sequence.schema_name, sequence.name}, sequence);
 }
 
 // CREATE and ALTER DATABASE: the name of the first, the collation of both.
@@ -163,7 +163,7 @@ static void my_create_synonym(host_script_reader &reader)
 static void my_alter_schema(host_script_reader &reader, const host_tsql_token &first)
 {
     host_tsql_cursor &cursor = reader.cursor;
-    const std::string schema = reader.read_plain_name("the name of a schema");
+    const std::string_view schema = reader.read_plain_name("the name of a schema");
     cursor.expect(host_word::transfer, "TRANSFER");
     bool is_type = false;
     if (cursor.peek().is("::")) {

@@ -17,7 +17,7 @@ static void my_drop_left_object(host_script_reader &reader, const host_script_na
     if (reader.mode != host_script_mode::execute || !object || object->table)
         return;
     reader.state.forget_object(name.schema, name.name);
-    reader.state.sequences.erase(host_folded(name.schema + '\0' + name.name));
+    reader.state.sequences.erase({name.schema, name.name});
     reader.state.retire_bound(name.schema, name.name);
     std::erase_if(reader.session.left_objects,
                   [&name](const host_left_object &left) { return host_same_text(left.name, name.text()); });

@@ -60,14 +60,16 @@ static const host_script_object *my_find(host_script_reader &reader, const host_
 }
 
 // Schema and name; nothing for an object that is not of this database.
-static std::optional<host_script_name> my_split(const host_script_reader &reader, std::string_view text)
+static std::optional<host_script_name> my_split(host_script_reader &reader, std::string_view text)
 {
-    std::vector<std::string> parts = host_split_name(text);
-    host_script_name name;
+    const std::vector<std::string> parts = host_split_name(text);
     const size_t count = parts.size();
-    name.name = parts[count - 1];
-    name.schema = count > 1 && !parts[count - 2].empty() ? parts[count - 2] : reader.default_schema;
-    name.database = count > 2 ? parts[count - 3] : "";
+    const auto kept = [&](size_t from_last) {
+        return from_last <= count ? std::string_view(reader.state.keep(parts[count - from_last])) : std::string_view();
+    };
+    host_script_name name{kept(3), kept(2), kept(1)};
+    if (name.schema.empty())
+        name.schema = reader.default_schema;
     if (name.is_temporary() || reader.is_elsewhere(name))
         return std::nullopt;
     return name;

@@ -56,7 +56,8 @@ static void my_note_makers(host_script_session &session, host_script_source &sou
             name = host_unquoted(cursor.token, buffer);
             cursor.advance();
         }
-        session.makers.try_emplace(host_folded(schema + '\0' + name), &source);
+        host_qualified_name made{session.state.keep(schema), session.state.keep(name)};
+        session.makers.try_emplace(made, &source);
     }
 }
 
@@ -72,7 +73,7 @@ bool host_read_maker(host_script_session &session, std::string_view schema, std:
 {
     if (session.makers.empty())
         return false;
-    const auto found = session.makers.find(host_folded(schema) + '\0' + host_folded(name));
+    const auto found = session.makers.find({schema, name});
     constexpr int max_chain = 100; // of files that need each other
     if (found == session.makers.end() || found->second->is_begun || session.chain >= max_chain)
         return false;

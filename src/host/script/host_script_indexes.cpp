@@ -110,7 +110,7 @@ void host_read_alter_index(host_script_reader &reader, const host_tsql_token &fi
     cursor.advance();
     cursor.advance();
     const bool is_all = cursor.take(host_word::all);
-    const std::string index = is_all ? "" : reader.read_plain_name("the name of an index");
+    const std::string_view index = is_all ? std::string_view() : reader.read_plain_name("the name of an index");
     cursor.expect(host_word::on, "ON");
     const host_script_name name = reader.read_name();
     const bool is_disabled = cursor.token.is(host_word::disable);
@@ -132,7 +132,7 @@ void host_read_alter_index(host_script_reader &reader, const host_tsql_token &fi
 }
 
 static void my_drop_index(host_script_reader &reader, const host_tsql_token &first, const host_script_name &table_name,
-                          const std::string &index, bool if_exists)
+                          std::string_view index, bool if_exists)
 {
     if (reader.mode != host_script_mode::execute || table_name.is_temporary())
         return;
@@ -141,7 +141,7 @@ static void my_drop_index(host_script_reader &reader, const host_tsql_token &fir
     if (key && !key->is_constraint())
         my_replace(*table, key->name);
     else if (table && !if_exists && !table->is_opaque)
-        reader.not_read(first, "the table has no index " + index);
+        reader.not_read(first, "the table has no index " + std::string(index));
 }
 
 // DROP INDEX [IF EXISTS] name ON table, ... or the older table.name
@@ -153,17 +153,17 @@ void host_read_drop_index(host_script_reader &reader, const host_tsql_token &fir
         cursor.expect(host_word::exists, "EXISTS");
     do {
         host_script_name name;
-        std::string parts[3];
+        std::string_view parts[3];
         size_t count = 0;
         do
             parts[count++] = reader.read_plain_name("the name of an index");
         while (count < 3 && cursor.take('.'));
-        const std::string index = parts[count - 1];
+        const std::string_view index = parts[count - 1];
         if (cursor.take(host_word::on)) {
             name = reader.read_name();
         } else if (count > 1) {
             name.name = parts[count - 2];
-            name.schema = count > 2 ? parts[0] : reader.default_schema;
+            name.schema = count > 2 ? parts[0] : std::string_view(reader.default_schema);
         } else {
             cursor.fail_expected("ON");
         }

@@ -10,16 +10,16 @@ enum class host_script_constraint_kind { primary, unique, index, check, foreign,
 struct host_script_constraint {
     host_script_constraint_kind kind = host_script_constraint_kind::check;
     const char *name = nullptr; // null when nobody named it
-    std::vector<std::string> cols;
+    std::vector<std::string_view> cols;
     std::vector<bool> descending;
-    std::vector<std::string> included;
+    std::vector<std::string_view> included;
     bool is_clustered = false;
     bool is_nonclustered = false;
     bool is_unique = false;           // of an index
     const char *index_kind = nullptr; // of an index
     const char *definition = nullptr; // of a check or default, the filter of an index
     host_script_name parent;          // of a foreign key
-    std::vector<std::string> parent_cols;
+    std::vector<std::string_view> parent_cols;
     const char *on_delete = "NO ACTION";
     const char *on_update = "NO ACTION";
     bool not_for_replication = false;
@@ -27,7 +27,7 @@ struct host_script_constraint {
 };
 
 struct host_script_parts {
-    std::vector<std::unique_ptr<host_script_column>> cols;
+    std::vector<host_script_column *> cols;
     std::vector<host_script_constraint> constraints;
 };
 
@@ -43,7 +43,7 @@ bool host_begins_constraint(const host_tsql_token &token);
 void host_read_constraint(host_script_reader &reader, const char *col_name, host_script_parts &parts);
 // The columns of a key, with their direction.
 void host_read_key_cols(host_script_reader &reader, host_script_constraint &constraint);
-std::vector<std::string> host_read_names(host_script_reader &reader);
+std::vector<std::string_view> host_read_names(host_script_reader &reader);
 // WITH (...), ON filegroup and their like.
 void host_skip_storage(host_script_reader &reader);
 // A condition in parentheses, as the server stores it.

@@ -40,7 +40,7 @@ struct host_query_test {
 
 struct host_query_source {
     const host_view *view;
-    std::string alias;
+    std::string_view alias;
 };
 
 struct host_catalogue_query {
@@ -158,7 +158,7 @@ static void my_read_source(host_script_reader &reader, host_catalogue_query &que
     } else if (cursor.token.is('(')) {
         cursor.skip_parentheses();
     }
-    std::string alias;
+    std::string_view alias;
     cursor.take(host_word::as);
     if (cursor.token.is_name() && !host_is_reserved(cursor.token.word) && !host_same_text(cursor.token.text, "INNER") &&
         !host_same_text(cursor.token.text, "LEFT"))
@@ -227,10 +227,10 @@ static void my_read_test(host_script_reader &reader, host_catalogue_query &query
         return;
     if (!cursor.token.is_name() || host_is_reserved(cursor.token.word))
         return cursor.fail_expected("a column");
-    std::string alias;
-    std::string column = reader.read_plain_name();
+    std::string_view alias;
+    std::string_view column = reader.read_plain_name();
     while (cursor.take('.')) {
-        alias = std::move(column);
+        alias = column;
         column = reader.read_plain_name();
     }
     host_query_test test{my_topic(query, alias, column), {}};
@@ -341,17 +341,10 @@ static std::vector<const host_script_object *> my_find_objects(host_script_reade
         return found;
     }
     const host_query_test *name = my_find_test(query, {host_topic::object_name});
-    const auto is_there = [&reader](const host_fact &fact) {
-        const auto count = reader.state.names.find(host_folded(fact.text));
-        return count != reader.state.names.end() && count->second > 0;
-    };
-    if (name && std::none_of(name->values.begin(), name->values.end(), is_there))
-        return found;
-    const host_query_test *schema = my_find_test(query, {host_topic::schema_id, host_topic::schema_name});
-    if (name && schema) {
-        for (const host_fact &in : schema->values) {
-            for (const host_fact &value : name->values)
-                add(reader.state.find_object(in.text, value.text));
+    if (name) {
+        for (const host_fact &value : name->values) {
+            for (const host_script_object *object : reader.state.find_objects(value.text))
+                add(object);
         }
         return found;
     }

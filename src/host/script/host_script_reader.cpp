@@ -55,16 +55,16 @@ void host_script_reader::add_error(size_t at, const std::string &message)
     session.error_count++;
 }
 
-std::string host_script_reader::read_plain_name(std::string_view expected)
+std::string_view host_script_reader::read_plain_name(std::string_view expected)
 {
     std::string buffer;
-    std::string name;
+    std::string_view name;
     if (!cursor.token.is_name() || (cursor.token.kind == host_tsql_kind::word && host_is_reserved(cursor.token.word)))
         cursor.fail_expected(expected);
-    else
-        name = host_unquoted(cursor.token, buffer);
-    if (cursor.token.is_name() && name.empty())
+    else if (name = host_unquoted(cursor.token, buffer); name.empty())
         cursor.fail("a name is empty");
+    if (!buffer.empty())
+        name = state.keep(buffer);
     cursor.advance();
     return name;
 }
@@ -79,9 +79,9 @@ host_script_name host_script_reader::read_name()
     host_script_name found;
     found.name = read_plain_name("a name");
     while (cursor.take('.')) {
-        found.database = std::move(found.schema);
-        found.schema = std::move(found.name);
-        found.name.clear();
+        found.database = found.schema;
+        found.schema = found.name;
+        found.name = {};
         if (!cursor.token.is('.'))
             found.name = read_plain_name("a name");
     }

@@ -16,6 +16,12 @@ struct host_script_source {
     bool is_begun = false;
 };
 
+// A column as its declaration makes it, whatever its name.
+struct host_script_declaration {
+    host_script_column col;
+    bool columns_are_nullable; // when they do not say: the setting that it was read under
+};
+
 struct host_script_session {
     host_script_session(KT_context *context, const host_script_options &given, host_findings &found,
                         host_catalogue &catalogue)
@@ -28,8 +34,9 @@ struct host_script_session {
     std::vector<host_left_object> &left_objects;
     host_script_state state;
     std::vector<std::unique_ptr<host_script_source>> sources;
-    // What each file makes, for others that refer to it before its turn: "schema\0name".
-    std::unordered_map<std::string, host_script_source *> makers;
+    host_name_map<host_script_source *> makers; // what each file makes, for others that refer to it before its turn
+    // Declarations by their text: most columns share it with others, and it is read once.
+    std::unordered_map<std::string_view, host_script_declaration> declarations;
     std::vector<std::string> errors; // the first ones
     size_t error_count = 0;
     int chain = 0; // of files that are read because another needs them
@@ -41,10 +48,11 @@ enum class host_script_mode {
     doubt,  // a branch that may be taken: what would change tables there is a finding
 };
 
+// Borrowed from the text that is read, or kept.
 struct host_script_name {
-    std::string database; // empty where it is left out, as is the schema
-    std::string schema;
-    std::string name;
+    std::string_view database; // empty where it is left out, as is the schema
+    std::string_view schema;
+    std::string_view name;
 
     bool is_temporary() const
     {
@@ -52,7 +60,7 @@ struct host_script_name {
     }
     std::string text() const
     {
-        return schema + '.' + name;
+        return std::string(schema) + '.' + std::string(name);
     }
 };
 
@@ -84,9 +92,9 @@ struct host_script_reader {
     void add_error(size_t at, const std::string &message);
 
     host_script_name read_name();
-    // An unquoted or quoted name, kept.
+    // A name, without its quotes if it has any; kept where it must outlive the text that is read.
+    std::string_view read_plain_name(std::string_view expected = "a name");
     const char *read_kept_name(std::string_view expected = "a name");
-    std::string read_plain_name(std::string_view expected = "a name");
     bool is_elsewhere(const host_script_name &name) const;
     // Finds what a statement works on, reading the file that makes it first if that has not been read.
     host_script_table *use_table(const host_script_name &name);

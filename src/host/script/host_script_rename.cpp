@@ -30,10 +30,10 @@ std::vector<std::string> host_split_name(std::string_view text)
 }
 
 // The part so many before the last, or what stands for it when it is left out.
-static std::string my_part(const std::vector<std::string> &parts, size_t from_last, std::string_view otherwise)
+static std::string_view my_part(const std::vector<std::string> &parts, size_t from_last, std::string_view otherwise)
 {
     if (from_last >= parts.size() || parts[parts.size() - 1 - from_last].empty())
-        return std::string(otherwise);
+        return otherwise;
     return parts[parts.size() - 1 - from_last];
 }
 
@@ -49,7 +49,7 @@ static bool my_rename_column(host_script_reader &reader, const std::vector<std::
     host_script_column *other = table ? table->find_col(name) : nullptr;
     if (!col || (other && other != col))
         return table && table->is_opaque;
-    col->record.name = reader.state.keep(name);
+    col->set_name(reader.state.keep(name));
     return true;
 }
 
@@ -84,7 +84,7 @@ static void my_rename_constraint(host_script_table &table, std::string_view old_
 
 static bool my_rename_object(host_script_reader &reader, const std::vector<std::string> &parts, const std::string &name)
 {
-    const std::string schema = my_part(parts, 1, reader.default_schema);
+    const std::string_view schema = my_part(parts, 1, reader.default_schema);
     reader.use_table({"", schema, parts.back()});
     const host_script_object *found = reader.state.find_object(schema, parts.back());
     if (!found || (reader.state.find_object(schema, name) && !host_same_text(name, found->name)))
@@ -101,7 +101,7 @@ static bool my_rename_object(host_script_reader &reader, const std::vector<std::
 
 static bool my_rename_type(host_script_reader &reader, const std::vector<std::string> &parts, const std::string &name)
 {
-    const std::string schema = my_part(parts, 1, reader.default_schema);
+    const std::string_view schema = my_part(parts, 1, reader.default_schema);
     if (!reader.use_type(schema, parts.back()))
         return false;
     reader.state.rename_type(schema, parts.back(), reader.state.keep(name));

@@ -5,13 +5,29 @@
 
 #include <algorithm>
 
-host_script_column *host_script_table::find_col(std::string_view col_name) const
+void host_script_column::set_name(const char *name)
 {
-    for (const auto &col : cols) {
-        if (host_same_text(col->record.name, col_name))
-            return col.get();
+    record.name = name;
+    name_hash = host_name_hash{}(std::string_view(name));
+}
+
+static host_script_column *my_find_col(const host_script_table &table, std::string_view name, size_t hash)
+{
+    for (host_script_column *col : table.cols) {
+        if (col->name_hash == hash && host_same_text(col->record.name, name))
+            return col;
     }
     return nullptr;
+}
+
+host_script_column *host_script_table::find_col(std::string_view col_name) const
+{
+    return my_find_col(*this, col_name, host_name_hash{}(col_name));
+}
+
+host_script_column *host_script_table::find_same(const host_script_column &other) const
+{
+    return my_find_col(*this, other.record.name, other.name_hash);
 }
 
 host_script_key *host_script_table::find_key(std::string_view key_name)
@@ -44,28 +60,31 @@ std::vector<const char *> host_script_table::constraint_names() const
         add(fk.record.name);
     for (const host_script_check &check : checks)
         add(check.record.name);
-    for (const auto &col : cols) {
+    for (const host_script_column *col : cols) {
         if (col->has_default_constraint())
             add(col->record.defval.name);
     }
     return names;
 }
 
-const std::string &host_script_state::key_of(std::string_view schema, std::string_view name)
-{
-    key_.clear();
-    for (const char byte : schema)
-        key_ += host_lower(byte);
-    key_ += '\0';
-    for (const char byte : name)
-        key_ += host_lower(byte);
-    return key_;
-}
-
 host_script_object *host_script_state::find_object(std::string_view schema, std::string_view name)
 {
-    const auto found = objects.find(key_of(schema, name));
+    const auto found = objects.find({schema, name});
     return found == objects.end() ? nullptr : &found->second;
+}
+
+std::vector<const host_script_object *> host_script_state::find_objects(std::string_view name)
+{
+    if (!names_) {
+        names_.emplace();
+        for (const auto &[key, object] : objects)
+            names_->emplace(key.name, &object);
+    }
+    std::vector<const host_script_object *> found;
+    const auto [begin, end] = names_->equal_range(name);
+    for (auto at = begin; at != end; ++at)
+        found.push_back(at->second);
+    return found;
 }
 
 host_script_table *host_script_state::find_table(std::string_view schema, std::string_view name)
@@ -74,20 +93,25 @@ host_script_table *host_script_state::find_table(std::string_view schema, std::s
     return object && std::string_view(object->kind) == "U" ? object->table : nullptr;
 }
 
-host_script_object *host_script_state::add_object(const char *kind, const char *schema, const char *name,
-                                                  host_script_table *table)
+bool host_script_state::add_object(const char *kind, const char *schema, const char *name, host_script_table *table)
 {
     const auto [found, is_new] =
-        objects.insert_or_assign(key_of(schema, name), host_script_object{kind, schema, name, table});
-    if (is_new)
-        names[host_folded(name)]++;
-    return &found->second;
+        objects.try_emplace({schema, name}, host_script_object{kind, schema, name, table});
+    if (is_new && names_)
+        names_->emplace(found->first.name, &found->second);
+    return is_new;
 }
 
 void host_script_state::forget_object(std::string_view schema, std::string_view name)
 {
-    if (objects.erase(key_of(schema, name)) > 0)
-        names[host_folded(name)]--;
+    const auto found = objects.find({schema, name});
+    if (found == objects.end())
+        return;
+    if (names_) {
+        const auto [begin, end] = names_->equal_range(name);
+        names_->erase(std::find_if(begin, end, [&](const auto &entry) { return entry.second == &found->second; }));
+    }
+    objects.erase(found);
 }
 
 void host_script_state::move_object(host_script_object object, const char *schema, const char *name)
@@ -98,56 +122,56 @@ void host_script_state::move_object(host_script_object object, const char *schem
 
 host_script_type *host_script_state::find_type(std::string_view schema, std::string_view name)
 {
-    const auto found = types.find(key_of(schema, name));
+    const auto found = types.find({schema, name});
     return found == types.end() ? nullptr : found->second.get();
 }
 
 void host_script_state::rename_type(std::string_view schema, std::string_view name, const char *new_name)
 {
-    auto node = types.extract(key_of(schema, name));
+    auto node = types.extract({schema, name});
     if (node.empty())
         return;
     node.mapped()->name = new_name;
     node.mapped()->base.user_type = new_name;
-    node.key() = key_of(schema, new_name);
+    node.key() = {node.mapped()->schema, new_name};
     types.insert(std::move(node));
 }
 
 host_script_type *host_script_state::add_type(std::string_view schema, std::string_view name)
 {
-    auto &type = types[key_of(schema, name)];
-    type = std::make_unique<host_script_type>();
+    auto type = std::make_unique<host_script_type>();
     type->schema = keep(schema);
     type->name = keep(name);
-    return type.get();
+    const host_qualified_name key{type->schema, type->name};
+    return types.insert_or_assign(key, std::move(type)).first->second.get();
 }
 
 void host_script_state::retire_type(std::string_view schema, std::string_view name)
 {
-    auto node = types.extract(key_of(schema, name));
+    auto node = types.extract({schema, name});
     if (!node.empty())
         retired_types.push_back(std::move(node.mapped()));
 }
 
 host_script_bound *host_script_state::add_bound(std::string_view schema, std::string_view name)
 {
-    auto &bound = bounds[key_of(schema, name)];
-    bound = std::make_unique<host_script_bound>();
+    auto bound = std::make_unique<host_script_bound>();
     bound->name = keep(name);
     bound->id = next_id++;
-    return bound.get();
+    const host_qualified_name key{keep(schema), bound->name};
+    return bounds.insert_or_assign(key, std::move(bound)).first->second.get();
 }
 
 void host_script_state::retire_bound(std::string_view schema, std::string_view name)
 {
-    auto node = bounds.extract(key_of(schema, name));
+    auto node = bounds.extract({schema, name});
     if (!node.empty())
         retired_bounds.push_back(std::move(node.mapped()));
 }
 
 host_script_bound *host_script_state::find_bound(std::string_view schema, std::string_view name)
 {
-    const auto found = bounds.find(key_of(schema, name));
+    const auto found = bounds.find({schema, name});
     return found == bounds.end() ? nullptr : found->second.get();
 }
 
@@ -161,7 +185,7 @@ void host_script_state::drop_table(host_script_table *table)
             fk.parent = nullptr;
             fk.parent_col_names.clear();
             for (const host_script_column *col : fk.parent_cols)
-                fk.parent_col_names.emplace_back(col->record.name);
+                fk.parent_col_names.push_back(col->record.name);
             fk.parent_cols.clear();
         }
     }

@@ -5,10 +5,10 @@
 #pragma once
 
 #include "records/host_catalogue.hpp"
+#include "script/host_script_names.hpp"
 
 #include <memory>
 #include <optional>
-#include <unordered_set>
 
 struct host_script_table;
 
@@ -29,11 +29,31 @@ struct host_script_type {
     const host_script_bound *rule = nullptr;
 };
 
+// Records that keep their addresses, and are freed together.
+template <class Record> class host_pool {
+  public:
+    Record *add()
+    {
+        static constexpr size_t chunk = 64;
+        if (chunks_.empty() || used_ == chunk) {
+            chunks_.push_back(std::make_unique<Record[]>(chunk));
+            used_ = 0;
+        }
+        return &chunks_.back()[used_++];
+    }
+
+  private:
+    std::vector<std::unique_ptr<Record[]>> chunks_;
+    size_t used_ = 0; // of the last chunk
+};
+
 struct host_script_column {
     host_column record;
+    size_t name_hash = 0; // so that most other names are told apart without a look at them
     host_script_type *type = nullptr; // null for a type of the server
     const char *collation = nullptr;  // null: the database's
 
+    void set_name(const char *name);
     bool has_default_constraint() const
     {
         return record.defval.present && std::string_view(record.defval.kind) == "constraint";
@@ -63,9 +83,9 @@ struct host_script_fk {
     host_foreignkey record;
     std::vector<const host_script_column *> cols;
     host_script_table *parent = nullptr; // null while it is not there
-    std::string parent_schema;
-    std::string parent_name;
-    std::vector<std::string> parent_col_names;
+    const char *parent_schema = nullptr;
+    const char *parent_name = nullptr;
+    std::vector<const char *> parent_col_names; // until the columns are found; empty: those of the primary key
     std::vector<const host_script_column *> parent_cols;
 };
 
@@ -87,13 +107,14 @@ struct host_script_table {
     bool is_edge = false;
     bool is_temporal = false;
     const char *description = nullptr;
-    std::vector<std::unique_ptr<host_script_column>> cols;
-    std::vector<std::unique_ptr<host_script_column>> dropped_cols; // keys that went with them may still point here
+    std::vector<host_script_column *> cols;
     std::vector<host_script_key> keys;
     std::vector<host_script_fk> fks;
     std::vector<host_script_check> checks;
 
     host_script_column *find_col(std::string_view col_name) const;
+    // Another column of the same name as this one.
+    host_script_column *find_same(const host_script_column &other) const;
     host_script_key *find_key(std::string_view key_name);
     host_script_key *find_pk();
     std::vector<const char *> constraint_names() const;
@@ -119,8 +140,10 @@ struct host_script_state {
     }
     host_script_object *find_object(std::string_view schema, std::string_view name);
     host_script_table *find_table(std::string_view schema, std::string_view name);
-    // Adds a name, which must be free.
-    host_script_object *add_object(const char *kind, const char *schema, const char *name, host_script_table *table);
+    // Those of the name, in whatever schema.
+    std::vector<const host_script_object *> find_objects(std::string_view name);
+    // Adds a name, made of kept strings; false when it is taken.
+    bool add_object(const char *kind, const char *schema, const char *name, host_script_table *table);
     void forget_object(std::string_view schema, std::string_view name);
     void move_object(host_script_object object, const char *schema, const char *name);
     host_script_type *find_type(std::string_view schema, std::string_view name);
@@ -137,19 +160,20 @@ struct host_script_state {
     std::string database; // its name; empty while it is not known
     const char *collation = nullptr;
     std::vector<std::unique_ptr<host_script_table>> tables;
-    std::unordered_map<std::string, host_script_object> objects;
-    std::unordered_map<std::string, std::unique_ptr<host_script_type>> types;
+    host_pool<host_script_column> cols; // of all tables, dropped ones too: keys that went with them may point there
+    host_name_map<host_script_object> objects;
+    host_name_map<std::unique_ptr<host_script_type>> types;
     std::vector<std::unique_ptr<host_script_type>> retired_types;
-    std::unordered_map<std::string, std::unique_ptr<host_script_bound>> bounds;
-    std::unordered_set<std::string> histories; // tables that hold the history of others
+    host_name_map<std::unique_ptr<host_script_bound>> bounds;
+    host_name_set histories; // tables that hold the history of others
     std::unordered_set<std::string> schemas;
     std::unordered_set<std::string> databases;
     std::vector<std::unique_ptr<host_script_bound>> retired_bounds;
-    std::unordered_map<std::string, host_sequence> sequences;
-    std::unordered_map<std::string, size_t> names; // how many objects have the name, in whatever schema
-    int64_t next_id = 1;                           // of default objects
+    host_name_map<host_sequence> sequences;
+    int64_t next_id = 1; // of default objects
 
   private:
-    const std::string &key_of(std::string_view schema, std::string_view name);
-    std::string key_; // the last one, to save its memory
+    using host_names =
+        std::unordered_multimap<std::string_view, const host_script_object *, host_name_hash, host_name_equal>;
+    std::optional<host_names> names_; // made when it is first asked for: few scripts do
 };

@@ -44,7 +44,7 @@ static void my_read_set(host_script_reader &reader)
 static void my_read_use(host_script_reader &reader)
 {
     reader.cursor.advance();
-    const std::string name = reader.read_plain_name("the name of a database");
+    const std::string_view name = reader.read_plain_name("the name of a database");
     constexpr std::string_view system_databases[] = {"master", "model", "msdb", "tempdb"};
     for (const std::string_view system : system_databases) {
         if (host_same_text(name, system))

@@ -105,7 +105,7 @@ void host_set_history(host_script_reader &reader, host_script_table &table, cons
 {
     table.is_temporal = true;
     if (!history.name.empty()) {
-        reader.state.histories.insert(host_folded(history.schema + '\0' + history.name));
+        reader.state.histories.insert({reader.state.keep(history.schema), reader.state.keep(history.name)});
         if (host_script_table *existing = reader.state.find_table(history.schema, history.name))
             existing->is_history = true;
     }
@@ -139,7 +139,7 @@ static void my_add_table(host_script_reader &reader, const host_tsql_token &firs
     host_script_table &made = *table;
     state.add_object("U", made.schema, made.name, &made);
     state.tables.push_back(std::move(table));
-    made.is_history = state.histories.contains(host_folded(name.schema + '\0' + name.name));
+    made.is_history = state.histories.contains({name.schema, name.name});
     host_apply_parts(reader, first, made, parts, true);
 }
 

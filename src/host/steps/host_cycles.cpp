@@ -17,7 +17,7 @@ static const host_table *my_find_table(const host_catalogue &catalogue, const ch
 static const host_column *my_find_col(const host_table &table, const char *col_id)
 {
     for (const host_column &col : table.cols) {
-        if (col.id_text == col_id)
+        if (std::string_view(col.id_text) == col_id)
             return &col;
     }
     return nullptr;

@@ -32,7 +32,7 @@ static void my_translate(KT_context *ctx, host_import &import, const host_table 
                          const char *host_text, host_translation &translation)
 {
     KT_context__push_level(ctx);
-    tov_schema__fix_mssql_defval(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(), host_text,
+    tov_schema__fix_mssql_defval(ctx, import.schema, table.id_text.c_str(), col.id_text, host_text,
                                  translation.expr.out());
     const uint64_t code = KT_context__err_code(ctx);
     translation.message = KT_context__err_description(ctx);
@@ -92,7 +92,7 @@ static void my_check_moment(KT_context *ctx, host_import &import, const host_tab
     const char *sqlite_typeof = nullptr;
     if (translation.refused || !translation.expr.get())
         return;
-    KT_TRY(tov_schema__get_col_type(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(), &abstract_type,
+    KT_TRY(tov_schema__get_col_type(ctx, import.schema, table.id_text.c_str(), col.id_text, &abstract_type,
                                     &sqlite_typeof));
     if (my_is_known_moment(abstract_type, translation.expr.get()))
         return;
@@ -118,7 +118,7 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
         return;
     }
     KT_TRY(
-        tov_schema__set_host_defval(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(), defval.definition));
+        tov_schema__set_host_defval(ctx, import.schema, table.id_text.c_str(), col.id_text, defval.definition));
     if (!col.prepared)
         return;
     host_translation translation{ctx};
@@ -136,6 +136,6 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
         return;
     }
     const bool has_name = !defval.kind || std::string_view(defval.kind) == "constraint";
-    KT_TRY(tov_schema__set_colcon_defval(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(), 1,
+    KT_TRY(tov_schema__set_colcon_defval(ctx, import.schema, table.id_text.c_str(), col.id_text, 1,
                                          has_name ? defval.name : nullptr, translation.expr));
 }

@@ -89,7 +89,7 @@ static void my_add_identity(KT_context *ctx, KT_vhash *facts, const host_column 
 static void my_add_col(KT_context *ctx, KT_vhash *facts, const host_column &col)
 {
     KT_TRY(KT_vhash__add__string__sz(ctx, facts, "name", col.name));
-    KT_TRY(my_add_text(ctx, facts, "id", col.prepared ? col.id_text.c_str() : nullptr));
+    KT_TRY(my_add_text(ctx, facts, "id", col.prepared ? col.id_text : nullptr));
     KT_TRY(my_add_type(ctx, facts, col));
     KT_TRY(my_add_text(ctx, facts, "collation", col.collation));
     KT_TRY(my_add_number(ctx, facts, "code_page", col.collation ? col.code_page : 0));
@@ -124,7 +124,7 @@ static void my_add_col_ids(KT_context *ctx, KT_vhash *facts, const char *key,
         return;
     KT_TRY(KT_vhash__addnew__varray(ctx, facts, key, &ids));
     for (const host_column *col : cols)
-        KT_TRY(KT_varray__append__string__sz(ctx, ids, col->id_text.c_str()));
+        KT_TRY(KT_varray__append__string__sz(ctx, ids, col->id_text));
 }
 
 static void my_add_order(KT_context *ctx, KT_vhash *facts, const std::vector<bool> &descending)

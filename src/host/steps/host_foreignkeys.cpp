@@ -87,9 +87,9 @@ static bool my_fits_column(const host_table &table, const host_foreignkey &fk,
 
 static void my_add_to_column(KT_context *ctx, host_import &import, const host_table &table, const host_foreignkey &fk)
 {
-    KT_TRY(tov_schema__set_colcon_fk(ctx, import.schema, table.id_text.c_str(), fk.cols.front()->id_text.c_str(), 1,
+    KT_TRY(tov_schema__set_colcon_fk(ctx, import.schema, table.id_text.c_str(), fk.cols.front()->id_text, 1,
                                      fk.id_text.c_str(), fk.name, fk.ref_tbl->id_text.c_str(),
-                                     fk.ref_cols.front()->id_text.c_str(), 0, fk.on_delete, fk.on_update, 0));
+                                     fk.ref_cols.front()->id_text, 0, fk.on_delete, fk.on_update, 0));
 }
 
 // Who lists the keys that refer to a table asks each key of a table for its name, so one that has none gets one.
@@ -100,7 +100,7 @@ static void my_add_to_table(KT_context *ctx, host_import &import, host_table &ta
                                          fk.ref_tbl->id_text.c_str(), 0, fk.on_delete, fk.on_update, 0));
     for (size_t n = 0; n < fk.cols.size(); n++)
         KT_TRY(tov_schema__add_to_foreignkey(ctx, import.schema, table.id_text.c_str(), fk.id_text.c_str(),
-                                             fk.cols[n]->id_text.c_str(), fk.ref_cols[n]->id_text.c_str()));
+                                             fk.cols[n]->id_text, fk.ref_cols[n]->id_text));
 }
 
 void host_add_foreignkeys(KT_context *ctx, host_import &import, host_table &table)

@@ -29,7 +29,7 @@ static void my_new_schema(KT_context *ctx, host_owned_schema &schema)
 static void my_add_column(KT_context *ctx, host_import &import, const host_table &table, const host_column &col)
 {
     const char *tbl_id = table.id_text.c_str();
-    const char *col_id = col.id_text.c_str();
+    const char *col_id = col.id_text;
     KT_TRY(tov_schema__add_col(ctx, import.schema, tbl_id, col_id, col.sqlite_name, col.prepared, 0, 0));
     if (col.rowid_key)
         KT_TRY(tov_schema__set_col_type_identity(ctx, import.schema, tbl_id, col_id, col.rowid_key->name));

@@ -106,7 +106,7 @@ static void my_add_unique(KT_context *ctx, host_import &import, host_table &tabl
 {
     const std::string id = host_constraint_id(table, key.name, prefix, key.cols);
     for (const host_column *col : key.cols)
-        KT_TRY(tov_schema__add_to_unique_constraint(ctx, import.schema, table.id_text.c_str(), col->id_text.c_str(),
+        KT_TRY(tov_schema__add_to_unique_constraint(ctx, import.schema, table.id_text.c_str(), col->id_text,
                                                     id.c_str()));
     table.parent_keys.push_back(key.cols);
 }
@@ -135,7 +135,7 @@ static void my_add_pk(KT_context *ctx, host_import &import, host_table &table)
         return;
     KT_TRY(tov_schema__set_pk_name(ctx, import.schema, table.id_text.c_str(), pk.name));
     for (const host_column *col : pk.cols)
-        KT_TRY(tov_schema__add_to_pk(ctx, import.schema, table.id_text.c_str(), col->id_text.c_str()));
+        KT_TRY(tov_schema__add_to_pk(ctx, import.schema, table.id_text.c_str(), col->id_text));
     if (!table.has_rowid || (pk.cols.size() == 1 && pk.cols.front()->rowid_key)) {
         table.parent_keys.push_back(pk.cols);
         return;

@@ -164,7 +164,7 @@ static std::string my_greatest_decimal(uint8_t scale)
 
 static void my_add_decimal(KT_context *ctx, host_import &import, const host_table &table, const host_column &col)
 {
-    KT_TRY(tov_schema__set_col_type_decimal(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(),
+    KT_TRY(tov_schema__set_col_type_decimal(ctx, import.schema, table.id_text.c_str(), col.id_text,
                                             static_cast<uint8_t>(col.precision), static_cast<uint8_t>(col.scale)));
     if (col.prepared && col.precision > max_decimal_digits) {
         const std::string sizes = std::to_string(col.precision) + ',' + std::to_string(col.scale);
@@ -190,7 +190,7 @@ static void my_add_text(KT_context *ctx, host_import &import, const host_table &
 {
     const host_collation_rules rules = host_read_collation(col.collation, col.comparison_style);
     const uint32_t width = my_width(col, type.width);
-    KT_TRY(tov_schema__set_col_type_text(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(), col.collation,
+    KT_TRY(tov_schema__set_col_type_text(ctx, import.schema, table.id_text.c_str(), col.id_text, col.collation,
                                          rules.locale.empty() ? nullptr : rules.locale.c_str(), rules.binary,
                                          rules.noaccent, rules.nocase, rules.ks, rules.ws, rules.sc, type.fixed_width,
                                          type.unicode, width));
@@ -204,7 +204,7 @@ static void my_add_text(KT_context *ctx, host_import &import, const host_table &
 static void my_add_blob(KT_context *ctx, host_import &import, const host_table &table, const host_column &col,
                         const host_type &type)
 {
-    KT_TRY(tov_schema__set_col_type_blob(ctx, import.schema, table.id_text.c_str(), col.id_text.c_str(),
+    KT_TRY(tov_schema__set_col_type_blob(ctx, import.schema, table.id_text.c_str(), col.id_text,
                                          type.fixed_width, my_width(col, type.width)));
     if (type.is_row_version && col.prepared)
         KT_TRY(import.findings.add(ctx, "rowversion-as-bytes", &table, &col, host_type_name(col),
@@ -218,7 +218,7 @@ void host_add_type(KT_context *ctx, host_import &import, const host_table &table
 {
     const host_type *type = my_find_type(col);
     const char *tbl_id = table.id_text.c_str();
-    const char *col_id = col.id_text.c_str();
+    const char *col_id = col.id_text;
     if (!type) {
         KT_TRY(tov_schema__set_col_type_unsuported(ctx, import.schema, tbl_id, col_id, host_type_name(col)));
         return;

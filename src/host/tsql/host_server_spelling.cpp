@@ -27,8 +27,10 @@ class host_speller {
     }
     host_operand read_condition();
     host_operand read_sum();
+    // What was read, in parentheses.
     std::string take_text()
     {
+        text_ += ')';
         return std::move(text_);
     }
 
@@ -63,7 +65,7 @@ class host_speller {
     void add_type();
 
     host_tsql_cursor &cursor_;
-    std::string text_;
+    std::string text_ = "(";
     int depth_ = 0;
 };
 
@@ -536,14 +538,14 @@ std::string host_read_expression(host_tsql_cursor &cursor)
 {
     host_speller speller(cursor);
     speller.read_sum();
-    return '(' + speller.take_text() + ')';
+    return speller.take_text();
 }
 
 std::string host_read_condition(host_tsql_cursor &cursor)
 {
     host_speller speller(cursor);
     speller.read_condition();
-    return '(' + speller.take_text() + ')';
+    return speller.take_text();
 }
 
 static bool my_is_enclosed(std::string_view expression, bool quoted_identifier)

@@ -8,7 +8,7 @@ void host_tsql_cursor::fail(std::string message)
     failed_ = true;
     failed_token_ = token;
     message_ = std::move(message);
-    token = {host_tsql_kind::end, host_word::none, token.text.substr(0, 0)};
+    token = {host_tsql_kind::end, host_word::none, false, token.text.substr(0, 0)};
 }
 
 static std::string my_shown(const host_tsql_token &token)

@@ -31,10 +31,18 @@ static host_byte my_class(char byte)
     return byte_classes[static_cast<unsigned char>(byte)];
 }
 
+static constexpr std::array<bool, 256> my_mark_name_bytes()
+{
+    std::array<bool, 256> marks{};
+    for (size_t byte = 0; byte < 256; byte++)
+        marks[byte] = byte_classes[byte] == host_byte::letter || byte_classes[byte] == host_byte::digit || byte == '$';
+    return marks;
+}
+static constexpr std::array<bool, 256> name_bytes = my_mark_name_bytes();
+
 static bool my_is_name_byte(char byte)
 {
-    const host_byte kind = my_class(byte);
-    return kind == host_byte::letter || kind == host_byte::digit || byte == '$';
+    return name_bytes[static_cast<unsigned char>(byte)];
 }
 
 static bool my_is_digit(char byte)
@@ -49,7 +57,7 @@ static bool my_is_hex_digit(char byte)
 
 host_tsql_token host_tsql_scanner::take(host_tsql_kind kind, size_t end)
 {
-    const host_tsql_token token{kind, host_word::none, script_.substr(at_, end - at_)};
+    const host_tsql_token token{kind, host_word::none, false, {script_.data() + at_, end - at_}};
     at_ = end;
     return token;
 }
@@ -83,15 +91,18 @@ bool host_tsql_scanner::skip_comment()
 
 void host_tsql_scanner::skip_blanks()
 {
-    while (at_ < script_.size()) {
-        const char byte = script_[at_];
-        if (my_class(byte) == host_byte::blank) {
-            at_++;
-        } else if (byte == '-' && peek(1) == '-') {
-            at_ = line_end();
-        } else if (byte != '/' || peek(1) != '*' || !skip_comment()) {
+    const std::string_view script = script_;
+    for (;;) {
+        size_t at = at_;
+        while (at < script.size() && my_class(script[at]) == host_byte::blank)
+            at++;
+        at_ = at;
+        if (at == script.size() || (script[at] != '-' && script[at] != '/'))
             return;
-        }
+        if (script[at] == '-' && peek(1) == '-')
+            at_ = line_end();
+        else if (script[at] == '-' || peek(1) != '*' || !skip_comment())
+            return;
     }
 }
 
@@ -116,10 +127,11 @@ static bool my_ends_separator(std::string_view rest)
 
 host_tsql_token host_tsql_scanner::next_word()
 {
+    const std::string_view script = script_;
     size_t end = at_ + 1;
-    while (end < script_.size() && my_is_name_byte(script_[end]))
+    while (end < script.size() && my_is_name_byte(script[end]))
         end++;
-    const std::string_view text = script_.substr(at_, end - at_);
+    const std::string_view text(script.data() + at_, end - at_);
     const host_word word = host_find_word(text);
     if (word == host_word::go && is_first_on_line()) {
         const size_t last = line_end();
@@ -162,28 +174,39 @@ host_tsql_token host_tsql_scanner::next_number()
 // Something between quotes, the first of which stands after `open` bytes; a doubled closing quote is part of it.
 host_tsql_token host_tsql_scanner::next_quoted(host_tsql_kind kind, size_t open, char close)
 {
+    bool has_doubled = false;
     for (size_t at = at_ + open + 1; (at = script_.find(close, at)) < script_.size(); at += 2) {
-        if (at + 1 == script_.size() || script_[at + 1] != close)
-            return take(kind, at + 1);
+        if (at + 1 == script_.size() || script_[at + 1] != close) {
+            host_tsql_token token = take(kind, at + 1);
+            token.has_doubled = has_doubled;
+            return token;
+        }
+        has_doubled = true;
     }
     return take(host_tsql_kind::unknown, script_.size());
 }
 
 host_tsql_token host_tsql_scanner::next_mark()
 {
-    constexpr std::string_view doubles[] = {"<=", ">=", "<>", "!=", "!<", "!>", "::", "+=", "-="};
-    const std::string_view two = script_.substr(at_, 2);
-    if (two == "/*")
+    const char first = script_[at_], second = peek(1);
+    if (first == '/' && second == '*')
         return take(host_tsql_kind::unknown, script_.size());
-    const bool is_double = std::find(std::begin(doubles), std::end(doubles), two) != std::end(doubles);
+    bool is_double = false;
+    if (second == '=')
+        is_double = first == '<' || first == '>' || first == '!' || first == '+' || first == '-';
+    else if (second == '>')
+        is_double = first == '<' || first == '!';
+    else
+        is_double = (second == '<' && first == '!') || (second == ':' && first == ':');
     return take(host_tsql_kind::mark, at_ + (is_double ? 2U : 1U));
 }
 
 host_tsql_token host_tsql_scanner::next()
 {
-    skip_blanks();
+    if (at_ < script_.size() && (my_class(script_[at_]) == host_byte::blank || script_[at_] == '-' || script_[at_] == '/'))
+        skip_blanks();
     if (at_ == script_.size())
-        return {host_tsql_kind::end, host_word::none, script_.substr(at_)};
+        return take(host_tsql_kind::end, at_);
     const char byte = script_[at_];
     switch (my_class(byte)) {
     case host_byte::letter:
@@ -222,11 +245,10 @@ std::string_view host_unquoted(const host_tsql_token &token, std::string &buffer
         text.remove_prefix(1);
     const char close = text.back();
     text = text.substr(1, text.size() - 2);
-    size_t at = text.find(close);
-    if (at == std::string_view::npos)
+    if (!token.has_doubled)
         return text;
     buffer.clear();
-    for (; at != std::string_view::npos; at = text.find(close)) {
+    for (size_t at = text.find(close); at != std::string_view::npos; at = text.find(close)) {
         buffer += text.substr(0, at + 1);
         text.remove_prefix(at + 2);
     }

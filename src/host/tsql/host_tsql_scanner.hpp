@@ -25,7 +25,8 @@ enum class host_tsql_kind : uint8_t {
 struct host_tsql_token {
     host_tsql_kind kind = host_tsql_kind::end;
     host_word word = host_word::none;
-    std::string_view text; // as it is written
+    bool has_doubled = false; // quotes, each of which stands for one
+    std::string_view text;    // as it is written
 
     bool is(host_word other) const
     {

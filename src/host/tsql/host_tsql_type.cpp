@@ -3,6 +3,7 @@
 
 #include "tsql/host_server_spelling.hpp"
 
+#include <algorithm>
 #include <charconv>
 
 struct host_type_synonym {
@@ -64,13 +65,14 @@ static constexpr host_type_synonym system_types[] = {
     {"national character varying", "nvarchar"},
 };
 
-static const host_type_synonym *my_find_type(std::string_view written)
+// Empty when the server has no such type.
+static std::string_view my_system_name(std::string_view written)
 {
     for (const host_type_synonym &type : system_types) {
         if (host_same_text(type.written, written))
-            return &type;
+            return type.name;
     }
-    return nullptr;
+    return {};
 }
 
 // Adds the words that belong to the name after the first: PRECISION, CHARACTER, VARYING.
@@ -114,7 +116,7 @@ static void my_read_sizes(host_tsql_cursor &cursor, host_tsql_type &type)
 {
     if (!cursor.token.is('('))
         return;
-    if (type.name == "xml")
+    if (type.system_name == "xml")
         return cursor.skip_parentheses();
     cursor.advance();
     type.is_max = cursor.take(host_word::max);
@@ -127,34 +129,47 @@ static void my_read_sizes(host_tsql_cursor &cursor, host_tsql_type &type)
     cursor.expect(')');
 }
 
+// Whether more words may belong to the name.
+static bool my_may_go_on(std::string_view name)
+{
+    constexpr std::string_view words[] = {"char", "character", "nchar", "binary", "national", "double"};
+    return std::any_of(std::begin(words), std::end(words),
+                       [name](std::string_view word) { return host_same_text(word, name); });
+}
+
+// name, schema.name, or several words: NATIONAL CHARACTER VARYING
+static void my_read_names(host_tsql_cursor &cursor, host_tsql_type &type)
+{
+    std::string buffer;
+    const bool is_word = cursor.token.kind == host_tsql_kind::word;
+    std::string_view name = host_unquoted(cursor.token, buffer);
+    cursor.advance();
+    if (!cursor.token.is('.') && !(is_word && my_may_go_on(name)))
+        type.system_name = my_system_name(name);
+    if (type.is_system())
+        return;
+    type.written = name;
+    while (cursor.take('.')) {
+        if (!cursor.token.is_name())
+            return cursor.fail_expected("a type");
+        type.schema = type.written;
+        type.written = host_unquoted(cursor.token, buffer);
+        cursor.advance();
+    }
+    if (is_word && type.schema.empty())
+        my_read_more_words(cursor, type.written);
+    if (type.schema.empty() || host_same_text(type.schema, "sys"))
+        type.system_name = my_system_name(type.written);
+}
+
 host_tsql_type host_read_type(host_tsql_cursor &cursor)
 {
     host_tsql_type type;
-    std::string buffer;
     if (!cursor.token.is_name() || host_is_reserved(cursor.token.word)) {
         cursor.fail_expected("a type");
         return type;
     }
-    const bool is_word = cursor.token.kind == host_tsql_kind::word;
-    type.name = host_unquoted(cursor.token, buffer);
-    cursor.advance();
-    while (cursor.take('.')) {
-        if (!cursor.token.is_name()) {
-            cursor.fail_expected("a type");
-            return type;
-        }
-        type.schema = type.name;
-        type.name = host_unquoted(cursor.token, buffer);
-        cursor.advance();
-    }
-    if (is_word && type.schema.empty())
-        my_read_more_words(cursor, type.name);
-    if (type.schema.empty() || host_same_text(type.schema, "sys")) {
-        if (const host_type_synonym *known = my_find_type(type.name)) {
-            type.is_system = true;
-            type.name = known->name;
-        }
-    }
+    my_read_names(cursor, type);
     my_read_sizes(cursor, type);
     return type;
 }
@@ -162,8 +177,8 @@ host_tsql_type host_read_type(host_tsql_cursor &cursor)
 std::string host_read_type_spelling(host_tsql_cursor &cursor)
 {
     const host_tsql_type type = host_read_type(cursor);
-    std::string text = type.is_system || type.schema.empty() ? "" : host_bracketed(type.schema) + '.';
-    text += host_bracketed(type.name);
+    std::string text = type.is_system() || type.schema.empty() ? "" : host_bracketed(type.schema) + '.';
+    text += host_bracketed(type.name());
     if (type.is_max)
         return text + "(max)";
     if (!type.first)

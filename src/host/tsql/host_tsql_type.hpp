@@ -7,12 +7,21 @@
 #include <optional>
 
 struct host_tsql_type {
-    std::string schema; // empty when it is left out
-    std::string name;   // of a type of the server: its first name, e.g. "int" for INTEGER
-    bool is_system = false;
+    std::string schema;           // empty when it is left out
+    std::string written;          // the name of a type that is not the server's
+    std::string_view system_name; // of a type of the server, its first one: "int" for INTEGER
     bool is_max = false;
     std::optional<int64_t> first; // what stands in the parentheses
     std::optional<int64_t> second;
+
+    bool is_system() const
+    {
+        return !system_name.empty();
+    }
+    std::string_view name() const
+    {
+        return is_system() ? system_name : std::string_view(written);
+    }
 };
 
 host_tsql_type host_read_type(host_tsql_cursor &cursor);

@@ -13,14 +13,10 @@ static_assert(std::size(word_texts) <= 256, "host_word fits a byte");
 static constexpr size_t slot_count = 1024;
 static constexpr size_t max_length = 17;
 
-static constexpr char my_upper(char byte)
-{
-    return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
-}
-
+// Without the bit that tells the case of letters, of which the words consist.
 static constexpr size_t my_slot(std::string_view text)
 {
-    const auto at = [text](size_t n) { return static_cast<uint32_t>(static_cast<unsigned char>(my_upper(text[n]))); };
+    const auto at = [text](size_t n) { return static_cast<uint32_t>(static_cast<unsigned char>(text[n])) & 0xDFU; };
     const uint32_t mixed = at(0) * 271 + at(text.size() - 1) * 31 + at(text.size() / 2) * 137 + at(1) * 7 +
                            static_cast<uint32_t>(text.size()) * 977;
     return (mixed ^ mixed >> 9) % slot_count;
@@ -83,11 +79,6 @@ bool host_is_reserved(host_word word)
     return reserved_words[static_cast<size_t>(word)];
 }
 
-char host_lower(char byte)
-{
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
-}
-
 std::string_view host_trimmed(std::string_view text)
 {
     constexpr std::string_view blanks = " \t\r\n\f\v";
@@ -95,15 +86,4 @@ std::string_view host_trimmed(std::string_view text)
     if (first == std::string_view::npos)
         return {};
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-bool host_same_text(std::string_view a, std::string_view b)
-{
-    if (a.size() != b.size())
-        return false;
-    for (size_t n = 0; n < a.size(); n++) {
-        if (host_lower(a[n]) != host_lower(b[n]))
-            return false;
-    }
-    return true;
 }

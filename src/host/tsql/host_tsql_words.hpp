@@ -1,6 +1,7 @@
 // The words of T-SQL that a reader of scripts tells apart.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -57,7 +58,19 @@ host_word host_find_word(std::string_view text);
 // Whether the word cannot be a name unless it is quoted.
 bool host_is_reserved(host_word word);
 
-char host_lower(char byte);
+inline char host_lower(char byte)
+{
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+}
 std::string_view host_trimmed(std::string_view text);
 // Compares without regard to the case of ASCII letters.
-bool host_same_text(std::string_view a, std::string_view b);
+inline bool host_same_text(std::string_view a, std::string_view b)
+{
+    if (a.size() != b.size())
+        return false;
+    for (size_t n = 0; n < a.size(); n++) {
+        if (a[n] != b[n] && host_lower(a[n]) != host_lower(b[n]))
+            return false;
+    }
+    return true;
+}
