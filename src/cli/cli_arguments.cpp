@@ -82,6 +82,12 @@ cli_option cli_command::option(const char *names, std::vector<std::string> &valu
     return cli_option(option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll));
 }
 
+cli_option cli_command::option(const char *names, std::optional<std::string> &value, const char *help,
+                               const char *word) const
+{
+    return cli_option(app_->add_option(names, value, help)->type_name(word));
+}
+
 cli_option cli_command::option(const char *names, uint32_t &value, const char *help) const
 {
     return cli_option(app_->add_option(names, value, help)->type_name("NUMBER"));

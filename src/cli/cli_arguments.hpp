@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,8 @@ class cli_command {
     // repeated.
     cli_option option(const char *names, std::string &value, const char *help, const char *word = "FILE") const;
     cli_option option(const char *names, std::vector<std::string> &values, const char *help, const char *word) const;
+    // One of which it matters whether it is given: its value may be empty.
+    cli_option option(const char *names, std::optional<std::string> &value, const char *help, const char *word) const;
     cli_option option(const char *names, uint32_t &value, const char *help) const;
     cli_option option(const char *names, int64_t &value, const char *help) const;
     cli_option flag(const char *names, bool &value, const char *help) const;

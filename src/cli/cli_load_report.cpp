@@ -26,9 +26,12 @@ struct load_summary {
     std::vector<table_line> tables;
     table_line total;
     std::vector<std::string> notes;
+    std::string unknown; // tables that the schema does not have, whose rows are left out
+    int64_t unknown_bytes = 0;
 };
 
-constexpr size_t column_count = 6;
+constexpr size_t column_count = 7;
+constexpr size_t left_out_column = 4;
 using load_line = std::array<std::string, column_count>;
 
 } // namespace
@@ -86,8 +89,21 @@ static table_line &my_line_of(load_summary &summary, const std::string &name)
     return summary.tables.back();
 }
 
+static void my_add_unknown(KT_context *ctx, const KT_vhash *record, load_summary &summary)
+{
+    const std::string tbl = my_text(ctx, record, "table");
+    summary.unknown_bytes += my_number(ctx, record, "bytes");
+    const bool is_new = (", " + summary.unknown + ",").find(" " + tbl + ",") == std::string::npos;
+    if (is_new)
+        summary.unknown += (summary.unknown.empty() ? "" : ", ") + tbl;
+}
+
 static void my_add_record(KT_context *ctx, const KT_vhash *record, load_summary &summary)
 {
+    if (my_flag(ctx, record, "unknown")) {
+        my_add_unknown(ctx, record, summary);
+        return;
+    }
     const std::string file = my_text(ctx, record, "file");
     if (my_flag(ctx, record, "before"))
         summary.notes.push_back("note: " + file + " was loaded before; --again loads it once more");
@@ -118,12 +134,17 @@ static load_line my_texts(const table_line &line)
 {
     char seconds[40];
     std::snprintf(seconds, sizeof seconds, "%.2f", line.seconds);
-    return {cli_harmless(line.name),       std::to_string(line.read),      std::to_string(line.loaded),
-            std::to_string(line.rejected), std::to_string(line.shortened), seconds};
+    return {cli_harmless(line.name),
+            std::to_string(line.read),
+            std::to_string(line.loaded),
+            std::to_string(line.rejected),
+            std::to_string(line.left_out),
+            std::to_string(line.shortened),
+            seconds};
 }
 
-// Names stand at the left, numbers at the right.
-static std::string my_layout(const std::vector<load_line> &lines)
+// Names stand at the left, numbers at the right; rows that are left out have a column where there are any.
+static std::string my_layout(const std::vector<load_line> &lines, bool has_left_out)
 {
     std::array<size_t, column_count> widths{};
     for (const load_line &line : lines)
@@ -133,7 +154,8 @@ static std::string my_layout(const std::vector<load_line> &lines)
     for (const load_line &line : lines) {
         text += line[0] + std::string(widths[0] - line[0].size(), ' ');
         for (size_t n = 1; n < column_count; n++)
-            text += "  " + std::string(widths[n] - line[n].size(), ' ') + line[n];
+            if (n != left_out_column || has_left_out)
+                text += "  " + std::string(widths[n] - line[n].size(), ' ') + line[n];
         text += "\n";
     }
     return text;
@@ -141,21 +163,43 @@ static std::string my_layout(const std::vector<load_line> &lines)
 
 static void my_print(const load_summary &summary)
 {
-    std::vector<load_line> lines = {{"table", "read", "loaded", "rejected", "shortened", "seconds"}};
+    std::vector<load_line> lines = {{"table", "read", "loaded", "rejected", "left out", "shortened", "seconds"}};
     for (const table_line &line : summary.tables)
         lines.push_back(my_texts(line));
     lines.push_back(my_texts(summary.total));
     for (const std::string &note : summary.notes)
         cli_tell_line("tov-schema: " + note);
     for (const table_line &line : summary.tables)
-        if (line.left_out > 0)
+        if (line.left_out > 0 && line.name != summary.unknown)
             cli_tell_line("tov-schema: note: " + std::to_string(line.left_out) + " rows of " + line.name +
                           " are the history of a temporal table, and are left out");
-    cli_print(my_layout(lines));
+    cli_print(my_layout(lines, summary.total.left_out > 0));
+}
+
+// The source says how many rows it has: those that were not read are of tables that the schema does not have. Says
+// whether all rows are accounted for.
+static bool my_account(load_summary &summary, int64_t said)
+{
+    const int64_t missing = said < 0 ? 0 : said - summary.total.read;
+    if (summary.unknown.empty()) {
+        if (missing != 0)
+            summary.notes.push_back("the package says that it has " + std::to_string(said) + " rows; " +
+                                    std::to_string(summary.total.read) + " were READ");
+        return missing == 0;
+    }
+    const std::string what = said < 0 ? std::to_string(summary.unknown_bytes) + " bytes of rows" : "rows";
+    summary.notes.push_back("note: " + what + " of " + summary.unknown +
+                            " are left out: the schema does not have the table");
+    table_line line{summary.unknown};
+    line.read = line.left_out = std::max<int64_t>(missing, 0);
+    summary.total.read += line.read;
+    summary.total.left_out += line.left_out;
+    summary.tables.push_back(std::move(line));
+    return missing >= 0;
 }
 
 int cli_finish_load(KT_context *ctx, cli_loader &loader, const std::string &database, const std::string &rejects,
-                    bool quiet)
+                    bool quiet, int64_t said)
 {
     kt_owned_varray report{ctx};
     KT_varray *remarks = nullptr;
@@ -173,10 +217,11 @@ int cli_finish_load(KT_context *ctx, cli_loader &loader, const std::string &data
         KT_varray__get__vhash(ctx, report, n, &record);
         my_add_record(ctx, record, summary);
     }
+    const bool is_complete = my_account(summary, said);
     if (!quiet)
         my_print(summary);
     if (summary.total.rejected == 0)
-        return cli_done;
+        return is_complete ? cli_done : cli_found;
     const std::string where = rejects.empty() ? "; --rejects DIR keeps them" : "; they are in " + rejects;
     cli_tell_line("tov-schema: " + std::to_string(summary.total.rejected) + " rows were REJECTED" + where);
     return cli_found;

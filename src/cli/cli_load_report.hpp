@@ -22,6 +22,7 @@ struct cli_loader {
 };
 
 // Ends the load and prints its table on standard output, the refused rows on standard error; says where the files of
-// refused rows are, if there are any. Gives the exit code: 1 when rows were refused.
+// refused rows are, if there are any. said is how many rows the source says it has, -1 where it does not. Gives the
+// exit code: 1 when rows were refused, or are missing.
 int cli_finish_load(KT_context *ctx, cli_loader &loader, const std::string &database, const std::string &rejects,
-                    bool quiet);
+                    bool quiet, int64_t said = -1);

@@ -116,11 +116,14 @@ static int my_load(KT_context *ctx, const convert_options &options, tov_schema *
     load_options.format = is_package ? "auto" : "insert";
     load_options.encoding = is_package ? "" : options.import.encoding.c_str();
     part_bridge bridge{bytes};
+    int64_t said = -1;
     cli_loader loader(ctx);
     tov_client__open_loader(ctx, schema, path.c_str(), &load_options, &loader.loader);
     cli_check(ctx, options.database);
     if (is_package) {
         const cli_waiting waiting("loading");
+        tov_host__count_packed_rows(ctx, bytes.data(), bytes.size(), &said);
+        cli_check(ctx, sources.front().name);
         tov_client__load_parts(ctx, loader.loader, sources.front().name.c_str(), my_read_parts, &bridge);
         cli_check(ctx, sources.front().name);
     }
@@ -131,7 +134,7 @@ static int my_load(KT_context *ctx, const convert_options &options, tov_schema *
         tov_client__load_file(ctx, loader.loader, source.name.c_str());
         cli_check(ctx, source.name);
     }
-    return cli_finish_load(ctx, loader, options.database, options.rejects, options.is_quiet);
+    return cli_finish_load(ctx, loader, options.database, options.rejects, options.is_quiet, said);
 }
 
 static std::string my_json(KT_context *ctx, tov_schema *schema)

@@ -18,6 +18,8 @@ struct load_options {
     std::string encoding;
     std::string field_end;
     std::string row_end;
+    std::optional<std::string> null_word;
+    std::string header;
     std::string rejects;
     int64_t max_rejects = 0;
     int64_t batch = 0;
@@ -39,6 +41,8 @@ static tov_client_load_options my_client_options(const load_options &options)
     result.encoding = options.encoding.c_str();
     result.field_end = options.field_end.c_str();
     result.row_end = options.row_end.c_str();
+    result.null_word = options.null_word ? options.null_word->c_str() : nullptr;
+    result.header = options.header.empty() ? 0 : (options.header == "yes" ? 1 : -1);
     result.rejects = options.rejects.c_str();
     result.max_rejects = options.max_rejects;
     result.batch = options.batch;
@@ -74,11 +78,16 @@ static int my_run_load(const load_options &options)
 static void my_add_forms(const cli_command &command, load_options &options)
 {
     command.option("--table", options.tbl, "the table that the rows go into (default: the file's name)", "NAME");
-    command.option("--format", options.format, "bcp, native or insert (default: found out from the first rows)", "NAME")
-        .one_of({"auto", "bcp", "native", "insert"});
+    command
+        .option("--format", options.format, "bcp, csv, json, native or insert (default: found out from the first rows)",
+                "NAME")
+        .one_of({"auto", "bcp", "csv", "json", "native", "insert"});
     command.option("--encoding", options.encoding, "of the files (default: as their mark says, or UTF-8)", "NAME");
     command.option("-t,--field-terminator", options.field_end, "what ends a field; \\t is a tab", "STRING");
     command.option("-r,--row-terminator", options.row_end, "what ends a row; \\n is a line end", "STRING");
+    command.option("--null", options.null_word, "what CSV files have for NULL, without quotes; '' is nothing", "WORD");
+    command.option("--header", options.header, "whether CSV files begin with a line of names: yes or no", "WORD")
+        .one_of({"yes", "no"});
 }
 
 void cli_add_load(cli_arguments &arguments)

@@ -16,13 +16,21 @@ struct unload_options {
     std::string folder;
     std::vector<std::string> tables;
     std::string format = "bcp";
-    std::string encoding = "utf-8";
+    std::string encoding;
+    std::string query;
     std::string field_end;
     std::string row_end;
     bool is_quiet = false;
 };
 
 } // namespace
+
+// A script has the rows of several tables.
+static std::string my_line(const char *file, const char *tbl, int64_t rows)
+{
+    const bool is_script = std::string_view(file) == "rows.sql";
+    return cli_harmless(file) + (is_script ? " " + cli_harmless(tbl) : "") + " " + std::to_string(rows) + "\n";
+}
 
 static void my_print_report(KT_context *ctx, KT_varray *report)
 {
@@ -32,12 +40,19 @@ static void my_print_report(KT_context *ctx, KT_varray *report)
     for (uint32_t n = 0; n < count; n++) {
         KT_vhash *record = nullptr;
         const char *file = nullptr;
+        const char *tbl = nullptr;
         int64_t rows = 0;
+        int64_t unreadable = 0;
         KT_varray__get__vhash(ctx, report, n, &record);
         KT_vhash__get__sz(ctx, record, "file", &file);
+        KT_vhash__get__sz(ctx, record, "table", &tbl);
         KT_vhash__get__int64(ctx, record, "rows", &rows);
+        KT_vhash__get__int64(ctx, record, "unreadable", &unreadable);
         cli_check(ctx, "");
-        text += cli_harmless(file) + " " + std::to_string(rows) + "\n";
+        if (unreadable > 0)
+            cli_tell_line("tov-schema: warning: " + cli_harmless(file) + ": " + std::to_string(unreadable) +
+                          " values hold what ends a field or row, and cannot be read again; choose other terminators");
+        text += my_line(file, tbl, rows);
     }
     cli_print(text);
 }
@@ -52,7 +67,8 @@ static int my_run_unload(const unload_options &options)
         tables.push_back(table.c_str());
     tov_client_unload_options client_options = {};
     client_options.format = options.format.c_str();
-    client_options.encoding = options.encoding.c_str();
+    client_options.encoding = options.encoding.empty() ? nullptr : options.encoding.c_str();
+    client_options.query = options.query.empty() ? nullptr : options.query.c_str();
     client_options.field_end = options.field_end.empty() ? nullptr : options.field_end.c_str();
     client_options.row_end = options.row_end.empty() ? nullptr : options.row_end.c_str();
     client_options.tbls = tables.data();
@@ -77,11 +93,20 @@ void cli_add_unload(cli_arguments &arguments)
     command.argument("DATABASE", options->database, "the database file").required();
     command.argument("FOLDER", options->folder, "where the files go; made when it is absent").required();
     command.option("--table", options->tables, "write only this table; may be repeated", "NAME");
-    command.option("--format", options->format, "bcp or csv (default: bcp)", "NAME").one_of({"bcp", "csv"});
-    command.option("--encoding", options->encoding, "utf-8 or utf-16le (default: utf-8)", "NAME")
+    command
+        .option("--format", options->format,
+                "bcp, csv, json (an object a line) or insert (one script, rows.sql); default: bcp", "NAME")
+        .one_of({"bcp", "csv", "json", "insert"});
+    command.option("--query", options->query,
+                   "write the rows of this SELECT; --table names the tables that its columns are of", "SQL");
+    command
+        .option("--encoding", options->encoding, "utf-8 or utf-16le (default: of the file that was loaded, or utf-8)",
+                "NAME")
         .one_of({"utf-8", "utf-16le"});
-    command.option("-t,--field-terminator", options->field_end, "what ends a field (default: \\t)", "STRING");
-    command.option("-r,--row-terminator", options->row_end, "what ends a row (default: \\n)", "STRING");
+    command.option("-t,--field-terminator", options->field_end,
+                   "what ends a field (default: as in the file that was loaded, or \\t)", "STRING");
+    command.option("-r,--row-terminator", options->row_end,
+                   "what ends a row (default: as in the file that was loaded, or \\n)", "STRING");
     command.flag("--quiet", options->is_quiet, "do not print the files");
     command.runs([options] { return my_run_unload(*options); });
 }

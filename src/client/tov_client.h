@@ -116,14 +116,17 @@ TOV_API void tov_client__describe_columns(KT_context *ctx, tov_schema *schema, c
 typedef struct tov_client_load_options {
     /** Optional: the table that rows go into, by its name in SQLite or on the server; else a file's name says it. */
     const char *tbl;
-    /** Optional: "bcp"; null or "auto" finds out from the first rows. */
+    /** Optional: "bcp", "csv", "json" (an array, or an object a line), "native" or "insert"; null or "auto" finds out from
+     * the first rows. */
     const char *format;
     /** Optional: the files' encoding, as iconv names it; else a mark at their beginning says it, or they are UTF-8. */
     const char *encoding;
-    /** Optional: what ends fields and rows, with \\t, \\n, \\r, \\0 for characters that are hard to type. */
+    /** Optional: what ends fields and rows, with \\t, \\n, \\r, \\0, \\x1F for characters that are hard to type. In CSV
+     * files fields end with what is said here, rows always at line ends. */
     const char *field_end;
     const char *row_end;
-    /** Optional: the word that CSV files have for NULL. */
+    /** Optional: what CSV files have for NULL, without quotes; "" says that it is nothing. If it is null the first rows
+     * decide, and a later word NULL is refused where it might be either. */
     const char *null_word;
     /** Whether CSV files begin with a line of names: 1 yes, -1 no, 0 finds out. */
     int32_t header;
@@ -190,8 +193,9 @@ TOV_API void tov_client__load_parts(KT_context *ctx, tov_client_loader *loader, 
  * Ends a load: refuses rows that refer to rows that are not there, after all files, and tells what became of each file.
  *
  * @param[out] report   owned; for each file and table a map with "file", "table", "dialect", "read", "loaded",
- *                      "rejected", "shortened" (column to number of values), "seconds", "before" (loaded earlier) and
- * "history" (rows that are left out).
+ *                      "rejected", "shortened" (column to number of values), "seconds", "before" (loaded earlier),
+ *                      "history" (the rows are left out), "part" (of a package) and "unknown" (the schema does not
+ *                      have the table: its rows are left out uncounted, and "bytes" says how much they are).
  * @param[out] remarks  owned; texts about the first rows that were refused.
  */
 TOV_API void tov_client__finish_load(KT_context *ctx, tov_client_loader *loader, KT_varray **report,
@@ -200,10 +204,11 @@ TOV_API void tov_client__finish_load(KT_context *ctx, tov_client_loader *loader,
 /** Frees a loader; null does nothing. What was not finished stays as the last transaction left it. */
 TOV_API void tov_client__free_loader(KT_context *ctx, tov_client_loader *loader) KT_NOEXCEPT;
 
-/** How rows are written. All zero writes bcp's character form in UTF-8, fields ending with a tab, rows with a line end.
- */
+/** How rows are written. All zero writes bcp's character form: a table that was loaded from such a file as that file was,
+ * any other in UTF-8, with fields that end with a tab and rows that end with a line end. */
 typedef struct tov_client_unload_options {
-    /** Optional: "bcp" or "csv" (a line of names first, quotes where they are needed, NULL empty, an empty text ""). */
+    /** Optional: "bcp"; "csv" (a line of names first, quotes where they are needed, NULL empty, an empty text ""); "json"
+     * (an object a line, with values as FOR JSON writes them); "insert" (one script of all tables, rows.sql). */
     const char *format;
     /** Optional: "utf-8" or "utf-16le", which begins with a mark. */
     const char *encoding;
@@ -213,6 +218,10 @@ typedef struct tov_client_unload_options {
     /** The tables, by their names in SQLite or on the server; all of them when tbl_count is 0. */
     const char *const *tbls;
     uint32_t tbl_count;
+    /** Optional: a SELECT whose rows are written, into the file query.dat, .csv, .jsonl or .sql. A column has the form of
+     * the tables' columns of its name, if all of them have the same type; for "insert" exactly one table is named, which
+     * the rows are for. */
+    const char *query;
 } tov_client_unload_options;
 
 /**
@@ -220,7 +229,8 @@ typedef struct tov_client_unload_options {
  * folder, which is made when it is absent: tables that are referred to come before those that refer to them.
  *
  * @param options      optional.
- * @param[out] report  owned; for each table a map with "table", "file" and "rows".
+ * @param[out] report  owned; for each table (or the query, whose name is empty) a map with "table", "file", "dialect",
+ *                     "rows" and "unreadable": how many values hold what ends a field or row of a bcp file.
  */
 TOV_API void tov_client__unload(KT_context *ctx, tov_schema *schema, const char *database, const char *folder,
                                 const tov_client_unload_options *options, KT_varray **report) KT_NOEXCEPT;

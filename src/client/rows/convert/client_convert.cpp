@@ -76,6 +76,15 @@ static client_reject my_take_bytes(client_converter &converter, const client_ser
     return client_reject::none;
 }
 
+// Base64 that reads as hexadecimal digits too, or as the text form of a hierarchyid, which begins and ends with a
+// slash.
+static bool my_may_mean_other(const client_server_type &type, std::string_view base64)
+{
+    const bool is_hex = base64.size() > 2 && (base64.starts_with("0x") || base64.starts_with("0X")) &&
+                        base64.find_first_not_of("0123456789abcdefABCDEF", 2) == base64.npos;
+    return is_hex || (type.base == client_base::clr && base64.starts_with('/') && base64.ends_with('/'));
+}
+
 // Decodes to bytes what stands as digits.
 static client_reject my_decode(client_converter &converter, const client_field &field)
 {
@@ -94,7 +103,7 @@ static client_reject my_convert_binary(client_converter &converter, const client
         return my_take_bytes(converter, type, field.bytes, value);
     const bool is_digits =
         field.form == client_form::text || field.form == client_form::hex || field.form == client_form::base64;
-    if (!is_digits)
+    if (!is_digits || (field.form == client_form::base64 && my_may_mean_other(type, field.bytes)))
         return client_reject::not_binary;
     const client_reject reject = my_decode(converter, field);
     if (reject != client_reject::none)
@@ -176,6 +185,8 @@ static client_reject my_convert_moment(client_converter &converter, const client
         reject = my_decode(converter, field);
         if (reject == client_reject::none)
             reject = client_read_binary_moment(type, converter.scratch.large, converter.scratch, value);
+    } else if (field.form != client_form::text && field.form != client_form::literal) {
+        reject = client_reject::wrong_form; // to the server a number is one of days
     } else {
         reject = client_read_moment(type, field, converter.date_order, converter.scratch, value);
     }

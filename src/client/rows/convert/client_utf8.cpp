@@ -70,6 +70,35 @@ client_text_size client_measure_text(std::string_view sv) noexcept
     }
 }
 
+size_t client_count_units(std::string_view text) noexcept
+{
+    size_t units = 0;
+    for (const char byte : text) {
+        const auto bits = static_cast<unsigned char>(byte);
+        units += (bits & 0xC0) != 0x80 ? 1U : 0U;
+        units += bits >= 0xF0 ? 1U : 0U;
+    }
+    return units;
+}
+
+void client_join_halves(std::string &text, size_t place)
+{
+    constexpr size_t half = 3;
+    const auto unit = [&](size_t at) {
+        const auto bits = [&](size_t n) { return static_cast<uint32_t>(static_cast<unsigned char>(text[at + n])); };
+        return (bits(0) & 0x0F) << 12 | (bits(1) & 0x3F) << 6 | (bits(2) & 0x3F);
+    };
+    if (place < half || text.size() - place < half || text[place - half] != '\xED' || text[place] != '\xED')
+        return;
+    const uint32_t high = unit(place - half);
+    const uint32_t low = unit(place);
+    if (high < 0xD800 || high >= 0xDC00 || low < 0xDC00 || low >= 0xE000)
+        return;
+    std::string joined;
+    client_append_utf8(joined, 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00));
+    text.replace(place - half, 2 * half, joined);
+}
+
 uint32_t client_next_char(std::string_view &sv) noexcept
 {
     const byte_text text(sv);

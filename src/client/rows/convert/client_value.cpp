@@ -32,6 +32,8 @@ static constexpr reject_text reject_texts[] = {
     {"too-many-fields", "the row has too many fields, or a field holds the field terminator"},
     {"cut-row", "the file ends inside the row"},
     {"bad-row", "the row cannot be read"},
+    {"nested-value", "an object or array is not a value of a column"},
+    {"null-or-text", "the word NULL may be a text or mean NULL here; say which"},
     {"unknown-column", "the table has no column of this name"},
     {"unknown-table", "the schema has no table of this name"},
     {"duplicate-key", "another row has the same key"},

@@ -59,6 +59,8 @@ enum class client_reject : uint8_t {
     too_many_fields,
     cut_row,
     bad_row,
+    nested_value,
+    null_or_text,
     unknown_column,
     unknown_table,
     duplicate_key,

@@ -20,11 +20,10 @@ static std::string my_path(const char *file_name)
 void client_connection__open(KT_context *ctx, client_connection &database, const char *file_name,
                              bool read_only) noexcept
 {
-    database.functions = tov__get_sqlite_functions();
     std::string path;
     KT_TRY(kt_contain(ctx, [&] { path = my_path(file_name); }));
     const int flags = read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
-    const int code = database.functions->open(path.c_str(), &database.connection, flags);
+    const int code = database.functions->open(path.c_str(), database.connection.out(), flags);
     if (code != SQLITE_OK)
         KT_FAIL(KT_ERR_SQLITE(code), "%s", database.functions->errstr(code));
     KT_TRY(KT_sqlite__normalise_dates(ctx, database.functions, database.connection));
@@ -41,11 +40,10 @@ void client_connection__run(KT_context *ctx, client_connection &database, const 
 }
 
 void client_connection__prepare(KT_context *ctx, client_connection &database, const std::string &sql,
-                                client_statement_handle &handle) noexcept
+                                kt_owned_statement &statement) noexcept
 {
-    handle.reset();
-    handle.functions = database.functions;
-    const int code = database.functions->prepare(database.connection, sql.c_str(), &handle.statement);
+    statement.close();
+    const int code = database.functions->prepare(database.connection, sql.c_str(), statement.out());
     if (code != SQLITE_OK)
         CLIENT_FAIL_AT(database, code);
 }
@@ -61,11 +59,11 @@ void client_connection__step(KT_context *ctx, client_connection &database, sqlit
 void client_connection__ask(KT_context *ctx, client_connection &database, const std::string &sql,
                             int64_t &number) noexcept
 {
-    client_statement_handle handle;
+    kt_owned_statement handle{tov__get_sqlite_functions()};
     bool has = false;
     KT_TRY(client_connection__prepare(ctx, database, sql, handle));
-    KT_TRY(client_connection__step(ctx, database, handle.statement, has));
-    number = has ? database.functions->column_int64(handle.statement, 0) : 0;
+    KT_TRY(client_connection__step(ctx, database, handle, has));
+    number = has ? database.functions->column_int64(handle, 0) : 0;
 }
 
 // Statements that were compiled before are compiled anew when this changes.

@@ -2,44 +2,15 @@
 #pragma once
 
 #include "kt_owned.hpp"
-#include "kt_sqlite_functions.h"
+#include "kt_sqlite_owned.hpp"
 
 #include <sqlite3.h>
 #include <string>
 #include <string_view>
 
-// A statement that goes with its scope.
-class client_statement_handle {
-  public:
-    client_statement_handle() = default;
-    ~client_statement_handle()
-    {
-        reset();
-    }
-    client_statement_handle(const client_statement_handle &) = delete;
-    client_statement_handle &operator=(const client_statement_handle &) = delete;
-    void reset() noexcept
-    {
-        if (statement)
-            functions->finalize(statement);
-        statement = nullptr;
-    }
-    const KT_sqlite_functions *functions = nullptr;
-    sqlite3_stmt *statement = nullptr;
-};
-
 struct client_connection {
-    client_connection() = default;
-    ~client_connection()
-    {
-        if (connection)
-            functions->close(connection);
-    }
-    client_connection(const client_connection &) = delete;
-    client_connection &operator=(const client_connection &) = delete;
-
-    const KT_sqlite_functions *functions = nullptr;
-    sqlite3 *connection = nullptr;
+    const KT_sqlite_functions *functions = tov__get_sqlite_functions();
+    kt_owned_connection connection{functions};
     bool runs_triggers = true;
 };
 
@@ -49,7 +20,7 @@ void client_connection__open(KT_context *ctx, client_connection &database, const
                              bool read_only) noexcept;
 void client_connection__run(KT_context *ctx, client_connection &database, const std::string &sql) noexcept;
 void client_connection__prepare(KT_context *ctx, client_connection &database, const std::string &sql,
-                                client_statement_handle &handle) noexcept;
+                                kt_owned_statement &statement) noexcept;
 // Runs a statement that gives one number, or 0 when it gives no row.
 void client_connection__ask(KT_context *ctx, client_connection &database, const std::string &sql,
                             int64_t &number) noexcept;

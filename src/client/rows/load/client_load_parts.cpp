@@ -8,6 +8,7 @@ struct part_load {
     tov_client_loader &loader;
     client_part_source &source;
     client_load_job *job = nullptr; // the part that is being read
+    uint32_t next_number = 0;
     std::chrono::steady_clock::time_point start;
 };
 
@@ -15,6 +16,7 @@ struct part_search {
     tov_client_loader &loader;
     const client_load_job &job;
     client_row_search &search;
+    uint32_t number = 0; // of the part that comes next
     client_input input;
 };
 } // namespace
@@ -36,22 +38,24 @@ static void my_begin_part(KT_context *ctx, part_load &load, const char *schema_n
     load.start = std::chrono::steady_clock::now();
     job.source = &load.source;
     job.shown = my_part_name(schema_name, tbl_name, number);
-    job.path = load.source.name + "#" + job.shown;
     job.input = std::make_unique<client_input>();
     job.input->open_fed();
-    KT_TRY(client_loader__find_tbl(ctx, loader, std::string(schema_name) + "." + tbl_name, tbl_id));
-    if (tbl_id.empty())
+    job.number = load.next_number++;
+    job.path = load.source.name + "#" + std::to_string(job.number) + "-" + job.shown;
+    client_loader__find_server_tbl(loader, schema_name, tbl_name, tbl_id);
+    if (tbl_id.empty()) {
+        job.unknown_tbl = std::string(schema_name) + "." + tbl_name;
         return;
+    }
     KT_TRY(client_loader__get_target(ctx, loader, tbl_id.c_str(), &target));
     job.dialect = client_native_dialect(target->tbl);
-    job.reader = client_make_reader(target->tbl, job.dialect);
+    job.reader = client_make_reader(target->tbl, job.dialect, true);
     KT_TRY(client_loader__begin(ctx, loader));
     KT_TRY(client_loader__begin_part(ctx, loader, job, target, "part", &part));
     KT_TRY(client_target__lay_out(ctx, loader.database, *target, job.dialect.cols, &part->layout));
     part->is_history = target->tbl.is_history;
-    if (!loader.settings.rejects.empty() && !part->was_loaded)
-        KT_TRY(job.rejects.open(ctx, loader.settings.rejects, job.shown, part->progress.rows_size,
-                                part->progress.lines_size));
+    if (!part->was_loaded)
+        KT_TRY(client_loader__open_rejects(ctx, loader, job));
 }
 
 static void my_end_part(KT_context *ctx, part_load &load)
@@ -65,23 +69,13 @@ static void my_end_part(KT_context *ctx, part_load &load)
     load.job = nullptr;
 }
 
-// Of a table that the schema lacks only the size can be told.
-static void my_end_unknown(part_load &load, const client_input &input)
-{
-    load.loader.remarks.push_back(load.job->shown + ": " + std::to_string(input.position()) +
-                                  " bytes of rows are left out: the schema does not have the table");
-    load.loader.jobs.pop_back();
-    load.job = nullptr;
-}
-
 static void my_take_bytes(KT_context *ctx, part_load &load, std::string_view bytes)
 {
     client_load_job &job = *load.job;
-    if (job.parts.empty()) {
-        job.input->feed(bytes, bytes.empty());
-        job.input->take(bytes.size());
+    if (!job.unknown_tbl.empty()) { // of rows that cannot be told apart only the size is known
+        job.unknown_bytes += static_cast<int64_t>(bytes.size());
         if (bytes.empty())
-            my_end_unknown(load, *job.input);
+            load.job = nullptr;
         return;
     }
     const bool is_new = !job.parts.front().was_loaded;
@@ -106,12 +100,14 @@ static void my_take_to_load(KT_context *ctx, void *data, const char *schema_name
     });
 }
 
-static void my_take_to_search(KT_context *ctx, void *data, const char *schema_name, const char *tbl_name,
-                              uint32_t number, const char *bytes, size_t size) noexcept
+static void my_take_to_search(KT_context *ctx, void *data, const char *, const char *, uint32_t, const char *bytes,
+                              size_t size) noexcept
 {
     kt_contain(ctx, [&] {
         auto &search = *static_cast<part_search *>(data);
-        if (my_part_name(schema_name, tbl_name, number) != search.job.shown)
+        const bool is_it = search.number == search.job.number;
+        search.number += size == 0 ? 1 : 0;
+        if (!is_it)
             return;
         search.input.feed({bytes, size}, size == 0);
         KT_TRY(search.search.look(ctx, search.loader, search.input));
@@ -121,7 +117,7 @@ static void my_take_to_search(KT_context *ctx, void *data, const char *schema_na
 
 void client_loader__load_parts(KT_context *ctx, tov_client_loader &loader, client_part_source &source)
 {
-    part_load load{loader, source, nullptr, {}};
+    part_load load{loader, source, nullptr, 0, {}};
     KT_TRY(source.read(ctx, source.data, my_take_to_load, &load));
 }
 
@@ -129,7 +125,7 @@ void client_loader__search_parts(KT_context *ctx, tov_client_loader &loader, cli
                                  client_load_job &job, client_load_part &part, int64_t &found)
 {
     client_row_search search(job, part);
-    part_search state{loader, job, search, {}};
+    part_search state{loader, job, search, 0, {}};
     state.input.open_fed();
     KT_TRY(search.prepare(ctx, loader));
     KT_TRY(source.read(ctx, source.data, my_take_to_search, &state));

@@ -50,12 +50,12 @@ void client_row_search::prepare(KT_context *ctx, tov_client_loader &loader)
                                       "SELECT first_row, rows, first_rowid FROM \"" + loader.prefix +
                                           "load_runs\" WHERE load = ?1 ORDER BY first_row",
                                       runs_));
-    database.functions->bind_int64(runs_.statement, 1, part_.progress.id);
+    database.functions->bind_int64(runs_, 1, part_.progress.id);
     KT_TRY(
         client_connection__prepare(ctx, database, "SELECT parent, fkid FROM temp.tov_orphans WHERE id = ?1", orphan_));
     KT_TRY(client_connection__prepare(
         ctx, database, "DELETE FROM " + client_quoted(tbl.name) + " WHERE " + my_rowid_name(tbl) + " = ?1", deletion_));
-    reader_ = client_make_reader(tbl, job_.dialect);
+    reader_ = client_make_reader(tbl, job_.dialect, true);
 }
 
 // Moves to the run that the row is in, or to the first after it; a run of no rows says that there is none.
@@ -63,12 +63,12 @@ void client_row_search::find_run(KT_context *ctx, tov_client_loader &loader)
 {
     bool has = true;
     while (has && run_.first_row + run_.count <= number_) {
-        KT_TRY(client_connection__step(ctx, loader.database, runs_.statement, has));
+        KT_TRY(client_connection__step(ctx, loader.database, runs_, has));
         const KT_sqlite_functions *functions = loader.database.functions;
         run_ = {INT64_MAX / 2, 0, 0};
         if (has)
-            run_ = {functions->column_int64(runs_.statement, 0), functions->column_int64(runs_.statement, 1),
-                    functions->column_int64(runs_.statement, 2)};
+            run_ = {functions->column_int64(runs_, 0), functions->column_int64(runs_, 1),
+                    functions->column_int64(runs_, 2)};
     }
 }
 
@@ -76,22 +76,22 @@ void client_row_search::find_run(KT_context *ctx, tov_client_loader &loader)
 void client_row_search::describe(KT_context *ctx, tov_client_loader &loader, client_verdict &verdict)
 {
     const client_connection &database = loader.database;
-    const std::string parent(client_column_text(database, orphan_.statement, 0));
-    client_statement_handle handle;
+    const std::string parent(client_column_text(database, orphan_, 0));
+    kt_owned_statement handle{tov__get_sqlite_functions()};
     bool has = false;
     std::string names;
     KT_TRY(client_connection__prepare(ctx, loader.database,
                                       "SELECT \"from\" FROM pragma_foreign_key_list(" +
                                           my_sql_text(part_.target->tbl.name) + ") WHERE id = ?1 ORDER BY seq",
                                       handle));
-    database.functions->bind_int64(handle.statement, 1, database.functions->column_int64(orphan_.statement, 1));
-    KT_TRY(client_connection__step(ctx, loader.database, handle.statement, has));
+    database.functions->bind_int64(handle, 1, database.functions->column_int64(orphan_, 1));
+    KT_TRY(client_connection__step(ctx, loader.database, handle, has));
     while (has) {
-        const std::string name(client_column_text(database, handle.statement, 0));
+        const std::string name(client_column_text(database, handle, 0));
         if (verdict.col == SIZE_MAX)
             verdict.col = client_find_row_col(part_.target->tbl, name);
         names += (names.empty() ? "" : ", ") + name;
-        KT_TRY(client_connection__step(ctx, loader.database, handle.statement, has));
+        KT_TRY(client_connection__step(ctx, loader.database, handle, has));
     }
     const std::vector<size_t> &cols = part_.layout->cols;
     const auto field = std::find(cols.begin(), cols.end(), verdict.col);
@@ -121,9 +121,9 @@ void client_row_search::refuse(KT_context *ctx, tov_client_loader &loader, clien
     client_verdict verdict;
     bool has = false;
     verdict.reject = client_reject::no_parent;
-    functions->reset(deletion_.statement);
-    functions->bind_int64(deletion_.statement, 1, rowid);
-    KT_TRY(client_connection__step(ctx, loader.database, deletion_.statement, has));
+    functions->reset(deletion_);
+    functions->bind_int64(deletion_, 1, rowid);
+    KT_TRY(client_connection__step(ctx, loader.database, deletion_, has));
     if (functions->changes(loader.database.connection) == 0)
         return; // gone already: refused in an earlier round
     KT_TRY(describe(ctx, loader, verdict));
@@ -142,9 +142,9 @@ void client_row_search::look_at_row(KT_context *ctx, tov_client_loader &loader, 
         return;
     bool has = false;
     const int64_t rowid = rowid_of(loader, row);
-    functions->reset(orphan_.statement);
-    functions->bind_int64(orphan_.statement, 1, rowid);
-    KT_TRY(client_connection__step(ctx, loader.database, orphan_.statement, has));
+    functions->reset(orphan_);
+    functions->bind_int64(orphan_, 1, rowid);
+    KT_TRY(client_connection__step(ctx, loader.database, orphan_, has));
     if (has)
         KT_TRY(refuse(ctx, loader, input, row, rowid));
 }
@@ -188,15 +188,6 @@ static void my_search_file(KT_context *ctx, tov_client_loader &loader, client_lo
     found += search.found();
 }
 
-// Rejects of files whose rows were loaded by an earlier, interrupted load go on where that one's end.
-static void my_open_rejects(KT_context *ctx, tov_client_loader &loader, client_load_job &job)
-{
-    if (loader.settings.rejects.empty() || job.rejects.is_open())
-        return;
-    const client_progress &first = job.parts.front().progress;
-    KT_TRY(job.rejects.open(ctx, loader.settings.rejects, job.shown, first.rows_size, first.lines_size));
-}
-
 // Whether rows of a part refer to nothing.
 static void my_has_orphans(KT_context *ctx, tov_client_loader &loader, client_load_job &job,
                            const client_load_part &part, bool &any)
@@ -206,7 +197,7 @@ static void my_has_orphans(KT_context *ctx, tov_client_loader &loader, client_lo
         return;
     KT_TRY(my_collect_orphans(ctx, loader, part.target->tbl, any));
     if (any)
-        KT_TRY(my_open_rejects(ctx, loader, job));
+        KT_TRY(client_loader__open_rejects(ctx, loader, job));
 }
 
 static void my_flush(KT_context *ctx, client_load_job &job)

@@ -3,6 +3,7 @@
 #include "rows/load/client_loader.hpp"
 
 #include <algorithm>
+#include <charconv>
 
 #define KT_HERE "src/client/rows/load/client_load_rows"
 
@@ -76,17 +77,20 @@ static void my_end_run(KT_context *ctx, tov_client_loader &loader, client_load_p
     part.run = {};
 }
 
-static void my_note_loaded(KT_context *ctx, tov_client_loader &loader, client_load_part &part, int64_t rowid)
+static void my_note_loaded(KT_context *ctx, tov_client_loader &loader, client_load_part &part,
+                           const client_verdict &verdict)
 {
     part.progress.loaded++;
+    for (const size_t col : verdict.shortened)
+        part.shortened[part.target->tbl.cols[col].name]++;
     if (!part.keeps_runs)
         return;
     client_run &run = part.run;
-    const bool follows =
-        run.count > 0 && run.first_row + run.count == part.progress.read && run.first_rowid + run.count == rowid;
+    const bool follows = run.count > 0 && run.first_row + run.count == part.progress.read &&
+                         run.first_rowid + run.count == verdict.rowid;
     if (!follows) {
         KT_TRY(my_end_run(ctx, loader, part));
-        run = {part.progress.read, 0, rowid};
+        run = {part.progress.read, 0, verdict.rowid};
     }
     run.count++;
 }
@@ -98,6 +102,24 @@ static client_verdict my_unread(const client_load_job &job, const client_row &ro
     verdict.reject = row.reject;
     if (row.place < job.dialect.cols.size())
         verdict.col = job.dialect.cols[row.place];
+    if (row.place < row.fields.size())
+        verdict.field = row.place;
+    if (!row.blamed.empty() && row.place == SIZE_MAX)
+        verdict.message = std::string(client_reject_meaning(row.reject)) + ": " + std::string(row.blamed);
+    return verdict;
+}
+
+// A verdict about a row of a file that must be UTF-16: the first field with zeros in it shows it.
+static client_verdict my_undecoded(const client_load_job &job, const client_row &row)
+{
+    client_verdict verdict;
+    verdict.reject = client_reject::not_utf_8;
+    for (size_t n = 0; n < row.fields.size() && verdict.field == SIZE_MAX; n++) {
+        if (row.fields[n].bytes.find('\0') != std::string_view::npos)
+            verdict.field = n;
+    }
+    if (verdict.field < job.dialect.cols.size())
+        verdict.col = job.dialect.cols[verdict.field];
     return verdict;
 }
 
@@ -111,12 +133,12 @@ static void my_take_row(KT_context *ctx, tov_client_loader &loader, client_load_
     if (row.reject != client_reject::none) {
         verdict = my_unread(job, row);
     } else if (input.looks_like_utf_16()) {
-        verdict.reject = client_reject::not_utf_8;
+        verdict = my_undecoded(job, row);
     } else {
         KT_TRY(client_target__put(ctx, loader.database, loader.converter, *part.target, *part.layout, row, verdict));
     }
     if (verdict.reject == client_reject::none)
-        KT_TRY(my_note_loaded(ctx, loader, part, verdict.rowid));
+        KT_TRY(my_note_loaded(ctx, loader, part, verdict));
     else
         KT_TRY(client_loader__refuse(ctx, loader, job, part, input, row, verdict, part.progress.read));
 }
@@ -138,12 +160,26 @@ void client_loader__begin(KT_context *ctx, tov_client_loader &loader)
     loader.in_transaction = true;
 }
 
-static std::string my_shortened(const client_load_part &part)
+std::string client_pack_counts(const std::map<std::string, int64_t> &counts)
 {
-    std::string json;
-    for (const auto &[col, count] : part.target ? part.target->shortened : std::map<std::string, int64_t>())
-        json += col + "=" + std::to_string(count) + "\n";
-    return json;
+    std::string packed;
+    for (const auto &[name, count] : counts)
+        packed += name + "=" + std::to_string(count) + "\n";
+    return packed;
+}
+
+std::map<std::string, int64_t> client_unpack_counts(std::string_view packed)
+{
+    std::map<std::string, int64_t> counts;
+    while (!packed.empty()) {
+        const size_t end = std::min(packed.find('\n'), packed.size());
+        const std::string_view line = packed.substr(0, end);
+        const size_t mark = std::min(line.rfind('='), line.size());
+        int64_t &count = counts[std::string(line.substr(0, mark))];
+        std::from_chars(line.data() + std::min(mark + 1, line.size()), line.data() + line.size(), count);
+        packed.remove_prefix(std::min(end + 1, packed.size()));
+    }
+    return counts;
 }
 
 void client_loader__commit(KT_context *ctx, tov_client_loader &loader, client_load_job *job)
@@ -153,7 +189,7 @@ void client_loader__commit(KT_context *ctx, tov_client_loader &loader, client_lo
         KT_TRY(job->rejects.flush(ctx, &first.rows_size, &first.lines_size));
         for (client_load_part &part : job->parts) {
             KT_TRY(my_end_run(ctx, loader, part));
-            part.progress.shortened = my_shortened(part);
+            part.progress.shortened = client_pack_counts(part.shortened);
             KT_TRY(client_progress__save(ctx, loader.database, loader.prefix, part.progress));
         }
     }

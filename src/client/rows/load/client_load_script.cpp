@@ -3,6 +3,26 @@
 
 #define KT_HERE "src/client/rows/load/client_load_script"
 
+// The tables that an earlier load met: what it recorded of them goes on, whether or not more rows of them follow.
+static void my_take_up_parts(KT_context *ctx, tov_client_loader &loader, client_load_job &job)
+{
+    std::vector<std::string> tbls;
+    const std::string fingerprint = job.parts.front().progress.fingerprint;
+    if (loader.settings.again)
+        return;
+    KT_TRY(client_progress__list_tbls(ctx, loader.database, loader.prefix, job.parts.front().progress, tbls));
+    for (const std::string &name : tbls) {
+        std::string tbl_id;
+        client_target *target = nullptr;
+        client_load_part *part = nullptr;
+        client_loader__find_tbl(loader, name, tbl_id);
+        if (tbl_id.empty())
+            continue;
+        KT_TRY(client_loader__get_target(ctx, loader, tbl_id.c_str(), &target));
+        KT_TRY(client_loader__begin_part(ctx, loader, job, target, fingerprint, &part));
+    }
+}
+
 void client_loader__begin_script(KT_context *ctx, tov_client_loader &loader, client_load_job &job)
 {
     client_load_part *part = nullptr;
@@ -12,36 +32,16 @@ void client_loader__begin_script(KT_context *ctx, tov_client_loader &loader, cli
     KT_TRY(client_fingerprint(ctx, job.path.c_str(), loader.settings.encoding, fingerprint));
     KT_TRY(client_loader__begin(ctx, loader));
     KT_TRY(client_loader__begin_part(ctx, loader, job, nullptr, fingerprint, &part));
-    if (part->was_loaded) { // its tables are told from their records
-        client_statement_handle handle;
-        bool has = false;
-        KT_TRY(client_connection__prepare(ctx, loader.database,
-                                          "SELECT tbl FROM \"" + loader.prefix +
-                                              "load_progress\" WHERE file = ?1 AND tbl <> '' ORDER BY id",
-                                          handle));
-        loader.database.functions->bind_text(handle.statement, 1, part->progress.file.c_str(), -1);
-        KT_TRY(client_connection__step(ctx, loader.database, handle.statement, has));
-        while (has) {
-            std::string tbl_id;
-            client_target *target = nullptr;
-            client_load_part *of_tbl = nullptr;
-            const std::string name(client_column_text(loader.database, handle.statement, 0));
-            KT_TRY(client_loader__find_tbl(ctx, loader, name, tbl_id));
-            if (!tbl_id.empty()) {
-                KT_TRY(client_loader__get_target(ctx, loader, tbl_id.c_str(), &target));
-                KT_TRY(client_loader__begin_part(ctx, loader, job, target, fingerprint, &of_tbl));
-            }
-            KT_TRY(client_connection__step(ctx, loader.database, handle.statement, has));
-        }
-    }
+    KT_TRY(my_take_up_parts(ctx, loader, job));
 }
 
-static void my_find_tbl(KT_context *ctx, tov_client_loader &loader, const client_insert_head &head, std::string &tbl_id)
+static std::string my_find_tbl(const tov_client_loader &loader, const client_insert_head &head)
 {
-    const std::string schema_name = head.schema_name.empty() ? "dbo" : head.schema_name;
-    KT_TRY(client_loader__find_tbl(ctx, loader, schema_name + "." + head.tbl_name, tbl_id));
+    std::string tbl_id;
+    client_loader__find_server_tbl(loader, head.schema_name.empty() ? "dbo" : head.schema_name, head.tbl_name, tbl_id);
     if (tbl_id.empty() && head.schema_name.empty())
-        KT_TRY(client_loader__find_tbl(ctx, loader, head.tbl_name, tbl_id));
+        client_loader__find_tbl(loader, head.tbl_name, tbl_id);
+    return tbl_id;
 }
 
 // The columns that values without a list of columns are for: those that the server does not fill by itself.
@@ -113,9 +113,8 @@ void client_loader__find_script_part(KT_context *ctx, tov_client_loader &loader,
             return;
         }
     }
-    std::string tbl_id;
+    const std::string tbl_id = my_find_tbl(loader, *row.head);
     *part = &job.parts.front();
-    KT_TRY(my_find_tbl(ctx, loader, *row.head, tbl_id));
     if (tbl_id.empty()) { // counted with the file
         row.reject = client_reject::unknown_table;
         return;

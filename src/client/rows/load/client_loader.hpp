@@ -16,10 +16,11 @@ struct client_load_part {
     client_layout *layout = nullptr;
     client_progress progress;
     client_run run;
-    bool keeps_runs = false; // the table has references, for which its rows may have to be found again
-    bool was_loaded = false; // by an earlier load, which told of it
-    std::string head;        // the last statement of a script for this table, which the layout is for
-    bool is_history = false; // rows that are counted and left out
+    bool keeps_runs = false;                  // the table has references, for which its rows may have to be found again
+    bool was_loaded = false;                  // by an earlier load, which told of it
+    std::string head;                         // the last statement of a script for this table, which the layout is for
+    bool is_history = false;                  // rows that are counted and left out
+    std::map<std::string, int64_t> shortened; // how many values, by column
 };
 
 // Row parts that come from a function of the caller's, which can be asked for them more than once.
@@ -38,8 +39,11 @@ struct client_load_job {
     client_reject_files rejects;
     std::deque<client_load_part> parts;   // the first one's record says how far the file was read
     client_part_source *source = nullptr; // of a row part; null for files
-    std::unique_ptr<client_input> input;  // of a row part, while it is read
-    int64_t skip_to = 0; // of a script that an earlier load began: what stands before it is read, and not put in
+    uint32_t number = 0;                  // of the row part in its source
+    std::string unknown_tbl;              // of a row part: the table that the schema does not have
+    int64_t unknown_bytes = 0;
+    std::unique_ptr<client_input> input; // of a row part, while it is read
+    int64_t skip_to = 0; // of a file that cannot be read from its middle: what stands before is read, and not put in
     double seconds = 0;
 };
 
@@ -59,12 +63,21 @@ struct client_load_settings {
     void *data = nullptr;
 };
 
+// A table by all its names.
+struct client_tbl_names {
+    std::string id;
+    std::string name;          // in SQLite
+    std::string server_schema; // dbo where the document does not say
+    std::string server_name;
+};
+
 struct tov_client_loader {
     tov_schema *schema = nullptr;
     client_connection database;
     client_load_settings settings;
     client_converter converter;
     std::string prefix;                           // of the names of our own tables
+    std::vector<client_tbl_names> names;          // of all tables
     std::map<std::string, client_target> targets; // by table id
     std::deque<client_load_job> jobs;
     std::deque<client_part_source> sources;
@@ -79,15 +92,25 @@ void client_loader__get_target(KT_context *ctx, tov_client_loader &loader, const
 
 // The id of the table that a name means: the one in SQLite or on the server, with or without its schema. Empty when
 // there is none.
-void client_loader__find_tbl(KT_context *ctx, tov_client_loader &loader, std::string_view name, std::string &tbl_id);
+void client_loader__find_tbl(const tov_client_loader &loader, std::string_view name, std::string &tbl_id);
+
+// The same for a table of the server's, whose schema and name are known apart.
+void client_loader__find_server_tbl(const tov_client_loader &loader, std::string_view schema_name,
+                                    std::string_view tbl_name, std::string &tbl_id);
 
 void client_loader__begin(KT_context *ctx, tov_client_loader &loader);
 // Records how far a job is, and ends the transaction.
 void client_loader__commit(KT_context *ctx, tov_client_loader &loader, client_load_job *job);
 
+// After a failure: what was committed before it stays, the rows that were put in are good.
+void client_loader__roll_back(KT_context *ctx, tov_client_loader &loader);
+
 // Opens a part for a table, or takes up the one that an earlier load left.
 void client_loader__begin_part(KT_context *ctx, tov_client_loader &loader, client_load_job &job, client_target *target,
                                const std::string &fingerprint, client_load_part **part);
+
+// Makes a job ready to keep refused rows, where they are to be kept.
+void client_loader__open_rejects(KT_context *ctx, tov_client_loader &loader, client_load_job &job);
 
 // Tells of a refused row and keeps it aside.
 void client_loader__refuse(KT_context *ctx, tov_client_loader &loader, client_load_job &job, client_load_part &part,
@@ -124,13 +147,17 @@ class client_row_search {
     client_load_job &job_;
     client_load_part &part_;
     std::unique_ptr<client_reader> reader_;
-    client_statement_handle runs_;
-    client_statement_handle orphan_;
-    client_statement_handle deletion_;
+    kt_owned_statement runs_{tov__get_sqlite_functions()};
+    kt_owned_statement orphan_{tov__get_sqlite_functions()};
+    kt_owned_statement deletion_{tov__get_sqlite_functions()};
     client_run run_;
     int64_t number_ = 0; // of the row
     int64_t found_ = 0;
 };
+
+// Counts by column, as the record of a load has them.
+std::string client_pack_counts(const std::map<std::string, int64_t> &counts);
+std::map<std::string, int64_t> client_unpack_counts(std::string_view packed);
 
 // Takes all row parts of a source, and takes one of them again.
 void client_loader__load_parts(KT_context *ctx, tov_client_loader &loader, client_part_source &source);

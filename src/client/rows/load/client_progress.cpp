@@ -60,7 +60,7 @@ void client_progress__prepare(KT_context *ctx, client_connection &database, cons
             "NOT NULL, position INTEGER NOT NULL, line INTEGER NOT NULL, rows_read INTEGER NOT NULL, rows_loaded "
             "INTEGER NOT NULL, rows_rejected INTEGER NOT NULL, rows_size INTEGER NOT NULL, lines_size INTEGER NOT "
             "NULL, "
-            "shortened TEXT NOT NULL, UNIQUE (file, tbl))"));
+            "shortened TEXT NOT NULL, dialect TEXT NOT NULL, rejects TEXT NOT NULL, UNIQUE (file, tbl))"));
     KT_TRY(client_connection__run(ctx, database,
                                   "CREATE TABLE IF NOT EXISTS " + my_table(prefix, "load_runs") +
                                       " (load INTEGER NOT NULL, first_row INTEGER NOT NULL, rows INTEGER NOT NULL, "
@@ -75,44 +75,47 @@ static void my_bind_text(const client_connection &database, sqlite3_stmt *statem
 void client_progress__find(KT_context *ctx, client_connection &database, const std::string &prefix,
                            client_progress &progress)
 {
-    client_statement_handle handle;
+    kt_owned_statement handle{tov__get_sqlite_functions()};
     bool has = false;
     KT_TRY(client_connection__prepare(ctx, database,
                                       "SELECT id, state, position, line, rows_read, rows_loaded, rows_rejected, "
-                                      "rows_size, lines_size, shortened FROM " +
+                                      "rows_size, lines_size, shortened, rejects FROM " +
                                           my_table(prefix, "load_progress") +
                                           " WHERE file = ?1 AND tbl = ?2 AND fingerprint = ?3",
                                       handle));
-    my_bind_text(database, handle.statement, 1, progress.file);
-    my_bind_text(database, handle.statement, 2, progress.tbl);
-    my_bind_text(database, handle.statement, 3, progress.fingerprint);
-    KT_TRY(client_connection__step(ctx, database, handle.statement, has));
+    my_bind_text(database, handle, 1, progress.file);
+    my_bind_text(database, handle, 2, progress.tbl);
+    my_bind_text(database, handle, 3, progress.fingerprint);
+    KT_TRY(client_connection__step(ctx, database, handle, has));
     if (!has)
         return;
     int column = 0;
-    progress.id = database.functions->column_int64(handle.statement, column++);
-    progress.state = static_cast<client_load_state>(database.functions->column_int64(handle.statement, column++));
+    progress.id = database.functions->column_int64(handle, column++);
+    progress.state = static_cast<client_load_state>(database.functions->column_int64(handle, column++));
     for (int64_t *number : {&progress.position, &progress.line, &progress.read, &progress.loaded, &progress.rejected,
                             &progress.rows_size, &progress.lines_size})
-        *number = database.functions->column_int64(handle.statement, column++);
-    progress.shortened = client_column_text(database, handle.statement, column);
+        *number = database.functions->column_int64(handle, column++);
+    progress.shortened = client_column_text(database, handle, column++);
+    progress.rejects = client_column_text(database, handle, column);
 }
 
 void client_progress__begin(KT_context *ctx, client_connection &database, const std::string &prefix,
                             client_progress &progress)
 {
-    client_statement_handle handle;
+    kt_owned_statement handle{tov__get_sqlite_functions()};
     bool has = false;
     const std::string old = "SELECT id FROM " + my_table(prefix, "load_progress") + " WHERE file = ?1 AND tbl = ?2";
     for (const std::string &sql : {"DELETE FROM " + my_table(prefix, "load_runs") + " WHERE load IN (" + old + ")",
                                    "INSERT OR REPLACE INTO " + my_table(prefix, "load_progress") +
-                                       " VALUES (NULL, ?1, ?2, ?3, 0, 0, 1, 0, 0, 0, 0, 0, '')"}) {
+                                       " VALUES (NULL, ?1, ?2, ?3, 0, 0, 1, 0, 0, 0, 0, 0, '', ?4, '')"}) {
         KT_TRY(client_connection__prepare(ctx, database, sql, handle));
-        my_bind_text(database, handle.statement, 1, progress.file);
-        my_bind_text(database, handle.statement, 2, progress.tbl);
-        if (database.functions->bind_parameter_count(handle.statement) > 2)
-            my_bind_text(database, handle.statement, 3, progress.fingerprint);
-        KT_TRY(client_connection__step(ctx, database, handle.statement, has));
+        my_bind_text(database, handle, 1, progress.file);
+        my_bind_text(database, handle, 2, progress.tbl);
+        if (database.functions->bind_parameter_count(handle) > 2) {
+            my_bind_text(database, handle, 3, progress.fingerprint);
+            my_bind_text(database, handle, 4, progress.dialect);
+        }
+        KT_TRY(client_connection__step(ctx, database, handle, has));
     }
     progress.id = database.functions->last_insert_rowid(database.connection);
 }
@@ -120,33 +123,72 @@ void client_progress__begin(KT_context *ctx, client_connection &database, const 
 void client_progress__save(KT_context *ctx, client_connection &database, const std::string &prefix,
                            const client_progress &progress)
 {
-    client_statement_handle handle;
+    kt_owned_statement handle{tov__get_sqlite_functions()};
     bool has = false;
     KT_TRY(
         client_connection__prepare(ctx, database,
                                    "UPDATE " + my_table(prefix, "load_progress") +
                                        " SET state = ?1, position = ?2, line = ?3, rows_read = ?4, rows_loaded = ?5, "
-                                       "rows_rejected = ?6, rows_size = ?7, lines_size = ?8, shortened = ?9 WHERE id "
-                                       "= ?10",
+                                       "rows_rejected = ?6, rows_size = ?7, lines_size = ?8, shortened = ?9, "
+                                       "rejects = ?10 WHERE id = ?11",
                                    handle));
     int index = 1;
     for (const int64_t number : {static_cast<int64_t>(progress.state), progress.position, progress.line, progress.read,
                                  progress.loaded, progress.rejected, progress.rows_size, progress.lines_size})
-        database.functions->bind_int64(handle.statement, index++, number);
-    my_bind_text(database, handle.statement, index++, progress.shortened);
-    database.functions->bind_int64(handle.statement, index, progress.id);
-    KT_TRY(client_connection__step(ctx, database, handle.statement, has));
+        database.functions->bind_int64(handle, index++, number);
+    my_bind_text(database, handle, index++, progress.shortened);
+    my_bind_text(database, handle, index++, progress.rejects);
+    database.functions->bind_int64(handle, index, progress.id);
+    KT_TRY(client_connection__step(ctx, database, handle, has));
 }
 
 void client_progress__add_run(KT_context *ctx, client_connection &database, const std::string &prefix,
                               const client_progress &progress, const client_run &run)
 {
-    client_statement_handle handle;
+    kt_owned_statement handle{tov__get_sqlite_functions()};
     bool has = false;
     KT_TRY(client_connection__prepare(
         ctx, database, "INSERT INTO " + my_table(prefix, "load_runs") + " VALUES (?1, ?2, ?3, ?4)", handle));
     int index = 1;
     for (const int64_t number : {progress.id, run.first_row, run.count, run.first_rowid})
-        database.functions->bind_int64(handle.statement, index++, number);
-    KT_TRY(client_connection__step(ctx, database, handle.statement, has));
+        database.functions->bind_int64(handle, index++, number);
+    KT_TRY(client_connection__step(ctx, database, handle, has));
+}
+
+void client_progress__find_dialect(KT_context *ctx, client_connection &database, const std::string &prefix,
+                                   const std::string &tbl, client_dialect &dialect, bool &found)
+{
+    int64_t is_there = 0;
+    found = false;
+    KT_TRY(client_connection__ask(
+        ctx, database, "SELECT count(*) FROM sqlite_master WHERE name = '" + prefix + "load_progress'", is_there));
+    if (is_there == 0)
+        return;
+    kt_owned_statement handle{database.functions};
+    KT_TRY(client_connection__prepare(ctx, database,
+                                      "SELECT dialect FROM " + my_table(prefix, "load_progress") +
+                                          " WHERE tbl = ?1 AND dialect <> '' ORDER BY id DESC LIMIT 1",
+                                      handle));
+    my_bind_text(database, handle, 1, tbl);
+    bool has = false;
+    KT_TRY(client_connection__step(ctx, database, handle, has));
+    found = has && client_unpack_dialect(client_column_text(database, handle, 0), dialect);
+}
+
+void client_progress__list_tbls(KT_context *ctx, client_connection &database, const std::string &prefix,
+                                const client_progress &progress, std::vector<std::string> &tbls)
+{
+    kt_owned_statement handle{database.functions};
+    bool has = false;
+    KT_TRY(client_connection__prepare(ctx, database,
+                                      "SELECT tbl FROM " + my_table(prefix, "load_progress") +
+                                          " WHERE file = ?1 AND fingerprint = ?2 AND tbl <> '' ORDER BY id",
+                                      handle));
+    my_bind_text(database, handle, 1, progress.file);
+    my_bind_text(database, handle, 2, progress.fingerprint);
+    KT_TRY(client_connection__step(ctx, database, handle, has));
+    while (has) {
+        tbls.emplace_back(client_column_text(database, handle, 0));
+        KT_TRY(client_connection__step(ctx, database, handle, has));
+    }
 }

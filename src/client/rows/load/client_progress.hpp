@@ -3,6 +3,7 @@
 #pragma once
 
 #include "rows/load/client_connection.hpp"
+#include "rows/load/client_dialect.hpp"
 
 struct client_run {
     int64_t first_row = 0; // of the file, counted from 1
@@ -25,7 +26,9 @@ struct client_progress {
     int64_t rejected = 0;
     int64_t rows_size = 0; // of the files of rejects
     int64_t lines_size = 0;
-    std::string shortened; // counts by column, as JSON
+    std::string shortened; // counts by column
+    std::string dialect;   // of a bcp file, packed
+    std::string rejects;   // the name of the file of rejects, in their directory
 };
 
 // Tells a file by its size and by what stands at its beginning and end, and how it is read.
@@ -44,3 +47,9 @@ void client_progress__save(KT_context *ctx, client_connection &database, const s
                            const client_progress &progress);
 void client_progress__add_run(KT_context *ctx, client_connection &database, const std::string &prefix,
                               const client_progress &progress, const client_run &run);
+// The dialect of the bcp file from which a table was loaded last.
+void client_progress__find_dialect(KT_context *ctx, client_connection &database, const std::string &prefix,
+                                   const std::string &tbl, client_dialect &dialect, bool &found);
+// The tables of which a file had rows.
+void client_progress__list_tbls(KT_context *ctx, client_connection &database, const std::string &prefix,
+                                const client_progress &progress, std::vector<std::string> &tbls);

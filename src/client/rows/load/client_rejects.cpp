@@ -1,8 +1,9 @@
 #include "rows/load/client_rejects.hpp"
 
-#include "rows/convert/client_bytes.hpp"
+#include "rows/convert/client_json_text.hpp"
 #include "rows/convert/client_utf8.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <sys/stat.h>
@@ -14,34 +15,6 @@
 static constexpr size_t most_shown = 200;
 static constexpr std::string_view cut_mark = "\xE2\x80\xA6";
 
-static void my_append_escaped(std::string &json, char byte)
-{
-    switch (byte) {
-    case '"':
-    case '\\':
-        json.push_back('\\');
-        json.push_back(byte);
-        return;
-    case '\n':
-        json += "\\n";
-        return;
-    case '\t':
-        json += "\\t";
-        return;
-    case '\r':
-        json += "\\r";
-        return;
-    default:
-        break;
-    }
-    if (static_cast<unsigned char>(byte) >= 0x20) {
-        json.push_back(byte);
-        return;
-    }
-    json += "\\u00";
-    client_append_hex(json, {&byte, 1});
-}
-
 // A JSON string; what is not UTF-8 becomes the replacement character.
 static void my_append_string(std::string &json, std::string_view text)
 {
@@ -51,7 +24,7 @@ static void my_append_string(std::string &json, std::string_view text)
         while (size > 0 && client_measure_text(text.substr(0, size)).flaw != client_utf8_flaw::none)
             size /= 2;
         for (const char byte : text.substr(0, size))
-            my_append_escaped(json, byte);
+            client_append_json_byte(json, byte);
         text.remove_prefix(size);
         if (size > 0 || text.empty())
             continue;
@@ -60,7 +33,7 @@ static void my_append_string(std::string &json, std::string_view text)
         const std::string_view bytes = text.substr(0, text.size() - rest.size());
         if (client_measure_text(bytes).flaw == client_utf8_flaw::none)
             for (const char byte : bytes)
-                my_append_escaped(json, byte);
+                client_append_json_byte(json, byte);
         else
             json += "\xEF\xBF\xBD";
         text = rest;
@@ -108,6 +81,20 @@ void client_append_refusal(std::string &json, const client_refusal &refusal)
     my_append_member(line, "code", client_reject_word(refusal.reject));
     my_append_member(line, "message", refusal.message);
     json += line + "}\n";
+}
+
+std::string client_find_reject_name(const std::string &directory, const std::string &name,
+                                    const std::vector<std::string> &taken)
+{
+    const size_t point = std::min(name.rfind('.'), name.size());
+    std::string candidate = name;
+    for (int number = 2;; number++) {
+        struct stat file {};
+        const bool is_there = stat((directory + "/" + candidate).c_str(), &file) == 0;
+        if (!is_there && std::find(taken.begin(), taken.end(), candidate) == taken.end())
+            return candidate;
+        candidate = name.substr(0, point) + "-" + std::to_string(number) + name.substr(point);
+    }
 }
 
 client_reject_files::~client_reject_files()
@@ -159,6 +146,9 @@ void client_reject_files::add(KT_context *ctx, const std::string &raw_row, const
     }
     std::string json;
     client_append_refusal(json, refusal);
+    if (is_cut_)
+        std::fwrite(row_end_.data(), 1, row_end_.size(), rows_);
+    is_cut_ = !raw_row.ends_with(row_end_);
     const bool written = std::fwrite(raw_row.data(), 1, raw_row.size(), rows_) == raw_row.size() &&
                          std::fwrite(json.data(), 1, json.size(), lines_) == json.size();
     if (!written)

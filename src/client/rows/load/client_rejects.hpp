@@ -6,6 +6,7 @@
 #include "rows/load/client_target.hpp"
 
 #include <cstdio>
+#include <vector>
 
 // Where a refused row stands, and what it is refused for.
 struct client_refusal {
@@ -22,6 +23,10 @@ struct client_refusal {
 
 // A line of JSON, its line end included.
 void client_append_refusal(std::string &json, const client_refusal &refusal);
+
+// A name for which there are no files of rejects in a directory: name, or Customers-2.dat for Customers.dat.
+std::string client_find_reject_name(const std::string &directory, const std::string &name,
+                                    const std::vector<std::string> &taken);
 
 // The two files of rejects of one file of rows; written from their recorded ends on.
 class client_reject_files {
@@ -40,10 +45,12 @@ class client_reject_files {
         return !rows_name_.empty();
     }
     void add(KT_context *ctx, const std::string &raw_row, const client_refusal &refusal);
-    // What is in the files to begin with, such as a mark or a line of column names; written with the first row.
-    void set_head(std::string head)
+    // What the file of rows begins with, such as a mark or a line of column names; and what a row ends with that is
+    // followed by another, though its own end is cut off.
+    void set_form(std::string head, std::string row_end)
     {
         head_ = std::move(head);
+        row_end_ = std::move(row_end);
     }
     // Brings everything to the files, and says how long they are.
     void flush(KT_context *ctx, int64_t *rows_size, int64_t *lines_size);
@@ -54,6 +61,8 @@ class client_reject_files {
     std::string rows_name_;
     std::string lines_name_;
     std::string head_;
+    std::string row_end_;
+    bool is_cut_ = false; // the last row lacks its end
     std::FILE *rows_ = nullptr;
     std::FILE *lines_ = nullptr;
     int64_t rows_size_ = 0;

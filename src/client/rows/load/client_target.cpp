@@ -44,18 +44,18 @@ void client_target__look_at_triggers(KT_context *ctx, client_connection &databas
         "SELECT sql FROM sqlite_master WHERE type = 'trigger' AND tbl_name = ?1 COLLATE NOCASE";
     kt_contain(ctx, [&] {
         trigger_texts texts;
-        client_statement_handle handle;
+        kt_owned_statement handle{tov__get_sqlite_functions()};
         bool has = false;
         KT_TRY(my_list_texts(ctx, schema, target.tbl, texts));
         KT_TRY(client_connection__prepare(ctx, database, sql, handle));
-        database.functions->bind_text(handle.statement, 1, target.tbl.name.c_str(), -1);
+        database.functions->bind_text(handle, 1, target.tbl.name.c_str(), -1);
         target.with_triggers = false;
-        KT_TRY(client_connection__step(ctx, database, handle.statement, has));
+        KT_TRY(client_connection__step(ctx, database, handle, has));
         while (has) {
-            const std::string text(client_column_text(database, handle.statement, 0));
+            const std::string text(client_column_text(database, handle, 0));
             const bool is_other = std::find(texts.others.begin(), texts.others.end(), text) != texts.others.end();
             target.with_triggers |= text != texts.insert && !is_other;
-            KT_TRY(client_connection__step(ctx, database, handle.statement, has));
+            KT_TRY(client_connection__step(ctx, database, handle, has));
         }
     });
 }
@@ -142,14 +142,14 @@ static void my_bind_version(KT_context *ctx, client_connection &database, client
 {
     static constexpr int64_t first_version = 2001;
     if (target.next_version == 0) {
-        client_statement_handle handle;
+        kt_owned_statement handle{tov__get_sqlite_functions()};
         bool has = false;
         const std::string name = client_quoted(target.tbl.cols[col].name);
         KT_TRY(client_connection__prepare(ctx, database,
                                           "SELECT max(" + name + ") FROM " + client_quoted(target.tbl.name), handle));
-        KT_TRY(client_connection__step(ctx, database, handle.statement, has));
-        const int size = database.functions->column_bytes(handle.statement, 0);
-        const void *bytes = database.functions->column_blob(handle.statement, 0);
+        KT_TRY(client_connection__step(ctx, database, handle, has));
+        const int size = database.functions->column_bytes(handle, 0);
+        const void *bytes = database.functions->column_blob(handle, 0);
         target.next_version = first_version;
         if (has && size == 8) {
             uint64_t number = 0;
@@ -207,7 +207,7 @@ static void my_bind_all(KT_context *ctx, client_connection &database, client_con
                         client_target &target, const client_layout &layout, const client_row &row,
                         client_verdict &verdict)
 {
-    sqlite3_stmt *statement = layout.insert.statement;
+    sqlite3_stmt *statement = layout.insert;
     for (size_t n = 0; n < layout.params.size(); n++) {
         const size_t col = layout.params[n];
         const auto index = static_cast<int>(n + 1);
@@ -257,9 +257,5 @@ void client_target__put(KT_context *ctx, client_connection &database, client_con
     KT_TRY(my_bind_all(ctx, database, converter, target, *layout, row, verdict));
     if (verdict.reject != client_reject::none)
         return;
-    KT_TRY(my_insert(ctx, database, layout->insert.statement, verdict));
-    if (verdict.reject != client_reject::none)
-        return;
-    for (const size_t col : verdict.shortened)
-        target.shortened[target.tbl.cols[col].name]++;
+    KT_TRY(my_insert(ctx, database, layout->insert, verdict));
 }

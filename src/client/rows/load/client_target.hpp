@@ -14,7 +14,7 @@ struct client_layout {
     std::vector<size_t> cols;   // by field: the table's column, or client_no_col
     std::vector<size_t> places; // by parameter: the field, or client_no_field for a rowversion that is to be made
     std::vector<size_t> params; // by parameter: the table's column
-    client_statement_handle insert;
+    kt_owned_statement insert{tov__get_sqlite_functions()};
     client_reject absence = client_reject::none; // why rows that leave out what this one does are refused
     size_t blame = SIZE_MAX;                     // the column for which they are
 };
@@ -26,7 +26,6 @@ struct client_target {
     bool with_triggers = true; // whether the checks of the triggers have to run
     int64_t next_version = 0;  // of a rowversion that rows come without; 0 while it is not known
     std::map<std::vector<size_t>, client_layout> layouts; // by cols
-    std::map<std::string, int64_t> shortened;             // how many values, by column
 };
 
 struct client_verdict {

@@ -199,15 +199,8 @@ size_t client_input::raw_size(std::string_view piece)
     case client_encoding::utf_8:
         return piece.size();
     case client_encoding::utf_16le:
-    case client_encoding::utf_16be: {
-        size_t units = 0;
-        for (const char byte : piece) {
-            const auto bits = static_cast<unsigned char>(byte);
-            units += (bits & 0xC0) != 0x80 ? 1U : 0U;
-            units += bits >= 0xF0 ? 1U : 0U;
-        }
-        return units * 2;
-    }
+    case client_encoding::utf_16be:
+        return client_count_units(piece) * 2;
     case client_encoding::other:
         return raw(piece).size();
     }

@@ -26,6 +26,7 @@ struct client_row {
     size_t size = 0;                            // bytes of the data that it takes, what ends it included
     client_reject reject = client_reject::none; // why its fields cannot be told apart
     size_t place = SIZE_MAX;                    // the field where that was found, if one
+    std::string_view blamed;                    // what is to blame for it, such as a name that is not known
     bool has_absent = false;                    // a field is absent
     const client_insert_head *head = nullptr;   // of a script, whose rows say what table they are for
     std::string_view before;                    // what has to stand around a row by itself
@@ -61,6 +62,24 @@ struct client_bcp_form {
     std::vector<bool> holds_lines; // by field: whether a value may hold the row terminator
 };
 std::unique_ptr<client_reader> client_make_bcp_reader(client_bcp_form form);
+
+// CSV: rows end at line ends.
+struct client_csv_form {
+    std::string field_end = ",";
+    std::string null_word;        // that a field without quotes has for NULL; empty where NULL is nothing
+    bool null_is_guessed = false; // a word NULL without quotes, if it is not the one for NULL, may mean it after all
+    bool skips_header = false;    // the first row has names
+    size_t count = 0;             // of fields in a row
+};
+std::unique_ptr<client_reader> client_make_csv_reader(client_csv_form form);
+
+// JSON: an array of objects, or one object after the other. Fields stand in the order of these columns.
+struct client_json_member {
+    std::string name;
+    bool is_binary = false;  // strings are Base64
+    bool may_be_null = true; // what a missing member means; otherwise the column's default
+};
+std::unique_ptr<client_reader> client_make_json_reader(std::vector<client_json_member> members, bool at_start);
 
 // bcp's native form (-N), which packages have, with a field for each of these types.
 std::unique_ptr<client_reader> client_make_native_reader(const std::vector<client_server_type> &types);

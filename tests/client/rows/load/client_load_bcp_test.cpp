@@ -36,7 +36,8 @@ const file_case file_cases[] = {
      "1|''|'ABC'|NULL 2|NULL|'ABC'|NULL", ""},
     {"a line end inside a text", "1\tA\nB\tABC\t\n"sv, "Customers 1 1 0", "1|'A\nB'|'ABC'|NULL", ""},
     {"quotes are data", "1\t\"A\"\tABC\t\n"sv, "Customers 1 1 0", "1|'\"A\"'|'ABC'|NULL", ""},
-    {"no rows", ""sv, "", "", "no dialect"},
+    {"no rows", ""sv, "Customers 0 0 0", "", ""},
+    {"nothing like the table", "hello\n"sv, "", "", "no dialect"},
     {"a date of a spreadsheet", "1\tAda\tABC\t1815-12-10\n2\tBob\tABC\t00:00.0\n"sv, "Customers 2 1 1",
      "1|'Ada'|'ABC'|'1815-12-10'", "Customers.dat:2: row 2, column Born: 00:00.0: not-a-date: "},
     {"a key twice", "1\tAda\tABC\t\n1\tBob\tABC\t\n"sv, "Customers 2 1 1", "1|'Ada'|'ABC'|NULL",
@@ -139,6 +140,79 @@ TEST_F(ClientLoadBcp, RefusedRowsAreKeptAsTheyStoodWithTheirPlaces)
         "{\"file\":\"Customers.csv\",\"table\":\"Customers\",\"row\":4,\"line\":4,\"byte\":78,\"column\":\"Id\","
         "\"value\":\"x\",\"code\":\"not-a-number\",\"message\":\"the value is not a number that the column's type "
         "can be read from\"}\n");
+}
+
+// A file of rejects may be what is loaded, or have been corrected since: it is never written over.
+TEST_F(ClientLoadBcp, FilesOfRejectsKeepTheirContent)
+{
+    const std::string rejects = path("rejects");
+    tov_client_load_options options = {};
+    options.rejects = rejects.c_str();
+    EXPECT_EQ(load({write("Customers.dat", "1\tAda\tABC\t\n2\tBob\tABC\tsoon\n3\tEve\tABC\tsoon\n")}, options),
+              "Customers 3 1 2");
+    write("rejects/Customers.dat", "2\tBob\tABC\t1900-01-01\n3\tEve\tABC\tnow\n");
+    EXPECT_EQ(load({path("rejects/Customers.dat")}, options), "Customers 2 1 1");
+    EXPECT_EQ(read("rejects/Customers.dat"), "2\tBob\tABC\t1900-01-01\n3\tEve\tABC\tnow\n");
+    EXPECT_EQ(read("rejects/Customers-2.dat"), "3\tEve\tABC\tnow\n");
+    write("rejects/Customers-2.dat", "3\tEve\tABC\t1900-01-01\n");
+    EXPECT_EQ(load({path("rejects/Customers-2.dat")}, options), "Customers 1 1 0");
+    EXPECT_EQ(query("SELECT count(*) FROM Customers"), "3");
+}
+
+TEST_F(ClientLoadBcp, TwoFilesOfOneNameHaveFilesOfRejectsOfTheirOwn)
+{
+    const std::string rejects = path("rejects");
+    tov_client_load_options options = {};
+    options.rejects = rejects.c_str();
+    ASSERT_EQ(std::system(("mkdir " + path("a") + " " + path("b")).c_str()), 0);
+    write("a/Orders.dat", "1\t9\t1\t1\t\n");
+    write("b/Orders.dat", "x\t\t1\t1\t\n2\t\t1\t1\t\n");
+    EXPECT_EQ(load({path("a/Orders.dat"), path("b/Orders.dat")}, options), "Sales.Orders 1 0 1; Sales.Orders 2 1 1");
+    EXPECT_EQ(read("rejects/Orders.dat"), "1\t9\t1\t1\t\n");
+    EXPECT_EQ(read("rejects/Orders-2.dat"), "x\t\t1\t1\t\n");
+}
+
+// The end of the cut row is not made up, and yet the row after it stays a row.
+TEST_F(ClientLoadBcp, ACutRowIsKeptApartFromTheNext)
+{
+    const std::string rejects = path("rejects");
+    tov_client_load_options options = {};
+    options.rejects = rejects.c_str();
+    EXPECT_EQ(load({write("Orders.dat", "1\t9\t1\t1\t\n2\t\t1\t1\t")}, options), "Sales.Orders 2 0 2");
+    EXPECT_EQ(read("rejects/Orders.dat"), "2\t\t1\t1\t\n1\t9\t1\t1\t\n");
+}
+
+TEST_F(ClientLoadBcp, ShortenedValuesAreCountedForEachFile)
+{
+    reset_schema_to(R"json({"compat_level":1,"backend":{},"tbls":{"1":{"name":"T","txid":0,"cols":{
+        "1":{"name":"Id","type":{"name":"sint32"},"notnull":{}},
+        "2":{"name":"At","type":{"name":"time","precision":7}}},
+        "server":{"schema":"dbo","name":"T","cols":[{"name":"Id","id":"1","type":"int"},
+        {"name":"At","id":"2","type":"time","scale":7,"nullable":true}]}}}})json");
+    tov_client__create_database(ctx, schema, path("t.db").c_str(), nullptr, nullptr);
+    ASSERT_OK(ctx);
+    write("T-1.dat", "1\t00:00:00.0005000\n");
+    write("T-2.dat", "2\t00:00:00.0005000\n3\t00:00:00.0009000\n");
+    tov_client_loader *loader = nullptr;
+    KT_varray *report = nullptr;
+    KT_varray *remarks = nullptr;
+    tov_client__open_loader(ctx, schema, path("t.db").c_str(), nullptr, &loader);
+    for (const char *name : {"T-1.dat", "T-2.dat"})
+        tov_client__load_file(ctx, loader, path(name).c_str());
+    tov_client__finish_load(ctx, loader, &report, &remarks);
+    ASSERT_OK(ctx);
+    for (uint32_t n = 0; n < 2; n++) {
+        KT_vhash *record = nullptr;
+        KT_vhash *shortened = nullptr;
+        int64_t count = 0;
+        KT_varray__get__vhash(ctx, report, n, &record);
+        KT_vhash__get__vhash(ctx, record, "shortened", &shortened);
+        KT_vhash__get__int64(ctx, shortened, "At", &count);
+        EXPECT_EQ(count, n + 1);
+    }
+    KT_varray__free(ctx, report);
+    KT_varray__free(ctx, remarks);
+    tov_client__free_loader(ctx, loader);
 }
 
 TEST_F(ClientLoadBcp, RejectsCanBeCorrectedAndLoaded)

@@ -72,6 +72,31 @@ TEST_F(ClientLoadInsert, Scripts)
     }
 }
 
+// What a script says at one place holds on after it, and rows of an earlier load are still looked at in the end.
+TEST_F(ClientLoadInsert, AScriptGoesOnWhereItWas)
+{
+    const std::string rejects = path("rejects");
+    tov_client_load_options options = {};
+    options.batch = 1;
+    options.max_rejects = 1;
+    options.rejects = rejects.c_str();
+    write("rows.sql", "SET DATEFORMAT dmy\nINSERT Sales.Orders (Id, Customer) VALUES (5, 1), (6, 9)\n"
+                      "INSERT Customers (Id, Born) VALUES (1, '2/1/1996'), (2, 'soon'), (3, 'now'), (4, '4/3/1996')\n");
+    EXPECT_EQ(load({path("rows.sql")}, options), "");
+    EXPECT_FAILED(ctx, KT_ERR_BAD_VALUE);
+    KT_context__err_reset(ctx);
+    EXPECT_EQ(query("SELECT count(*) FROM Customers"), "1");
+    options.max_rejects = 0;
+    EXPECT_EQ(load({path("rows.sql")}, options), "Sales.Orders 2 1 1; Customers 4 2 2");
+    EXPECT_EQ(query("SELECT Id, Born FROM Customers"), "1|1996-01-02 4|1996-03-04");
+    EXPECT_EQ(query("SELECT Id FROM \"Sales.Orders\""), "5");
+    EXPECT_EQ(read("rejects/rows.sql"), "INSERT Customers (Id, Born) VALUES(2, 'soon');\n"
+                                        "INSERT Customers (Id, Born) VALUES(3, 'now');\n"
+                                        "INSERT Sales.Orders (Id, Customer) VALUES(6, 9);\n");
+    EXPECT_EQ(load({path("rows.sql")}, options), "Sales.Orders 2 1 1; Customers 4 2 2"); // loaded before
+    EXPECT_EQ(query("SELECT count(*) FROM Customers"), "2");
+}
+
 TEST_F(ClientLoadInsert, RefusedRowsAreStatementsAgain)
 {
     const std::string rejects = path("rejects");
