@@ -138,7 +138,8 @@ struct kt_arena {
 
 inline constexpr size_t kt_map_header = offsetof(KT_vhash, slots);
 inline constexpr size_t kt_block_header = offsetof(kt_block, slots);
-static_assert(sizeof(KT_variant) == 16 && kt_map_header == 16 && kt_block_header == 16);
+// n slots take n + 1 granules; a header is half of one where pointers have 32 bits.
+static_assert(sizeof(KT_variant) == kt_granule && kt_map_header <= kt_granule && kt_block_header <= kt_granule);
 
 // Texts inside variants
 

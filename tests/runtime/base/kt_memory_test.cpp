@@ -15,7 +15,7 @@ namespace {
 
 using KtMemoryTest = ContextTest;
 
-constexpr size_t too_large = size_t{1} << 40;
+constexpr size_t too_large = SIZE_MAX / 2;
 
 // An allocator that counts, refuses what is too large, and has no resize.
 struct counting_allocator {

@@ -157,7 +157,7 @@ TEST_F(FormatTest, MemoryThatRunsOutAtAnyPieceGivesNull)
         for (kt_failing_alloc fault; fault.next();) {
             char *made = KT_mprintf("%s%u%%%zu", text.c_str(), UINT_MAX, SIZE_MAX);
             if (!fault.fired()) {
-                EXPECT_EQ(made, text + "4294967295%18446744073709551615");
+                EXPECT_EQ(made, text + "4294967295%" + std::to_string(SIZE_MAX));
                 _kt_free(ctx, made);
                 break;
             }

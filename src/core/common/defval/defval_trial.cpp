@@ -61,7 +61,7 @@ void _tov_int_default_valid(KT_context *ctx, const char *literal, const char *ab
 {
     char *end = nullptr;
     errno = 0;
-    const long value = std::strtol(literal, &end, 10);
+    const long long value = std::strtoll(literal, &end, 10);
     if (*end == '\0' && errno == 0) {
         *ok = low <= value && value <= high;
         return;

@@ -350,20 +350,20 @@ std::string random_text(std::mt19937_64 &random, size_t max_length)
     static const char *const pieces[] = {"a", "Z", "_", " ", "\"", "\\", "\n", "\xC3\xA9", "\xF0\x9F\x98\x80",
                                          "'", "0"};
     std::string text;
-    for (size_t length = random() % (max_length + 1); text.size() < length;)
+    for (uint64_t length = random() % (max_length + 1); text.size() < length;)
         text += pieces[random() % std::size(pieces)];
     return text;
 }
 
 class CompareLiteRandomTest : public CompareLiteTest {
   protected:
-    void add_random_tbl(std::mt19937_64 &random, size_t number)
+    void add_random_tbl(std::mt19937_64 &random, uint64_t number)
     {
         random_tbl tbl{"t" + std::to_string(number) + random_text(random, 12), 0, {}};
         if (random() % 4)
             tbl.txid = static_cast<int64_t>(random());
         tov_schema__add_tbl(ctx, schema, tbl.id.c_str(), "name", tbl.txid);
-        for (size_t n = random() % 20; n > 0; n--) {
+        for (uint64_t n = random() % 20; n > 0; n--) {
             const std::string col_id = "c" + std::to_string(n) + random_text(random, 6);
             const std::string name = random_text(random, 40);
             const bool prepared = random() % 5;
@@ -413,7 +413,7 @@ TEST_F(CompareLiteRandomTest, BuildingAndParsingBackGivesTheSame)
         std::mt19937_64 random{seed};
         reset_schema();
         tbls.clear();
-        for (size_t number = random() % 30; number > 0; number--)
+        for (uint64_t number = random() % 30; number > 0; number--)
             add_random_tbl(random, number);
         ASSERT_OK(ctx);
         std::shuffle(tbls.begin(), tbls.end(), random);

@@ -66,6 +66,26 @@ TEST_F(DocumentTest, TableOperationsFail)
     expect_failures(cases);
 }
 
+// So long a name takes a block of its own, after the record is there.
+TEST_F(DocumentTest, ATableWhoseNameFindsNoMemoryIsNotThere)
+{
+    const std::string long_name(5000, 'n');
+    const char *const before = R"({"tbls":{"a":{}}})";
+    load(before);
+    int failures = 0;
+    for (kt_failing_alloc fault; fault.next(); failures++) {
+        tov_schema__add_tbl(ctx, schema, "t", long_name.c_str(), 1);
+        if (!fault.fired())
+            break;
+        EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
+        reset();
+        fault.pause();
+        EXPECT_EQ(document(), before);
+    }
+    EXPECT_OK(ctx);
+    EXPECT_GT(failures, 0);
+}
+
 TEST_F(DocumentTest, TableOperationsSurviveShortMemory)
 {
     static constexpr sweep_case cases[] = {
