@@ -298,6 +298,19 @@ TEST_F(KtContextTest, WithoutMemoryALongDescriptionIsCutBetweenCharacters)
     reset();
 }
 
+TEST_F(KtContextTest, WithoutMemoryAsMuchIsKeptOfALongDescriptionAsThereIsRoomFor)
+{
+    kt_failing_alloc fault{kt_failing_alloc::mode::from_there_on};
+    fault.next();
+    const std::string text(400, 'x');
+    KT_context__err(ctx, KT_ERR_NOT_FOUND, "f", 1, text.c_str());
+    EXPECT_EQ(KT_context__err_description(ctx), text.substr(0, 255));
+    KT_context__err_set_description(ctx, "%s", text.c_str());
+    EXPECT_EQ(KT_context__err_description(ctx), text.substr(0, 254));
+    EXPECT_TRUE(fault.fired());
+    reset();
+}
+
 TEST_F(KtContextTest, WithoutMemoryNothingIsLeftOfALongDescriptionWithoutCharacters)
 {
     kt_failing_alloc fault{kt_failing_alloc::mode::from_there_on};
@@ -343,6 +356,8 @@ TEST_F(KtContextTest, WithoutMemoryAFurtherLevelKeepsItsCode)
 
     // It cannot be set aside, so what is opened on top of it shares it, and cannot change it.
     KT_context__push_level(ctx);
+    KT_context__err_reset(ctx);
+    EXPECT_FAILED(ctx, KT_ERR_BAD_JSON);
     KT_context__push_level(ctx);
     EXPECT_FAILED(ctx, KT_ERR_BAD_JSON);
     KT_context__err__generic(ctx, KT_ERR_NOT_FOUND, "f", 3);

@@ -129,6 +129,7 @@ const refused_case refused_cases[] = {
     {"a list that is open at the end", "{\"a\":[1", "line 1, column 8: expected ',' or ']', found the end"},
     {"text behind the object", "{} x", "line 1, column 4: expected nothing after the object, found 'x'"},
     {"a second object", "{\"a\":1}{}", "line 1, column 8: expected nothing after the object, found '{'"},
+    {"a blank in the place of a digit", "{\"a\":1. }", "line 1, column 8: expected a digit, found byte 0x20"},
     {"a word that is none", "{\"a\":nul}", "line 1, column 6: expected a value, found 'n'"},
     {"a text that is open at the end", "{\"a\":\"x", "line 1, column 8: expected a closing quote, found the end"},
     {"a long text that is open at the end", "{\"a\":\"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxx",
