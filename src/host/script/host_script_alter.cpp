@@ -170,8 +170,8 @@ static void my_drop_parts(host_script_reader &reader, const host_tsql_token &fir
             return;
         const bool is_done = is_column ? my_drop_column(table, name) : my_drop_constraint(reader.state, table, name);
         if (!is_done && !if_exists && !table.is_opaque)
-            reader.not_read(first, "the table has no " + std::string(is_column ? "column " : "constraint ") + std::string(name) +
-                                       ", or something uses it");
+            reader.not_read(first, "the table has no " + std::string(is_column ? "column " : "constraint ") +
+                                       std::string(name) + ", or something uses it");
     } while (cursor.take(','));
 }
 

@@ -137,6 +137,12 @@ static void my_find_parent(host_script_session &session, const host_script_table
     session.error_count += fk.parent_col_names.size() - fk.parent_cols.size();
 }
 
+// A schema as it was made, or as it was first written when the script does not make it.
+static const char *my_schema(host_script_state &state, const char *name)
+{
+    return state.schemas.try_emplace(host_folded(name), name).first->second;
+}
+
 static void my_add_fks(host_script_session &session, host_script_table &from, int64_t &next_id, host_table &table)
 {
     for (host_script_fk &fk : from.fks) {
@@ -144,7 +150,7 @@ static void my_add_fks(host_script_session &session, host_script_table &from, in
         my_find_parent(session, from, fk);
         record.id = next_id++;
         const bool is_there = fk.parent && !fk.parent->is_opaque;
-        record.ref_schema = is_there ? fk.parent->schema : fk.parent_schema;
+        record.ref_schema = my_schema(session.state, is_there ? fk.parent->schema : fk.parent_schema);
         record.ref_table = is_there ? fk.parent->name : fk.parent_name;
         for (size_t n = 0; n < fk.cols.size(); n++) {
             const char *ref_col = n < fk.parent_cols.size() ? fk.parent_cols[n]->record.name : "";
@@ -160,7 +166,7 @@ static void my_add_table(host_script_session &session, host_collations &collatio
 {
     host_table &table = catalogue.tables.emplace_back();
     table.id = static_cast<int64_t>(catalogue.tables.size());
-    table.schema_name = from.schema;
+    table.schema_name = my_schema(session.state, from.schema);
     table.name = from.name;
     table.description = from.description;
     table.temporal_type = from.is_temporal ? 2 : 0;

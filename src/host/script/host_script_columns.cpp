@@ -297,5 +297,6 @@ void host_read_column(host_script_reader &reader, host_script_parts &parts)
     const size_t constraint_count = parts.constraints.size();
     my_read_declaration(reader, col, parts);
     if (parts.constraints.size() == constraint_count && declarations.size() < most && my_is_plain(cursor, text, col))
-        declarations.insert_or_assign(reader.state.keep(text), host_script_declaration{col, reader.columns_are_nullable});
+        declarations.insert_or_assign(reader.state.keep(text),
+                                      host_script_declaration{col, reader.columns_are_nullable});
 }

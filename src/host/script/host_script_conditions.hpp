@@ -9,6 +9,7 @@ enum class host_fact_kind {
     something, // not null, and no more is known
     text,
     number,
+    count,  // above 0, and no more is known
     object, // an id: the folded name, schema and name with a NUL between
     schema, // an id: the folded name
 };

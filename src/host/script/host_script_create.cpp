@@ -79,7 +79,7 @@ static void my_create_schema(host_script_reader &reader, const host_tsql_token &
     }
     if (!my_takes_effect(reader, first))
         return;
-    reader.state.schemas.insert(host_folded(name));
+    reader.state.schemas.try_emplace(host_folded(name), reader.state.keep(name));
     reader.default_schema = name;
 }
 

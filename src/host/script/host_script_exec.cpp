@@ -28,6 +28,10 @@ static host_script_argument my_read_argument(host_script_reader &reader)
         argument.text = (is_negative ? "-" : "") + std::string(host_unquoted(cursor.token, buffer));
         break;
     case host_tsql_kind::variable:
+        if (const auto local = reader.locals.find(host_folded(token.text)); local != reader.locals.end()) {
+            argument.text = local->second;
+            argument.is_constant = true;
+        }
         break;
     default:
         cursor.fail_expected("an argument");
@@ -36,8 +40,8 @@ static host_script_argument my_read_argument(host_script_reader &reader)
     cursor.advance();
     while (cursor.take('.')) // master.dbo.name, which need not be quoted
         cursor.advance();
-    if (!cursor.take(host_word::output))
-        cursor.take(host_word::out);
+    if (cursor.take(host_word::output) || cursor.take(host_word::out))
+        reader.locals.erase(host_folded(token.text));
     return argument;
 }
 
@@ -78,14 +82,8 @@ static void my_read_executed_string(host_script_reader &reader, const host_tsql_
     host_tsql_cursor &cursor = reader.cursor;
     const host_tsql_token at = cursor.token;
     cursor.expect('(');
-    std::string text, buffer;
-    bool is_constant = true;
-    do {
-        is_constant = is_constant && cursor.token.kind == host_tsql_kind::text;
-        text += host_unquoted(cursor.token, buffer);
-        cursor.advance();
-    } while (cursor.take('+'));
-    if (!is_constant || !cursor.token.is(')')) {
+    std::string text;
+    if (!host_read_constant_string(reader, text) || !cursor.token.is(')')) {
         cursor.go_back(at);
         cursor.skip_parentheses();
         if (!cursor.failed() && reader.mode != host_script_mode::ignore)
@@ -162,6 +160,7 @@ void host_read_exec(host_script_reader &reader)
     if (cursor.token.is(host_word::as)) // EXECUTE AS USER = 'name'
         return host_skip_statement(reader);
     if (cursor.token.kind == host_tsql_kind::variable && cursor.peek().is('=')) {
+        reader.locals.erase(host_folded(cursor.token.text));
         cursor.advance();
         cursor.advance();
     }

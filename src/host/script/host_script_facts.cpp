@@ -97,7 +97,7 @@ static host_fact my_object_id(host_script_reader &reader, const host_facts &argu
 static host_fact my_schema_id(host_script_reader &reader, const host_facts &arguments)
 {
     const std::string folded = host_folded(arguments[0].text);
-    const bool exists = reader.state.schemas.contains(folded) || folded == "dbo" || folded == "sys";
+    const bool exists = reader.state.schemas.contains(folded) || folded == "sys";
     return my_known(exists, host_fact_kind::schema, folded);
 }
 
@@ -235,6 +235,15 @@ static host_fact my_read_call(host_script_reader &reader)
     return {};
 }
 
+// (SELECT COUNT(*) FROM sys.tables WHERE ...)
+static host_fact my_read_count(host_script_reader &reader)
+{
+    const std::optional<bool> exists = host_read_exists(reader);
+    if (!exists)
+        return {};
+    return *exists ? host_fact{host_fact_kind::count, {}} : host_fact{host_fact_kind::number, "0"};
+}
+
 static host_fact my_read_operand(host_script_reader &reader)
 {
     constexpr int max_nesting = 400;
@@ -264,6 +273,8 @@ static host_fact my_read_operand(host_script_reader &reader)
         break;
     }
     if (cursor.token.is('(')) {
+        if (cursor.peek().is(host_word::select) && host_same_text(cursor.peek(2).text, "COUNT"))
+            return my_read_count(reader);
         if (cursor.peek().is(host_word::select) || ++reader.nesting > max_nesting) {
             cursor.skip_parentheses();
             return {};
@@ -311,10 +322,22 @@ static std::optional<bool> my_decide(int order, std::string_view comparison)
     return order >= 0;
 }
 
+// A count of which only is known that it is not 0.
+static std::optional<bool> my_compare_count(std::string_view comparison, const host_fact &right)
+{
+    if (right.kind == host_fact_kind::number && right.text == "0")
+        return my_decide(1, comparison);
+    if (right.kind == host_fact_kind::number && right.text == "1" && (comparison == ">=" || comparison == "<"))
+        return comparison == ">=";
+    return std::nullopt;
+}
+
 std::optional<bool> host_compare_facts(const host_fact &left, std::string_view comparison, const host_fact &right)
 {
     if (left.kind == host_fact_kind::null || right.kind == host_fact_kind::null)
         return false;
+    if (left.kind == host_fact_kind::count)
+        return my_compare_count(comparison, right);
     if (left.kind == host_fact_kind::object && right.kind == host_fact_kind::number)
         return my_decide(right.text == "0" ? 1 : -1, comparison); // ids are greater than 0
     if (left.kind != right.kind || left.kind == host_fact_kind::unknown || left.kind == host_fact_kind::something)

@@ -406,8 +406,7 @@ static std::optional<bool> my_answer(host_script_reader &reader, const host_cata
     }
     case host_view_kind::schemas:
         return schema && std::any_of(schema->values.begin(), schema->values.end(), [&reader](const host_fact &value) {
-                   const std::string folded = host_folded(value.text);
-                   return folded == "dbo" || reader.state.schemas.contains(folded);
+                   return reader.state.schemas.contains(host_folded(value.text));
                });
     case host_view_kind::types: {
         const host_query_test *name = my_find_test(query, {host_topic::type});

@@ -92,7 +92,13 @@ host_script_name host_script_reader::read_name()
 
 bool host_script_reader::is_elsewhere(const host_script_name &name) const
 {
-    return !name.database.empty() && !state.database.empty() && !host_same_text(name.database, state.database);
+    const std::string_view database = name.database.empty() ? std::string_view(database_in_use) : name.database;
+    return !database.empty() && !state.database.empty() && !host_same_text(database, state.database);
+}
+
+bool host_script_reader::is_idle() const
+{
+    return is_parsed_only || is_elsewhere({});
 }
 
 host_script_table *host_script_reader::use_table(const host_script_name &name)

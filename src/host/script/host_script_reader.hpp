@@ -37,7 +37,8 @@ struct host_script_session {
     host_name_map<host_script_source *> makers; // what each file makes, for others that refer to it before its turn
     // Declarations by their text: most columns share it with others, and it is read once.
     std::unordered_map<std::string_view, host_script_declaration> declarations;
-    std::vector<std::string> errors; // the first ones
+    std::unordered_set<std::string> other_databases; // that a finding has named
+    std::vector<std::string> errors;                 // the first ones
     size_t error_count = 0;
     int chain = 0; // of files that are read because another needs them
 };
@@ -82,8 +83,11 @@ struct host_script_reader {
     int nesting = 0;                          // of parentheses in conditions
     size_t outer_at = std::string_view::npos; // where the string that is read stands in the file
     std::string default_schema = "dbo";
-    bool columns_are_nullable = true; // when they do not say
-    bool is_over = false;             // RETURN: the rest of the batch does not run
+    std::string database_in_use;                         // empty: the one whose tables are read
+    std::unordered_map<std::string, std::string> locals; // variables of the batch, folded, that hold a known string
+    bool is_parsed_only = false;                         // SET NOEXEC ON
+    bool columns_are_nullable = true;                    // when they do not say
+    bool is_over = false;                                // RETURN: the rest of the batch does not run
 
     // The place of a token as findings and errors have it: "file.sql:12:5".
     std::string place_of(size_t at);
@@ -96,6 +100,8 @@ struct host_script_reader {
     std::string_view read_plain_name(std::string_view expected = "a name");
     const char *read_kept_name(std::string_view expected = "a name");
     bool is_elsewhere(const host_script_name &name) const;
+    // Whether statements run, in the database whose tables are read.
+    bool is_idle() const;
     // Finds what a statement works on, reading the file that makes it first if that has not been read.
     host_script_table *use_table(const host_script_name &name);
     host_script_type *use_type(std::string_view schema, std::string_view name);
@@ -137,6 +143,12 @@ void host_read_drop_index(host_script_reader &reader, const host_tsql_token &fir
 
 // host_script_exec.cpp
 void host_read_exec(host_script_reader &reader);
+
+// host_script_locals.cpp
+// Reads 'text' + @variable + ...; false, in the middle of it, when the script does not say what it is.
+bool host_read_constant_string(host_script_reader &reader, std::string &text);
+// Notes what the statement that began with this token, and has just been passed, makes of variables.
+void host_note_locals(host_script_reader &reader, const host_tsql_token &first);
 
 // host_script_conditions.cpp: nothing when the script does not tell.
 std::optional<bool> host_read_test(host_script_reader &reader);

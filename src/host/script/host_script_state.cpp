@@ -95,8 +95,7 @@ host_script_table *host_script_state::find_table(std::string_view schema, std::s
 
 bool host_script_state::add_object(const char *kind, const char *schema, const char *name, host_script_table *table)
 {
-    const auto [found, is_new] =
-        objects.try_emplace({schema, name}, host_script_object{kind, schema, name, table});
+    const auto [found, is_new] = objects.try_emplace({schema, name}, host_script_object{kind, schema, name, table});
     if (is_new && names_)
         names_->emplace(found->first.name, &found->second);
     return is_new;

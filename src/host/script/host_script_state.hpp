@@ -49,7 +49,7 @@ template <class Record> class host_pool {
 
 struct host_script_column {
     host_column record;
-    size_t name_hash = 0; // so that most other names are told apart without a look at them
+    size_t name_hash = 0;             // so that most other names are told apart without a look at them
     host_script_type *type = nullptr; // null for a type of the server
     const char *collation = nullptr;  // null: the database's
 
@@ -165,8 +165,8 @@ struct host_script_state {
     host_name_map<std::unique_ptr<host_script_type>> types;
     std::vector<std::unique_ptr<host_script_type>> retired_types;
     host_name_map<std::unique_ptr<host_script_bound>> bounds;
-    host_name_set histories; // tables that hold the history of others
-    std::unordered_set<std::string> schemas;
+    host_name_set histories;                                               // tables that hold the history of others
+    std::unordered_map<std::string, const char *> schemas{{"dbo", "dbo"}}; // folded, and as they were made
     std::unordered_set<std::string> databases;
     std::vector<std::unique_ptr<host_script_bound>> retired_bounds;
     host_name_map<host_sequence> sequences;

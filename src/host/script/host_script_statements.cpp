@@ -11,15 +11,16 @@ static bool my_is_text(const host_tsql_token &token, std::string_view text)
     return token.kind == host_tsql_kind::word && host_same_text(token.text, text);
 }
 
-// SET QUOTED_IDENTIFIER, ANSI_NULLS ON: what matters is whether quotes delimit names, and what a column is that does
-// not say whether it takes NULL.
+// SET QUOTED_IDENTIFIER, ANSI_NULLS ON: what matters is whether quotes delimit names, what a column is that does not
+// say whether it takes NULL, and whether statements run.
 static void my_read_set(host_script_reader &reader)
 {
     host_tsql_cursor &cursor = reader.cursor;
-    bool quotes = false, nulls_on = false, nulls_off = false;
+    bool quotes = false, nulls_on = false, nulls_off = false, parsed_only = false;
     const host_tsql_token first = cursor.token;
     cursor.advance();
     do {
+        parsed_only |= my_is_text(cursor.token, "NOEXEC") || my_is_text(cursor.token, "PARSEONLY");
         quotes |= my_is_text(cursor.token, "QUOTED_IDENTIFIER");
         nulls_on |= my_is_text(cursor.token, "ANSI_NULL_DFLT_ON");
         nulls_off |= my_is_text(cursor.token, "ANSI_NULL_DFLT_OFF");
@@ -36,9 +37,12 @@ static void my_read_set(host_script_reader &reader)
             reader.columns_are_nullable = true;
         if (nulls_off && on)
             reader.columns_are_nullable = false;
+        if (parsed_only)
+            reader.is_parsed_only = on;
     }
     cursor.go_back(first);
     host_skip_statement(reader);
+    host_note_locals(reader, first);
 }
 
 static void my_read_use(host_script_reader &reader)
@@ -50,7 +54,10 @@ static void my_read_use(host_script_reader &reader)
         if (host_same_text(name, system))
             return;
     }
-    if (reader.mode == host_script_mode::execute && !reader.cursor.failed())
+    if (reader.mode != host_script_mode::execute || reader.cursor.failed())
+        return;
+    reader.database_in_use = name;
+    if (reader.state.tables.empty()) // the first one that gets a table is read
         reader.state.database = name;
 }
 
@@ -186,6 +193,7 @@ static void my_read_query(host_script_reader &reader)
     host_skip_statement(reader);
     if (!reader.cursor.failed() && reader.mode != host_script_mode::ignore)
         my_note_into(reader, first);
+    host_note_locals(reader, first);
 }
 
 static void my_read_return(host_script_reader &reader)
@@ -258,10 +266,26 @@ static void my_dispatch(host_script_reader &reader)
     case host_word::else_:
         return cursor.fail_expected("a statement");
     default:
-        if (host_starts_statement(first.word))
-            return host_skip_statement(reader);
-        return my_read_other(reader);
+        if (!host_starts_statement(first.word))
+            return my_read_other(reader);
+        host_skip_statement(reader);
+        if (first.is(host_word::declare) || !reader.locals.empty())
+            host_note_locals(reader, first);
     }
+}
+
+// A statement that does not run. Once for each database that is not read a finding says so.
+static void my_read_idly(host_script_reader &reader, const host_tsql_token &first)
+{
+    const host_script_mode mode = std::exchange(reader.mode, host_script_mode::ignore);
+    const bool is_about_table =
+        (first.is(host_word::create) || first.is(host_word::alter)) && reader.cursor.peek().is(host_word::table);
+    my_dispatch(reader);
+    if (is_about_table && !reader.cursor.failed() && !reader.is_parsed_only &&
+        reader.session.other_databases.insert(host_folded(reader.database_in_use)).second)
+        reader.not_read(first, "this and what follows is about database " + reader.database_in_use +
+                                   "; the tables of " + reader.state.database + " are imported");
+    reader.mode = mode;
 }
 
 // What gives a script away as one of another database.
@@ -328,7 +352,11 @@ void host_read_statement(host_script_reader &reader)
         return;
     if (first.kind == host_tsql_kind::command)
         return my_read_command(reader, first);
-    my_dispatch(reader);
+    const bool is_setting = first.is(host_word::set) || first.is(host_word::use);
+    if (mode == host_script_mode::execute && !is_setting && reader.is_idle())
+        my_read_idly(reader, first);
+    else
+        my_dispatch(reader);
     if (!cursor.failed())
         return;
     reader.mode = mode;
@@ -346,6 +374,7 @@ void host_read_statements(host_script_reader &reader)
         }
         reader.batch_start = cursor.scanner.position();
         reader.default_schema = "dbo";
+        reader.locals.clear();
         reader.is_over = false;
         cursor.advance();
     }
@@ -359,6 +388,7 @@ void host_read_string(host_script_reader &outer, const host_tsql_token &at, std:
     inner.mode = outer.mode;
     inner.level = outer.level + 1;
     inner.columns_are_nullable = outer.columns_are_nullable;
+    inner.database_in_use = outer.database_in_use;
     inner.outer_at =
         outer.outer_at != std::string_view::npos ? outer.outer_at : at.start_in(outer.cursor.scanner.script());
     host_read_statements(inner);

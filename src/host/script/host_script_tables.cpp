@@ -134,7 +134,7 @@ static void my_add_table(host_script_reader &reader, const host_tsql_token &firs
         const std::string place = other->table && std::string_view(other->kind) == "U"
                                       ? " at " + host_place_of(*other->table)
                                       : std::string();
-        return reader.add_error(table->made_at, "table " + name.text() + " is there already: it was made" + place);
+        return reader.add_error(table->made_at, "table " + name.text() + " already exists: it was made" + place);
     }
     host_script_table &made = *table;
     state.add_object("U", made.schema, made.name, &made);

@@ -203,7 +203,8 @@ host_tsql_token host_tsql_scanner::next_mark()
 
 host_tsql_token host_tsql_scanner::next()
 {
-    if (at_ < script_.size() && (my_class(script_[at_]) == host_byte::blank || script_[at_] == '-' || script_[at_] == '/'))
+    if (at_ < script_.size() &&
+        (my_class(script_[at_]) == host_byte::blank || script_[at_] == '-' || script_[at_] == '/'))
         skip_blanks();
     if (at_ == script_.size())
         return take(host_tsql_kind::end, at_);

@@ -59,6 +59,15 @@ const script_case change_cases[] = {
      "'J', 'column'",
      "dbo.Q: J int/4/10/0; pk(J) clustered\ndbo.C: A int/4/10/0 null; fk(A) dbo.Q(J)"},
     {"tables go to another schema", "create table T (A int) alter schema s transfer dbo.T", "s.T: A int/4/10/0 null"},
+    {"a schema keeps the case that it was made in",
+     "create table P (A int primary key)\ngo\ncreate schema Sales\ngo\ncreate table SALES.T (A int references DBO.p) "
+     "create table sales.U (A int) alter schema SALES transfer dbo.P",
+     "Sales.P: A int/4/10/0; pk(A) clustered\nSales.T: A int/4/10/0 null; fk(A) Sales.P(A)\n"
+     "Sales.U: A int/4/10/0 null"},
+    {"what renaming a column leaves as it was: checks, computed columns, filters",
+     "create table T (A int check (A > 0), B as A + 1) create unique index I on T (A) where A > 5 "
+     "exec sp_rename 'T.A', 'C', 'COLUMN'",
+     "dbo.T: C int/4/10/0 null, B as ([A]+(1)); unique index I(C) where ([A]>(5)); check ([A]>(0))"},
     {"a schema with its table", "create schema s authorization dbo create table T (A int)", "s.T: A int/4/10/0 null"},
     {"tables are dropped", "create table T (A int) create table U (A int) drop table if exists T, X drop table Y",
      "dbo.U: A "
@@ -87,6 +96,12 @@ const script_case change_cases[] = {
      "dbo.T: A int/4/10/0 null -- two, B int/4/10/0 null -- it's"},
     {"versioning is switched on", "create table T (A int primary key) alter table T set (system_versioning = on)",
      "dbo.T: A int/4/10/0; pk(A) clustered; temporal"},
+    {"strings in variables are executed",
+     "declare @n int = 1, @sql nvarchar(max) = N'create table T ', @end varchar(9)\nset @end = '(A int)'\n"
+     "set @sql = @sql + @end exec (@sql)\ngo\n"
+     "declare @a as nvarchar(100) select @a = 'create table U' set @a += ' (B int)' exec sp_executesql @a\n"
+     "set @a = 'alter table U ' exec (@a + 'add C int') exec sys.sp_executesql @stmt = N'alter table U add D int'",
+     "dbo.T: A int/4/10/0 null\ndbo.U: B int/4/10/0 null, C int/4/10/0 null, D int/4/10/0 null"},
     {"strings are executed",
      "exec('create table A (X int)') exec ('create ' + 'table B (X int)') exec sp_executesql N'create "
      "table C (X int)' exec sys.sp_executesql @stmt = N'alter table C add Y int'",
@@ -156,6 +171,14 @@ const struct {
     {"a table made by SELECT and dropped again",
      "create table T (A int) select 1 as x into G from T alter table G add y int drop "
      "table G select 1 as x into #t from T"},
+    {"counts of what there is",
+     "if (select count(*) from sys.tables where name = 'T') = 0 create table T (A int)\n"
+     "if (select count(1) from sys.columns where object_id = object_id('T') and name = 'A') < 1 drop table T\n"
+     "if (select count(*) from sys.objects where name = 'X') > 0 drop table T\n"
+     "if (select count(*) from sys.tables where name = 'T') >= 1 print 'x' else drop table T"},
+    {"what is only parsed does not run",
+     "create table T (A int)\ngo\nset noexec on\ngo\ndrop table T\ngo\ncreate table U (A int)\ngo\nset noexec off "
+     "alter table T add B int alter table T drop column B"},
     {"labels and GOTO", "goto done done: create table T (A int)"},
     {"CASE has an END of its own",
      "create table T (A int) if case when 1 = 1 then 1 else 2 end = 3 print 'x' set @x = case when 1 "
@@ -191,6 +214,16 @@ const script_case finding_cases[] = {
     {"a statement that is put together", "declare @s nvarchar(9)\nexec(@s)", "statement-not-read a.sql:2:1 exec(@s)"},
     {"a condition that nobody can decide", "create table T (A int)\nif @@version like 'x' alter table T add B int",
      "statement-not-read a.sql:2:23 alter table T add B int"},
+    {"a string that a variable may hold, or another",
+     "declare @s varchar(9) = 'drop table T' if @@version like 'x' set @s = 'print 1' exec (@s)",
+     "statement-not-read a.sql:1:81 exec (@s)"},
+    {"a variable that a query, a cursor or a procedure fills",
+     "declare @a varchar(9) = 'print 1', @b varchar(9) = 'x', @c varchar(9) = 'y' select @a = name from sys.tables\n"
+     "fetch next from d into @b exec sp_p @c output exec (@a)\nexec (@b)\nexec (@c)",
+     "statement-not-read a.sql:2:47 exec (@a)\nstatement-not-read a.sql:3:1 exec (@b)\n"
+     "statement-not-read a.sql:4:1 exec (@c)"},
+    {"a variable of another batch", "declare @s varchar(9) = 'print 1'\ngo\nexec (@s)",
+     "statement-not-read a.sql:3:1 exec (@s)"},
     {"a loop", "create table T (A int) while @n < 3 begin drop table T end",
      "statement-not-read a.sql:1:43 drop table T"},
     {"a table that the script does not make", "\n  alter table X add B int",
@@ -212,6 +245,18 @@ TEST_F(ScriptTest, Findings)
         EXPECT_EQ(lines(), c.expected);
         reset();
     }
+}
+
+TEST_F(ScriptTest, OfSeveralDatabasesTheFirstIsRead)
+{
+    read("use master\ngo\nuse Empty\ngo\nuse Shop create table T (A int)\ngo\nuse Other\ngo\ncreate table T (B int)\n"
+         "create table U (A int) exec sp_rename 'T.A', 'C', 'COLUMN' drop table T create table Shop.dbo.V (A int)\n"
+         "use Shop alter table T add D int create table Other.dbo.W (A int)");
+    EXPECT_OK(ctx);
+    EXPECT_STREQ(catalogue.name, "Shop");
+    EXPECT_EQ(shown(), "dbo.T: A int/4/10/0 null, D int/4/10/0 null");
+    EXPECT_EQ(lines(), "statement-not-read a.sql:9:1 create table T (B int)\n"
+                       "statement-not-read a.sql:11:34 create table Other.dbo.W (A int)");
 }
 
 TEST_F(ScriptTest, WhatASchemaHasNoPlaceForIsNoted)

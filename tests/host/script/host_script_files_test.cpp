@@ -36,7 +36,7 @@ TEST_F(ScriptTest, ATableMadeTwiceNamesBothPlaces)
 {
     read({{"a.sql", "create table T (A int)"}, {"b.sql", "\ncreate table dbo.t (A int)"}});
     EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
-    EXPECT_EQ(error(), "b.sql:2:1: table dbo.t is there already: it was made at a.sql:1:1");
+    EXPECT_EQ(error(), "b.sql:2:1: table dbo.t already exists: it was made at a.sql:1:1");
     reset();
     read({{"a.sql", "print 1"}, {"a.sql", "print 2"}});
     EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
