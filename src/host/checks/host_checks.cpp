@@ -25,8 +25,7 @@ static void my_write_columns(KT_context *ctx, host_import &import, const host_ta
         if (!col.prepared)
             continue;
         const char *defin = nullptr;
-        KT_TRY(
-            tov_schema__get_col_defin(ctx, import.schema, table.id_text.c_str(), col.id_text, nullptr, &defin));
+        KT_TRY(tov_schema__get_col_defin(ctx, import.schema, table.id_text.c_str(), col.id_text, nullptr, &defin));
         columns += std::string(defin) + ", ";
     }
 }
@@ -64,9 +63,8 @@ static void my_add_check(KT_context *ctx, host_import &import, host_table &table
         return;
     }
     const std::string enclosed = '(' + std::string(check.definition) + ')';
-    KT_TRY(tov_schema__add_colcon_check(ctx, import.schema, table.id_text.c_str(),
-                                        reading.cols.front()->id_text, check.name,
-                                        reading.is_enclosed ? check.definition : enclosed.c_str()));
+    KT_TRY(tov_schema__add_colcon_check(ctx, import.schema, table.id_text.c_str(), reading.cols.front()->id_text,
+                                        check.name, reading.is_enclosed ? check.definition : enclosed.c_str()));
 }
 
 static void my_report(KT_context *ctx, host_import &import, const host_table &table, const host_check &check,

@@ -34,41 +34,6 @@ static void my_set_alias(const host_script_type &type, host_script_column &col)
     col.record.rule = type.rule ? type.rule->definition : nullptr;
 }
 
-// Types of other databases that T-SQL lacks, so that a script of theirs is told from one that uses a type which another
-// script makes.
-static const char *my_other_database(std::string_view type)
-{
-    struct host_foreign_type {
-        std::string_view name;
-        const char *database;
-    };
-    static constexpr host_foreign_type types[] = {
-        {"serial", "PostgreSQL"},
-        {"bigserial", "PostgreSQL"},
-        {"smallserial", "PostgreSQL"},
-        {"bytea", "PostgreSQL"},
-        {"timestamptz", "PostgreSQL"},
-        {"jsonb", "PostgreSQL"},
-        {"boolean", "another database"},
-        {"varchar2", "Oracle"},
-        {"nvarchar2", "Oracle"},
-        {"number", "Oracle"},
-        {"clob", "Oracle"},
-        {"mediumint", "MySQL"},
-        {"longtext", "MySQL"},
-        {"mediumtext", "MySQL"},
-        {"tinytext", "MySQL"},
-        {"longblob", "MySQL"},
-        {"enum", "MySQL"},
-        {"blob", "another database"},
-    };
-    for (const host_foreign_type &foreign : types) {
-        if (host_same_text(foreign.name, type))
-            return foreign.database;
-    }
-    return nullptr;
-}
-
 void host_read_column_type(host_script_reader &reader, host_script_column &col)
 {
     const host_tsql_token first = reader.cursor.token;
@@ -84,7 +49,7 @@ void host_read_column_type(host_script_reader &reader, host_script_column &col)
     const std::string_view schema = type.schema.empty() ? std::string_view(reader.default_schema) : type.schema;
     if (const host_script_type *alias = reader.use_type(schema, type.written))
         return my_set_alias(*alias, col);
-    if (const char *database = my_other_database(type.written)) {
+    if (const char *database = host_other_database(type.written)) {
         reader.cursor.go_back(first);
         return reader.cursor.fail("'" + type.written + "' is a type of " + database + ", not of T-SQL");
     }

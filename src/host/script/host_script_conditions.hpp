@@ -23,6 +23,10 @@ struct host_fact {
 host_fact host_read_fact(host_script_reader &reader);
 // Nothing when it cannot be told.
 std::optional<bool> host_compare_facts(const host_fact &left, std::string_view comparison, const host_fact &right);
+
+// host_script_functions.cpp: the function of this name, whose parenthesis is the current token; not known for any
+// other.
+host_fact host_ask_function(host_script_reader &reader, std::string_view name);
 // The object kinds that a property such as IsUserTable asks about; empty when it asks about something else.
 std::string_view host_property_kinds(std::string_view property);
 bool host_is_kind(const host_script_object &object, std::string_view kind);

@@ -71,14 +71,18 @@ static void my_convert(KT_context *ctx, std::string_view name, std::string_view 
     std::array<char, 8192> buffer{};
     char *in = const_cast<char *>(bytes.data()); // NOLINT(cppcoreguidelines-pro-type-const-cast): iconv reads only
     size_t left = bytes.size();
-    bool is_whole = true;
+    bool is_whole = true, is_cut = false;
     while (left > 0 && is_whole) {
         char *out = buffer.data();
         size_t room = buffer.size();
         is_whole = iconv(converter, &in, &left, &out, &room) != static_cast<size_t>(-1) || errno == E2BIG;
+        is_cut = !is_whole && errno == EINVAL;
         text.append(buffer.data(), buffer.size() - room);
     }
     iconv_close(converter);
+    if (is_cut)
+        KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "%s:%s: the file ends in the middle of a character: it was cut off",
+                std::string(name).c_str(), host_tsql_place(text, text.size()).c_str());
     if (!is_whole)
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "%s:%s: what follows is not in the encoding %s", std::string(name).c_str(),
                 host_tsql_place(text, text.size()).c_str(), encoding);

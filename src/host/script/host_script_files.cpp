@@ -20,7 +20,7 @@ static std::string_view my_after(std::string_view text, std::string_view mark)
 // A project file among the scripts says the database's name and collation.
 static bool my_read_project(host_script_session &session, std::string_view text)
 {
-    if (!host_trimmed(text).starts_with('<'))
+    if (!host_trimmed(text).starts_with('<') || text.find("<Project") == std::string_view::npos)
         return false;
     if (const std::string_view collation = my_after(text, "<DefaultCollation>"); !collation.empty())
         session.state.collation = session.state.keep(host_trimmed(collation.substr(0, collation.find('<'))));

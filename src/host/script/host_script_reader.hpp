@@ -120,6 +120,20 @@ void host_read_statements(host_script_reader &reader);
 void host_read_statement(host_script_reader &reader);
 void host_read_string(host_script_reader &outer, const host_tsql_token &at, std::string_view text);
 
+// host_script_flow.cpp, host_script_settings.cpp, host_script_select.cpp
+void host_read_begin(host_script_reader &reader);
+void host_read_if(host_script_reader &reader);
+void host_read_while(host_script_reader &reader);
+void host_read_set(host_script_reader &reader);
+void host_read_use(host_script_reader &reader);
+void host_read_query(host_script_reader &reader);
+
+// host_script_dialects.cpp
+// What a message adds about a token that gives a script away as one of another database; empty for any other.
+std::string host_dialect_hint(const host_tsql_token &token);
+// The database that has a type which T-SQL lacks; null for any other.
+const char *host_other_database(std::string_view type);
+
 // host_script_skip.cpp: past the end of a statement that changes no table, from its first token or from a later one.
 void host_skip_statement(host_script_reader &reader);
 void host_skip_to_batch_end(host_script_reader &reader);

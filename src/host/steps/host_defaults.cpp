@@ -117,8 +117,7 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
                                    "left out: default hidden from this login"));
         return;
     }
-    KT_TRY(
-        tov_schema__set_host_defval(ctx, import.schema, table.id_text.c_str(), col.id_text, defval.definition));
+    KT_TRY(tov_schema__set_host_defval(ctx, import.schema, table.id_text.c_str(), col.id_text, defval.definition));
     if (!col.prepared)
         return;
     host_translation translation{ctx};

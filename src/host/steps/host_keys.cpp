@@ -106,8 +106,8 @@ static void my_add_unique(KT_context *ctx, host_import &import, host_table &tabl
 {
     const std::string id = host_constraint_id(table, key.name, prefix, key.cols);
     for (const host_column *col : key.cols)
-        KT_TRY(tov_schema__add_to_unique_constraint(ctx, import.schema, table.id_text.c_str(), col->id_text,
-                                                    id.c_str()));
+        KT_TRY(
+            tov_schema__add_to_unique_constraint(ctx, import.schema, table.id_text.c_str(), col->id_text, id.c_str()));
     table.parent_keys.push_back(key.cols);
 }
 

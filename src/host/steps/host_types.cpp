@@ -204,8 +204,8 @@ static void my_add_text(KT_context *ctx, host_import &import, const host_table &
 static void my_add_blob(KT_context *ctx, host_import &import, const host_table &table, const host_column &col,
                         const host_type &type)
 {
-    KT_TRY(tov_schema__set_col_type_blob(ctx, import.schema, table.id_text.c_str(), col.id_text,
-                                         type.fixed_width, my_width(col, type.width)));
+    KT_TRY(tov_schema__set_col_type_blob(ctx, import.schema, table.id_text.c_str(), col.id_text, type.fixed_width,
+                                         my_width(col, type.width)));
     if (type.is_row_version && col.prepared)
         KT_TRY(import.findings.add(ctx, "rowversion-as-bytes", &table, &col, host_type_name(col),
                                    "kept as 8 bytes that SQLite does not fill in" + host_must_give_value(col)));
