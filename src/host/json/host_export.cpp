@@ -26,11 +26,7 @@ static void my_parse(KT_context *ctx, const std::string &json, kt_owned_vhash &d
     const std::string message = KT_context__err_description(ctx);
     KT_context__pop_level(ctx);
     if (code == KT_ERR_BAD_JSON && host_is_cut(json))
-        KT_FAIL(code,
-                "%s: the document was cut off after %zu bytes, as tools do with long texts. sqlcmd needs -y 0 and no "
-                "-W, Invoke-Sqlcmd -MaxCharLength 2147483647, bcp queryout with -w; in Management Studio save the "
-                "cell to a file, or set the maximum characters retrieved for results in a grid to unlimited",
-                message.c_str(), json.size());
+        KT_FAIL(code, "%s: the document was cut off after %zu bytes; %s", message.c_str(), json.size(), host_cut_hint);
     if (code != 0)
         KT_FAIL(code, "%s", message.c_str());
 }

@@ -1,6 +1,8 @@
 // UTF-16 becomes UTF-8.
 #include "json/host_utf16.hpp"
 
+#include "json/host_file.hpp"
+
 #define KT_HERE "src/host/json/host_utf16"
 
 static uint32_t my_unit_at(std::string_view utf16, host_byte_order order, size_t at)
@@ -33,7 +35,8 @@ static void my_append_code_point(std::string &utf8, uint32_t code)
 void host_utf16_to_utf8(KT_context *ctx, std::string_view utf16, host_byte_order order, std::string &utf8)
 {
     if (utf16.size() % 2 != 0)
-        KT_FAIL(KT_ERR_BAD_JSON, "the file is UTF-16 and ends within a character: it is truncated");
+        KT_FAIL(KT_ERR_BAD_JSON, "the file is UTF-16 and ends in the middle of a character: it was cut off; %s",
+                host_cut_hint);
     utf8.reserve(utf16.size() / 2);
     for (size_t at = 0; at < utf16.size(); at += 2) {
         uint32_t code = my_unit_at(utf16, order, at);

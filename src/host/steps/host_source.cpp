@@ -6,24 +6,32 @@
 #include "json/host_export.hpp"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 #define KT_HERE "src/host/steps/host_source"
 
 static constexpr size_t looked_at = 4096; // bytes that are enough for the first word of any document
 
+using host_beginning = std::array<char, looked_at>;
+
 // The beginning of a text without what its encoding adds: marks, and the zero bytes of UTF-16. Good enough to look at,
-// not to read.
-static std::string my_beginning(std::string_view bytes)
+// not to read. It needs no memory, since whoever asks has no context for the lack of it.
+static std::string_view my_beginning(std::string_view bytes, host_beginning &buffer)
 {
     bytes = bytes.substr(0, looked_at);
     for (const std::string_view mark : {"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"}) {
         if (bytes.starts_with(mark))
             bytes.remove_prefix(mark.size());
     }
-    std::string text(bytes);
-    text.erase(std::remove(text.begin(), text.end(), '\0'), text.end());
-    return text;
+    const auto *end = std::remove_copy(bytes.begin(), bytes.end(), buffer.begin(), '\0');
+    return {buffer.data(), static_cast<size_t>(end - buffer.data())};
+}
+
+static bool my_is_column_name(std::string_view word)
+{
+    constexpr std::string_view name = "document";
+    return word.size() == name.size() && KT_strnicmp(word.data(), name.data(), name.size()) == 0;
 }
 
 static std::string_view my_skip_blanks(std::string_view text)
@@ -38,7 +46,7 @@ static std::string_view my_skip_header(std::string_view text)
     while (!text.empty()) {
         const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
         const std::string_view word = line.substr(0, line.find_last_not_of(" \t") + 1);
-        if (word.find_first_not_of('-') != std::string_view::npos && host_folded(word) != "document")
+        if (word.find_first_not_of('-') != std::string_view::npos && !my_is_column_name(word))
             break;
         text = my_skip_blanks(text.substr(line.size()));
     }
@@ -60,7 +68,8 @@ int32_t tov_host__recognise(const char *bytes, size_t size) noexcept
     const std::string_view all(bytes, size);
     if (host_is_package(all))
         return TOV_HOST_SOURCE_PACKAGE;
-    return my_is_json(my_beginning(all)) ? TOV_HOST_SOURCE_JSON : TOV_HOST_SOURCE_SCRIPT;
+    host_beginning buffer;
+    return my_is_json(my_beginning(all, buffer)) ? TOV_HOST_SOURCE_JSON : TOV_HOST_SOURCE_SCRIPT;
 }
 
 static std::string_view my_bytes(const tov_host_file &file)

@@ -58,6 +58,17 @@ const script_case error_cases[] = {
     {"words of others", "create table T (A int auto_increment)",
      "a.sql:1:23: expected ',' or ')', found 'auto_increment'; this looks like a script for MySQL"},
     {"types of others", "create table T (A serial)", "a.sql:1:19: 'serial' is a type of PostgreSQL, not of T-SQL"},
+    {"options of tables of others", "create table T (A int) engine=InnoDB",
+     "a.sql:1:24: expected a statement, found 'engine'; this looks like a script for MySQL"},
+    {"statements of others", "pragma foreign_keys=off;\ncreate table T (A integer primary key autoincrement);",
+     "a.sql:1:1: expected a statement, found 'pragma'; this looks like a script for SQLite\n"
+     "a.sql:2:39: expected ',' or ')', found 'autoincrement'; this looks like a script for SQLite"},
+    {"types of others with sizes", "create table T (A number(10), B varchar2(30 char))",
+     "a.sql:1:19: 'number' is a type of Oracle, not of T-SQL"},
+    {"defaults of others", "create table T (A timestamp without time zone)",
+     "a.sql:1:29: expected ',' or ')', found 'without'; this looks like a script for another database"},
+    {"a page of the web", "<html><body>404</body></html>", "a.sql:1:1: expected a statement, found '<'"},
+    {"a script that was cut off", "create table T (A int, B nvarchar(20", "a.sql:1:37: expected ')', found the end"},
     {"nothing", " -- nothing\ngo\n", "there is nothing to import: no package, no JSON document, no SQL statement"},
     {"a byte that is not UTF-8", "print '\xE4'", "a.sql:1:8: the file is not UTF-8: say which encoding it has"},
 };
@@ -102,6 +113,12 @@ TEST_F(ScriptTest, Encodings)
         read(bytes);
         EXPECT_OK(ctx);
         EXPECT_EQ(shown(), "dbo.T: A int/4/10/0 null");
+        reset();
+    }
+    for (const bool is_big : {false, true}) {
+        read(utf16(script, is_big).substr(0, 41));
+        EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
+        EXPECT_EQ(error(), "a.sql:1:21: the file ends in the middle of a character: it was cut off");
         reset();
     }
     read({{"a.sql", "create table T (\x8A int)"}}, {"windows-1252", {}});

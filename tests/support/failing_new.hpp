@@ -1,0 +1,28 @@
+// Makes operator new fail: what the standard library's containers ask for, which the allocator of the runtime does not
+// see. It replaces the operator of the whole program, so one source of it includes this.
+#pragma once
+
+#include <cstdlib>
+#include <new>
+
+// How many allocations are left until one fails; 0: none fails.
+inline size_t allocations_to_failure = 0;
+
+void *operator new(size_t size)
+{
+    if (allocations_to_failure > 0 && --allocations_to_failure == 0)
+        throw std::bad_alloc();
+    if (void *block = std::malloc(size > 0 ? size : 1))
+        return block;
+    throw std::bad_alloc();
+}
+
+void operator delete(void *block) noexcept
+{
+    std::free(block);
+}
+
+void operator delete(void *block, size_t) noexcept
+{
+    std::free(block);
+}
