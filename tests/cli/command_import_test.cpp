@@ -3,6 +3,7 @@
 #include "run_command.hpp"
 #include "sample.hpp"
 
+#include <filesystem>
 #include <sstream>
 
 namespace {
@@ -99,6 +100,24 @@ TEST_F(CommandImportTest, TheKindCanBeGiven)
     EXPECT_EXIT_CODE(run({"import", catalogue, "--from", "json"}), 0);
     EXPECT_EXIT_CODE(run({"import", catalogue, "--from", "package"}), 2);
     EXPECT_EXIT_CODE(run({"import", catalogue, "--from", "word"}), 2);
+}
+
+TEST_F(CommandImportTest, AProjectFolderSaysTheNameAndTheCollation)
+{
+    std::filesystem::create_directories(path("Shop/Tables"));
+    write("Shop/Shop.sqlproj", "\xEF\xBB\xBF<?xml version=\"1.0\"?>\r\n<Project><PropertyGroup><Name>Shop</Name>"
+                               "<DefaultCollation>Polish_CS_AS</DefaultCollation></PropertyGroup></Project>");
+    write("Shop/Tables/Lines.sql", "CREATE TABLE dbo.Lines (Id int REFERENCES dbo.Orders)");
+    write("Shop/Tables/Orders.sql", "CREATE TABLE dbo.Orders (Id int PRIMARY KEY, Name varchar(9))");
+    write("Shop/notes.txt", "Dear reader");
+    const command_result result = run({"import", path("Shop"), "-o", path("s.json")});
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_EQ(result.err, "");
+    const std::string schema = read("s.json");
+    EXPECT_NE(schema.find(R"("server":{"version":1,"database":"Shop","collation":"Polish_CS_AS","code_page":1250)"),
+              std::string::npos)
+        << schema;
+    EXPECT_EQ(tables_of("s.json"), "Orders Lines ");
 }
 
 TEST_F(CommandImportTest, RefusesWhatIsNoExport)
