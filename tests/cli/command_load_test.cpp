@@ -55,6 +55,73 @@ TEST_F(CommandLoadTest, AFileThatIsNotThereIsNamed)
     EXPECT_NE(result.err.find("No such file"), std::string::npos) << result.err;
 }
 
+TEST_F(CommandLoadTest, Csv)
+{
+    const std::string file = write("Orders.csv", "OrderId,Placed,Total\n1,-,\"1.50\"\n2,2013-07-01 00:00:00,-\n");
+    const command_result result = run({"load", path("s.json"), path("client.db"), file, "--null", "-"});
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_EQ(query("SELECT OrderId, quote(Placed), quote(Total) FROM Orders"),
+              "1|NULL|150\n2|'2013-07-01 00:00:00.000'|NULL\n");
+    EXPECT_EQ(result.err,
+              "tov-schema: note: Orders.csv was read as csv, fields end with \",\", names in the first line, "
+              "NULL is -\n");
+    EXPECT_EXIT_CODE(run({"load", path("s.json"), path("client.db"), write("Customers.txt", "3;\"-\"\n"), "--header",
+                          "no", "--format", "csv", "--null", ""}),
+                     0);
+    EXPECT_EQ(query("SELECT quote(Name) FROM Customers WHERE CustomerId = 3"), "'-'\n");
+    EXPECT_EXIT_CODE(run({"load", path("s.json"), path("client.db"), file, "--header", "maybe"}), 2);
+}
+
+TEST_F(CommandLoadTest, JsonThatComesOutAgain)
+{
+    const std::string file =
+        write("Orders.json", "[{\"OrderId\":1,\"Total\":1.5,\"Placed\":\"2013-07-01T12:30:45.260\"},{\"OrderId\":2,"
+                             "\"Placed\":null}]");
+    EXPECT_EXIT_CODE(run({"load", path("s.json"), path("client.db"), file}), 0);
+    const command_result result =
+        run({"unload", path("s.json"), path("client.db"), path("out"), "--format", "json", "--table", "Orders"});
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_EQ(result.out, "Orders.jsonl 2\n");
+    EXPECT_EQ(read("out/Orders.jsonl"),
+              "{\"OrderId\":1,\"CustomerId\":null,\"Total\":1.50,\"Placed\":\"2013-07-01T12:30:45.26\"}\n"
+              "{\"OrderId\":2,\"CustomerId\":null,\"Total\":null,\"Placed\":null}\n");
+}
+
+TEST_F(CommandLoadTest, ABcpFileComesOutAsItWas)
+{
+    const std::string file = write("Customers.dat", "1|Ada\r\n2|\r\n");
+    EXPECT_EXIT_CODE(run({"load", path("s.json"), path("client.db"), file}), 0);
+    EXPECT_EXIT_CODE(run({"unload", path("s.json"), path("client.db"), path("out"), "--quiet"}), 0);
+    EXPECT_EQ(read("out/Customers.dat"), "1|Ada\r\n2|\r\n");
+}
+
+TEST_F(CommandLoadTest, UnloadsScriptsAndQueries)
+{
+    run({"load", path("s.json"), path("client.db"), write("Customers.dat", "1\tA\t\n2\tB\n"), "-t", "\\t", "-r",
+         "\\n"});
+    const command_result script =
+        run({"unload", path("s.json"), path("client.db"), path("out"), "--format", "insert", "--table", "Customers"});
+    EXPECT_EXIT_CODE(script, 0);
+    EXPECT_EQ(script.out, "rows.sql Customers 1\n");
+    const command_result rows = run({"unload", path("s.json"), path("client.db"), path("out"), "--format", "csv",
+                                     "--query", "SELECT Name AS Who FROM Customers"});
+    EXPECT_EXIT_CODE(rows, 0);
+    EXPECT_EQ(rows.out, "query.csv 1\n");
+    EXPECT_EQ(read("out/query.csv"), "Who\r\nB\r\n");
+    EXPECT_EXIT_CODE(run({"unload", path("s.json"), path("client.db"), path("out"), "--query", "DROP TABLE Customers"}),
+                     2);
+}
+
+TEST_F(CommandLoadTest, ValuesThatCannotBeReadAgainAreToldOf)
+{
+    query("INSERT INTO Customers VALUES (1, 'A' || char(9) || 'B')");
+    const command_result result = run({"unload", path("s.json"), path("client.db"), path("out")});
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_EQ(result.err,
+              "tov-schema: warning: Customers.dat: 1 values hold what ends a field or row, and cannot be read "
+              "again; choose other terminators\n");
+}
+
 TEST_F(CommandLoadTest, ConvertMakesADatabaseInOneStep)
 {
     const command_result result = run({"convert", path("c.json"), path("whole.db"), "--schema", path("whole.json")});

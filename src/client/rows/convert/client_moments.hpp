@@ -28,5 +28,7 @@ struct client_moment {
 bool client_parse_kept_moment(std::string_view text, client_moment &moment) noexcept;
 
 inline constexpr int64_t client_units_a_second = 10'000'000;
+inline constexpr int64_t client_units_a_millisecond = 10'000;
+inline constexpr int64_t client_units_a_minute = 60 * client_units_a_second;
 inline constexpr int64_t client_units_a_day = 86'400 * client_units_a_second;
 inline constexpr int32_t client_days_to_1900 = 693595;

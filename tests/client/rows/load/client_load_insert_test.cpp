@@ -35,6 +35,18 @@ const script_case script_cases[] = {
      "Sales.Orders 1 1 0", "7|NULL|150"},
     {"money and signs", "INSERT Sales.Orders (Id, Price) VALUES (7, $1.50), (-8, +2), (9, -0.0)", "Sales.Orders 3 3 0",
      "-8|NULL|200 7|NULL|150 9|NULL|0"},
+    {"casts that would change the value are the server's",
+     "INSERT Sales.Orders (Id, Price, Note) VALUES (1, CAST(1.5 AS int), NULL), (2, NULL, CAST('abcd' AS varchar(3))), "
+     "(3, CAST(N'2.50' AS [decimal](9, 2)), CAST(N'abc' AS [nvarchar](max))), (4, CAST(NULL AS int), CAST(5 AS "
+     "money)), "
+     "(5, CAST(1 + 1 AS int), NULL)",
+     "Sales.Orders 5 2 3", "3|NULL|250 4|NULL|NULL"},
+    {"expressions in parentheses",
+     "INSERT Sales.Orders (Id, Price) VALUES (1, (2)), ((2), 3), (3, -(4)), (4, (SELECT 1, 2)), (5, f((1), 2) + 1), "
+     "(6, 7)",
+     "Sales.Orders 6 1 5", "6|NULL|700"},
+    {"a sign before a sign", "INSERT Sales.Orders (Id, Price) VALUES (1, - -5), (2, -$5), (3, $-5)",
+     "Sales.Orders 3 0 3", ""},
     {"the identity is left out", "INSERT Sales.Orders VALUES (NULL, .5, 'note')", "Sales.Orders 1 1 0", "1|NULL|50"},
     {"NULL and DEFAULT", "INSERT Customers (Id, Name, Code) VALUES (1, NULL, DEFAULT)", "Customers 1 1 0",
      "1|NULL|NULL|NULL"},
@@ -70,6 +82,20 @@ TEST_F(ClientLoadInsert, Scripts)
                                   : "SELECT Id, quote(Name), quote(Code), quote(Born) FROM Customers ORDER BY Id"),
                   c.rows);
     }
+}
+
+// Wherever a script is cut into pieces while it is read, its strings stay whole.
+TEST_F(ClientLoadInsert, StringsThatLookLikeTheEndsOfRows)
+{
+    std::string script = "INSERT Sales.Orders (Id, Note) VALUES\n";
+    for (int n = 1; n <= 30'000; n++)
+        script += (n > 1 ? ",\n(" : "(") + std::to_string(n) + ", N'), (x'') ; GO'" + ")";
+    EXPECT_EQ(load({write("rows.sql", script)}), "Sales.Orders 30000 30000 0");
+    EXPECT_EQ(query("SELECT count(*) FROM \"Sales.Orders\" WHERE Note = '), (x'') ; GO'"), "30000");
+    std::remove(path("db").c_str());
+    create();
+    EXPECT_EQ(load({write("rows.sql", script.substr(0, script.size() - 6))}), "Sales.Orders 30000 29999 1");
+    EXPECT_NE(shown_remarks.find("row 30000: cut-row"), std::string::npos) << shown_remarks;
 }
 
 // What a script says at one place holds on after it, and rows of an earlier load are still looked at in the end.

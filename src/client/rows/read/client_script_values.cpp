@@ -1,0 +1,148 @@
+#include "rows/read/client_script_values.hpp"
+
+#include <charconv>
+
+static client_field my_keep(client_row &row, client_form form, const client_token &t)
+{
+    if (!t.doubled)
+        return {form, t.text};
+    const size_t from = row.unescaped.size();
+    client_append_unquoted(row.unescaped, t, '\'');
+    return {form, std::string_view(row.unescaped).substr(from)};
+}
+
+// A literal: what it is, or the server's for anything else. A sign, or a $ and a sign, before a number belong to it.
+static client_field my_literal(client_token_stream &tokens, client_row &row)
+{
+    client_token t = tokens.next();
+    if (t.kind == client_token_kind::string)
+        return my_keep(row, client_form::literal, t);
+    if (t.kind == client_token_kind::hex)
+        return {client_form::hex, t.text};
+    if (client_is_word(t, "null"))
+        return {client_form::null, {}};
+    if (client_is_word(t, "default"))
+        return {client_form::absent, {}};
+    const size_t from = row.unescaped.size();
+    if (client_is_mark(t, '$'))
+        t = tokens.next();
+    if (client_is_mark(t, '-') || client_is_mark(t, '+')) {
+        row.unescaped += t.text;
+        t = tokens.next();
+    }
+    if (client_is_mark(t, '$'))
+        t = tokens.next();
+    if (t.kind != client_token_kind::number)
+        return {client_form::server, t.text};
+    row.unescaped += t.text;
+    return {client_form::number, std::string_view(row.unescaped).substr(from)};
+}
+
+// A name in lower case, without what stands before its last dot.
+static std::string my_type_name(client_token_stream &tokens)
+{
+    std::string name;
+    for (client_token t = tokens.next();; t = tokens.next()) {
+        name.clear();
+        for (const char c : t.text)
+            name.push_back(c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c);
+        if (!client_is_mark(tokens.peek(), '.'))
+            return name;
+        tokens.next();
+    }
+}
+
+static int my_number(const client_token &t, int otherwise)
+{
+    int number = otherwise;
+    std::from_chars(t.text.data(), t.text.data() + t.text.size(), number);
+    return number;
+}
+
+// The type of a CAST, up to the parenthesis that ends it. What the server takes for granted stands before what is said.
+static client_server_type my_type(client_token_stream &tokens)
+{
+    client_server_type type;
+    type.base = client_find_base(my_type_name(tokens));
+    int first = type.base == client_base::decimal ? 18 : -1;
+    int second = 0;
+    const bool is_moment = type.base == client_base::time || type.base == client_base::datetime2 ||
+                           type.base == client_base::datetimeoffset;
+    if (is_moment)
+        first = 7;
+    else if (client_is_text(type.base) || client_is_binary(type.base))
+        first = 30;
+    if (client_is_mark(tokens.peek(), '(')) {
+        tokens.next();
+        first = my_number(tokens.next(), -1); // "max" is no number
+        if (client_is_mark(tokens.peek(), ','))
+            second = (tokens.next(), my_number(tokens.next(), 0));
+        tokens.next();
+    }
+    type.length = first;
+    type.precision = static_cast<uint8_t>(type.base == client_base::decimal ? first : 0);
+    type.scale = static_cast<uint8_t>(is_moment ? first : second);
+    return type;
+}
+
+static bool my_has_length(client_base base) noexcept
+{
+    return base == client_base::fixed_char || base == client_base::varchar || base == client_base::fixed_nchar ||
+           base == client_base::nvarchar || base == client_base::binary || base == client_base::varbinary;
+}
+
+// Whether a type holds a value as it is: what it would cut or round is not what the script says.
+static bool my_holds(client_server_type type, client_converter &converter, const client_field &field)
+{
+    if (type.base == client_base::clr || type.base == client_base::variant || field.form == client_form::null)
+        return true;
+    if (!my_has_length(type.base))
+        type.length = -1;
+    client_value value;
+    return client_convert(converter, type, field, value) == client_reject::none;
+}
+
+// CAST(literal AS type): the literal.
+static client_field my_cast(client_token_stream &tokens, client_converter &converter, client_row &row)
+{
+    constexpr client_field servers{client_form::server, {}};
+    tokens.next();
+    if (!client_is_mark(tokens.next(), '('))
+        return servers;
+    const client_field inner = my_literal(tokens, row);
+    if (inner.form == client_form::server || inner.form == client_form::absent || !client_is_word(tokens.next(), "as"))
+        return servers;
+    const client_server_type type = my_type(tokens);
+    const bool ends = client_is_mark(tokens.next(), ')');
+    return ends && my_holds(type, converter, inner) ? inner : servers;
+}
+
+// Passes over an expression, up to the comma or parenthesis behind it; false when the data ends before.
+static bool my_skip_expression(client_token_stream &tokens)
+{
+    int depth = 0;
+    while (true) {
+        const client_token t = tokens.peek();
+        if (t.kind == client_token_kind::more || t.kind == client_token_kind::end)
+            return false;
+        if (depth == 0 && (client_is_mark(t, ',') || client_is_mark(t, ')')))
+            return true;
+        depth += client_is_mark(t, '(') ? 1 : (client_is_mark(t, ')') ? -1 : 0);
+        tokens.next();
+    }
+}
+
+bool client_read_script_value(client_token_stream &tokens, client_converter &converter, client_row &row,
+                              client_field &field)
+{
+    const client_token_stream start = tokens;
+    const client_token first = tokens.peek();
+    field = client_is_word(first, "cast") ? my_cast(tokens, converter, row) : my_literal(tokens, row);
+    const client_token end = tokens.peek();
+    if (field.form != client_form::server && (client_is_mark(end, ',') || client_is_mark(end, ')')))
+        return true;
+    tokens = start;
+    const bool is_whole = my_skip_expression(tokens);
+    field = {client_form::server, tokens.since(start.at)};
+    return is_whole;
+}
