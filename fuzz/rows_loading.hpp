@@ -63,9 +63,9 @@ inline std::string rows_read_file(const std::string &path)
 struct rows_place {
     rows_place()
     {
-        char name[] = "/tmp/tov_rows_XXXXXX";
-        rows_check(mkdtemp(name) != nullptr, "no directory");
-        directory = name;
+        const char *temporary = std::getenv("TMPDIR");
+        directory = std::string(temporary ? temporary : "/tmp") + "/tov_rows_XXXXXX";
+        rows_check(mkdtemp(directory.data()) != nullptr, "no directory");
         KT_context__alloc(&ctx);
         tov_schema__from_json(ctx, rows_document, &schema);
         tov_schema__set_pk_name(ctx, schema, "1", "PK");
