@@ -101,6 +101,7 @@ class LoadTest : public ClientTest {
             tov_client__finish_load(ctx, loader, &report, &remarks);
         if (!KT_context__has_err(ctx))
             result = shown_report(report);
+        told = KT_context__has_err(ctx) ? "" : shortened_in(report);
         shown_remarks = "";
         if (!KT_context__has_err(ctx))
             shown_remarks = shown_texts(remarks);
@@ -128,6 +129,24 @@ class LoadTest : public ClientTest {
         }
         return text;
     }
+    // The numbers of shortened values, as JSON.
+    std::string shortened_in(KT_varray *report)
+    {
+        std::string text;
+        uint32_t count = 0;
+        KT_varray__count(ctx, report, &count);
+        for (uint32_t n = 0; n < count; n++) {
+            KT_vhash *record = nullptr;
+            KT_vhash *counts = nullptr;
+            KT_string *json = nullptr;
+            KT_varray__get__vhash(ctx, report, n, &record);
+            KT_vhash__get__vhash(ctx, record, "shortened", &counts);
+            KT_string__alloc(ctx, &json);
+            KT_vhash__to_json(ctx, counts, json);
+            text += take(ctx, json);
+        }
+        return text;
+    }
     std::string shown_texts(KT_varray *texts)
     {
         std::string result;
@@ -152,4 +171,5 @@ class LoadTest : public ClientTest {
 
     std::string directory;
     std::string shown_remarks;
+    std::string told; // of shortened values, by the last load
 };

@@ -68,6 +68,21 @@ inline std::string server_facts_of(const client_declared_type &declared)
     return facts + R"(,"code_page":1252)" + (type.nullable ? R"(,"nullable":true)" : "");
 }
 
+// Tables "T0", "T1" ... with a key "Id" and a column "c" of one type each.
+inline std::string document_of_tables(const std::vector<client_declared_type> &types)
+{
+    std::string tbls;
+    for (size_t n = 0; n < types.size(); n++) {
+        const std::string id = std::to_string(n);
+        tbls += (n ? ",\"" : "\"") + id + R"(":{"name":"T)" + id + R"(","txid":0,"cols":{)";
+        tbls += R"("1":{"name":"Id","type":{"name":"identity"},"notnull":{}},"2":{"name":"c","type":{)";
+        tbls += abstract_type_of(types[n].type) + "}" + (types[n].type.nullable ? "" : R"(,"notnull":{})");
+        tbls += R"(}},"server":{"schema":"dbo","name":"T)" + id + R"(","cols":[{"name":"Id","id":"1","type":"int"},)";
+        tbls += R"({"name":"c","id":"2",)" + server_facts_of(types[n]) + "}]}}";
+    }
+    return R"({"compat_level":1,"backend":{},"tbls":{)" + tbls + "}}";
+}
+
 // Table "T", on the server "dbo.T", with columns "c0", "c1" ... Types without a form in SQLite are left out of it.
 inline std::string document_of_types(const std::vector<client_declared_type> &types)
 {
