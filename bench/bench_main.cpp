@@ -14,6 +14,7 @@ void register_references_benches();
 void register_defaults_benches();
 void register_checks_benches();
 void register_package_benches();
+void register_rows_benches();
 void register_script_benches();
 void register_whole_way_benches();
 void measure_whole_way_peaks();
@@ -42,6 +43,10 @@ const std::vector<bench_case> &bench_cases()
         {"package_read", "read a package, against expat walking its model", {{"400", 2.0}}},
         {"package_import", "import a package", {}},
         {"script", "read a script into tables, against sqlite3_complete()", {{"", 1.0 / 0.2}}},
+        {"rows_load", "load a bcp file with all checks", {{"200000", 2.5}}},
+        {"rows_unload", "unload a table as bcp", {{"200000", 1.5}}},
+        {"rows_unload_csv", "unload a table as CSV", {{"200000", 1.5}}},
+        {"rows_package", "load a package's rows of 8 columns", {{"200000", 1.8}}},
         {"peak", "the whole way, one step after the other: most memory held", {}},
         {"way_import", "import a catalogue", {}},
         {"way_import_script", "import a script", {}},
@@ -76,6 +81,7 @@ int main(int argc, char **argv)
     register_defaults_benches();
     register_checks_benches();
     register_package_benches();
+    register_rows_benches();
     register_script_benches();
     register_whole_way_benches();
 

@@ -92,6 +92,9 @@ typedef struct KT_sqlite_functions {
                                    void *data);
     /** Switches one of the connection's settings that take on or off (SQLITE_DBCONFIG_...). */
     /* 53 */ int (*configure)(struct sqlite3 *connection, int setting, int on);
+    /** Bind bytes without copying them: they must stay as they are for as long as the statement runs with them. */
+    /* 54 */ int (*bind_text_in_place)(struct sqlite3_stmt *statement, int index, const char *text, int size);
+    /* 55 */ int (*bind_blob_in_place)(struct sqlite3_stmt *statement, int index, const void *bytes, int size);
 } KT_sqlite_functions;
 
 /** The table in force; lives as long as the process, never freed. */

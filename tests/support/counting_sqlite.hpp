@@ -73,6 +73,8 @@ enum class kt_sqlite_entry : size_t {
     release,
     set_authorizer,
     configure,
+    bind_text_in_place,
+    bind_blob_in_place,
     count,
     none = count
 };
@@ -191,6 +193,8 @@ class kt_counting_sqlite {
         watch_code<kt_sqlite_entry::bind_int64>(table.bind_int64);
         watch_code<kt_sqlite_entry::bind_null>(table.bind_null);
         watch_code<kt_sqlite_entry::bind_text>(table.bind_text);
+        watch_code<kt_sqlite_entry::bind_text_in_place>(table.bind_text_in_place);
+        watch_code<kt_sqlite_entry::bind_blob_in_place>(table.bind_blob_in_place);
         watch_code<kt_sqlite_entry::bind_value>(table.bind_value);
         watch_code<kt_sqlite_entry::busy_timeout>(table.busy_timeout);
         watch_code<kt_sqlite_entry::configure>(table.configure);

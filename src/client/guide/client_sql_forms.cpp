@@ -1,4 +1,4 @@
-// Expressions for SQLite 3.39 and later. They compute with integers and texts only where digits must not be lost, and
+// Expressions for SQLite 3.38 and later. They compute with integers and texts only where digits must not be lost, and
 // they are made of operators that give NULL for NULL.
 #include "guide/client_guide.hpp"
 

@@ -21,6 +21,7 @@ static_assert(position<offsetof(KT_sqlite_functions, prepare)> == 22);
 static_assert(position<offsetof(KT_sqlite_functions, step)> == 24);
 static_assert(position<offsetof(KT_sqlite_functions, release)> == 51);
 static_assert(position<offsetof(KT_sqlite_functions, configure)> == 53);
+static_assert(position<offsetof(KT_sqlite_functions, bind_blob_in_place)> == 55);
 
 // SQLITE_TRANSIENT: SQLite takes a copy of what it is given.
 static const sqlite3_destructor_type take_copy = reinterpret_cast<sqlite3_destructor_type>(-1);
@@ -38,6 +39,16 @@ static int my_bind_int64(sqlite3_stmt *statement, int index, int64_t value)
 static int my_bind_text(sqlite3_stmt *statement, int index, const char *text, int size)
 {
     return sqlite3_bind_text(statement, index, text, size, take_copy);
+}
+
+static int my_bind_text_in_place(sqlite3_stmt *statement, int index, const char *text, int size)
+{
+    return sqlite3_bind_text(statement, index, text, size, SQLITE_STATIC);
+}
+
+static int my_bind_blob_in_place(sqlite3_stmt *statement, int index, const void *bytes, int size)
+{
+    return sqlite3_bind_blob(statement, index, bytes, size, SQLITE_STATIC);
 }
 
 static int64_t my_column_int64(sqlite3_stmt *statement, int column)
@@ -181,6 +192,8 @@ static constexpr KT_sqlite_functions linked_functions = {
     .release = sqlite3_free,
     .set_authorizer = sqlite3_set_authorizer,
     .configure = my_configure,
+    .bind_text_in_place = my_bind_text_in_place,
+    .bind_blob_in_place = my_bind_blob_in_place,
 };
 
 static int my_open_with_dates(const char *file_name, sqlite3 **connection, int flags)

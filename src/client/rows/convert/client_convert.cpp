@@ -14,19 +14,16 @@ static bool my_is_fixed_text(client_base base) noexcept
 // Fills a char or nchar up with blanks, as the server returns it.
 static void my_pad(client_converter &converter, size_t missing, client_value &value)
 {
-    std::string &room = converter.scratch.large;
+    std::string &room = converter.room->large;
     if (value.bytes.data() != room.data())
         room.assign(value.bytes);
     room.append(missing, ' ');
     value.bytes = room;
 }
 
-static client_reject my_take_text(client_converter &converter, const client_server_type &type, std::string_view text,
-                                  client_value &value)
+static client_reject my_take_measured(client_converter &converter, const client_server_type &type,
+                                      std::string_view text, const client_text_size &size, client_value &value)
 {
-    if (type.base == client_base::xml && text.starts_with(byte_order_mark))
-        text.remove_prefix(byte_order_mark.size());
-    const client_text_size size = client_measure_text(text);
     if (size.flaw != client_utf8_flaw::none)
         return size.flaw == client_utf8_flaw::not_utf_8 ? client_reject::not_utf_8 : client_reject::half_surrogate;
     value.storage = client_storage::text;
@@ -43,14 +40,25 @@ static client_reject my_take_text(client_converter &converter, const client_serv
     return client_reject::none;
 }
 
+static client_reject my_take_text(client_converter &converter, const client_server_type &type, std::string_view text,
+                                  client_value &value)
+{
+    if (type.base == client_base::xml && text.starts_with(byte_order_mark))
+        text.remove_prefix(byte_order_mark.size());
+    return my_take_measured(converter, type, text, client_measure_text(text), value);
+}
+
 static client_reject my_take_native_text(client_converter &converter, const client_server_type &type,
                                          std::string_view bytes, client_value &value)
 {
     if (bytes.size() % 2 != 0)
         return client_reject::bad_row;
-    converter.scratch.large.clear();
-    client_append_utf16(converter.scratch.large, bytes);
-    return my_take_text(converter, type, converter.scratch.large, value);
+    converter.room->large.clear();
+    client_append_utf16(converter.room->large, bytes);
+    const size_t units = bytes.size() / 2;
+    if (converter.room->large.size() > units) // not ASCII alone
+        return my_take_text(converter, type, converter.room->large, value);
+    return my_take_measured(converter, type, converter.room->large, {client_utf8_flaw::none, true, units}, value);
 }
 
 static client_reject my_take_bytes(client_converter &converter, const client_server_type &type, std::string_view bytes,
@@ -67,7 +75,7 @@ static client_reject my_take_bytes(client_converter &converter, const client_ser
     if (size > most)
         return client_reject::too_long;
     if (size < most && type.base == client_base::binary) { // the server fills up with zeros
-        std::string &room = converter.scratch.large;
+        std::string &room = converter.room->large;
         if (bytes.data() != room.data())
             room.assign(bytes);
         room.append(most - size, '\0');
@@ -88,7 +96,7 @@ static bool my_may_mean_other(const client_server_type &type, std::string_view b
 // Decodes to bytes what stands as digits.
 static client_reject my_decode(client_converter &converter, const client_field &field)
 {
-    std::string &room = converter.scratch.large;
+    std::string &room = converter.room->large;
     room.clear();
     const bool is_base64 = field.form == client_form::base64;
     const bool decoded =
@@ -108,7 +116,7 @@ static client_reject my_convert_binary(client_converter &converter, const client
     const client_reject reject = my_decode(converter, field);
     if (reject != client_reject::none)
         return reject;
-    return my_take_bytes(converter, type, converter.scratch.large, value);
+    return my_take_bytes(converter, type, converter.room->large, value);
 }
 
 static client_reject my_convert_guid(client_converter &converter, const client_field &field, client_value &value)
@@ -119,13 +127,13 @@ static client_reject my_convert_guid(client_converter &converter, const client_f
         if (field.form == client_form::hex) {
             if (my_decode(converter, field) != client_reject::none)
                 return client_reject::not_a_guid;
-            value.bytes = converter.scratch.large;
+            value.bytes = converter.room->large;
         }
         return value.bytes.size() == 16 ? client_reject::none : client_reject::not_a_guid;
     }
-    if (!client_read_guid(field.bytes, converter.scratch.small))
+    if (!client_read_guid(field.bytes, converter.room->small))
         return client_reject::not_a_guid;
-    value.bytes = {converter.scratch.small, 16};
+    value.bytes = {converter.room->small, 16};
     return client_reject::none;
 }
 
@@ -180,15 +188,15 @@ static client_reject my_convert_moment(client_converter &converter, const client
 {
     client_reject reject = client_reject::none;
     if (field.form == client_form::native) {
-        reject = client_read_native_moment(type, field.bytes, converter.scratch, value);
+        reject = client_read_native_moment(type, field.bytes, *converter.room, value);
     } else if (field.form == client_form::hex) {
         reject = my_decode(converter, field);
         if (reject == client_reject::none)
-            reject = client_read_binary_moment(type, converter.scratch.large, converter.scratch, value);
+            reject = client_read_binary_moment(type, converter.room->large, *converter.room, value);
     } else if (field.form != client_form::text && field.form != client_form::literal) {
         reject = client_reject::wrong_form; // to the server a number is one of days
     } else {
-        reject = client_read_moment(type, field, converter.date_order, converter.scratch, value);
+        reject = client_read_moment(type, field, converter.date_order, *converter.room, value);
     }
     const bool refused = reject == client_reject::none && value.shortened && converter.exact;
     return refused ? client_reject::needs_shortening : reject;

@@ -3,6 +3,7 @@
 #include "rows/convert/client_numbers.hpp"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -31,13 +32,14 @@ struct exact_digits {
 };
 } // namespace
 
-static int64_t my_power_of_ten(int exponent) noexcept
+static constexpr std::array<int64_t, 19> my_powers_of_ten() noexcept
 {
-    int64_t power = 1;
-    for (int n = 0; n < exponent; n++)
-        power *= 10;
-    return power;
+    std::array<int64_t, 19> powers{1};
+    for (size_t n = 1; n < powers.size(); n++)
+        powers[n] = powers[n - 1] * 10;
+    return powers;
 }
+static constexpr std::array<int64_t, 19> powers_of_ten = my_powers_of_ten();
 
 static exact_limits my_limits(const client_server_type &type) noexcept
 {
@@ -60,7 +62,7 @@ static exact_limits my_limits(const client_server_type &type) noexcept
         break;
     }
     const bool is_narrow = type.precision > 0 && type.precision < 19;
-    const int64_t most = is_narrow ? my_power_of_ten(type.precision) - 1 : max_int64;
+    const int64_t most = is_narrow ? powers_of_ten[type.precision] - 1 : max_int64;
     return {-most, most, type.scale};
 }
 

@@ -145,9 +145,39 @@ static uint32_t my_unit(std::string_view utf16, size_t at) noexcept
                                                        << 8;
 }
 
+// Copies units that are ASCII, sixteen at a time, as far as they go; the number of units.
+static size_t my_copy_ascii(char *to, const char *from, size_t count) noexcept
+{
+    static constexpr size_t batch = 16;
+    size_t done = 0;
+    for (; count - done >= batch; done += batch) {
+        const char *units = from + done * 2;
+        int low = 0;
+        int high = 0;
+        for (size_t n = 0; n < batch; n++) {
+            low |= units[n * 2];
+            high |= units[n * 2 + 1];
+        }
+        if (low < 0 || high != 0)
+            return done;
+        for (size_t n = 0; n < batch; n++)
+            to[done + n] = units[n * 2];
+    }
+    while (done < count && from[done * 2] >= 0 && from[done * 2 + 1] == 0) {
+        to[done] = from[done * 2];
+        done++;
+    }
+    return done;
+}
+
 void client_append_utf16(std::string &text, std::string_view utf16)
 {
-    for (size_t at = 0; at + 1 < utf16.size(); at += 2) {
+    const size_t before = text.size();
+    const size_t count = utf16.size() / 2;
+    text.resize(before + count);
+    const size_t ascii = my_copy_ascii(text.data() + before, utf16.data(), count);
+    text.resize(before + ascii);
+    for (size_t at = ascii * 2; at + 1 < utf16.size(); at += 2) {
         uint32_t unit = my_unit(utf16, at);
         if (unit < 0x80) {
             text.push_back(static_cast<char>(unit));

@@ -22,7 +22,8 @@ void client_connection__open(KT_context *ctx, client_connection &database, const
 {
     std::string path;
     KT_TRY(kt_contain(ctx, [&] { path = my_path(file_name); }));
-    const int flags = read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+    // One thread at a time uses the connection, so SQLite need not lock it.
+    const int flags = (read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) | SQLITE_OPEN_NOMUTEX;
     const int code = database.functions->open(path.c_str(), database.connection.out(), flags);
     if (code != SQLITE_OK)
         KT_FAIL(KT_ERR_SQLITE(code), "%s", database.functions->errstr(code));

@@ -112,10 +112,12 @@ void client_target__lay_out(KT_context *ctx, client_connection &database, client
         return;
     place->second.cols = cols;
     my_fill_layout(target, place->second);
+    place->second.rooms.resize(place->second.params.size());
     KT_TRY(client_connection__prepare(ctx, database, my_insert_text(target.tbl, place->second.params),
                                       place->second.insert));
 }
 
+// The bytes stay where they are until the row is put in.
 static int my_bind(const client_connection &database, sqlite3_stmt *statement, int index,
                    const client_value &value) noexcept
 {
@@ -127,9 +129,9 @@ static int my_bind(const client_connection &database, sqlite3_stmt *statement, i
     case client_storage::real:
         return database.functions->bind_double(statement, index, value.real);
     case client_storage::text:
-        return database.functions->bind_text(statement, index, bytes, size);
+        return database.functions->bind_text_in_place(statement, index, bytes, size);
     case client_storage::blob:
-        return database.functions->bind_blob(statement, index, bytes, size);
+        return database.functions->bind_blob_in_place(statement, index, bytes, size);
     case client_storage::null:
         break;
     }
@@ -204,8 +206,7 @@ static void my_insert(KT_context *ctx, client_connection &database, sqlite3_stmt
 
 // Converts and binds the row's fields; the verdict names the first that does not go.
 static void my_bind_all(KT_context *ctx, client_connection &database, client_converter &converter,
-                        client_target &target, const client_layout &layout, const client_row &row,
-                        client_verdict &verdict)
+                        client_target &target, client_layout &layout, const client_row &row, client_verdict &verdict)
 {
     sqlite3_stmt *statement = layout.insert;
     for (size_t n = 0; n < layout.params.size(); n++) {
@@ -217,6 +218,7 @@ static void my_bind_all(KT_context *ctx, client_connection &database, client_con
             continue;
         }
         client_value value;
+        converter.room = &layout.rooms[n];
         verdict.reject = client_convert(converter, target.tbl.cols[col].type, row.fields[field], value);
         if (verdict.reject == client_reject::none && my_bind(database, statement, index, value) == SQLITE_TOOBIG)
             verdict.reject = client_reject::too_long;
@@ -254,7 +256,10 @@ void client_target__put(KT_context *ctx, client_connection &database, client_con
         return;
     }
     client_connection__run_triggers(database, target.with_triggers);
-    KT_TRY(my_bind_all(ctx, database, converter, target, *layout, row, verdict));
+    my_bind_all(ctx, database, converter, target, *layout, row, verdict);
+    converter.room = &converter.scratch;
+    if (kt_failed_at(ctx, KT_HERE, __LINE__))
+        return;
     if (verdict.reject != client_reject::none)
         return;
     KT_TRY(my_insert(ctx, database, layout->insert, verdict));

@@ -240,7 +240,8 @@ int64_t client_input::line()
     if (counted_ < taken_) {
         const auto from = buffer_.begin() + static_cast<std::ptrdiff_t>(counted_);
         const auto to = buffer_.begin() + static_cast<std::ptrdiff_t>(taken_);
-        line_ += std::count(from, to, '\n');
+        if (encoding_ != client_encoding::bytes) // which have no lines
+            line_ += std::count(from, to, '\n');
         counted_ = taken_;
     }
     return line_;
