@@ -169,7 +169,8 @@ static void my_add_table(host_script_session &session, host_collations &collatio
     table.schema_name = my_schema(session.state, from.schema);
     table.name = from.name;
     table.description = from.description;
-    table.temporal_type = from.is_temporal ? 2 : 0;
+    constexpr int64_t history_table = 1, with_history = 2;
+    table.temporal_type = from.is_history ? history_table : from.is_temporal ? with_history : 0;
     table.is_memory_optimized = from.is_memory_optimized;
     table.is_external = from.is_external;
     table.is_node = from.is_node;
@@ -202,7 +203,7 @@ void host_fill_catalogue(host_script_session &session, host_catalogue &catalogue
     for (const auto &table : state.tables) {
         if (table->is_opaque)
             KT_TRY(my_report_opaque(ctx, session, *table));
-        else if (!table->is_history)
+        else
             my_add_table(session, collations, *table, next_id, catalogue);
     }
     for (const auto &[key, sequence] : state.sequences)

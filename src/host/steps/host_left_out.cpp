@@ -19,6 +19,9 @@ void host_check_special_tables(KT_context *ctx, host_import &import)
         if (table.is_external)
             KT_TRY(import.findings.add(ctx, "table-external", &table, nullptr, nullptr,
                                        "kept as an ordinary table: on the server its rows lie outside the database"));
+        if (table.is_filetable)
+            KT_TRY(import.findings.add(ctx, "table-filetable", &table, nullptr, nullptr,
+                                       "kept as an ordinary table: on the server its rows are files"));
         if (table.is_node || table.is_edge)
             KT_TRY(import.findings.add(ctx, "table-graph", &table, nullptr, nullptr,
                                        std::string("kept as an ordinary table: what makes it ") +

@@ -66,11 +66,12 @@ const script_case table_cases[] = {
      "dbo.T: A int/4/10/0 null sparse, B xml/-1/0/0 null column_set, C varbinary/-1/0/0 null filestream, D "
      "nvarchar/18/0/0 "
      "null encrypted, E int/4/10/0 null"},
-    {"a temporal table, whose history is left out",
+    {"a temporal table and its history",
      "create table H (A int, S datetime2, E datetime2) create table T (A int primary key, S datetime2 generated always "
      "as row "
      "start hidden, E datetime2 generated always as row end hidden not null, period for system_time (S, E)) with "
      "(system_versioning = on (history_table = dbo.H, data_consistency_check = on))",
+     "dbo.H: A int/4/10/0 null, S datetime2/8/27/7 null, E datetime2/8/27/7 null; history\n"
      "dbo.T: A int/4/10/0, S datetime2/8/27/7 generated1 hidden, E datetime2/8/27/7 generated2 hidden; pk(A) "
      "clustered; "
      "temporal"},
@@ -78,7 +79,7 @@ const script_case table_cases[] = {
      "create table H (A int) create table T (A int primary key) on [PRIMARY] textimage_on [PRIMARY] with "
      "(system_versioning = "
      "on (history_table = [dbo].[H]))",
-     "dbo.T: A int/4/10/0; pk(A) clustered; temporal"},
+     "dbo.H: A int/4/10/0 null; history\ndbo.T: A int/4/10/0; pk(A) clustered; temporal"},
     {"a table in memory",
      "create table T (A int primary key nonclustered hash with (bucket_count = 8)) with (memory_optimized = "
      "on, durability = schema_only)",

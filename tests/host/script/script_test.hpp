@@ -126,7 +126,7 @@ class ScriptTest : public ContextTest {
         for (const host_check &check : table.checks)
             text += "; check" + named(check.name) + ' ' + check.definition + (check.is_disabled ? " disabled" : "") +
                     (check.is_not_trusted ? " untrusted" : "");
-        text += table.temporal_type == 2 ? "; temporal" : "";
+        text += table.temporal_type == 2 ? "; temporal" : table.temporal_type == 1 ? "; history" : "";
         text += table.is_memory_optimized ? "; in memory" : "";
         text += table.is_external ? "; external" : "";
         return text + (table.description ? std::string(" -- ") + table.description : "");

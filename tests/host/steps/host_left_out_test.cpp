@@ -17,6 +17,8 @@ TEST_F(HostLeftOutTest, SpecialTables)
         {R"("temporal_type":1)", "table-history: dbo.T: left out: it keeps the former rows of another table", false},
         {R"("is_external":true)",
          "table-external: dbo.T: kept as an ordinary table: on the server its rows lie outside the database", true},
+        {R"("is_filetable":true)",
+         "table-filetable: dbo.T: kept as an ordinary table: on the server its rows are files", true},
         {R"("is_node":true)", "table-graph: dbo.T: kept as an ordinary table: what makes it a node of a graph is not",
          true},
         {R"("is_edge":true)", "table-graph: dbo.T: kept as an ordinary table: what makes it an edge of a graph is not",
