@@ -1,5 +1,6 @@
 // tov-schema load and convert.
 
+#include "package_builder.hpp"
 #include "run_command.hpp"
 #include "sample.hpp"
 
@@ -120,6 +121,51 @@ TEST_F(CommandLoadTest, ValuesThatCannotBeReadAgainAreToldOf)
     EXPECT_EQ(result.err,
               "tov-schema: warning: Customers.dat: 1 values hold what ends a field or row, and cannot be read "
               "again; choose other terminators\n");
+}
+
+// A table of a package's model with one integer column.
+std::string a_tbl(const std::string &name)
+{
+    return "<Element Type=\"SqlTable\" Name=\"[dbo].[" + name +
+           "]\"><Relationship Name=\"Columns\"><Entry><Element Type=\"SqlSimpleColumn\" Name=\"[dbo].[" + name +
+           "].[Id]\"><Property Name=\"IsNullable\" Value=\"False\"/><Relationship "
+           "Name=\"TypeSpecifier\"><Entry><Element "
+           "Type=\"SqlTypeSpecifier\"><Relationship Name=\"Type\"><Entry><References ExternalSource=\"BuiltIns\" "
+           "Name=\"[int]\"/></Entry></Relationship></Element></Entry></Relationship></Element></Entry></Relationship>"
+           "<Relationship Name=\"Schema\"><Entry><References ExternalSource=\"BuiltIns\" Name=\"[dbo]\"/></Entry>"
+           "</Relationship></Element>";
+}
+
+// Two rows of A and three of B, and what the package says of their number.
+std::string a_package_with_rows(int said)
+{
+    const std::string model = a_model(a_tbl("A") + a_tbl("B"));
+    const std::string count = "<ExportStatistics><TableRowCountTotalTag>" + std::to_string(said) +
+                              "</TableRowCountTotalTag></ExportStatistics>";
+    return a_zip({{"model.xml", model},
+                  {"Origin.xml", an_origin(model, true, count)},
+                  {"Data/dbo.A/TableData-000-00000.BCP", std::string("\1\0\0\0\2\0\0\0", 8)},
+                  {"Data/dbo.B/TableData-000-00000.BCP", std::string("\1\0\0\0\2\0\0\0\3\0\0\0", 12)}});
+}
+
+TEST_F(CommandLoadTest, RowsThatAreLeftOutAreCounted)
+{
+    const std::string file = write("shop.bacpac", a_package_with_rows(5));
+    const command_result whole = run({"convert", file, path("whole.db")});
+    EXPECT_EXIT_CODE(whole, 0);
+    EXPECT_NE(whole.out.find("\ntotal     5       5         0          0"), std::string::npos) << whole.out;
+    const command_result part = run({"convert", file, path("part.db"), "--skip", "B"});
+    EXPECT_EXIT_CODE(part, 0);
+    EXPECT_NE(part.out.find("\ndbo.B     3       0         0         3          0"), std::string::npos) << part.out;
+    EXPECT_NE(part.out.find("\ntotal     5       2         0         3          0"), std::string::npos) << part.out;
+    EXPECT_NE(part.err.find("rows of dbo.B are left out"), std::string::npos) << part.err;
+}
+
+TEST_F(CommandLoadTest, APackageThatSaysAnotherNumberOfRowsIsToldOf)
+{
+    const command_result result = run({"convert", write("shop.bacpac", a_package_with_rows(6)), path("whole.db")});
+    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_NE(result.err.find("the package says that it has 6 rows; 5 were READ"), std::string::npos) << result.err;
 }
 
 TEST_F(CommandLoadTest, ConvertMakesADatabaseInOneStep)

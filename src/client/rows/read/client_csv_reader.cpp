@@ -59,17 +59,15 @@ field_end csv_reader::read_quoted(std::string_view data, bool is_all, size_t &at
 {
     const size_t from = at + 1;
     bool is_doubled = false;
-    for (at = from;; at++) {
-        at = data.find('"', at);
-        if (at == data.npos)
-            return is_all || data.size() > most_open ? field_end::broken : field_end::more;
-        if (at + 1 == data.size() && !is_all)
-            return field_end::more;
-        if (at + 1 == data.size() || data[at + 1] != '"')
-            break;
+    at = data.find('"', from);
+    while (at != data.npos && at + 1 < data.size() && data[at + 1] == '"') {
         is_doubled = true;
-        at++;
+        at = data.find('"', at + 2);
     }
+    if (at == data.npos)
+        return is_all || data.size() > most_open ? field_end::broken : field_end::more;
+    if (at + 1 == data.size() && !is_all)
+        return field_end::more;
     std::string_view field = data.substr(from, at - from);
     if (is_doubled) {
         const size_t begin = row.unescaped.size();
