@@ -220,7 +220,7 @@ client_step insert_reader::read(std::string_view data, bool is_all, client_row &
     row.reject = client_reject::none;
     row.place = SIZE_MAX;
     row.head = &head_;
-    row.before = head_.text;
+    row.before = in_values_ ? std::string_view(head_.text) : std::string_view(); // else the row has its own
     row.after = ";\n";
     if (in_module_)
         return read_module(data, is_all, row);

@@ -84,6 +84,18 @@ TEST_F(ClientLoadInsert, Scripts)
     }
 }
 
+TEST_F(ClientLoadInsert, ARefusedStatementIsKeptWithoutTheOneBeforeIt)
+{
+    const std::string rejects = path("rejects");
+    tov_client_load_options options = {};
+    options.rejects = rejects.c_str();
+    EXPECT_EQ(load({write("rows.sql", "INSERT Customers (Id, Name, Code) VALUES (1, 'A', 'B')\n"
+                                      "INSERT INTO Customers (Id) SELECT 2\n")},
+                   options),
+              "Customers 2 1 1");
+    EXPECT_EQ(read("rejects/rows.sql"), "INSERT INTO Customers (Id) SELECT;\n");
+}
+
 // Wherever a script is cut into pieces while it is read, its strings stay whole.
 TEST_F(ClientLoadInsert, StringsThatLookLikeTheEndsOfRows)
 {
