@@ -118,11 +118,18 @@ static int my_scale(const client_server_type &type) noexcept
     return type.base == client_base::decimal ? type.scale : 0;
 }
 
-// One and two digits of a fraction are kept as three.
-static std::string_view my_moment(const client_server_type &type, std::string_view kept) noexcept
+// One and two digits of a fraction are kept as three; behind them an offset may stand.
+static void my_append_text(std::string &text, const client_server_type &type, std::string_view kept)
 {
-    const bool is_filled = type.base == client_base::datetime2 && (type.scale == 1 || type.scale == 2);
-    return is_filled && kept.size() == 23 ? kept.substr(0, 20 + type.scale) : kept;
+    static constexpr size_t filled = 23;
+    const bool has_offset = type.base == client_base::datetimeoffset;
+    const bool is_filled = (has_offset || type.base == client_base::datetime2) && (type.scale == 1 || type.scale == 2);
+    if (!is_filled || kept.size() != filled + (has_offset ? 7 : 0)) {
+        text += kept;
+        return;
+    }
+    text += kept.substr(0, 20 + type.scale);
+    text += kept.substr(filled);
 }
 
 static void my_append_bytes(std::string &text, const client_server_type &type, std::string_view bytes,
@@ -170,7 +177,7 @@ void client_append_form(std::string &text, const client_server_type &type, const
         my_append_bytes(text, type, value.bytes, form);
         break;
     case client_storage::text:
-        text += my_moment(type, value.bytes);
+        my_append_text(text, type, value.bytes);
         break;
     case client_storage::null:
         break;
