@@ -356,6 +356,7 @@ TEST_F(KtContextTest, WithoutMemoryAFurtherLevelKeepsItsCode)
 
     // It cannot be set aside, so what is opened on top of it shares it, and cannot change it.
     KT_context__push_level(ctx);
+    KT_context__err__generic(ctx, KT_ERR_NOT_FOUND, "f", 3);
     KT_context__err_reset(ctx);
     EXPECT_FAILED(ctx, KT_ERR_BAD_JSON);
     KT_context__push_level(ctx);

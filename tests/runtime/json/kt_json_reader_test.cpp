@@ -130,6 +130,7 @@ const refused_case refused_cases[] = {
     {"text behind the object", "{} x", "line 1, column 4: expected nothing after the object, found 'x'"},
     {"a second object", "{\"a\":1}{}", "line 1, column 8: expected nothing after the object, found '{'"},
     {"a blank in the place of a digit", "{\"a\":1. }", "line 1, column 8: expected a digit, found byte 0x20"},
+    {"another word that is none", "{\"a\":abc}", "line 1, column 6: expected a value, found 'a'"},
     {"a word that is none", "{\"a\":nul}", "line 1, column 6: expected a value, found 'n'"},
     {"a text that is open at the end", "{\"a\":\"x", "line 1, column 8: expected a closing quote, found the end"},
     {"a long text that is open at the end", "{\"a\":\"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxx",

@@ -106,6 +106,8 @@ static const moved_case moved_cases[] = {
     {"February 29th of a leap year stays", "date('2000-02-29')", "text '2000-02-29'"},
     {"a 31st of a month of 30 days", "date('2024-04-31')", "text '2024-05-01'"},
     {"a day that no month has", "date('2024-01-32')", "null NULL"},
+    {"a day 0", "date('2024-01-00')", "null NULL"},
+    {"a day that ends in no digit", "date('2024-01-1/')", "null NULL"},
     {"a date and a time, asked for the date", "date('2024-02-30 01:02:03')", "text '2024-03-01'"},
     {"strftime of a date and a time", "strftime('%Y-%m-%d %H:%M:%S', '2024-02-30 01:02:03')",
      "text '2024-03-01 01:02:03'"},

@@ -59,6 +59,16 @@ TEST_F(KtChars, MadeHarmlessSurviveFailingAllocations)
     KT_string__free(ctx, line);
 }
 
+TEST_F(KtChars, AMalformedOneIsOneByteLong)
+{
+    for (const char *text : {"\x80\x80", "\x82\x80", "\xBF\xBF", "\xC0\x80", "\xC1\xBF", "\xC2", "\xE0\x80\x80",
+                             "\xED\xA0\x80", "\xF0\x80\x80\x80", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF"}) {
+        const char *at = text;
+        EXPECT_EQ(KT_char__next(&at), -1) << text;
+        EXPECT_EQ(at, text + 1) << text;
+    }
+}
+
 TEST_F(KtChars, AreFoldedAsSqliteComparesThem)
 {
     char *folded = nullptr;

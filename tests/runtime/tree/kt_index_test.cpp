@@ -76,3 +76,21 @@ TEST_F(IndexTest, RefusesMoreMembersThanItCanHaveCellsFor)
 }
 
 } // namespace
+
+// What lies after the cells is not taken for one of them.
+TEST_F(IndexTest, GrowingTakesTheMembersAndNothingElse)
+{
+    ASSERT_TRUE(kt_index_reserve(arena, &index, 4));
+    ASSERT_EQ(index.mask, 7u);
+    constexpr size_t size = 8 * sizeof(kt_index_cell);
+    void *next = kt_pools_alloc(&arena->pools, size);
+    ASSERT_EQ(next, index.cells + 8);
+    std::memset(next, 0xFF, size);
+    for (uint32_t slot = 0; slot < 4; slot++)
+        kt_index_put(&index, slot, slot);
+    ASSERT_TRUE(kt_index_reserve(arena, &index, 5));
+    uint32_t members = 0;
+    for (uint32_t at = 0; at <= index.mask; at++)
+        members += index.cells[at].slot_plus_1 != 0;
+    EXPECT_EQ(members, 4u);
+}

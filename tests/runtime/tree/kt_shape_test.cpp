@@ -57,6 +57,23 @@ TEST_F(ShapeTest, AFurtherKeyIsWorthAShapeAtOnce)
     EXPECT_EQ(next(first, "txid", &second), kt_step::shared);
     EXPECT_EQ(second->count, 2u);
     EXPECT_EQ(second->parent, first);
+    EXPECT_EQ(second->keys, first->keys) << "shapes along one chain share their list of keys";
+    EXPECT_EQ(second->keys->count, 2u);
+}
+
+// Past eight keys the list has an index, of each key once.
+TEST_F(ShapeTest, TheIndexOfAListHoldsItsKeysAndNothingElse)
+{
+    kt_shape *shape = shape_of("0");
+    for (uint32_t n = 1; n < kt_max_shape; n++) {
+        ASSERT_EQ(next(shape, std::to_string(n), &shape), kt_step::shared) << n;
+        const kt_index &index = shape->keys->index;
+        uint32_t members = 0;
+        for (uint32_t at = 0; index.cells && at <= index.mask; at++)
+            members += index.cells[at].slot_plus_1 != 0;
+        ASSERT_EQ(members, n < kt_scan_limit ? 0 : n + 1);
+        ASSERT_TRUE(!index.cells || 2 * members <= index.mask + 1) << "more than half full";
+    }
 }
 
 TEST_F(ShapeTest, NewShapesSpendTheCreditThatKnownOnesEarn)

@@ -461,6 +461,27 @@ TEST_F(VhashTest, ReusesMemory)
     EXPECT_OK(ctx);
 }
 
+// Keys that no map began with before are each map's own, and go with it.
+TEST_F(VhashTest, ReusesTheMemoryOfKeysOfEveryLength)
+{
+    int count = 0;
+    const auto add_and_remove = [&] {
+        for (size_t length = 10; length < 80; length++) {
+            std::string key = std::to_string(count++);
+            key.resize(length, 'k');
+            KT_vhash__add__null(ctx, child("m"), key.c_str());
+            KT_vhash__remove(ctx, root, "m");
+        }
+    };
+    add_and_remove();
+    kt_failing_alloc watch(kt_failing_alloc::mode::never);
+    watch.next();
+    for (int round = 0; round < 300; round++)
+        add_and_remove();
+    EXPECT_EQ(watch.leaked(), 0u) << "further rounds took new memory";
+    EXPECT_OK(ctx);
+}
+
 // Every operation, at every place where memory can run out.
 struct sweep_case {
     const char *name;

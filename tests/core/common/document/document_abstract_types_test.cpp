@@ -61,6 +61,16 @@ TEST_F(DocumentTest, AbstractTypesNameTheFieldsThatTheirSettersWrite)
         EXPECT_EQ(*type->fields != '\0', with_fields.contains(type->name)) << type->name;
 }
 
+// Triggers check every type but identities, which SQLite checks itself, and the loose ones.
+TEST_F(DocumentTest, AbstractTypesSayWhatIsChecked)
+{
+    for (uint32_t n = 0; const tov_abstract_type *type = tov_get_nth_abstract_type(n); n++) {
+        const std::string name = type->name;
+        const bool is_checked = name != "identity" && name.find("loose/") == std::string::npos;
+        EXPECT_EQ(type->is_checked, is_checked ? 1 : 0) << name;
+    }
+}
+
 TEST_F(DocumentTest, AbstractTypesAreFoundByTheirExactName)
 {
     uint32_t count = 0;

@@ -74,6 +74,20 @@ TEST_F(DocumentTest, ShapeCheckAcceptsWhatHasTheShapeAndWhatIsNotKnown)
     }
 }
 
+static void expect_plain_flags(const tov_shape &shape)
+{
+    for (uint32_t n = 0; n < shape.count; n++) {
+        EXPECT_LE(shape.members[n].is_required, 1) << shape.name << "." << shape.members[n].key;
+        if (shape.members[n].shape)
+            expect_plain_flags(*shape.members[n].shape);
+    }
+}
+
+TEST_F(DocumentTest, TheFlagsOfTheShapeAreNoughtOrOne)
+{
+    expect_plain_flags(*tov_get_document_shape());
+}
+
 TEST_F(DocumentTest, TheDocumentIsThereToBeRead)
 {
     load(one_col);
