@@ -122,6 +122,13 @@ WHEN (typeof(NEW."C")!='text') THEN RAISE(ABORT, '[C] constraint violation: type
 WHEN ( length(NEW."C") > 10 ) THEN RAISE(ABORT, '[C] constraint violation: width exceeded: 10')
 ELSE 1
 END)"},
+    {"text of one character", "text", 1, 0, "C", R"(-- text
+SELECT CASE
+WHEN (NEW."C" IS NULL) THEN 1
+WHEN (typeof(NEW."C")!='text') THEN RAISE(ABORT, '[C] constraint violation: type mismatch: text(text)')
+WHEN ( length(NEW."C") > 1 ) THEN RAISE(ABORT, '[C] constraint violation: width exceeded: 1')
+ELSE 1
+END)"},
     {"text of width 0 is unbounded", "text", 0, 0, "C", R"(-- text
 SELECT CASE
 WHEN (NEW."C" IS NULL) THEN 1

@@ -68,6 +68,7 @@ TEST_F(DocumentTest, AbstractTypesSayWhatIsChecked)
         const std::string name = type->name;
         const bool is_checked = name != "identity" && name.find("loose/") == std::string::npos;
         EXPECT_EQ(type->is_checked, is_checked ? 1 : 0) << name;
+        EXPECT_LE(type->is_integer_key, 1) << name;
     }
 }
 
