@@ -39,7 +39,3 @@ void fk_find_tbl(KT_context *ctx, const fk_graph &graph, fk_match match, const c
 
 // The same arcs backwards; each list in ascending order.
 void fk_reverse_arcs(KT_context *ctx, const fk_arcs &arcs, fk_arcs *reversed) noexcept;
-
-// Sorts positions by their rank, at most max_rank; those of one rank keep their order.
-void fk_sort_by(KT_context *ctx, const fk_array<uint32_t> &rank, uint32_t max_rank,
-                fk_array<uint32_t> *positions) noexcept;

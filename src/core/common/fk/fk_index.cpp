@@ -6,7 +6,8 @@
 
 #include "fk/fk_index.hpp"
 
-#include "fk/fk_graph.hpp"
+#include "fk/fk_group.hpp"
+#include "fk/fk_names.hpp"
 
 struct tov_fk_index {
     uint64_t change_count; // of the schema that it describes
@@ -72,23 +73,6 @@ static void my_add_entry(KT_context *ctx, const fk_key &key, my_draft *draft) no
         KT_TRY(fk_append(ctx, &draft->entries, {key.tbl_id, key.fk_id, key.fk, false}));
 }
 
-static void my_group_entries(KT_context *ctx, my_draft *draft) noexcept
-{
-    fk_array<fk_index_entry> grouped{ctx};
-    fk_array<uint32_t> order{ctx};
-    KT_TRY(fk_reserve(ctx, &grouped, draft->entries.count));
-    for (uint32_t n = 0; n < draft->entries.count; n++)
-        KT_TRY(fk_append(ctx, &order, n));
-    KT_TRY(fk_sort_by(ctx, draft->owner, draft->ref_tbls.names.count, &order));
-    for (uint32_t n = 0; n < order.count; n++) {
-        while (draft->first_entry.count <= draft->owner[order[n]])
-            KT_TRY(fk_append(ctx, &draft->first_entry, n));
-        KT_TRY(fk_append(ctx, &grouped, draft->entries[order[n]]));
-    }
-    KT_TRY(fk_append(ctx, &draft->first_entry, grouped.count));
-    fk_move(&grouped, &draft->entries);
-}
-
 static void my_walk(KT_context *ctx, tov_schema *schema, uint32_t tbl_fields, my_draft *draft) noexcept
 {
     fk_walk walk = {.schema = schema, .col_fields = FK_ALL_FIELDS, .tbl_fields = tbl_fields};
@@ -100,7 +84,7 @@ static void my_walk(KT_context *ctx, tov_schema *schema, uint32_t tbl_fields, my
             break;
         KT_TRY(my_add_entry(ctx, key, draft));
     }
-    KT_TRY(my_group_entries(ctx, draft));
+    KT_TRY(fk_group_by(ctx, draft->owner, draft->ref_tbls.names.count, &draft->entries, &draft->first_entry));
 }
 
 static void my_fill(KT_context *ctx, tov_schema *schema, uint32_t tbl_fields, tov_fk_index *index) noexcept

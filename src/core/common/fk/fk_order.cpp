@@ -11,6 +11,7 @@
 // linear in the number of references.
 
 #include "fk/fk_graph.hpp"
+#include "fk/fk_group.hpp"
 
 static constexpr uint32_t NEVER = 0;
 

@@ -64,20 +64,3 @@ TEST_F(FkTest, GraphBackwards)
     EXPECT_OK(ctx);
     EXPECT_EQ(text_of(reversed), "2,3 0,2,3,3 0 -");
 }
-
-TEST_F(FkTest, PositionsAreSortedByRank)
-{
-    const uint32_t ranks[] = {2, 0, 3, 0, 2};
-    fk_array<uint32_t> rank{ctx};
-    fk_array<uint32_t> positions{ctx};
-    for (const uint32_t r : ranks)
-        fk_append(ctx, &rank, r);
-    for (const uint32_t position : {4u, 3u, 2u, 1u, 0u})
-        fk_append(ctx, &positions, position);
-    fk_sort_by(ctx, rank, 3, &positions);
-    EXPECT_OK(ctx);
-    std::string text;
-    for (uint32_t n = 0; n < positions.count; n++)
-        text += std::to_string(positions[n]);
-    EXPECT_EQ(text, "31402") << "those of one rank in the order in which they stood";
-}
