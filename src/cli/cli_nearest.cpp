@@ -1,13 +1,10 @@
 #include "cli_nearest.hpp"
 
+#include "kt_folded.hpp"
+
 #include <algorithm>
 #include <numeric>
 #include <utility>
-
-static char my_lower(char byte)
-{
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
-}
 
 // How many characters must be inserted, left out, replaced, or swapped with the next one to make one word of the
 // other; at work are the last three rows of the table that compares every beginning of a with every beginning of b.
@@ -19,9 +16,10 @@ static size_t my_distance(const std::string &a, const std::string &b)
         before_last = std::exchange(last, row);
         row[0] = i;
         for (size_t j = 1; j <= b.size(); j++) {
-            const bool is_same = my_lower(a[i - 1]) == my_lower(b[j - 1]);
+            const bool is_same = kt_equal_bytes_folded(a[i - 1], b[j - 1]);
             row[j] = std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + !is_same});
-            if (i > 1 && j > 1 && my_lower(a[i - 1]) == my_lower(b[j - 2]) && my_lower(a[i - 2]) == my_lower(b[j - 1]))
+            if (i > 1 && j > 1 && kt_equal_bytes_folded(a[i - 1], b[j - 2]) &&
+                kt_equal_bytes_folded(a[i - 2], b[j - 1]))
                 row[j] = std::min(row[j], before_last[j - 2] + 1);
         }
     }

@@ -2,6 +2,7 @@
 
 #include "cli.hpp"
 #include "cli_files.hpp"
+#include "kt_folded.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -34,10 +35,7 @@ static void my_note(const std::string &path, read_files *files)
 
 static bool my_is_script(const std::filesystem::path &path)
 {
-    std::string ending = path.extension();
-    for (char &byte : ending)
-        if (byte >= 'A' && byte <= 'Z')
-            byte = static_cast<char>(byte - 'A' + 'a');
+    const std::string ending = kt_folded(path.extension().native());
     return ending == ".sql" || ending == ".sqlproj"; // a project says the collation of its database
 }
 

@@ -6,7 +6,7 @@
 #include "cli_references.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
-#include "kt_chars.h"
+#include "kt_folded.hpp"
 
 #include <map>
 #include <memory>
@@ -49,13 +49,6 @@ static std::vector<std::string> my_key_of(KT_context *ctx, tov_schema *schema, c
     return names;
 }
 
-static std::string my_lower(std::string text)
-{
-    for (char &byte : text)
-        byte = static_cast<char>(KT_char__folded(byte));
-    return text;
-}
-
 static graph my_read_graph(KT_context *ctx, tov_schema *schema)
 {
     graph result;
@@ -80,7 +73,7 @@ static graph my_read_graph(KT_context *ctx, tov_schema *schema)
 // The table that a reference points to; null for one that is not in the schema.
 static const node *my_target(const graph &g, const cli_reference &reference)
 {
-    const auto found = g.index.find(my_lower(reference.to_table));
+    const auto found = g.index.find(kt_folded(reference.to_table));
     return found == g.index.end() ? nullptr : &g.nodes[found->second];
 }
 

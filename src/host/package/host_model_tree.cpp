@@ -2,7 +2,8 @@
 // annotations.
 #include "package/host_model_tree.hpp"
 
-#include <algorithm>
+#include "kt_folded.hpp"
+
 #include <charconv>
 #include <cstring>
 #include <new>
@@ -27,9 +28,7 @@ std::string_view host_property(const host_node &element, std::string_view name)
 
 static bool my_has_value(const host_node &element, std::string_view property, std::string_view value)
 {
-    const std::string_view text = host_property(element, property);
-    return std::equal(text.begin(), text.end(), value.begin(), value.end(),
-                      [](char a, char b) { return (a | 0x20) == b; });
+    return kt_equal_folded(host_property(element, property), value);
 }
 
 bool host_is_true(const host_node &element, std::string_view property)

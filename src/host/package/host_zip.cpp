@@ -3,6 +3,8 @@
 // and sizes that the directory only claims.
 #include "package/host_zip.hpp"
 
+#include "kt_folded.hpp"
+
 #include <algorithm>
 #include <unordered_set>
 #include <zip.h>
@@ -16,17 +18,6 @@ bool host_is_package(std::string_view bytes)
     return bytes.starts_with("PK\x03\x04") || bytes.starts_with("PK\x05\x06");
 }
 
-static char my_folded(char byte)
-{
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte | 0x20) : byte;
-}
-
-static bool my_same_name(std::string_view a, std::string_view b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return my_folded(x) == my_folded(y); });
-}
-
 host_zip::~host_zip()
 {
     if (archive_)
@@ -36,7 +27,7 @@ host_zip::~host_zip()
 const host_zip_entry *host_zip::find(std::string_view name) const
 {
     const auto found = std::find_if(entries_.begin(), entries_.end(),
-                                    [name](const host_zip_entry &entry) { return my_same_name(entry.name, name); });
+                                    [name](const host_zip_entry &entry) { return kt_equal_folded(entry.name, name); });
     return found == entries_.end() ? nullptr : &*found;
 }
 
@@ -99,9 +90,7 @@ void host_zip::check_names(KT_context *ctx) const
     std::unordered_set<std::string> names;
     names.reserve(entries_.size());
     for (const host_zip_entry &entry : entries_) {
-        std::string folded = entry.name;
-        std::transform(folded.begin(), folded.end(), folded.begin(), my_folded);
-        if (!names.insert(std::move(folded)).second)
+        if (!names.insert(kt_folded(entry.name)).second)
             KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "the package has two entries named %.200s", entry.name);
     }
 }

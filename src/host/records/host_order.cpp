@@ -5,17 +5,14 @@
 // database give one schema.
 #include "records/host_catalogue.hpp"
 
+#include "kt_folded.hpp"
+
 #include <algorithm>
 #include <tuple>
 
 std::string host_folded(std::string_view name)
 {
-    std::string folded(name);
-    for (char &byte : folded) {
-        if (byte >= 'A' && byte <= 'Z')
-            byte = static_cast<char>(byte - 'A' + 'a');
-    }
-    return folded;
+    return kt_folded(name);
 }
 
 const char *host_shown_name(const char *name)

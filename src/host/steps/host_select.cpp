@@ -3,15 +3,11 @@
 // This comes before linking, so that a table that is not wanted cannot be the reason why nothing is imported.
 #include "steps/host_import.hpp"
 
+#include "kt_folded.hpp"
+
 #include <algorithm>
 
 #define KT_HERE "src/host/steps/host_select"
-
-static bool my_is_same_letter(char a, char b)
-{
-    const auto folded = [](char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + 32) : byte; };
-    return folded(a) == folded(b);
-}
 
 // The end of the character that begins at `at`, which may take several bytes.
 static size_t my_character_end(std::string_view text, size_t at)
@@ -37,7 +33,7 @@ static bool my_matches(std::string_view pattern, std::string_view text)
         } else if (at < pattern.size() && pattern[at] == '?') {
             at++;
             in_text = my_character_end(text, in_text);
-        } else if (at < pattern.size() && my_is_same_letter(pattern[at], text[in_text])) {
+        } else if (at < pattern.size() && kt_equal_bytes_folded(pattern[at], text[in_text])) {
             at++;
             in_text++;
         } else if (star != std::string_view::npos) {

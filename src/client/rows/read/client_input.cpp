@@ -4,6 +4,7 @@
 // encoding the piece is encoded again. So no map of places has to be kept.
 #include "rows/read/client_input.hpp"
 
+#include "kt_folded.hpp"
 #include "rows/convert/client_utf8.hpp"
 
 #include <algorithm>
@@ -30,21 +31,16 @@ client_input::~client_input()
         iconv_close(encoder_);
 }
 
-static bool my_is(std::string_view name, std::string_view other) noexcept
-{
-    const auto equal = [](char a, char b) { return (a | 0x20) == (b | 0x20); };
-    return std::equal(name.begin(), name.end(), other.begin(), other.end(), equal);
-}
-
 void client_input::choose_encoding(KT_context *ctx, const std::string &encoding)
 {
     if (encoding == "bytes") {
         encoding_ = client_encoding::bytes;
-    } else if (my_is(encoding, "utf-8") || my_is(encoding, "utf8")) {
+    } else if (kt_equal_folded(encoding, "utf-8") || kt_equal_folded(encoding, "utf8")) {
         encoding_ = client_encoding::utf_8;
-    } else if (my_is(encoding, "utf-16le") || my_is(encoding, "utf-16") || my_is(encoding, "utf16")) {
+    } else if (kt_equal_folded(encoding, "utf-16le") || kt_equal_folded(encoding, "utf-16") ||
+               kt_equal_folded(encoding, "utf16")) {
         encoding_ = client_encoding::utf_16le;
-    } else if (my_is(encoding, "utf-16be")) {
+    } else if (kt_equal_folded(encoding, "utf-16be")) {
         encoding_ = client_encoding::utf_16be;
     } else {
         const iconv_t decoder = iconv_open("UTF-8", encoding.c_str());

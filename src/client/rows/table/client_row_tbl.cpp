@@ -1,5 +1,7 @@
 #include "rows/table/client_row_tbl.hpp"
 
+#include "kt_folded.hpp"
+
 #include <algorithm>
 
 #define KT_HERE "src/client/rows/table/client_row_tbl"
@@ -255,15 +257,10 @@ void client_read_row_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id
     });
 }
 
-static bool my_equal_names(std::string_view a, std::string_view b) noexcept
-{
-    return a.size() == b.size() && KT_strnicmp(a.data(), b.data(), static_cast<uint32_t>(a.size())) == 0;
-}
-
 size_t client_find_row_col(const client_row_tbl &tbl, std::string_view name) noexcept
 {
     size_t n = 0;
-    while (n < tbl.cols.size() && !my_equal_names(tbl.cols[n].name, name))
+    while (n < tbl.cols.size() && !kt_equal_folded(tbl.cols[n].name, name))
         n++;
     return n;
 }
