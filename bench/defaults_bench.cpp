@@ -1,4 +1,5 @@
-// Defaults: a trial against the same statements issued directly, and the scanner against sqlite3_complete().
+// Defaults: a trial against the same statements issued directly, and the scanner against sqlite3_complete(). Formatted
+// text, which all texts are made of, against vsnprintf().
 
 #include "bench_report.hpp"
 #include "bench_schema.hpp"
@@ -6,6 +7,8 @@
 #include "defval/defval_trial.hpp"
 #include "kt_sqlite_functions.h"
 
+#include <cstdarg>
+#include <cstdio>
 #include <sqlite3.h>
 
 namespace {
@@ -91,10 +94,50 @@ void complete(benchmark::State &state)
     state.SetBytesProcessed(static_cast<int64_t>(text.size()) * state.iterations());
 }
 
+// A list of columns as the generated statements have it, made piece by piece from one format.
+constexpr const char *piece_format = "%s\"%s\" %s(%d)";
+constexpr int piece_count = 1000;
+
+void format_pieces(benchmark::State &state)
+{
+    KT_string *text = nullptr;
+    for (auto _ : state) {
+        KT_string__alloc(bench_ctx(), &text);
+        for (int n = 0; n < piece_count; n++)
+            KT_string__append__format(bench_ctx(), text, piece_format, n ? "," : "", "CustomerName", "nvarchar", n);
+        benchmark::DoNotOptimize(KT_string__sz(text));
+        KT_string__free(bench_ctx(), text);
+    }
+    bench_check();
+}
+
+// vsnprintf into a buffer that grows as the string does, which is what a string of our own would be made with.
+__attribute__((format(printf, 2, 3))) void append(std::string &text, const char *format, ...)
+{
+    char piece[256];
+    va_list args;
+    va_start(args, format);
+    const int length = vsnprintf(piece, sizeof(piece), format, args);
+    va_end(args);
+    text.append(piece, static_cast<size_t>(length));
+}
+
+void vsnprintf_pieces(benchmark::State &state)
+{
+    for (auto _ : state) {
+        std::string text;
+        for (int n = 0; n < piece_count; n++)
+            append(text, piece_format, n ? "," : "", "CustomerName", "nvarchar", n);
+        benchmark::DoNotOptimize(text.data());
+    }
+}
+
 } // namespace
 
 void register_defaults_benches()
 {
+    benchmark::RegisterBenchmark("format/1/ours", format_pieces)->UseRealTime();
+    benchmark::RegisterBenchmark("format/1/vsnprintf", vsnprintf_pieces)->UseRealTime();
     benchmark::RegisterBenchmark("trial/1/ours", trial)->UseRealTime();
     benchmark::RegisterBenchmark("trial/1/direct", direct)->UseRealTime();
     benchmark::RegisterBenchmark("tokens/1/ours", tokens)->UseRealTime();

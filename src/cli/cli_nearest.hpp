@@ -4,5 +4,5 @@
 #include <string>
 #include <vector>
 
-// The word that takes the fewest typing errors to become the given one, letter case aside; "" where none is near.
+// The word that takes the fewest typing errors to become the given one, in any letter case; "" where none is near.
 std::string cli_nearest(const std::string &word, const std::vector<std::string> &words);

@@ -7,7 +7,7 @@
 // is refused with the place that is wrong.
 void cli_load_schema(KT_context *ctx, const std::string &path, cli_schema *schema);
 
-// The id of a table that is given by its id or, failing that, its name (case aside when that leaves one table).
+// The id of a table that is given by its id or, failing that, its name (in any letter case when that leaves one table).
 std::string cli_find_table(KT_context *ctx, tov_schema *schema, const std::string &table);
 
 // A table's name, or its id where it has none.

@@ -6,7 +6,7 @@
  * tov_client__check_texts() has looked at every text that becomes part of a statement.
  *
  * What fails with which code:
- * - KT_ERR_SCHEMA_NOT_SUPPORTED: a text, key or expression that is refused; the description names the place, e.g.
+ * - KT_ERR_SCHEMA_NOT_SUPPORTED: a name, key or expression that is refused; the description names the place, e.g.
  *   table "Orders", column "Total", default: a ";" outside of quotes
  * - KT_ERR_UNEXPECTED_VALUE: an action or an abstract type that is none of the known ones; the place is named too.
  * - KT_ERR_SQLITE(rc): SQLite or the file system refused; the description names the table and gives SQLite's message.
@@ -67,22 +67,22 @@ TOV_API void tov_client__create_database__with(KT_context *ctx, tov_schema *sche
  * Where that is impossible (tables that refer to each other in a cycle, an order that is refused) the ids stand in
  * schema order, which SQLite allows too.
  *
- * @param[out] tbl_ids  owned texts.
- * @param[out] remarks  owned texts, null when there is nothing to say: one for each cycle, naming its tables, and one
+ * @param[out] tbl_ids  owned strings.
+ * @param[out] remarks  owned strings, null when there is nothing to say: one for each cycle, naming its tables, and one
  *                      for an order that was refused without a cycle.
  */
 TOV_API void tov_client__creation_order(KT_context *ctx, tov_schema *schema, KT_varray **tbl_ids,
                                         KT_varray **remarks) KT_NOEXCEPT;
 
 /**
- * Refuses a schema that holds anything not safe, or not fit, to stand in SQL text, and names the place:
+ * Refuses a schema that holds anything not safe, or not fit, to appear in SQL text, and names the place:
  * - names of tables, columns and constraints that are empty, hold a quote, a control character or a character that
  *   changes the direction of writing, or are not UTF-8; tables named alike but for case, or sqlite_...; columns of a
  *   table named alike but for case;
  * - actions other than NO ACTION, CASCADE, SET NULL and SET DEFAULT; abstract types that are not known;
  * - keys without columns, and keys that use a table that is absent or a column that is absent or unprepared;
  * - default and check expressions that are not one expression: each is split into tokens, must keep to its place, and
- *   is compiled in a scratch database where nothing but harmless functions and the table's own columns are allowed.
+ *   is compiled in a scratch database where only harmless functions and the table's own columns are allowed.
  */
 TOV_API void tov_client__check_texts(KT_context *ctx, tov_schema *schema) KT_NOEXCEPT;
 
@@ -169,7 +169,7 @@ typedef struct tov_client_loader tov_client_loader;
 TOV_API void tov_client__open_loader(KT_context *ctx, tov_schema *schema, const char *database,
                                      const tov_client_load_options *options, tov_client_loader **loader) KT_NOEXCEPT;
 
-/** Loads the rows of a file; those that are refused are no failure. After a failure the loader can only be freed. */
+/** Loads the rows of a file; those that are refused are not a failure. After a failure the loader can only be freed. */
 TOV_API void tov_client__load_file(KT_context *ctx, tov_client_loader *loader, const char *path) KT_NOEXCEPT;
 
 /** Takes the next bytes of a row part; after its last ones it is called once more with a size of 0. */
@@ -196,7 +196,7 @@ TOV_API void tov_client__load_parts(KT_context *ctx, tov_client_loader *loader, 
  *                      "rejected", "shortened" (column to number of values), "seconds", "before" (loaded earlier),
  *                      "history" (the rows are left out), "part" (of a package) and "unknown" (the schema does not
  *                      have the table: its rows are left out uncounted, and "bytes" says how much they are).
- * @param[out] remarks  owned; texts about the first rows that were refused.
+ * @param[out] remarks  owned; strings about the first rows that were refused.
  */
 TOV_API void tov_client__finish_load(KT_context *ctx, tov_client_loader *loader, KT_varray **report,
                                      KT_varray **remarks) KT_NOEXCEPT;
@@ -207,7 +207,7 @@ TOV_API void tov_client__free_loader(KT_context *ctx, tov_client_loader *loader)
 /** How rows are written. All zero writes bcp's character form: a table that was loaded from such a file as that file was,
  * any other in UTF-8, with fields that end with a tab and rows that end with a line end. */
 typedef struct tov_client_unload_options {
-    /** Optional: "bcp"; "csv" (a line of names first, quotes where they are needed, NULL empty, an empty text ""); "json"
+    /** Optional: "bcp"; "csv" (a line of names first, quotes where they are needed, NULL empty, an empty string ""); "json"
      * (an object a line, with values as FOR JSON writes them); "insert" (one script of all tables, rows.sql). */
     const char *format;
     /** Optional: "utf-8" or "utf-16le", which begins with a mark. */

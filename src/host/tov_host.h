@@ -3,7 +3,7 @@
  *
  * Three kinds of source are read: the catalogue export, which is the JSON document that catalogue.sql, beside this
  * header, prints on a server; packages (.dacpac, .bacpac); and T-SQL scripts. Everything that SQLite or this system
- * cannot carry over as it stands is a finding; docs/findings.md lists the codes. A schema that comes without findings
+ * cannot carry over unchanged is a finding; docs/findings.md lists the codes. A schema that comes without findings
  * describes the tables exactly.
  *
  * The conventions are those of the schema module (tov_parse_defin.h): the context comes first and carries failures,

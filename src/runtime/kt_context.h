@@ -5,7 +5,7 @@
  * frames that the failure passed through. A call has failed exactly when KT_context__has_err() is true after it.
  * One thread at a time may use a context.
  *
- * Where nothing fails, a context takes no memory beyond its own. An error takes none either while errors stand in at
+ * Where nothing fails, a context takes no memory beyond its own. An error takes none either while errors are at
  * most 8 levels at once, its description has at most 255 bytes and its trace at most 32 frames, so running out of
  * memory can always be reported. Past that, and only when memory is short, a description is cut, further frames are
  * left out, and an error of a further level keeps its code and generic text only.
@@ -57,11 +57,11 @@ KT_BEGIN_DECLS
 #define KT_ERR_OUT_OF_RANGE UINT64_C(0x200000004)
 /** A JSON text is malformed; the description says line, column and what was expected. */
 #define KT_ERR_BAD_JSON UINT64_C(0x200000005)
-/** A text is not exactly one number. */
+/** A string is not exactly one number. */
 #define KT_ERR_BAD_NUMBER UINT64_C(0x200000006)
 /** A value cannot be written, such as a double that is not finite in JSON. */
 #define KT_ERR_BAD_VALUE UINT64_C(0x200000007)
-/** A map or list that belongs to another one was given where it has to stand by itself. */
+/** A map or list that belongs to another one was given where only a root will do. */
 #define KT_ERR_BORROWED UINT64_C(0x200000008)
 
 /** Makes a fresh context. Stores null when memory is short: there is no context yet to carry an error. */

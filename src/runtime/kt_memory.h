@@ -38,7 +38,7 @@ KT_API void _kt_malloc(KT_context *ctx, size_t size, void **block) KT_NOEXCEPT;
 /** Gives a block back. Null does nothing. */
 KT_API void _kt_free(KT_context *ctx, void *block) KT_NOEXCEPT;
 
-/** Copies a text, owned; freed with _kt_free(). */
+/** Copies a string, owned; freed with _kt_free(). */
 KT_API void KT_strdup(KT_context *ctx, const char *text, char **copy) KT_NOEXCEPT;
 
 KT_END_DECLS

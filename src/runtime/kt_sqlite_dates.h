@@ -18,7 +18,7 @@ KT_BEGIN_DECLS
 
 /**
  * Makes date(x) and strftime(format, x) move impossible dates into the next month on a connection, where the SQLite
- * at hand does not do so by itself; otherwise does nothing. Every other text, number or blob gets the very value that
+ * at hand does not do so by itself; otherwise does nothing. Every other string, number or blob gets the very value that
  * SQLite's own function gives, fractions included. The library is asked once in the life of the process.
  *
  * The replacements are deterministic and innocuous, so they work inside triggers under trusted_schema=OFF. They keep a

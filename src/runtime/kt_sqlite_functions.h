@@ -16,7 +16,7 @@ struct sqlite3_value;
 
 /**
  * Result codes are SQLite's: 0 success, 100 a row, 101 done. The position of each entry stands before it. Where
- * nothing else is said, an entry does what the operation of that name does in SQLite; texts and blobs that are bound
+ * nothing else is said, an entry does what the operation of that name does in SQLite; strings and blobs that are bound
  * or given as a result are copied.
  */
 typedef struct KT_sqlite_functions {
@@ -50,10 +50,11 @@ typedef struct KT_sqlite_functions {
     /* 24 */ int (*step)(struct sqlite3_stmt *statement);
     /** The same as open, but leaves the connection as SQLite made it. */
     /* 25 */ int (*open_plain)(const char *file_name, struct sqlite3 **connection, int flags);
-    /** Compiles the first statement of a text; rest is what follows it. A text without one gives a null statement. */
+    /** Compiles the first statement of a string; rest is what follows it. A string without one gives a null statement.
+     */
     /* 26 */ int (*prepare_next)(struct sqlite3 *connection, const char *sql, struct sqlite3_stmt **statement,
                                  const char **rest);
-    /** Runs all statements of a text, without looking at rows. */
+    /** Runs all statements of a string, without looking at rows. */
     /* 27 */ int (*exec)(struct sqlite3 *connection, const char *sql);
     /* 28 */ int (*bind_value)(struct sqlite3_stmt *statement, int index, const struct sqlite3_value *value);
     /* 29 */ struct sqlite3_value *(*column_value)(struct sqlite3_stmt *statement, int column);

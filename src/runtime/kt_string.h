@@ -1,4 +1,4 @@
-/* Growable text, formatted text, and small helpers on texts. Texts are bytes that end at NUL. */
+/* Growable strings, formatted text, and small helpers on strings. Strings are bytes that end at NUL. */
 #ifndef KT_STRING_H
 #define KT_STRING_H
 
@@ -7,26 +7,26 @@
 
 KT_BEGIN_DECLS
 
-/** Makes an empty text, owned; freed with KT_string__free(). */
+/** Makes an empty string, owned; freed with KT_string__free(). */
 KT_API void KT_string__alloc(KT_context *ctx, KT_string **string) KT_NOEXCEPT;
 
-/** Makes a text that starts as a copy of the given one, owned. */
+/** Makes a string that starts as a copy of the given one, owned. */
 KT_API void KT_string__alloc__sz(KT_context *ctx, KT_string **string, const char *text) KT_NOEXCEPT;
 
-/** Frees a text. Null does nothing. */
+/** Frees a string. Null does nothing. */
 KT_API void KT_string__free(KT_context *ctx, KT_string *string) KT_NOEXCEPT;
 
-/** Appends a text; it may be part of the string itself. */
+/** Appends a string; it may be part of the string itself. */
 KT_API void KT_string__append__sz(KT_context *ctx, KT_string *string, const char *text) KT_NOEXCEPT;
 
-/** Appends another string's text; the two may be the same. */
+/** Appends another string; the two may be the same. */
 KT_API void KT_string__append__string(KT_context *ctx, KT_string *string, const KT_string *other) KT_NOEXCEPT;
 
 /**
  * Appends a printf-style text. The arguments must not point into the string.
  *
  * Like vsnprintf in everything, but much faster for formats made of %s, %d, %i, %u (also with l, ll or z) and %%
- * alone. A text that vsnprintf refuses to make is KT_ERR_OUT_OF_MEMORY.
+ * alone. A string that vsnprintf refuses to make is KT_ERR_OUT_OF_MEMORY.
  */
 KT_API void KT_string__append__format(KT_context *ctx, KT_string *string, const char *format, ...) KT_NOEXCEPT
     KT_PRINTF(3, 4);
@@ -41,15 +41,15 @@ KT_API const char *KT_string__sz(const KT_string *string) KT_NOEXCEPT;
 /** A new printf-style text, owned and freed with _kt_free(), or null when it could not be made. */
 KT_API char *KT_mprintf(const char *format, ...) KT_NOEXCEPT KT_PRINTF(1, 2);
 
-/** Compares two texts like strcmp, ASCII letters without regard to case, whatever the locale. */
+/** Compares two strings like strcmp, ASCII letters without regard to case, whatever the locale. */
 KT_API int KT_stricmp(const char *a, const char *b) KT_NOEXCEPT;
 
 /** The same for at most n bytes of each. */
 KT_API int KT_strnicmp(const char *a, const char *b, uint32_t n) KT_NOEXCEPT;
 
 /**
- * Reads a whole text as a signed 64-bit decimal integer: an optional "-" or "+" and digits, nothing else.
- * Fails with KT_ERR_BAD_NUMBER for any other text and for a number that 64 bits do not hold.
+ * Reads a whole string as a signed 64-bit decimal integer: an optional "-" or "+" and digits, nothing else.
+ * Fails with KT_ERR_BAD_NUMBER for any other string and for a number that 64 bits do not hold.
  */
 KT_API void KT_int64__parse__strict(KT_context *ctx, const char *text, int64_t *value) KT_NOEXCEPT;
 

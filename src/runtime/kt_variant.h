@@ -6,7 +6,7 @@
 
 KT_BEGIN_DECLS
 
-/** What a variant holds. One byte, so that most texts fit into the variant itself. Never renumbered. */
+/** What a variant holds. One byte, so that most strings fit into the variant itself. Never renumbered. */
 typedef uint8_t KT_variant_type;
 enum {
     KT_VARIANT_NULL = 0,
@@ -18,20 +18,20 @@ enum {
     KT_VARIANT_VARRAY = 6
 };
 
-/** The longest text, in bytes without its NUL, that a variant holds inside itself. */
+/** The longest string, in bytes without its NUL, that a variant holds inside itself. */
 #define KT_VARIANT_INLINE_TEXT 13
 
 /**
- * A value of 16 bytes. Read `type` first, then the member of `as` that goes with it. Texts are read with
+ * A value of 16 bytes. Read `type` first, then the member of `as` that goes with it. Strings are read with
  * KT_variant__get__sz(), since a short one lies inside the variant, from its third byte on, and a longer one at
  * `as.text`.
  */
 struct KT_variant {
     KT_variant_type type;
-    /** Of a text: its length when it lies inside the variant, 0xFF when it lies at as.text. */
+    /** Of a string: its length when it lies inside the variant, 0xFF when it lies at as.text. */
     uint8_t inline_length;
     uint8_t inline_text[2];
-    /** Of a text that lies outside: its length in bytes. */
+    /** Of a string that lies outside: its length in bytes. */
     uint32_t text_length;
     union {
         KT_bool boolean;
@@ -44,7 +44,8 @@ struct KT_variant {
 };
 
 /**
- * The variant as text, borrowed from the map or list it stands in. Fails with KT_ERR_WRONG_TYPE when it is none.
+ * The variant as a string, borrowed from the map or list it is in. Fails with KT_ERR_WRONG_TYPE when it is not a
+ * string.
  */
 KT_API void KT_variant__get__sz(KT_context *ctx, const KT_variant *variant, const char **text) KT_NOEXCEPT;
 

@@ -18,7 +18,7 @@ KT_API void KT_varray__free(KT_context *ctx, KT_varray *list) KT_NOEXCEPT;
 /** The number of elements. */
 KT_API void KT_varray__count(KT_context *ctx, const KT_varray *list, uint32_t *count) KT_NOEXCEPT;
 
-/** Appends a copy of a text; a null text is stored as a null value. */
+/** Appends a copy of a string; a null string is stored as a null value. */
 KT_API void KT_varray__append__string__sz(KT_context *ctx, KT_varray *list, const char *text) KT_NOEXCEPT;
 
 /** Appends a truth value. */
@@ -30,7 +30,7 @@ KT_API void KT_varray__appendnew__vhash(KT_context *ctx, KT_varray *list, KT_vha
 /** The i-th element, counted from 0, as a map, borrowed. KT_ERR_OUT_OF_RANGE or KT_ERR_WRONG_TYPE. */
 KT_API void KT_varray__get__vhash(KT_context *ctx, const KT_varray *list, uint32_t i, KT_vhash **child) KT_NOEXCEPT;
 
-/** The i-th element, counted from 0, as text, borrowed. KT_ERR_OUT_OF_RANGE or KT_ERR_WRONG_TYPE. */
+/** The i-th element, counted from 0, as a string, borrowed. KT_ERR_OUT_OF_RANGE or KT_ERR_WRONG_TYPE. */
 KT_API void KT_varray__get__sz(KT_context *ctx, const KT_varray *list, uint32_t i, const char **text) KT_NOEXCEPT;
 
 /** The i-th element, counted from 0, whatever it is; borrowed until the list changes. KT_ERR_OUT_OF_RANGE. */

@@ -1,5 +1,5 @@
 /*
- * An ordered map from text keys to variants.
+ * An ordered map from string keys to variants.
  *
  * Keys are compared byte for byte. Pairs keep the order in which they were added: a new value for an old key keeps
  * its place, and removing a pair keeps the order of the others. Reading by key or by position takes constant time
@@ -8,7 +8,7 @@
  * A key of 4 GiB or more is never there, and adding it is KT_ERR_OUT_OF_MEMORY. Which keys collide inside is drawn at
  * random for each process, so a document cannot be written to make these times worse.
  *
- * A map owns what it holds. Keys, texts, child maps and child lists that are handed out are borrowed; they stay
+ * A map owns what it holds. Keys, strings, child maps and child lists that are handed out are borrowed; they stay
  * where they are until that pair is removed or replaced or the map is freed, whatever else is added or removed.
  * Variants that are handed out are borrowed until the map changes.
  *
@@ -36,12 +36,12 @@ KT_API void KT_vhash__alloc(KT_context *ctx, KT_vhash **map) KT_NOEXCEPT;
  * Reads a JSON object into a new map, owned, pairs in the order of the text.
  *
  * Strict: UTF-8 (a byte-order mark is skipped), one object and nothing after it but white space, no repeated key in
- * an object, no NUL and no lone surrogate in a text, integers within 64 bits, nesting up to KT_JSON_MAX_DEPTH.
+ * an object, no NUL and no lone surrogate in a string, integers within 64 bits, nesting up to KT_JSON_MAX_DEPTH.
  * A number with a fraction or an exponent becomes a double, correctly rounded (to zero where it is too small for
  * one); a number too large for one is refused.
  *
  * Fails with KT_ERR_BAD_JSON; the description says where and what was expected, e.g.
- * "JSON text, line 3, column 14: expected ',' or '}'". A text of 8 GiB or more is KT_ERR_OUT_OF_MEMORY.
+ * "JSON text, line 3, column 14: expected ',' or '}'". A string of 8 GiB or more is KT_ERR_OUT_OF_MEMORY.
  */
 KT_API void KT_vhash__alloc__from_json__sz(KT_context *ctx, KT_vhash **map, const char *text) KT_NOEXCEPT;
 
@@ -72,12 +72,12 @@ KT_API void KT_vhash__is_root(KT_context *ctx, const KT_vhash *map, KT_bool *is_
 /** The number of pairs. */
 KT_API void KT_vhash__count(KT_context *ctx, const KT_vhash *map, uint32_t *count) KT_NOEXCEPT;
 
-/** Whether a key is there, whatever its value. */
+/** Whether a key exists, whatever its value. */
 KT_API void KT_vhash__has(KT_context *ctx, const KT_vhash *map, const char *key, KT_bool *has) KT_NOEXCEPT;
 
 /*
- * Add: a new pair at the end. Fails with KT_ERR_DUPLICATE_KEY when the key is there already.
- * Keys and texts are copied; a null text is stored as a null value.
+ * Add: a new pair at the end. Fails with KT_ERR_DUPLICATE_KEY when the key exists already.
+ * Keys and strings are copied; a null string is stored as a null value.
  */
 KT_API void KT_vhash__add__int64(KT_context *ctx, KT_vhash *map, const char *key, int64_t value) KT_NOEXCEPT;
 KT_API void KT_vhash__add__double(KT_context *ctx, KT_vhash *map, const char *key, double value) KT_NOEXCEPT;

@@ -47,7 +47,7 @@ void client_check_distinct(KT_context *ctx, const client_place &place, KT_vhash 
     const char *former = nullptr;
     KT_TRY(KT_vhash__check__sz(ctx, names, folded, &former));
     if (former)
-        CLIENT_FAIL(KT_ERR_SCHEMA_NOT_SUPPORTED, place, "the name is that of \"%s\" too, letter case aside", former);
+        CLIENT_FAIL(KT_ERR_SCHEMA_NOT_SUPPORTED, place, "the name differs from \"%s\" only in letter case", former);
     KT_TRY(KT_vhash__add__string__sz(ctx, names, folded, name));
 }
 

@@ -54,7 +54,7 @@ TOV_API void tov_schema__set_col_type_datetime(KT_context *ctx, tov_schema *sche
  *
  * @param host_collation  optional; recorded as tov_schema__set_host_collation() does.
  * @param locale          optional.
- * @param binary          nonzero: texts compare byte for byte, and the five flags that follow are not recorded.
+ * @param binary          nonzero: values compare byte for byte, and the five flags that follow are not recorded.
  * @param noaccent        accents are ignored; true exactly when its low byte is 1.
  * @param nocase          case is ignored; true exactly when its low byte is 1.
  * @param ks              nonzero: the collation tells kana types apart ("_KS").
@@ -98,14 +98,14 @@ TOV_API void tov_schema__set_host_defval(KT_context *ctx, tov_schema *schema, co
  * Gives a column's type.
  *
  * @param[out] abstract_type  optional; borrowed. Null when the type has no name.
- * @param[out] sqlite_typeof  optional; what SQLite's typeof() says of the values: a constant text, "" for an unknown
+ * @param[out] sqlite_typeof  optional; what SQLite's typeof() says of the values: a constant string, "" for an unknown
  *                            type, null when the type has no name.
  */
 TOV_API void tov_schema__get_col_type(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                       const char **abstract_type, const char **sqlite_typeof) KT_NOEXCEPT;
 
 /**
- * Whether a column's texts are Unicode.
+ * Whether a column's values are Unicode.
  * @param[out] has    whether its type says so at all.
  * @param[out] value  left untouched when has is 0.
  */
@@ -137,7 +137,7 @@ TOV_API void tov_schema__get_col_type__host_type(KT_context *ctx, tov_schema *sc
 
 /**
  * Gives the host's own name for a column's type.
- * @param[out] host_type  optional, null does nothing; borrowed. Becomes null when the name or column is not there.
+ * @param[out] host_type  optional, null does nothing; borrowed. Becomes null when the name or column does not exist.
  * Fails with KT_ERR_NULL_ARGUMENT: null schema, table id or column id; KT_ERR_KEY_NOT_FOUND: no name is recorded.
  */
 TOV_API void tov_schema__get_mssql_col_type_name(KT_context *ctx, tov_schema *schema, const char *tbl_id,

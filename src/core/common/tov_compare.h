@@ -1,9 +1,9 @@
 /*
  * Comparing two schemas, and the lite schema.
  *
- * The lists that the comparing operations fill hold table ids or column ids as texts, in the order of the schema
+ * The lists that the comparing operations fill hold table ids or column ids as strings, in the order of the schema
  * that is walked. Each is passed as the address of a list pointer: a null pointer becomes a new list, owned, with the
- * first id found and stays null when there is none; a list that is there already is appended to. Lists keep what was
+ * first id found and stays null when there is none; a list that exists already is appended to. Lists keep what was
  * appended before a failure.
  */
 #ifndef TOV_COMPARE_H
@@ -52,14 +52,14 @@ TOV_API void tov_schema__diff_cols(KT_context *ctx, tov_schema *a, tov_schema *b
  * prepared columns, enough to tell whether a copy of the table is current. As JSON text, e.g.
  * {"compat_level":1,"tbls":{"t1":{"txid":42,"cols":{"c1":{"name":"Id"},"c2":{"name":"Title"}}}}}.
  *
- * @param tbl_ids    the tables, in the order wanted; each stands in the result under its id as written here.
+ * @param tbl_ids    the tables, in the order wanted; each appears in the result under its id as written here.
  * @param[out] json  owned; freed with KT_string__free().
  */
 TOV_API void tov_schema__lite(KT_context *ctx, tov_schema *schema, KT_nullhash *tbl_ids, KT_string **json) KT_NOEXCEPT;
 
 /*
  * Readers of a lite schema that has been parsed with KT_vhash__alloc__from_json__sz(). Ids are matched exactly, as
- * they stand in the document. Texts are borrowed from the document. An id that it lacks is KT_ERR_KEY_NOT_FOUND, a
+ * they are in the document. Strings are borrowed from the document. An id that it lacks is KT_ERR_KEY_NOT_FOUND, a
  * position beyond the end KT_ERR_OUT_OF_RANGE, and a value of another type than expected KT_ERR_WRONG_TYPE.
  */
 

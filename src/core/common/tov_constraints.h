@@ -79,7 +79,7 @@ TOV_API void tov_schema__add_check_constraint(KT_context *ctx, tov_schema *schem
                                               const char *check_id, const char *expr) KT_NOEXCEPT;
 
 /**
- * Begins a foreign key of a table; tov_schema__add_to_foreignkey() adds its columns. For a key that is there already
+ * Begins a foreign key of a table; tov_schema__add_to_foreignkey() adds its columns. For a key that exists already
  * it replaces what is given and keeps the rest, columns included.
  *
  * @param name                 optional; the constraint's name.
@@ -98,7 +98,7 @@ TOV_API void tov_schema__create_foreignkey(KT_context *ctx, tov_schema *schema, 
  * Adds a pair of columns at the end of a foreign key, or replaces the referenced column of col_id.
  *
  * Fails with KT_ERR_KEY_NOT_FOUND when the table has no foreign keys, or no such one; in the second case an empty
- * record stays behind under fk_id.
+ * record remains under fk_id.
  */
 TOV_API void tov_schema__add_to_foreignkey(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *fk_id,
                                            const char *col_id, const char *ref_col_id) KT_NOEXCEPT;
@@ -143,7 +143,7 @@ TOV_API void tov_schema__set_colcon_fk(KT_context *ctx, tov_schema *schema, cons
                                        const char *on_update, int32_t violation_on_insert) KT_NOEXCEPT;
 
 /**
- * Whether a column has a reference of its own, and which. The texts are optional and borrowed; each is null when it
+ * Whether a column has a reference of its own, and which. The strings are optional and borrowed; each is null when it
  * is not recorded.
  */
 TOV_API void tov_schema__get_colcon_fk(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,

@@ -23,7 +23,7 @@
 KT_BEGIN_DECLS
 
 /**
- * What is wrong with a name that must not stand in SQL text, e.g. "a name with a double quote"; null for a safe one.
+ * What is wrong with a name that must not appear in SQL text, e.g. "a name with a double quote"; null for a safe one.
  * Statements hold names unescaped: whoever takes a schema from outside asks this of every name before using them.
  */
 TOV_API const char *tov_find_name_flaw(const char *name) KT_NOEXCEPT;
@@ -35,7 +35,7 @@ TOV_API const char *tov_find_name_flaw(const char *name) KT_NOEXCEPT;
  * "Name" text COLLATE NOCASE NOT NULL CONSTRAINT "DF_Name" DEFAULT 'a'.
  *
  * Columns of the primary key get NOT NULL, except an identity column, which is declared "integer primary key". A
- * delete action other than NO ACTION stands in a comment, because it is left to triggers; a reference is always
+ * delete action other than NO ACTION is put in a comment, because it is left to triggers; a reference is always
  * deferred. Checks and defaults are written as they are stored, so a check must bring its own parentheses.
  *
  * @param reference_names  optional; table id to the name written after REFERENCES, ids as references store them. An id
@@ -121,9 +121,9 @@ TOV_API void tov_schema__get_textwidth(KT_context *ctx, tov_schema *schema, cons
                                        int64_t *pWidth) KT_NOEXCEPT;
 
 /*
- * Column lists, owned by the caller. Items stand in double quotes with commas and no blanks between them, in table
+ * Column lists, owned by the caller. Items are in double quotes with commas and no blanks between them, in table
  * order, those of the primary key in key order: "a","b". A table with an identity column has that column alone as its
- * primary key. No columns give an empty text.
+ * primary key. No columns give an empty string.
  */
 
 /** Lists the ids of all columns: "a","b". */
@@ -134,7 +134,7 @@ TOV_API void tov_schema__get_col_ids_comma_separated(KT_context *ctx, tov_schema
 TOV_API void tov_schema__get_col_names_comma_separated(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                                        KT_string **result) KT_NOEXCEPT;
 
-/** Lists the names of all columns behind a qualifier: "NEW"."A","NEW"."B". */
+/** Lists the names of all columns after a qualifier: "NEW"."A","NEW"."B". */
 TOV_API void tov_schema__get_col_names_comma_separated_and_qualified(KT_context *ctx, tov_schema *schema,
                                                                      const char *tbl_id, const char *qualifier,
                                                                      KT_string **result) KT_NOEXCEPT;
@@ -157,7 +157,7 @@ TOV_API void tov_schema__get_pk_col_names_comma_separated_and_prefixed(KT_contex
                                                                        const char *tbl_id, const char *prefix,
                                                                        KT_string **result) KT_NOEXCEPT;
 
-/** Lists the names of the primary key's columns behind a qualifier: "t"."A","t"."B". */
+/** Lists the names of the primary key's columns after a qualifier: "t"."A","t"."B". */
 TOV_API void tov_schema__get_pk_col_names_comma_separated_and_qualified(KT_context *ctx, tov_schema *schema,
                                                                         const char *tbl_id, const char *qualifier,
                                                                         KT_string **result) KT_NOEXCEPT;

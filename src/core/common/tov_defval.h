@@ -73,7 +73,7 @@ TOV_API int sqlite3KeywordCode(const char *text, int n) KT_NOEXCEPT;
 
 /**
  * What each byte can be in SQL text, as bits: 0x01 space, 0x02 letter, 0x04 decimal digit, 0x08 hexadecimal digit,
- * 0x20 small letter, 0x40 any other byte that may stand in an identifier ("$", "_", 0x80 and above).
+ * 0x20 small letter, 0x40 any other byte that may appear in an identifier ("$", "_", 0x80 and above).
  */
 TOV_API extern const unsigned char sqlite3CtypeMap[256];
 

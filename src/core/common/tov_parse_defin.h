@@ -7,13 +7,13 @@
  *   true after it. What failed stays in the context until KT_context__err_reset(), and until then every further call
  *   does nothing, except those that free.
  * - Outputs are written when the call succeeds, and left untouched when it fails, unless an operation says otherwise.
- * - Borrowed texts and containers belong to the schema and stay valid until it is changed at that place or freed.
- *   Definition texts live in the schema's string pool until the schema is freed. Every other new text or container is
+ * - Borrowed strings and containers belong to the schema and stay valid until it is changed at that place or freed.
+ *   Definitions live in the schema's string pool until the schema is freed. Every other new string or container is
  *   owned by the caller, who frees it with the free operation of its type (char * with _kt_free()).
  * - Ids of tables and columns match without regard to case, names and all other ids exactly. Names, aliases and
- *   expressions go into generated text as they stand, without escaping: whoever takes a schema from outside checks
+ *   expressions go into generated text as they are, without escaping: whoever takes a schema from outside checks
  *   them first.
- * - Arguments must not be null unless a docstring calls them optional. A text that a call keeps is copied; it must
+ * - Arguments must not be null unless a docstring calls them optional. A string that a call keeps is copied; it must
  *   not be one that was borrowed from a record that the call replaces.
  * - KT_ERR_NOT_FOUND means that a table id or column id is not in the schema, and can come from every operation that
  *   takes one. Any operation may fail with KT_ERR_OUT_OF_MEMORY.

@@ -1,10 +1,10 @@
 /*
  * Foreign-key analysis: who refers to whom, creation order, identity roots, actions left to triggers.
  *
- * A foreign key stands in one of two places: a column-level key in its column's record, a table-level key, of one or
- * more columns, in its table's. Every operation looks in both, column-level keys first, tables in schema order,
+ * A foreign key is recorded in one of two places: a column-level key in its column's record, a table-level key, of one
+ * or more columns, in its table's. Every operation looks in both, column-level keys first, tables in schema order,
  * columns and keys in the order of their table. Which table or column a key names is compared exactly, letter case
- * included, where no operation says otherwise; ids in results are lower-case ids of tables and columns, or texts as
+ * included, where no operation says otherwise; ids in results are lower-case ids of tables and columns, or strings as
  * the keys hold them.
  *
  * Questions about who refers to a table or column keep an index in the schema until it changes, so asking about every
@@ -95,7 +95,7 @@ TOV_API void tov_schema__list_tbls_referenced_by(KT_context *ctx, tov_schema *sc
  * @param[out] tbl_ids  owned; empty for a schema without tables.
  *
  * Fails with KT_ERR_SCHEMA_NOT_SUPPORTED when a table gets no level: it refers to nothing but tables in a cycle, or
- * to ids that are no table's, or to a table before which the passes ended.
+ * to ids that are not a table's, or to a table before which the passes ended.
  * Does not return when tables that have levels form a cycle, which raises them in every pass:
  * tov_schema__find_reference_cycles() tells beforehand.
  */
@@ -112,11 +112,11 @@ TOV_API void tov_schema__sort_by_references(KT_context *ctx, tov_schema *schema,
  *                         two or more tables that all lead to each other, members in schema order. A table that refers
  *                         only to itself is none.
  * @param[out] col_cycles  optional; owned; null when there is none. One record {"cols":[{"tbl":"id","col":"id"},...]}
- *                         for each circle in which a search for an identity root goes on without end: each member
+ *                         for each cycle in which a search for an identity root goes on without end: each member
  *                         refers to the next, the last to the first, which is the first in schema order. A column that
  *                         refers to itself is one.
  *
- * Records stand in the order of their first members.
+ * Records are in the order of their first members.
  *
  * Fails on a document in which a key lacks what every key has: with KT_ERR_NOT_FOUND where a column's reference names
  * no table, else with KT_ERR_KEY_NOT_FOUND or KT_ERR_WRONG_TYPE. There may be cycles of both kinds then.
@@ -128,10 +128,10 @@ TOV_API void tov_schema__find_reference_cycles(KT_context *ctx, tov_schema *sche
  * Finds the identity column whose values a column carries: the column itself when its type is "identity", or the one
  * that its references lead to through columns of type "sint64", "sint32", "sint16" or "uint8".
  *
- * A column's column-level key is followed first, then the pairs of table-level keys in which it stands under exactly
+ * A column's column-level key is followed first, then the pairs of table-level keys in which it appears under exactly
  * the id given; the first root found is the answer.
  *
- * @param[out] root_tbl_id  the given id or a text of the document, borrowed; null when there is no root. Also null
+ * @param[out] root_tbl_id  the given id or a string of the document, borrowed; null when there is no root. Also null
  *                          when the call fails at a column that a reference leads to.
  * @param[out] root_col_id  optional; likewise.
  *
@@ -164,13 +164,13 @@ TOV_API void tov_schema__get_on_pk_col_names(KT_context *ctx, tov_schema *schema
  *
  * "name" is null for an unnamed column-level key; "on-delete" is left out for no action; "tbl" is the id of the
  * referenced table. "defvals" is filled only with filter 1 and for "SET DEFAULT" (in any letter case): with each
- * referencing column's default expression, or the text "NULL".
+ * referencing column's default expression, or the string "NULL".
  *
  * @param ref_tbl_id    optional; only keys that refer to this table.
  * @param filter        0 for all keys, 1 for those with a delete action other than "NO ACTION"; others for none.
  * @param[out] records  owned; null when there is none.
  *
- * Fails with KT_ERR_NOT_FOUND when a listed key names a column that is not there, with KT_ERR_KEY_NOT_FOUND at a
+ * Fails with KT_ERR_NOT_FOUND when a listed key names a column that does not exist, with KT_ERR_KEY_NOT_FOUND at a
  * table-level key of the table that lacks its delete action, or a listed one that lacks its name.
  */
 TOV_API void tov_schema__list_fk_constraints(KT_context *ctx, tov_schema *schema, const char *tbl_id,
@@ -189,8 +189,8 @@ TOV_API void tov_schema__list_fk_constraints(KT_context *ctx, tov_schema *schema
  * @param filter        as for tov_schema__list_fk_constraints().
  * @param[out] records  owned; null when there is none.
  *
- * Fails with KT_ERR_NOT_FOUND when a listed key names a column that is not there, and with KT_ERR_KEY_NOT_FOUND at any
- * table-level key, listed or not, that lacks its delete or update action, or a listed one that lacks its name.
+ * Fails with KT_ERR_NOT_FOUND when a listed key names a column that does not exist, and with KT_ERR_KEY_NOT_FOUND at
+ * any table-level key, listed or not, that lacks its delete or update action, or a listed one that lacks its name.
  */
 TOV_API void tov_schema__find_references_to_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                                 KT_bool include_self, uint32_t filter, KT_varray **records,

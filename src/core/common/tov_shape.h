@@ -29,13 +29,13 @@ enum {
 /** What a string is for. Never renumbered. */
 typedef uint8_t tov_string_role;
 enum {
-    TOV_ROLE_FREE = 0,        /* is no part of any statement */
-    TOV_ROLE_NAME = 1,        /* stands in statements between double quotes */
+    TOV_ROLE_FREE = 0,        /* is not part of any statement */
+    TOV_ROLE_NAME = 1,        /* goes into statements between double quotes */
     TOV_ROLE_TYPE = 2,        /* an abstract type */
     TOV_ROLE_ACTION = 3,      /* follows ON DELETE or ON UPDATE */
     TOV_ROLE_DEFAULT = 4,     /* an expression, follows DEFAULT */
     TOV_ROLE_CHECK = 5,       /* an expression with parentheses around it, follows CHECK */
-    TOV_ROLE_INNER_CHECK = 6, /* an expression, stands between the parentheses after CHECK */
+    TOV_ROLE_INNER_CHECK = 6, /* an expression, goes between the parentheses after CHECK */
     TOV_ROLE_TBL_ID = 7,      /* names the table referred to */
     TOV_ROLE_COL_ID = 8       /* names a column of the table that the same record refers to */
 };

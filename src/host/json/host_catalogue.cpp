@@ -1,7 +1,7 @@
 // The fields of a catalogue export, in the order in which the server writes them.
 #include "json/host_catalogue.hpp"
 
-#include <array>
+#include <algorithm>
 #include <string_view>
 
 #define KT_HERE "src/host/json/host_catalogue"
@@ -190,13 +190,12 @@ static void my_read_fk_cols(KT_context *ctx, host_reader &reader, const host_pla
         fk.col_names.emplace_back(col.column, col.ref_column);
 }
 
-// The actions in the export's words and in SQL's.
-static constexpr std::array<std::pair<std::string_view, const char *>, 4> actions{{
-    {"NO_ACTION", "NO ACTION"},
-    {"CASCADE", "CASCADE"},
-    {"SET_NULL", "SET NULL"},
-    {"SET_DEFAULT", "SET DEFAULT"},
-}};
+// The export writes an action with "_" for the blank: NO_ACTION.
+static bool my_is_action(std::string_view text, std::string_view action)
+{
+    return std::equal(text.begin(), text.end(), action.begin(), action.end(),
+                      [](char a, char b) { return a == (b == ' ' ? '_' : b); });
+}
 
 template <const char *host_foreignkey::*Action>
 static void my_read_action(KT_context *ctx, host_reader &, const host_place &place, const KT_variant &value,
@@ -204,9 +203,9 @@ static void my_read_action(KT_context *ctx, host_reader &, const host_place &pla
 {
     const char *text = nullptr;
     KT_TRY(host_read_text(ctx, place, value, &text));
-    for (const auto &[host_words, sql_words] : actions) {
-        if (host_words == text) {
-            fk.*Action = sql_words;
+    for (const char *action : host_fk_actions) {
+        if (my_is_action(text, action)) {
+            fk.*Action = action;
             return;
         }
     }

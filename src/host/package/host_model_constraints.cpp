@@ -74,13 +74,12 @@ void host_take_index(KT_context *ctx, host_model &model, const host_node &elemen
 static void my_read_action(KT_context *ctx, const host_node &element, std::string_view property, host_model_fk &fk,
                            const char **action)
 {
-    static constexpr const char *actions[] = {"NO ACTION", "CASCADE", "SET NULL", "SET DEFAULT"};
     int64_t number = 0;
     KT_TRY(host_number(ctx, element, property, 0, &number));
-    if (number >= static_cast<int64_t>(std::size(actions)))
+    if (number >= static_cast<int64_t>(host_fk_actions.size()))
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "%s is %lld, not a number from 0 to 3", std::string(property).c_str(),
                 static_cast<long long>(number));
-    *action = actions[number];
+    *action = host_fk_actions[static_cast<size_t>(number)];
     fk.is_action_assumed |= number > 1;
 }
 

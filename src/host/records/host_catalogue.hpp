@@ -10,6 +10,7 @@
 #include "kt_owned.hpp"
 #include "records/host_texts.hpp"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <unordered_map>
@@ -100,6 +101,9 @@ struct host_index {
     std::vector<const host_column *> included_cols;
 };
 
+// The actions of foreign keys in SQL's words, each at the server's number for it.
+inline constexpr std::array<const char *, 4> host_fk_actions{"NO ACTION", "CASCADE", "SET NULL", "SET DEFAULT"};
+
 struct host_foreignkey {
     int64_t id = 0;
     std::string id_text;
@@ -108,7 +112,7 @@ struct host_foreignkey {
     int64_t ref_tbl_id = 0; // 0 in a source without ids; ref_schema and ref_table say which table then
     const char *ref_schema = nullptr;
     const char *ref_table = nullptr;
-    const char *on_delete = nullptr; // SQL words, e.g. "SET NULL"
+    const char *on_delete = nullptr; // one of host_fk_actions
     const char *on_update = nullptr;
     bool is_disabled = false;
     bool is_not_trusted = false;

@@ -68,7 +68,7 @@ static host_fk_problem my_find_problem(const host_import &import, const host_for
                 "left out: it refers to column " + fk.ref_tbl->label + '.' + col->name + ", which is left out"};
     if (!my_is_parent_key(fk))
         return {"fk-parent-key-missing", nullptr,
-                "left out: the columns it refers to are no primary or unique key in SQLite"};
+                "left out: the columns it refers to are not a primary or unique key in SQLite"};
     for (const host_foreignkey *other : kept) {
         if (my_is_duplicate(fk, *other))
             return {"fk-duplicate", nullptr,

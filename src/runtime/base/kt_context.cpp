@@ -69,7 +69,7 @@ static const char *my_generic_text(uint64_t code)
     case KT_ERR_KEY_NOT_FOUND:
         return "no such key";
     case KT_ERR_DUPLICATE_KEY:
-        return "the key is there already";
+        return "the key exists already";
     case KT_ERR_WRONG_TYPE:
         return "the value is of another type";
     case KT_ERR_OUT_OF_RANGE:

@@ -124,8 +124,8 @@ static inline bool my_close(kt_json_reader *reader) noexcept
     return true;
 }
 
-// Goes down through the opening brackets at `at` and reads the first value that is no opening bracket, or stops at a
-// closing one.
+// Goes down through the opening brackets at `at` and reads the first value that is not an opening bracket, or stops at
+// a closing one.
 static inline const char *my_read_value(kt_json_reader *reader, const char *at, bool *is_closing) noexcept
 {
     for (;;) {
@@ -155,7 +155,7 @@ static inline const char *my_read_value(kt_json_reader *reader, const char *at, 
     }
 }
 
-// Goes from behind a value to the next one, closing all that ends between them, or to behind the outermost map, which
+// Goes from after a value to the next one, closing all that ends between them, or to after the outermost map, which
 // is the end. is_closing: from a bracket that closes an empty map or list.
 static inline const char *my_go_on(kt_json_reader *reader, const char *at, bool is_closing, bool *is_end) noexcept
 {
@@ -175,7 +175,7 @@ static inline const char *my_go_on(kt_json_reader *reader, const char *at, bool 
     }
 }
 
-// Reads from behind the first key of the outermost map to behind its closing bracket.
+// Reads from after the first key of the outermost map to after its closing bracket.
 static const char *my_read_members(kt_json_reader *reader, const char *at) noexcept
 {
     bool is_end = false;

@@ -86,12 +86,12 @@ struct kt_json_reader {
     kt_reader_stack<kt_reader_key, 16> keys;
     kt_reader_stack<char, 128> scratch; // a text without its escapes
 
-    // Set by a failure; neither of them for want of memory.
+    // Set by a failure; neither of them when memory is short.
     const char *failed_at;
     const char *expected;
 };
 
-// Each piece is read from its first byte and gives the place behind it, or null after a failure.
+// Each piece is read from its first byte and gives the place after it, or null after a failure.
 
 inline const char *kt_reader_fail(kt_json_reader *reader, const char *place, const char *expected) noexcept
 {
@@ -108,11 +108,11 @@ inline const char *kt_reader_skip_blanks(const char *at) noexcept
 }
 
 const char *kt_reader_number(kt_json_reader *reader, const char *at, KT_variant *value) noexcept;
-// The rest of a text behind its opening quote, when it is not short and plain.
+// The rest of a text after its opening quote, when it is not short and plain.
 const char *kt_reader_long_text(kt_json_reader *reader, const char *at, KT_variant *value) noexcept;
 // The same as bytes, which lie in the JSON text or in the scratch stack until the next text is read.
 const char *kt_reader_bytes(kt_json_reader *reader, const char *at, const char **bytes, size_t *length) noexcept;
-// The rest of a key behind its opening quote; takes it up in the innermost frame.
+// The rest of a key after its opening quote; takes it up in the innermost frame.
 const char *kt_reader_key_text(kt_json_reader *reader, const char *at) noexcept;
 // Makes a map or list of the values of the innermost frame; false after a failure.
 bool kt_reader_close(kt_json_reader *reader, KT_variant *value) noexcept;

@@ -174,7 +174,7 @@ static bool my_is_below_one(const char *at, const char *end) noexcept
     return digits_before_point + exponent <= 0;
 }
 
-// A number whose integer part ends at `at`, with a fraction or an exponent behind it.
+// A number whose integer part ends at `at`, with a fraction or an exponent after it.
 static const char *my_read_double(kt_json_reader *reader, const char *start, const char *at, KT_variant *value) noexcept
 {
     if (*at == '.' && !(at = my_read_digits(reader, at + 1)))

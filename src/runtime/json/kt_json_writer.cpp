@@ -212,7 +212,7 @@ static inline void my_write_key(my_writer *writer, const KT_vhash *map, uint32_t
             KT_TRY(my_reserve(writer, key.json_length + my_member_room));
             const char *json = key.text + key.json_length - 2;
             if (key.json_length <= kt_json_key_room) [[likely]]
-                std::memcpy(writer->out, json, kt_json_key_room); // there is room behind both
+                std::memcpy(writer->out, json, kt_json_key_room); // there is room after both
             else
                 std::memcpy(writer->out, json, key.json_length);
             writer->out += key.json_length;

@@ -50,7 +50,7 @@ static bool my_append_text(KT_string *string, const char *text) noexcept
     return my_append_piece(string, text, std::strlen(text));
 }
 
-// Appends what the conversion behind a '%' stands for, and moves `at` behind it.
+// Appends what the conversion after a '%' stands for, and moves `at` past it.
 static outcome my_append_conversion(KT_string *string, const char *&at, arguments &args) noexcept
 {
     int longs = 0;

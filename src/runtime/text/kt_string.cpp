@@ -113,7 +113,7 @@ void KT_string__append__format(KT_context *ctx, KT_string *string, const char *f
 void KT_string__vsprintf(KT_context *ctx, KT_string *string, const char *format, va_list args) noexcept
 {
     KT_RETURN_IF_FAILED;
-    // Made behind the present text, which stays whole until the new one is.
+    // Made after the present text, which stays whole until the new one is.
     const size_t old_length = kt_string_length(string);
     if (!kt_string_append_va(string, format, args))
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);

@@ -22,13 +22,13 @@ struct KT_string {
 // Makes more room than there is; kt_string_reserve() is the door to it.
 [[nodiscard]] bool kt_string_grow(KT_string *string, size_t more) noexcept;
 
-// Makes place for `more` bytes behind the text, its NUL not counted; false, with nothing changed, when memory is short.
+// Makes place for `more` bytes after the text, its NUL not counted; false, with nothing changed, when memory is short.
 [[nodiscard]] inline bool kt_string_reserve(KT_string *string, size_t more) noexcept
 {
     return static_cast<size_t>(string->limit - string->end) >= more || kt_string_grow(string, more);
 }
 
-// The place behind the text.
+// The place after the text.
 inline char *kt_string_end(KT_string *string) noexcept
 {
     return string->end;

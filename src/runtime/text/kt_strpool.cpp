@@ -24,7 +24,7 @@ struct chunk {
 } // namespace
 
 struct KT_strpool {
-    chunk *last; // of the chunks behind the first
+    chunk *last; // of the chunks after the first
     char *free;  // the rest of the chunk being filled
     size_t free_size;
     size_t next_size; // of the next chunk

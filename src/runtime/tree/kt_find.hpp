@@ -30,7 +30,7 @@ inline uint32_t kt_find_in_private(const kt_private *layout, const kt_query &que
                                : kt_scan_entries(layout, query);
 }
 
-// The list may hold more keys than the shape sees; those count as absent.
+// The list may hold more keys than the shape sees (M2); those count as absent.
 inline uint32_t kt_find_in_shape_index(const kt_shape *shape, const kt_query &query) noexcept
 {
     const kt_shape_keys *list = shape->keys;

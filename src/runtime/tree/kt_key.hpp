@@ -8,7 +8,7 @@
 #include <cstring>
 
 // A key of at most 14 bytes is {its length, its bytes, zeros}: equal keys are equal words, and its text, with the NUL
-// behind it, can be handed out as it lies. A longer key starts with 0xFF; its text lies elsewhere.
+// after it, can be handed out as it lies. A longer key starts with 0xFF; its text lies elsewhere.
 inline constexpr uint32_t kt_max_short_key = 14;
 inline constexpr uint8_t kt_long_key = 0xFF;
 inline constexpr size_t kt_max_key = UINT32_MAX - 1; // a longer one is not stored, so it is never found either

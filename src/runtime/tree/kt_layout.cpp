@@ -85,7 +85,7 @@ static bool my_reserve_slot(KT_vhash *map, uint32_t slot) noexcept
     return true;
 }
 
-// Gives the map a private layout with the pairs that it has; their values stay where they are.
+// Gives the map a private layout with the pairs that it has; their values stay where they are (M1, P4).
 static bool my_make_private(KT_vhash *map) noexcept
 {
     const kt_shape *shape = kt_shape_of(map);
@@ -149,8 +149,9 @@ static bool my_private_append(KT_vhash *map, const kt_query &query, const KT_var
         (layout->order && !my_reserve_order(layout, layout->count + 1)) || !kt_key_store(arena, query, &key))
         return false;
 
+    // Nothing fails from here on.
     KT_variant *place = kt_private_value(map, layout, slot);
-    if (reuses)
+    if (reuses) // the next free slot (P1)
         layout->first_free = place->text_length;
     else
         layout->used++;
@@ -171,7 +172,7 @@ bool kt_map_append(KT_vhash *map, const kt_query &query, const KT_variant &value
     if (!map->layout->is_private) {
         kt_shape *shape = kt_shape_of(map);
         kt_shape *next = nullptr;
-        // The outermost map has a list of keys of its own.
+        // The outermost map has a list of keys of its own (M4).
         const kt_step step = map == shape->arena->root ? kt_step::go_private : kt_shape_next(shape, query, &next);
         if (step == kt_step::out_of_memory)
             return false;
@@ -203,7 +204,7 @@ static void my_release_key(kt_arena *arena, kt_packed_key *key) noexcept
     if (key->bytes[0] == kt_long_key && key->outside.owned)
         kt_pools_release(&arena->pools, const_cast<char *>(key->outside.text), size_t{key->outside.length} + 1);
     *key = {};
-    key->bytes[0] = kt_free_slot; // equals no key that is looked for
+    key->bytes[0] = kt_free_slot; // equals no key that can be looked for (P1)
 }
 
 static bool my_private_remove(KT_vhash *map, uint32_t slot) noexcept
@@ -212,7 +213,7 @@ static bool my_private_remove(KT_vhash *map, uint32_t slot) noexcept
     kt_arena *arena = layout->arena;
     const uint32_t position = my_position_of_slot(layout, slot);
     const bool is_last = position + 1 == layout->count;
-    if (!layout->order && !is_last && !my_reserve_order(layout, layout->count))
+    if (!layout->order && !is_last && !my_reserve_order(layout, layout->count)) // a hole needs an order (P2)
         return false;
 
     kt_entry *entry = kt_segment_at(layout->entries, slot);

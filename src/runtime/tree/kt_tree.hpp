@@ -41,6 +41,12 @@ struct kt_block {
 };
 
 // A map. capacity_or_block is 2 * own capacity + 1, or the first further block.
+//
+// M1. A variant that holds a value never moves and is never handed to another pair while its pair is there.
+// M2. With a shape, slot n holds the value of the shape's n-th key, and the map's blocks have room for all its keys.
+// M3. A layout that has become private stays so; a private layout belongs to one map, a shape to its arena.
+// M4. The outermost map of a tree (arena->root) may have the shape it was read or copied with, but a key that is added
+//     to it makes it private.
 struct KT_vhash {
     kt_layout *layout;
     uintptr_t capacity_or_block;
@@ -95,7 +101,7 @@ struct kt_shape : kt_layout {
     kt_shape *parent;
     kt_shape *likely;      // the transition taken last
     kt_shape *also_likely; // and one that was taken before
-    // The key added last with a quote behind it, for the reader's guess: up to 16 bytes here, longer ones in the list
+    // The key added last with a quote after it, for the reader's guess: up to 16 bytes here, longer ones in the list
     // of keys. The length is 0 for a key that JSON writes otherwise.
     uint32_t quoted_length;
     uint8_t quoted[16];
@@ -108,6 +114,14 @@ struct kt_entry {
 };
 
 // Slots of a private layout are entries in the order of adding, reused after removal.
+//
+// P1. The slots given out are those below `used`: `count` of them hold pairs, the others stand once each in the list
+//     that begins at first_free. Such a slot's value has the type kt_free_slot and the next one's number in its
+//     text_length, and its key equals none that can be looked for.
+// P2. Without `order`, position and slot are equal, so there are no free slots: used == count.
+// P3. With `order`, its first `count` numbers are the slots of the pairs, each once.
+// P4. The values of slots below own_slots are in the map, those of all others in their entries.
+// P5. The index has all pairs or no cells at all; it has cells from kt_scan_limit + 1 pairs on.
 struct kt_private : kt_layout {
     uint32_t own_slots; // slots below this one have their values in the map itself
     uint32_t used;      // slots given out so far

@@ -64,7 +64,7 @@ static const refused_case refused_cases[] = {
          tov_schema__add_col(ctx, s, "u", "a", "A", 1, 0, 0);
          tov_schema__set_col_type_simple(ctx, s, "u", "a", "sint32");
      },
-     "table \"t\": the name is that of \"T\" too, letter case aside"},
+     "table \"t\": the name differs from \"T\" only in letter case"},
     {"a table without columns", [](KT_context *ctx, tov_schema *s) { tov_schema__add_tbl(ctx, s, "u", "U", 0); },
      "table \"U\": no column that is prepared"},
 
@@ -82,7 +82,7 @@ static const refused_case refused_cases[] = {
          tov_schema__add_col(ctx, s, "t", "b", "a", 1, 0, 0);
          tov_schema__set_col_type_simple(ctx, s, "t", "b", "sint32");
      },
-     "table \"T\", column \"a\": the name is that of \"A\" too, letter case aside"},
+     "table \"T\", column \"a\": the name differs from \"A\" only in letter case"},
 
     // Names of constraints
     {"a name of NOT NULL",

@@ -60,7 +60,7 @@ static const generic_case generic_cases[] = {
     {KT_ERR_SQLITE(2067), 0x800000813, "SQLite error"},
     {KT_ERR_SQLITE(-1), 0x8FFFFFFFF, "SQLite error"},
     {KT_ERR_KEY_NOT_FOUND, 0x200000001, "no such key"},
-    {KT_ERR_DUPLICATE_KEY, 0x200000002, "the key is there already"},
+    {KT_ERR_DUPLICATE_KEY, 0x200000002, "the key exists already"},
     {KT_ERR_WRONG_TYPE, 0x200000003, "the value is of another type"},
     {KT_ERR_OUT_OF_RANGE, 0x200000004, "position out of range"},
     {KT_ERR_BAD_JSON, 0x200000005, "malformed JSON text"},

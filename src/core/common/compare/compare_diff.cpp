@@ -2,7 +2,7 @@
 //
 // Tables and columns are compared by id alone. Whether a table's definition has changed is told by its transaction
 // id, and only when both sides carry one (0 stands for none). Each category is a list of ids, made when its first id
-// is found, so that an empty category stays null; a list that is there already is appended to. What was appended
+// is found, so that an empty category stays null; a list that exists already is appended to. What was appended
 // before a failure stays.
 #include "compare/tov_compare_private.hpp"
 #include "document/document_ids.hpp"

@@ -115,7 +115,7 @@ static void my_find_next_target(KT_context *ctx, my_step *step, my_target *targe
 }
 
 // Takes note of a column, and tells whether it is known to lead to no root. One that is on the way already closes a
-// circle: nothing before it will be gone back to.
+// cycle: nothing before it will be gone back to.
 static void my_note(KT_context *ctx, my_search *search, my_step *step, bool *is_known) noexcept
 {
     step->number = FK_NO_NUMBER;

@@ -1,6 +1,6 @@
 #include "document_support.hpp"
 
-// Constraints that are there already, to be replaced or dropped.
+// Constraints that exist already, to be replaced or dropped.
 static constexpr char constrained[] =
     R"({"tbls":{"t":{"cols":{"c":{"notnull":{"name":"old"},"defval":{"expr":"old","name":"old"},"x":1}}}}})";
 
