@@ -1,8 +1,9 @@
 #include "cli_types.hpp"
 
+#include "cli.hpp"
 #include "kt_string.h"
+#include "tov_host_types.h"
 
-#include <charconv>
 #include <iterator>
 
 // What a default of a type may be, by the type's kind.
@@ -22,85 +23,6 @@ static constexpr const char *carries_over[] = {
 };
 static_assert(std::size(carries_over) == TOV_KIND_GUID + 1);
 
-static constexpr const char *written = "the server writes the values of the column itself";
-static constexpr const char *left_out = "a column of this type is left out of its table";
-
-namespace {
-struct server_type {
-    const char *name;
-    const char *abstract_type;            // null where no column of the schema holds a default of this type,
-    const char *why_no_default = nullptr; // and then why
-};
-} // namespace
-
-static constexpr server_type server_types[] = {
-    {"bigint", "sint64"},
-    {"int", "sint32"},
-    {"smallint", "sint16"},
-    {"tinyint", "uint8"},
-    {"bit", "uint1"},
-    {"float", "real8"},
-    {"real", "real4"},
-    {"numeric", "decimal"},
-    {"money", "money8"},
-    {"smallmoney", "money4"},
-    {"datetime2", "datetime"},
-    {"smalldatetime", "datetime"},
-    {"char", "text"},
-    {"varchar", "text"},
-    {"nchar", "text"},
-    {"nvarchar", "text"},
-    {"sysname", "text"},
-    {"xml", "text"},
-    {"ntext", "text"},
-    {"binary", "blob"},
-    {"varbinary", "blob"},
-    {"image", "blob"},
-    {"geography", "blob"},
-    {"geometry", "blob"},
-    {"hierarchyid", "blob"},
-    {"uniqueidentifier", "guid"},
-    {"timestamp", nullptr, written},
-    {"rowversion", nullptr, written},
-    {"datetimeoffset", nullptr, left_out},
-    {"sql_variant", nullptr, left_out},
-    {"json", nullptr, left_out},
-    {"vector", nullptr, left_out},
-    {"integer", "sint32"},
-    {"dec", "decimal"},
-    {"double precision", "real8"},
-    {"character", "text"},
-    {"char varying", "text"},
-    {"character varying", "text"},
-    {"binary varying", "blob"},
-    {"national char", "text"},
-    {"national character", "text"},
-    {"national char varying", "text"},
-    {"national character varying", "text"},
-    {"national text", "text"},
-};
-
-// The second number between parentheses, as in decimal(9, 2).
-static void my_read_scale(const std::string &declared, uint32_t *scale)
-{
-    const size_t comma = declared.find(',');
-    if (comma == std::string::npos)
-        return;
-    const size_t digits = declared.find_first_not_of(' ', comma + 1);
-    if (digits != std::string::npos)
-        std::from_chars(declared.data() + digits, declared.data() + declared.size(), *scale);
-}
-
-std::string cli_type_name(const std::string &declared)
-{
-    std::string name = declared.substr(0, declared.find('('));
-    while (!name.empty() && name.back() == ' ')
-        name.pop_back();
-    if (name.size() > 2 && name.front() == '[' && name.back() == ']')
-        name = name.substr(1, name.size() - 2);
-    return name;
-}
-
 // Where values are not checked, a number may be any literal.
 static cli_type my_of_abstract_type(const tov_abstract_type *type)
 {
@@ -108,27 +30,30 @@ static cli_type my_of_abstract_type(const tov_abstract_type *type)
     return {type, carries_over[is_loose_number ? tov_type_kind{TOV_KIND_TEXT} : type->kind]};
 }
 
-static std::optional<cli_type> my_find_by_name(const char *name)
+static cli_type my_of_server_type(const tov_host_type &type)
 {
-    for (uint32_t n = 0; const tov_abstract_type *type = tov_get_nth_abstract_type(n); n++)
-        if (KT_stricmp(type->name, name) == 0)
-            return my_of_abstract_type(type);
-    for (const server_type &type : server_types) {
-        if (KT_stricmp(type.name, name) != 0)
-            continue;
-        if (!type.abstract_type)
-            return cli_type{nullptr, type.why_no_default};
-        return my_of_abstract_type(tov_find_abstract_type(type.abstract_type));
-    }
-    return std::nullopt;
+    if (type.is_row_version)
+        return {nullptr, "the server writes the values of the column itself"};
+    if (!type.abstract_type)
+        return {nullptr, "a column of this type is left out of its table"};
+    return my_of_abstract_type(tov_find_abstract_type(type.abstract_type));
 }
 
 std::optional<cli_type> cli_find_type(const std::string &declared, uint32_t *scale)
 {
-    const std::optional<cli_type> type = my_find_by_name(cli_type_name(declared).c_str());
-    if (type)
-        my_read_scale(declared, scale);
-    return type;
+    for (uint32_t n = 0; const tov_abstract_type *type = tov_get_nth_abstract_type(n); n++)
+        if (KT_stricmp(type->name, declared.c_str()) == 0)
+            return my_of_abstract_type(type);
+    const cli_context context;
+    tov_host_type type{};
+    KT_bool is_known = 0;
+    tov_host__find_type(context.ctx, declared.c_str(), &type, &is_known);
+    cli_check(context.ctx, declared);
+    if (!is_known)
+        return std::nullopt;
+    if (type.scale > 0)
+        *scale = type.scale;
+    return my_of_server_type(type);
 }
 
 std::vector<std::string> cli_type_names()
@@ -136,7 +61,7 @@ std::vector<std::string> cli_type_names()
     std::vector<std::string> names;
     for (uint32_t n = 0; const tov_abstract_type *type = tov_get_nth_abstract_type(n); n++)
         names.emplace_back(type->name);
-    for (const server_type &type : server_types)
-        names.emplace_back(type.name);
+    for (uint32_t n = 0; const char *name = tov_host__get_nth_type_name(n); n++)
+        names.emplace_back(name);
     return names;
 }

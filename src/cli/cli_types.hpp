@@ -19,6 +19,3 @@ std::optional<cli_type> cli_find_type(const std::string &declared, uint32_t *sca
 
 // The names of all types.
 std::vector<std::string> cli_type_names();
-
-// The name without brackets and sizes.
-std::string cli_type_name(const std::string &declared);

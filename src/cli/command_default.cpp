@@ -38,7 +38,7 @@ struct input_line {
 
 static std::string my_unknown_type(const std::string &name)
 {
-    const std::string nearest = cli_nearest(cli_type_name(name), cli_type_names());
+    const std::string nearest = cli_nearest(name.substr(0, name.find('(')), cli_type_names());
     return "there is no type '" + name + "'" + (nearest.empty() ? "" : "; did you mean '" + nearest + "'?");
 }
 

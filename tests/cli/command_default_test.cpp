@@ -48,6 +48,8 @@ const default_case default_cases[] = {
     {{"decimal(9)", "((12))"}, "kept\t12\n"},
     {{"nvarchar(max)", "('x')"}, "kept\t'x'\n"},
     {{"[int]", "((1))"}, "kept\t1\n"},
+    {{"[sys].[decimal](9, 2)", "((12.5))"}, "kept\t1250\n"},
+    {{"national character varying (20)", "(N'x')"}, "kept\t'x'\n"},
     {{"identity", "((1))"}, "dropped\tan identity column has no default\n"},
     {{"identity", "(NULL)"}, "kept\tNULL\n"},
 };

@@ -25,6 +25,9 @@ void host_add_type(KT_context *ctx, host_import &import, const host_table &table
 const char *host_type_name(const host_column &col);
 // Whether the column's values are whole numbers that SQLite's rowid can hold.
 bool host_is_rowid_type(const host_column &col);
+// The abstract type of a column of a type by itself, null when no column of the schema can hold it.
+const char *host_abstract_type(const host_column &col);
+bool host_is_row_version(const host_column &col);
 
 // host_keys.cpp: which column becomes the rowid; then the table's keys.
 void host_choose_rowid(KT_context *ctx, host_import &import, host_table &table);

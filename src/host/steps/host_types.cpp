@@ -85,6 +85,21 @@ static const host_type *my_find_type(const host_column &col)
     return col.is_assembly_type ? &clr_type : nullptr;
 }
 
+const char *host_abstract_type(const host_column &col)
+{
+    static constexpr const char *by_kind[] = {nullptr, "decimal", "time", "datetime", "text", "blob"};
+    const host_type *type = my_find_type(col);
+    if (!type)
+        return nullptr;
+    return type->abstract_type ? type->abstract_type : by_kind[static_cast<size_t>(type->kind)];
+}
+
+bool host_is_row_version(const host_column &col)
+{
+    const host_type *type = my_find_type(col);
+    return type && type->is_row_version;
+}
+
 bool host_is_rowid_type(const host_column &col)
 {
     const host_type *type = my_find_type(col);

@@ -65,6 +65,11 @@ static constexpr host_type_synonym system_types[] = {
     {"national character varying", "nvarchar"},
 };
 
+const char *host_nth_type_name(uint32_t n)
+{
+    return n < std::size(system_types) ? system_types[n].written.data() : nullptr;
+}
+
 // Empty when the server has no such type.
 static std::string_view my_system_name(std::string_view written)
 {

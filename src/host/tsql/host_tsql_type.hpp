@@ -24,6 +24,9 @@ struct host_tsql_type {
     }
 };
 
+// The n-th of the names that the server knows for its types, first names and others; null past the last.
+const char *host_nth_type_name(uint32_t n);
+
 host_tsql_type host_read_type(host_tsql_cursor &cursor);
 
 // Reads a type and writes it as the server does: [varchar](10).

@@ -60,7 +60,7 @@ bool host_is_reserved(host_word word);
 
 inline char host_lower(char byte)
 {
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+    return static_cast<char>(KT_char__folded(byte));
 }
 std::string_view host_trimmed(std::string_view text);
 // Compares without regard to the case of ASCII letters.
