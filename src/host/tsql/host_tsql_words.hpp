@@ -1,6 +1,8 @@
 // The words of T-SQL that a reader of scripts tells apart.
 #pragma once
 
+#include "kt_folded.hpp"
+
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
