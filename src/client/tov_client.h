@@ -89,9 +89,9 @@ TOV_API void tov_client__check_texts(KT_context *ctx, tov_schema *schema) KT_NOE
 /**
  * Describes how the values of tables are kept, for programs that read and write the database themselves.
  *
- * The guide is a map with a list "tables". Each table is a map: "table" and "server_table" (its names in SQLite and on the server), "columns", and "insert": the
- * INSERT that stores a row, the n-th parameter being the value of the n-th column that is not left out. A column is a
- * map of these members; those that have nothing to say are left out:
+ * The guide is a map with a list "tables". Each table is a map: "table" and "server_table" (its names in SQLite and on
+ * the server), "columns", and "insert": the INSERT that stores a row, the n-th parameter being the value of the n-th
+ * column that is not left out. A column is a map of these members; those that have nothing to say are left out:
  * - "name", "server_type" (e.g. "decimal(9,2)"), "user_type" (the alias type that it was declared with)
  * - "storage" (INTEGER, REAL, TEXT or BLOB) and "form": what is stored, in words; "left_out": why the SQLite table does
  *   not have the column, and then nothing follows but "computed"
@@ -116,8 +116,8 @@ TOV_API void tov_client__describe_columns(KT_context *ctx, tov_schema *schema, c
 typedef struct tov_client_load_options {
     /** Optional: the table that rows go into, by its name in SQLite or on the server; else a file's name says it. */
     const char *tbl;
-    /** Optional: "bcp", "csv", "json" (an array, or an object a line), "native" or "insert"; null or "auto" finds out from
-     * the first rows. */
+    /** Optional: "bcp", "csv", "json" (an array, or an object a line), "native" or "insert"; null or "auto" finds out
+     * from the first rows. */
     const char *format;
     /** Optional: the files' encoding, as iconv names it; else a mark at their beginning says it, or they are UTF-8. */
     const char *encoding;
@@ -204,11 +204,11 @@ TOV_API void tov_client__finish_load(KT_context *ctx, tov_client_loader *loader,
 /** Frees a loader; null does nothing. What was not finished stays as the last transaction left it. */
 TOV_API void tov_client__free_loader(KT_context *ctx, tov_client_loader *loader) KT_NOEXCEPT;
 
-/** How rows are written. All zero writes bcp's character form: a table that was loaded from such a file as that file was,
- * any other in UTF-8, with fields that end with a tab and rows that end with a line end. */
+/** How rows are written. All zero writes bcp's character form: a table that was loaded from such a file as that file
+ * was, any other in UTF-8, with fields that end with a tab and rows that end with a line end. */
 typedef struct tov_client_unload_options {
-    /** Optional: "bcp"; "csv" (a line of names first, quotes where they are needed, NULL empty, an empty string ""); "json"
-     * (an object a line, with values as FOR JSON writes them); "insert" (one script of all tables, rows.sql). */
+    /** Optional: "bcp"; "csv" (a line of names first, quotes where they are needed, NULL empty, an empty string "");
+     * "json" (an object a line, with values as FOR JSON writes them); "insert" (one script of all tables, rows.sql). */
     const char *format;
     /** Optional: "utf-8" or "utf-16le", which begins with a mark. */
     const char *encoding;
@@ -218,9 +218,9 @@ typedef struct tov_client_unload_options {
     /** The tables, by their names in SQLite or on the server; all of them when tbl_count is 0. */
     const char *const *tbls;
     uint32_t tbl_count;
-    /** Optional: a SELECT whose rows are written, into the file query.dat, .csv, .jsonl or .sql. A column has the form of
-     * the tables' columns of its name, if all of them have the same type; for "insert" exactly one table is named, which
-     * the rows are for. */
+    /** Optional: a SELECT whose rows are written, into the file query.dat, .csv, .jsonl or .sql. A column has the form
+     * of the tables' columns of its name, if all of them have the same type; for "insert" exactly one table is named,
+     * which the rows are for. */
     const char *query;
 } tov_client_unload_options;
 

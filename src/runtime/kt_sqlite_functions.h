@@ -50,8 +50,7 @@ typedef struct KT_sqlite_functions {
     /* 24 */ int (*step)(struct sqlite3_stmt *statement);
     /** The same as open, but leaves the connection as SQLite made it. */
     /* 25 */ int (*open_plain)(const char *file_name, struct sqlite3 **connection, int flags);
-    /** Compiles the first statement of a string; rest is what follows it. A string without one gives a null statement.
-     */
+    /** Compiles the first statement of a string; rest is what follows it. Without one the statement is null. */
     /* 26 */ int (*prepare_next)(struct sqlite3 *connection, const char *sql, struct sqlite3_stmt **statement,
                                  const char **rest);
     /** Runs all statements of a string, without looking at rows. */

@@ -44,8 +44,7 @@ struct KT_variant {
 };
 
 /**
- * The variant as a string, borrowed from the map or list it is in. Fails with KT_ERR_WRONG_TYPE when it is not a
- * string.
+ * The variant as a string, borrowed from the map or list it is in. KT_ERR_WRONG_TYPE for any other value.
  */
 KT_API void KT_variant__get__sz(KT_context *ctx, const KT_variant *variant, const char **text) KT_NOEXCEPT;
 

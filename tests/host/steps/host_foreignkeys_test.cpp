@@ -109,10 +109,12 @@ TEST_F(HostForeignkeysTest, LeftOut)
          "fk-unprepared-column: dbo.C: left out: it refers to column dbo.P.Sum, which is left out: " + text +
              "([Sum])" + actions},
         {"one to a column that is not a key", a_fk(99, "FK", 1, "A:Other"),
-         "fk-parent-key-missing: dbo.C: left out: the columns it refers to are not a primary or unique key in SQLite: " +
+         "fk-parent-key-missing: dbo.C: left out: the columns it refers to are not a primary or unique key in "
+         "SQLite: " +
              text + "([Other])" + actions},
         {"one to a part of a key", a_fk(99, "FK", 1, "A:Ver"),
-         "fk-parent-key-missing: dbo.C: left out: the columns it refers to are not a primary or unique key in SQLite: " +
+         "fk-parent-key-missing: dbo.C: left out: the columns it refers to are not a primary or unique key in "
+         "SQLite: " +
              text + "([Ver])" + actions},
     };
     for (const auto &c : cases) {
