@@ -4,7 +4,7 @@
 #
 # readme_test.sh SOURCE_DIR example PROGRAM
 # readme_test.sh SOURCE_DIR demo COMMAND
-# readme_test.sh SOURCE_DIR commands COMMAND
+# readme_test.sh SOURCE_DIR commands COMMAND BUILD_DIR
 # readme_test.sh SOURCE_DIR install COMMAND BUILD_DIR
 set -euo pipefail
 
@@ -71,6 +71,15 @@ STUB
     chmod +x "$work/bin/sqlcmd"
 }
 
+# The first two commands are followed by what they print; the seconds at the end of a line may differ.
+check_printed()
+{
+    (($1 <= 2)) || return 0
+    block README.md printed text "$1" | sed -E 's/[0-9]+\.[0-9]{2}$/SECONDS/' >"$work/expected"
+    sed -E -i 's/[0-9]+\.[0-9]{2}$/SECONDS/' "$work/printed"
+    same "$work/expected" "$work/printed"
+}
+
 check_commands()
 {
     mkdir "$work/bin"
@@ -86,7 +95,9 @@ check_commands()
             rm -f schema.json shop.db
             created=$((created + 1))
         fi
-        PATH=$work/bin:$PATH bash -euo pipefail -c "$script" >"$work/log" 2>&1 || { cat "$work/log" >&2 && exit 1; }
+        PATH=$work/bin:$PATH bash -euo pipefail -c "${script//..\/build\/release/"$build_dir"}" \
+            >"$work/printed" 2>"$work/log" || { cat "$work/log" >&2 && exit 1; }
+        check_printed $n
         [[ $(sqlite3 shop.db "PRAGMA integrity_check") == ok ]]
         sqlite3 shop.db "SELECT name FROM sqlite_schema WHERE type = 'table' ORDER BY name" >"$work/tables.$n"
         cmp "$work/tables.1" "$work/tables.$n"
