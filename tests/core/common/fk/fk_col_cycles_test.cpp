@@ -220,6 +220,13 @@ TEST_F(ColCyclesTest, APairIsFollowedOnlyByTheIdThatItIsWrittenWith)
     EXPECT_EQ(cycles(), R"({"cols":[{"tbl":"a","col":"id"}]})");
 }
 
+TEST_F(ColCyclesTest, EveryIdThatAKeyWritesBeginsASearch)
+{
+    key("j", "a", "b", {{"id", "id"}});
+    key("k", "a", "a", {{"ID", "ID"}});
+    EXPECT_EQ(cycles(), R"({"cols":[{"tbl":"a","col":"id"}]})");
+}
+
 TEST_F(ColCyclesTest, WaysThatLeadNowhereEnd)
 {
     load(R"({"tbls":{"a":{"cols":{"x":{"type":{"name":"sint32"},"fk":{"ref_tbl_id":"nowhere","ref_col_id":"x"}},)"
