@@ -399,10 +399,7 @@ TEST_F(FailingDatesTest, EachFailureIsTheResultOfTheCall)
         return code ? code : sqlite3_step(statement);
     };
     // A library that corrects such dates itself is asked once: opened, prepared, bound and stepped. Others twice.
-    sqlite3 *plain = nullptr;
-    ASSERT_EQ(sqlite->open_plain(":memory:", &plain, read_write_create), SQLITE_OK);
-    const int least = value_of(plain, "date('2024-02-30')") == "'2024-03-01'" ? 4 : 7;
-    EXPECT_EQ(sqlite->close(plain), SQLITE_OK);
+    const int least = value_of(plain, "date('2024-02-30')").find("2024-03-01") != std::string::npos ? 4 : 7;
     const int64_t before = sqlite3_memory_used();
     for (const char *expression : {"date('2024-02-30')", "strftime('%d', '2024-02-30')"}) {
         for (const int code : kt_sqlite_failures) {
