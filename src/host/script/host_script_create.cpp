@@ -124,7 +124,7 @@ static void my_create_sequence(host_script_reader &reader, const host_tsql_token
 static void my_read_database(host_script_reader &reader, bool is_new)
 {
     host_tsql_cursor &cursor = reader.cursor;
-    if (!cursor.token.is_name() || host_is_reserved(cursor.token.word)) // AUDIT SPECIFICATION, CURRENT ...
+    if (!cursor.token.is_name() || host_is_reserved(cursor.token.word)) // nothing that could name one
         return host_skip_statement(reader);
     const host_tsql_token first = cursor.token;
     std::string buffer;

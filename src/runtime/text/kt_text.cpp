@@ -1,4 +1,4 @@
-// Small helpers on texts, the same in every locale.
+// Small helpers on strings, the same in every locale.
 #include "kt_chars.h"
 #include "kt_string.h"
 #include "kt_try.hpp"
