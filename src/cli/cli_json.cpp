@@ -1,5 +1,7 @@
 #include "cli_json.hpp"
 
+#include "cli_harmless.hpp"
+
 std::string cli_take(KT_context *ctx, KT_string *string)
 {
     std::string text = string ? KT_string__sz(string) : "";
@@ -33,6 +35,22 @@ std::vector<std::string> cli_take_texts(KT_context *ctx, KT_varray *list)
     KT_varray__free(ctx, list);
     cli_check(ctx, "");
     return texts;
+}
+
+std::string cli_harmless_of(KT_context *ctx, const KT_vhash *map, const char *key)
+{
+    const char *text = nullptr;
+    KT_vhash__check__sz(ctx, map, key, &text);
+    cli_check(ctx, key);
+    return cli_harmless(text ? text : "");
+}
+
+bool cli_flag_of(KT_context *ctx, const KT_vhash *map, const char *key)
+{
+    KT_bool flag = 0;
+    KT_vhash__check__bool(ctx, map, key, &flag);
+    cli_check(ctx, key);
+    return flag;
 }
 
 void cli_add_text(KT_context *ctx, KT_vhash *map, const char *key, const char *text)

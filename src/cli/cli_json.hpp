@@ -40,7 +40,11 @@ std::string cli_take(KT_context *ctx, KT_string *string);
 // Takes over a list of texts; null is an empty one.
 std::vector<std::string> cli_take_texts(KT_context *ctx, KT_varray *list);
 
-// Members of a map; texts that are absent are left out.
+// A member of a map: a string as a line for people has it, "" where it is absent; a flag, false where it is absent.
+std::string cli_harmless_of(KT_context *ctx, const KT_vhash *map, const char *key);
+bool cli_flag_of(KT_context *ctx, const KT_vhash *map, const char *key);
+
+// Adds members to a map; texts that are absent are left out.
 void cli_add_text(KT_context *ctx, KT_vhash *map, const char *key, const char *text);
 void cli_add_number(KT_context *ctx, KT_vhash *map, const char *key, int64_t number);
 void cli_add_texts(KT_context *ctx, KT_vhash *map, const char *key, const std::vector<std::string> &texts);

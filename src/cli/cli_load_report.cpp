@@ -44,22 +44,6 @@ static int64_t my_number(KT_context *ctx, const KT_vhash *record, const char *ke
     return number;
 }
 
-static std::string my_text(KT_context *ctx, const KT_vhash *record, const char *key)
-{
-    const char *text = nullptr;
-    KT_vhash__get__sz(ctx, record, key, &text);
-    cli_check(ctx, key);
-    return cli_harmless(text);
-}
-
-static bool my_flag(KT_context *ctx, const KT_vhash *record, const char *key)
-{
-    KT_bool flag = 0;
-    KT_vhash__get__bool(ctx, record, key, &flag);
-    cli_check(ctx, key);
-    return flag;
-}
-
 // The number of shortened values; the columns are told on lines of their own.
 static int64_t my_shortened(KT_context *ctx, const KT_vhash *record, std::vector<std::string> &notes)
 {
@@ -74,8 +58,8 @@ static int64_t my_shortened(KT_context *ctx, const KT_vhash *record, std::vector
         cli_check(ctx, "shortened");
         const int64_t values = my_number(ctx, counts, col);
         total += values;
-        notes.push_back("note: " + my_text(ctx, record, "table") + ", column " + col + ": " + std::to_string(values) +
-                        " values were shortened to three fraction digits");
+        notes.push_back("note: " + cli_harmless_of(ctx, record, "table") + ", column " + col + ": " +
+                        std::to_string(values) + " values were shortened to three fraction digits");
     }
     return total;
 }
@@ -91,7 +75,7 @@ static table_line &my_line_of(load_summary &summary, const std::string &name)
 
 static void my_add_unknown(KT_context *ctx, const KT_vhash *record, load_summary &summary)
 {
-    const std::string tbl = my_text(ctx, record, "table");
+    const std::string tbl = cli_harmless_of(ctx, record, "table");
     summary.unknown_bytes += my_number(ctx, record, "bytes");
     const bool is_new = (", " + summary.unknown + ",").find(" " + tbl + ",") == std::string::npos;
     if (is_new)
@@ -100,15 +84,15 @@ static void my_add_unknown(KT_context *ctx, const KT_vhash *record, load_summary
 
 static void my_add_record(KT_context *ctx, const KT_vhash *record, load_summary &summary)
 {
-    if (my_flag(ctx, record, "unknown")) {
+    if (cli_flag_of(ctx, record, "unknown")) {
         my_add_unknown(ctx, record, summary);
         return;
     }
-    const std::string file = my_text(ctx, record, "file");
-    if (my_flag(ctx, record, "before"))
+    const std::string file = cli_harmless_of(ctx, record, "file");
+    if (cli_flag_of(ctx, record, "before"))
         summary.notes.push_back("note: " + file + " was loaded before; --again loads it once more");
-    else if (!my_flag(ctx, record, "part"))
-        summary.notes.push_back("note: " + file + " was read as " + my_text(ctx, record, "dialect"));
+    else if (!cli_flag_of(ctx, record, "part"))
+        summary.notes.push_back("note: " + file + " was read as " + cli_harmless_of(ctx, record, "dialect"));
     if (summary.notes.size() > 1 && summary.notes.back() == summary.notes[summary.notes.size() - 2])
         summary.notes.pop_back(); // a script's tables have one file
     table_line line;
@@ -118,9 +102,9 @@ static void my_add_record(KT_context *ctx, const KT_vhash *record, load_summary 
     line.shortened = my_shortened(ctx, record, summary.notes);
     KT_vhash__get__double(ctx, record, "seconds", &line.seconds);
     cli_check(ctx, "seconds");
-    if (my_flag(ctx, record, "history"))
+    if (cli_flag_of(ctx, record, "history"))
         line.left_out = line.read;
-    for (table_line *sum : {&my_line_of(summary, my_text(ctx, record, "table")), &summary.total}) {
+    for (table_line *sum : {&my_line_of(summary, cli_harmless_of(ctx, record, "table")), &summary.total}) {
         sum->read += line.read;
         sum->loaded += line.loaded;
         sum->rejected += line.rejected;

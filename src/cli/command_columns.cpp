@@ -1,7 +1,6 @@
 // tov-schema columns: how the values of each column are kept, shown and stored.
 
 #include "cli_files.hpp"
-#include "cli_harmless.hpp"
 #include "cli_json.hpp"
 #include "cli_layout.hpp"
 #include "cli_schema.hpp"
@@ -24,22 +23,6 @@ using lines = std::vector<std::vector<std::string>>;
 constexpr size_t most_shown = 40;
 
 } // namespace
-
-static bool my_flag(KT_context *ctx, const KT_vhash *record, const char *key)
-{
-    KT_bool flag = 0;
-    KT_vhash__check__bool(ctx, record, key, &flag);
-    cli_check(ctx, key);
-    return flag;
-}
-
-static std::string my_text(KT_context *ctx, const KT_vhash *record, const char *key)
-{
-    const char *text = nullptr;
-    KT_vhash__check__sz(ctx, record, key, &text);
-    cli_check(ctx, key);
-    return cli_harmless(text ? text : "");
-}
 
 static std::vector<KT_vhash *> my_maps(KT_context *ctx, const KT_vhash *record, const char *key)
 {
@@ -75,40 +58,40 @@ static std::string my_keys(KT_context *ctx, const KT_vhash *col)
     cli_check(ctx, "primary_key");
     if (position > 0)
         add(position > 1 ? "primary key " + std::to_string(position) : "primary key");
-    if (my_flag(ctx, col, "unique"))
+    if (cli_flag_of(ctx, col, "unique"))
         add("unique");
     for (KT_vhash *reference : my_maps(ctx, col, "references")) {
-        const std::string of_tbl = my_text(ctx, reference, "column");
-        add("-> " + my_text(ctx, reference, "table") + (of_tbl.empty() ? "" : "." + of_tbl));
+        const std::string of_tbl = cli_harmless_of(ctx, reference, "column");
+        add("-> " + cli_harmless_of(ctx, reference, "table") + (of_tbl.empty() ? "" : "." + of_tbl));
     }
     return text;
 }
 
 static std::string my_server_type(KT_context *ctx, const KT_vhash *col)
 {
-    const std::string alias = my_text(ctx, col, "user_type");
-    const std::string type = my_text(ctx, col, "server_type");
-    const std::string identity = my_text(ctx, col, "identity");
+    const std::string alias = cli_harmless_of(ctx, col, "user_type");
+    const std::string type = cli_harmless_of(ctx, col, "server_type");
+    const std::string identity = cli_harmless_of(ctx, col, "identity");
     return (alias.empty() ? type : type + " " + alias) + (identity.empty() ? "" : " identity(" + identity + ")");
 }
 
 static std::vector<std::string> my_line(KT_context *ctx, const KT_vhash *col)
 {
-    const std::string left_out = my_text(ctx, col, "left_out");
-    std::vector<std::string> line = {my_text(ctx, col, "name"), my_server_type(ctx, col)};
+    const std::string left_out = cli_harmless_of(ctx, col, "left_out");
+    std::vector<std::string> line = {cli_harmless_of(ctx, col, "name"), my_server_type(ctx, col)};
     if (!left_out.empty()) {
         line.push_back("left out");
         line.resize(8);
-        line.push_back(left_out + " " + my_text(ctx, col, "computed"));
+        line.push_back(left_out + " " + cli_harmless_of(ctx, col, "computed"));
         return line;
     }
-    line.push_back(my_flag(ctx, col, "nullable") ? "yes" : "no");
-    line.push_back(my_flag(ctx, col, "required") ? "required" : "");
-    line.push_back(my_cut(my_text(ctx, col, "default")));
-    line.push_back(my_text(ctx, col, "storage"));
-    line.push_back(my_cut(my_text(ctx, col, "example")));
-    line.push_back(my_cut(my_text(ctx, col, "stored_example")));
-    line.push_back(my_text(ctx, col, "form"));
+    line.push_back(cli_flag_of(ctx, col, "nullable") ? "yes" : "no");
+    line.push_back(cli_flag_of(ctx, col, "required") ? "required" : "");
+    line.push_back(my_cut(cli_harmless_of(ctx, col, "default")));
+    line.push_back(cli_harmless_of(ctx, col, "storage"));
+    line.push_back(my_cut(cli_harmless_of(ctx, col, "example")));
+    line.push_back(my_cut(cli_harmless_of(ctx, col, "stored_example")));
+    line.push_back(cli_harmless_of(ctx, col, "form"));
     line.push_back(my_keys(ctx, col));
     return line;
 }
@@ -116,14 +99,14 @@ static std::vector<std::string> my_line(KT_context *ctx, const KT_vhash *col)
 // The expressions of columns whose values are not shown and stored as they are.
 static void my_add_expressions(KT_context *ctx, const KT_vhash *col, lines &text)
 {
-    if (!my_text(ctx, col, "left_out").empty())
+    if (!cli_harmless_of(ctx, col, "left_out").empty())
         return;
-    const std::string name = my_text(ctx, col, "name");
-    const std::string show = my_text(ctx, col, "show");
-    const std::string store = my_text(ctx, col, "store");
-    const std::string of_text = my_text(ctx, col, "store_text");
+    const std::string name = cli_harmless_of(ctx, col, "name");
+    const std::string show = cli_harmless_of(ctx, col, "show");
+    const std::string store = cli_harmless_of(ctx, col, "store");
+    const std::string of_text = cli_harmless_of(ctx, col, "store_text");
     const bool is_shown_as_it_is = show.size() == name.size() + 2;
-    const std::string bind = my_text(ctx, col, "bind");
+    const std::string bind = cli_harmless_of(ctx, col, "bind");
     if (!is_shown_as_it_is)
         text.push_back({name, "show", show});
     if (store != "?1" || !of_text.empty())
@@ -134,8 +117,8 @@ static void my_add_expressions(KT_context *ctx, const KT_vhash *col, lines &text
 
 static std::string my_as_text(KT_context *ctx, const KT_vhash *tbl)
 {
-    const std::string name = my_text(ctx, tbl, "table");
-    const std::string server_name = my_text(ctx, tbl, "server_table");
+    const std::string name = cli_harmless_of(ctx, tbl, "table");
+    const std::string server_name = cli_harmless_of(ctx, tbl, "server_table");
     lines cols = {
         {"column", "server type", "NULL", "insert", "default", "stored as", "example", "stored", "form", "keys"}};
     lines expressions;

@@ -1,18 +1,11 @@
 // Keys hold ids in the case in which they were added; columns have theirs in lower case.
 #include "guide/client_col_keys.hpp"
 
-#include "kt_chars.h"
+#include "kt_folded.hpp"
 
 #include <string_view>
 
 #define KT_HERE "src/client/guide/client_col_keys"
-
-static void my_fold(KT_context *ctx, const char *id, std::string &folded)
-{
-    kt_owned_text text{ctx};
-    KT_TRY(KT_strdup__folded(ctx, id, text.out()));
-    folded = text;
-}
 
 static void my_read_reference(KT_context *ctx, tov_schema *schema, const KT_vhash *key, uint32_t n,
                               client_col_keys &keys)
@@ -45,10 +38,8 @@ static void my_read_key(KT_context *ctx, tov_schema *schema, const KT_vhash *key
     KT_TRY(KT_varray__count(ctx, cols, &count));
     for (uint32_t n = 0; n < count; n++) {
         const char *col_id = nullptr;
-        std::string folded;
         KT_TRY(KT_varray__get__sz(ctx, cols, n, &col_id));
-        KT_TRY(my_fold(ctx, col_id, folded));
-        client_col_keys &of_col = keys[folded];
+        client_col_keys &of_col = keys[kt_folded(col_id)];
         const std::string_view word = kind;
         if (word == "primary")
             of_col.pk_position = n + 1;
