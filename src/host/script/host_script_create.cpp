@@ -120,11 +120,22 @@ static void my_create_sequence(host_script_reader &reader, const host_tsql_token
     reader.state.sequences.insert_or_assign({sequence.schema_name, sequence.name}, sequence);
 }
 
+// A database's name is one word. Two are something within it: an audit, an encryption key, a scoped credential.
+static bool my_is_database_name(host_tsql_cursor &cursor)
+{
+    const host_tsql_token next = cursor.peek();
+    if (!cursor.token.is_name() || host_is_reserved(cursor.token.word))
+        return false;
+    if (cursor.token.kind != host_tsql_kind::word || next.kind != host_tsql_kind::word)
+        return true;
+    return !my_is(next, "SPECIFICATION") && !my_is(next, "KEY") && !my_is(next, "CREDENTIAL");
+}
+
 // CREATE and ALTER DATABASE: the name of the first, the collation of both.
 static void my_read_database(host_script_reader &reader, bool is_new)
 {
     host_tsql_cursor &cursor = reader.cursor;
-    if (!cursor.token.is_name() || host_is_reserved(cursor.token.word)) // nothing that could name one
+    if (!my_is_database_name(cursor))
         return host_skip_statement(reader);
     const host_tsql_token first = cursor.token;
     std::string buffer;
