@@ -3,7 +3,7 @@
 
     make_bacpac.py SHOP.DACPAC SHOP.BACPAC
 
-Rows stand in such a package as bcp's native Unicode form has them: the columns of a table one after the other, little
+Rows are kept in such a package in bcp's native Unicode form: the columns of a table one after the other, little
 end first, without those that the server computes. Equal input makes equal bytes.
 """
 import struct
@@ -31,7 +31,7 @@ def properties(element):
 
 
 def related(element, relationship):
-    """What stands in an element's relationship: elements or references."""
+    """What an element's relationship holds: elements or references."""
     for found in element.findall(NAMESPACE + "Relationship"):
         if found.get("Name") == relationship:
             for entry in found:

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+static constexpr size_t gap = 2; // blanks between columns
+
 size_t cli_width(const std::string &text)
 {
     return static_cast<size_t>(
@@ -24,11 +26,11 @@ std::string cli_lay_out(const std::vector<std::vector<std::string>> &lines, cons
     const std::vector<size_t> widths = my_widths(lines);
     std::string text;
     for (const std::vector<std::string> &line : lines) {
-        std::string laid = indent;
+        std::string padded = indent;
         for (size_t n = 0; n < line.size(); n++)
-            laid += line[n] + std::string(widths[n] - cli_width(line[n]) + 2, ' ');
-        laid.erase(laid.find_last_not_of(' ') + 1);
-        text += laid + "\n";
+            padded += line[n] + std::string(widths[n] - cli_width(line[n]) + gap, ' ');
+        padded.erase(padded.find_last_not_of(' ') + 1);
+        text += padded + "\n";
     }
     return text;
 }

@@ -127,7 +127,7 @@ static load_line my_texts(const table_line &line)
             seconds};
 }
 
-// Names stand at the left, numbers at the right; rows that are left out have a column where there are any.
+// Names are aligned left, numbers right; rows that are left out have a column where there are any.
 static std::string my_layout(const std::vector<load_line> &lines, bool has_left_out)
 {
     std::array<size_t, column_count> widths{};

@@ -64,7 +64,7 @@ TOV_API void tov_client__create_database__with(KT_context *ctx, tov_schema *sche
 
 /**
  * Lists the ids of all tables in the order in which they are created: referenced tables before referencing ones.
- * Where that is impossible (tables that refer to each other in a cycle, an order that is refused) the ids stand in
+ * Where that is impossible (tables that refer to each other in a cycle, an order that is refused) the ids are in
  * schema order, which SQLite allows too.
  *
  * @param[out] tbl_ids  owned strings.

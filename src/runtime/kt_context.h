@@ -76,7 +76,7 @@ KT_API void KT_context__free(KT_context *ctx) KT_NOEXCEPT;
  * @param code     not 0.
  * @param file     source file of the first frame; must outlive the context (a literal).
  * @param line     its line.
- * @param message  the description; copied. Null stands for the code's generic text.
+ * @param message  the description; copied. Null: the code's generic text.
  */
 KT_API void KT_context__err(KT_context *ctx, uint64_t code, const char *file, int32_t line,
                             const char *message) KT_NOEXCEPT;

@@ -15,7 +15,7 @@ struct sqlite3_context;
 struct sqlite3_value;
 
 /**
- * Result codes are SQLite's: 0 success, 100 a row, 101 done. The position of each entry stands before it. Where
+ * Result codes are SQLite's: 0 success, 100 a row, 101 done. The position of each entry is written before it. Where
  * nothing else is said, an entry does what the operation of that name does in SQLite; strings and blobs that are bound
  * or given as a result are copied.
  */

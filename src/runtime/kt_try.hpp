@@ -1,6 +1,6 @@
 // Failure in C++ code on top of the runtime: one idiom.
 //
-// The context carries the error. A call that may fail stands inside KT_TRY, which adds this function's frame and
+// The context carries the error. A call that may fail is written inside KT_TRY, which adds this function's frame and
 // returns. kt_owned.hpp has the other half: what frees an object that such a function still owns.
 //
 // A source file that uses these macros defines KT_HERE, the file name of its frames, and names its context `ctx`.

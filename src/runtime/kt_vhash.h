@@ -66,7 +66,7 @@ KT_API void KT_vhash__to_json(KT_context *ctx, const KT_vhash *map, KT_string *j
  */
 KT_API void KT_vhash__free(KT_context *ctx, KT_vhash *map) KT_NOEXCEPT;
 
-/** Whether a map stands by itself, as those made by an alloc operation do, and does not belong to a map or list. */
+/** Whether a map is independent, as those made by an alloc operation are, and does not belong to a map or list. */
 KT_API void KT_vhash__is_root(KT_context *ctx, const KT_vhash *map, KT_bool *is_root) KT_NOEXCEPT;
 
 /** The number of pairs. */

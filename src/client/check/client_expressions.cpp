@@ -1,4 +1,4 @@
-// Expressions stand in the statements as they are. Before SQLite compiles one, its tokens must show that it ends
+// Expressions go into the statements as they are. Before SQLite compiles one, its tokens must show that it ends
 // where its place ends: SQLite itself would take "1); DROP TABLE t; --" for the rest of the statement. The splitting
 // follows SQLite's own tokenizer in all that matters here: what a quote, a bracket or a comment swallows.
 #include "check/client_expressions.hpp"
@@ -45,7 +45,7 @@ static token my_quoted(const char *at, char quote, token_kind kind) noexcept
     return {token_kind::endless_quote, strlen(at)};
 }
 
-// A name in brackets or a comment: what stands up to and with the ending.
+// A name in brackets or a comment, its ending included.
 static token my_up_to(const char *at, size_t start, const char *ending, token_kind kind, token_kind endless) noexcept
 {
     const char *end = strstr(at + start, ending);
@@ -163,7 +163,7 @@ static const char *my_find_token_flaw(token_kind kind) noexcept
 }
 
 namespace {
-// What has been seen of an expression so far, blanks aside; the counts are of what stands outside of parentheses.
+// What has been seen of an expression so far, blanks aside; the counts are of what is outside parentheses.
 struct outline {
     int depth = 0;
     int values = 0; // literals, words and groups in parentheses

@@ -1,4 +1,4 @@
-// A database in memory where expressions are compiled before they may stand in the statements of another.
+// A database in memory where expressions are compiled before they are used in the statements of another.
 #pragma once
 
 #include "check/client_guard.hpp"

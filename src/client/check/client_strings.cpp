@@ -1,4 +1,4 @@
-// What a string of a document must be to stand where its role puts it.
+// What a string of a document must be to be safe where its role puts it.
 #include "check/client_strings.hpp"
 
 #include "check/client_expressions.hpp"

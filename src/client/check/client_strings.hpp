@@ -46,7 +46,7 @@ void client_find_string(KT_context *ctx, const client_record &at, tov_string_rol
 void client_check_string(KT_context *ctx, const client_walk &w, const client_record &at,
                          const tov_member &member) noexcept;
 
-// Refuses a name that is absent or must not stand in a statement.
+// Refuses a name that is absent or unsafe in a statement.
 void client_check_name(KT_context *ctx, const client_place &place, const char *name) noexcept;
 
 // Adds a name to those that were met already, and refuses one that SQLite takes for the same.

@@ -4,7 +4,7 @@
 // A condition reads OLD."parent" = "child" in this order, as SQLite writes it for its own foreign keys: the left side
 // decides the collation of the comparison, and that is to be the parent column's. A child key with a NULL in it equals
 // nothing. The statements run after the row is gone, so that rows which refer to each other in a cycle come to an
-// end. Deletions stand before resets: a row that both reach is deleted, even if resetting would take it out of sight.
+// end. Deletions come before resets: a row that both reach is deleted, even if resetting would take it out of sight.
 #include "create/client_actions.hpp"
 
 #include "create/client_place.hpp"

@@ -12,7 +12,7 @@ struct client_database {
     // Of client_schema_rows.cpp.
     kt_owned_statement insert_row{functions}; // null where rows are not written, or SQLite does not allow it
     int64_t last_old_row = 0;                 // the last row of the schema table that was there before
-    uint32_t new_tbls = 0;                    // whose rows stand in the schema table
+    uint32_t new_tbls = 0;                    // whose rows are in the schema table
     bool has_shelf = false;
 };
 

@@ -22,7 +22,7 @@ std::string fill(std::string_view pattern, const std::string &operand, const std
     return text;
 }
 
-// The most digits that a power of ten of 64 bits leaves behind the point.
+// The most digits that a power of ten of 64 bits leaves after the point.
 constexpr int most_divisible = 18;
 
 } // namespace
@@ -39,8 +39,8 @@ static int my_scale(const client_server_type &type) noexcept
     return type.base == client_base::decimal ? type.scale : 0;
 }
 
-// The sign stands by itself, since the whole part of -0.5 has none. Dividing before taking abs() is safe for the least
-// integer, too.
+// The sign is written on its own, since the whole part of -0.5 has none. Dividing before taking abs() is safe for the
+// least integer, too.
 static std::string my_show_scaled(int scale, const std::string &value)
 {
     const std::string digits = std::to_string(scale);
@@ -53,7 +53,7 @@ static std::string my_show_scaled(int scale, const std::string &value)
            fill("substr('$' || abs(@ % ", value, my_zeros(scale)) + power + "), -" + digits + ")";
 }
 
-// 6F9619FF-8B86-D011-B42D-00C04FC964FF: the first three groups stand low byte first.
+// 6F9619FF-8B86-D011-B42D-00C04FC964FF: the first three groups have their low byte first.
 static std::string my_show_guid(const std::string &value)
 {
     static constexpr struct {

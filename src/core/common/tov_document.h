@@ -37,7 +37,7 @@ TOV_API void tov_schema__from_json(KT_context *ctx, const char *json, tov_schema
  * From then on only the operations on the schema may change the trees: it remembers answers until one of them makes a
  * change. A caller that still holds a map inside one of them may read it, but must not write to it.
  *
- * @param document        a map that stands by itself. Of the map under "schema" that tov_schema__copy_into_vhash()
+ * @param document        an independent map. Of the map under "schema" that tov_schema__copy_into_vhash()
  *                        gave, for example, it is a copy made by KT_vhash__alloc__copy().
  * @param host_internals  the same for "host_internals"; optional, and may point to null.
  *

@@ -14,7 +14,7 @@ struct host_check_reading {
     bool unprepared = false;
     // The columns that it uses, each once, in order.
     std::vector<const host_column *> cols;
-    // Whether the whole text stands in one pair of parentheses.
+    // Whether one pair of parentheses holds the whole text.
     bool is_enclosed = false;
 };
 

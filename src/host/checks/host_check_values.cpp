@@ -125,7 +125,7 @@ static bool my_has_letter(std::string_view text)
                        [](char byte) { return (byte | 0x20) >= 'a' && (byte | 0x20) <= 'z'; });
 }
 
-// What stands between the quotes, doubled quotes taken for one.
+// What is between the quotes, doubled quotes taken for one.
 static std::string my_unquoted(std::string_view literal)
 {
     std::string text;

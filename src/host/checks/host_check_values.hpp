@@ -29,7 +29,7 @@ enum class host_value_kind {
 
 struct host_value {
     host_value_kind kind = host_value_kind::failed;
-    const host_column *col = nullptr; // set when the value is a column as it stands
+    const host_column *col = nullptr; // set when the value is a column and nothing else
     std::string_view literal;         // set for literals; of a text with its quotes
 };
 

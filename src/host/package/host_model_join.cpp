@@ -1,4 +1,4 @@
-// Everything is given to the tables and columns that it names. Elements stand in any order, so this comes last.
+// Everything is given to the tables and columns that it names. Elements come in any order, so this comes last.
 #include "package/host_model.hpp"
 
 #include "package/host_names.hpp"

@@ -12,7 +12,7 @@ struct host_script_file {
 };
 
 // A placeholder and what takes its place. A name of letters, digits and underscores is a variable, written $(name);
-// any other, such as @schema or {owner}, is replaced as it stands.
+// any other, such as @schema or {owner}, is replaced as a whole.
 struct host_script_define {
     std::string_view name;
     std::string_view value;

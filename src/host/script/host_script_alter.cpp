@@ -266,7 +266,7 @@ void host_read_alter_table(host_script_reader &reader, const host_tsql_token &fi
     if (reader.mode != host_script_mode::execute) {
         host_skip_statement(reader);
         if (reader.mode == host_script_mode::doubt)
-            reader.not_read(first, "the script does not decide the condition that it stands under");
+            reader.not_read(first, host_script_undecided);
         return;
     }
     cursor.advance();

@@ -198,7 +198,7 @@ void host_apply_parts(host_script_reader &reader, const host_tsql_token &first, 
         else
             table.cols.push_back(col);
     }
-    // A key that says CLUSTERED leaves none for the primary key, wherever it stands.
+    // A key that says CLUSTERED leaves none for the primary key, wherever it is written.
     const auto comes_first = [](const host_script_constraint &constraint) { return constraint.is_clustered; };
     for (const host_script_constraint &constraint : parts.constraints) {
         if (comes_first(constraint))

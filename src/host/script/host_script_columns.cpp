@@ -207,7 +207,7 @@ static bool my_read_attribute(host_script_reader &reader, host_script_column &co
     }
 }
 
-// What stands on the line after the current token.
+// The rest of the line after the current token.
 static std::string_view my_rest_of_line(const host_tsql_cursor &cursor)
 {
     const std::string_view script = cursor.scanner.script();

@@ -74,7 +74,7 @@ static std::optional<bool> my_read_comparison(host_script_reader &reader)
     return std::nullopt;
 }
 
-// In parentheses stands a test or a value; which of them shows what follows.
+// Parentheses hold a test or a value; which of them shows what follows.
 static std::optional<bool> my_read_group(host_script_reader &reader)
 {
     host_tsql_cursor &cursor = reader.cursor;

@@ -124,7 +124,7 @@ static void my_read_clustering(host_script_reader &reader, host_script_constrain
     reader.cursor.take(host_word::hash);
 }
 
-// The columns of a key: a list, or the column that it stands on.
+// The columns of a key: a list, or the column that it is written at.
 static void my_read_key(host_script_reader &reader, const char *col_name, host_script_constraint &constraint)
 {
     my_read_clustering(reader, constraint);

@@ -14,7 +14,7 @@ static bool my_is(const host_tsql_token &token, std::string_view text)
 static bool my_takes_effect(host_script_reader &reader, const host_tsql_token &first)
 {
     if (reader.mode == host_script_mode::doubt && !reader.cursor.failed())
-        reader.not_read(first, "the script does not decide the condition that it stands under");
+        reader.not_read(first, host_script_undecided);
     return reader.mode == host_script_mode::execute && !reader.cursor.failed();
 }
 

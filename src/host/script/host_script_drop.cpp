@@ -90,5 +90,5 @@ void host_read_drop(host_script_reader &reader)
     if (what == host_word::trigger && cursor.token.is(host_word::on))
         host_skip_statement(reader);
     if (is_ours && reader.mode == host_script_mode::doubt)
-        reader.not_read(first, "the script does not decide the condition that it stands under");
+        reader.not_read(first, host_script_undecided);
 }

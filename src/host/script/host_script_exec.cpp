@@ -140,7 +140,7 @@ static void my_run(host_script_reader &reader, const host_tsql_token &first, con
         if (reader.mode == host_script_mode::execute || (is_string && reader.mode == host_script_mode::doubt))
             known.run(reader, first, arguments);
         else if (reader.mode == host_script_mode::doubt && known.changes_tables)
-            reader.not_read(first, "the script does not decide the condition that it stands under");
+            reader.not_read(first, host_script_undecided);
         return;
     }
     const bool is_system =

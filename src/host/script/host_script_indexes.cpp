@@ -88,7 +88,7 @@ void host_read_create_index(host_script_reader &reader, const host_tsql_token &f
     if (cursor.failed() || reader.mode == host_script_mode::ignore || name.is_temporary())
         return;
     if (reader.mode == host_script_mode::doubt)
-        return reader.not_read(first, "the script does not decide the condition that it stands under");
+        return reader.not_read(first, host_script_undecided);
     host_script_table *table = reader.is_elsewhere(name) ? nullptr : reader.use_table(name);
     const host_script_object *object = reader.state.find_object(name.schema, name.name);
     if (!table && object) // a view
@@ -121,7 +121,7 @@ void host_read_alter_index(host_script_reader &reader, const host_tsql_token &fi
     if ((!is_disabled && !is_rebuilt) || reader.mode == host_script_mode::ignore || name.is_temporary())
         return;
     if (reader.mode == host_script_mode::doubt)
-        return reader.not_read(first, "the script does not decide the condition that it stands under");
+        return reader.not_read(first, host_script_undecided);
     host_script_table *table = reader.use_table(name);
     if (!table)
         return;
@@ -173,5 +173,5 @@ void host_read_drop_index(host_script_reader &reader, const host_tsql_token &fir
         my_drop_index(reader, first, name, index, if_exists);
     } while (cursor.take(','));
     if (reader.mode == host_script_mode::doubt)
-        reader.not_read(first, "the script does not decide the condition that it stands under");
+        reader.not_read(first, host_script_undecided);
 }

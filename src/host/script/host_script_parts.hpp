@@ -1,4 +1,4 @@
-// What stands in the parentheses of CREATE TABLE and after ALTER TABLE ... ADD: columns and constraints.
+// What is in the parentheses of CREATE TABLE and after ALTER TABLE ... ADD: columns and constraints.
 //
 // They are read first and take effect together, so that a malformed statement changes nothing.
 #pragma once

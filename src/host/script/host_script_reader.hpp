@@ -65,6 +65,10 @@ struct host_script_name {
     }
 };
 
+// Why a statement in doubt is not followed.
+inline constexpr const char *host_script_undecided =
+    "whether it runs depends on a condition that the script alone does not decide";
+
 struct host_script_reader {
     host_script_reader(host_script_session &owner, const host_script_source &file, std::string_view text,
                        bool quoted_identifier)
@@ -81,7 +85,7 @@ struct host_script_reader {
     int depth = 0;                            // of blocks
     int level = 0;                            // of strings that execute strings
     int nesting = 0;                          // of parentheses in conditions
-    size_t outer_at = std::string_view::npos; // where the string that is read stands in the file
+    size_t outer_at = std::string_view::npos; // the place in the file of the string that is read
     std::string default_schema = "dbo";
     std::string database_in_use;                         // empty: the one whose tables are read
     std::unordered_map<std::string, std::string> locals; // variables of the batch, folded, that hold a known string

@@ -1,7 +1,7 @@
 // Finds the end of statements that are not read.
 //
 // T-SQL needs no terminators: a statement ends where a word begins the next one. Those words are reserved, so they
-// are no names; but some also stand inside statements: the SET of an UPDATE, the SELECT of an INSERT.
+// are no names; but some also occur inside statements: the SET of an UPDATE, the SELECT of an INSERT.
 #include "script/host_script_reader.hpp"
 
 #include <algorithm>

@@ -153,7 +153,7 @@ void host_read_create_table(host_script_reader &reader, const host_tsql_token &f
     if (reader.mode != host_script_mode::execute || name.is_temporary()) {
         host_skip_statement(reader);
         if (reader.mode == host_script_mode::doubt && !name.is_temporary())
-            reader.not_read(first, "the script does not decide the condition that it stands under");
+            reader.not_read(first, host_script_undecided);
         return;
     }
     if (reader.is_elsewhere(name)) {
@@ -162,7 +162,7 @@ void host_read_create_table(host_script_reader &reader, const host_tsql_token &f
     }
     if (cursor.token.is(host_word::as) && !cursor.peek().is(host_word::node) && !cursor.peek().is(host_word::edge)) {
         host_skip_statement(reader);
-        return reader.not_read(first, "the columns of such a table do not stand in the script");
+        return reader.not_read(first, "the script does not list the columns of such a table");
     }
     host_script_parts parts;
     host_script_name history;

@@ -1,4 +1,4 @@
-// What could not be carried over as it stands, collected in the order in which it was met.
+// What could not be carried over unchanged, collected in the order in which it was met.
 #pragma once
 
 #include "records/host_catalogue.hpp"

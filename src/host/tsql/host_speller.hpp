@@ -2,7 +2,7 @@
 //
 // The text grows in one string: an operand that turns out to need parentheses gets them where it begins. Parentheses
 // that the author wrote stay round arithmetic, and go where they change nothing round conditions, as on the server.
-// Numbers always stand in parentheses there.
+// Numbers are always in parentheses there.
 #pragma once
 
 #include "tsql/host_tsql_cursor.hpp"

@@ -1,6 +1,6 @@
 // Walks over the tokens of a script, one ahead.
 //
-// A failure sticks: the cursor then stands on an end and stays there, so that everything that reads on comes to its
+// A failure sticks: the cursor is then at an end and stays there, so that everything that reads on comes to its
 // own end soon, and only those who act on what was read need to ask.
 #pragma once
 
@@ -65,7 +65,7 @@ class host_tsql_cursor {
     void expect(host_word word, std::string_view text);
     // Goes back to a token that was current before, and forgets a failure.
     void go_back(const host_tsql_token &before);
-    // What stands from a token on up to the one before the current.
+    // The source from a token up to, and without, the current one.
     std::string_view text_since(const host_tsql_token &first) const
     {
         return {first.text.data(),

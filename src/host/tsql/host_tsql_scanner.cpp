@@ -171,7 +171,7 @@ host_tsql_token host_tsql_scanner::next_number()
     return take(host_tsql_kind::number, end);
 }
 
-// Something between quotes, the first of which stands after `open` bytes; a doubled closing quote is part of it.
+// Something between quotes, the first of which comes after `open` bytes; a doubled closing quote is part of it.
 host_tsql_token host_tsql_scanner::next_quoted(host_tsql_kind kind, size_t open, char close)
 {
     bool has_doubled = false;

@@ -11,7 +11,7 @@ struct host_tsql_type {
     std::string written;          // the name of a type that is not the server's
     std::string_view system_name; // of a type of the server, its first one: "int" for INTEGER
     bool is_max = false;
-    std::optional<int64_t> first; // what stands in the parentheses
+    std::optional<int64_t> first; // what is in the parentheses
     std::optional<int64_t> second;
 
     bool is_system() const

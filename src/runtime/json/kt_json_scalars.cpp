@@ -50,7 +50,7 @@ static const char *my_read_hex_4(kt_json_reader *reader, const char *at, uint32_
     return at;
 }
 
-// Behind "\u".
+// After "\u".
 static const char *my_read_code_point(kt_json_reader *reader, const char *at) noexcept
 {
     const char *start = at - 2;
@@ -65,18 +65,18 @@ static const char *my_read_code_point(kt_json_reader *reader, const char *at) no
         uint32_t low = 0;
         if (at[0] != '\\' || at[1] != 'u')
             return kt_reader_fail(reader, at, "a low surrogate after a high one");
-        const char *behind = my_read_hex_4(reader, at + 2, &low);
-        if (!behind)
+        const char *after = my_read_hex_4(reader, at + 2, &low);
+        if (!after)
             return nullptr;
         if (low < 0xDC00 || low > 0xDFFF)
             return kt_reader_fail(reader, at, "a low surrogate after a high one");
         code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
-        at = behind;
+        at = after;
     }
     return my_put_code_point(reader, code) ? at : nullptr;
 }
 
-// Behind a backslash.
+// After a backslash.
 static const char *my_read_escape(kt_json_reader *reader, const char *at) noexcept
 {
     static constexpr char names[] = "\"\\/bfnrt";
@@ -135,8 +135,8 @@ const char *kt_reader_long_text(kt_json_reader *reader, const char *at, KT_varia
 {
     const char *bytes = nullptr;
     size_t length = 0;
-    const char *behind = kt_reader_bytes(reader, at, &bytes, &length);
-    return behind && kt_value_text(reader->arena, bytes, length, value) ? behind : nullptr;
+    const char *after = kt_reader_bytes(reader, at, &bytes, &length);
+    return after && kt_value_text(reader->arena, bytes, length, value) ? after : nullptr;
 }
 
 // Numbers

@@ -34,7 +34,8 @@ void kt_index_put(kt_index *index, uint32_t hash, uint32_t slot) noexcept
     index->cells[at] = {hash, slot + 1};
 }
 
-// Closes the gap by moving back every later cell of the run that may stand there, so that no search stops short.
+// Closes the gap by moving back every later cell of the run whose search begins at or before it, so that no search
+// stops short. The pair must be there.
 void kt_index_remove(kt_index *index, uint32_t hash, uint32_t slot) noexcept
 {
     uint32_t gap = kt_index_start(*index, hash);

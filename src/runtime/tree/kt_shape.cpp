@@ -169,7 +169,7 @@ static void my_remember_quoted(kt_shape *shape, const kt_shape_key &key) noexcep
 {
     if (!key.json_length)
         return;
-    // Behind the key's own text and its NUL stands "key": in JSON.
+    // The key's own text and its NUL are followed by "key": in JSON.
     const char *quoted = key.text + key.json_length - 1;
     shape->quoted_length = key.json_length - 2;
     shape->long_quoted = quoted;

@@ -115,7 +115,7 @@ struct kt_entry {
 
 // Slots of a private layout are entries in the order of adding, reused after removal.
 //
-// P1. The slots given out are those below `used`: `count` of them hold pairs, the others stand once each in the list
+// P1. The slots given out are those below `used`: `count` of them hold pairs, each of the others is once in the list
 //     that begins at first_free. Such a slot's value has the type kt_free_slot and the next one's number in its
 //     text_length, and its key equals none that can be looked for.
 // P2. Without `order`, position and slot are equal, so there are no free slots: used == count.

@@ -93,7 +93,7 @@ static bool my_may_mean_other(const client_server_type &type, std::string_view b
     return is_hex || (type.base == client_base::clr && base64.starts_with('/') && base64.ends_with('/'));
 }
 
-// Decodes to bytes what stands as digits.
+// Decodes hexadecimal digits to bytes.
 static client_reject my_decode(client_converter &converter, const client_field &field)
 {
     std::string &room = converter.room->large;

@@ -25,7 +25,7 @@ struct moment_text {
         put('-');
         put_number(date.day, 2);
     }
-    // With so many digits of fraction; what is behind them is left out.
+    // With so many digits of fraction; further ones are left out.
     void put_time(int64_t time, int digits) noexcept
     {
         const int64_t seconds = time / client_units_a_second;
@@ -45,7 +45,7 @@ struct moment_text {
 };
 } // namespace
 
-// Whether SQLite, which computes with milliseconds and rounds, would not read the time as it stands.
+// Whether SQLite, which computes with milliseconds and rounds, would not read the time exactly.
 static bool my_needs_shortening(const client_server_type &type, int64_t time) noexcept
 {
     if (type.scale < 4)

@@ -64,7 +64,7 @@ static int my_full_year(int year, size_t digits) noexcept
     return digits > 2 ? year : year + (year < 50 ? 2000 : 1900);
 }
 
-// 7/4/1996, 1962/2/18, 06/12/94: a year of four digits says where it stands itself.
+// 7/4/1996, 1962/2/18, 06/12/94: a year of four digits is recognised wherever it is.
 static bool my_take_marked_date(std::string_view &text, client_date_order order, client_parsed_moment &moment) noexcept
 {
     int parts[3] = {};
@@ -90,7 +90,7 @@ static bool my_take_marked_date(std::string_view &text, client_date_order order,
     return true;
 }
 
-// The digits behind the point; from the eighth on they must be zeros to be counted at all.
+// The digits after the point; from the eighth on they must be zeros to be counted at all.
 static bool my_take_fraction(std::string_view &text, client_parsed_moment &moment) noexcept
 {
     const size_t count = my_count_digits(text);

@@ -82,7 +82,7 @@ static uint64_t my_read_big(std::string_view bytes) noexcept
     return number;
 }
 
-// The two old types stand high byte first; the newer ones as in row parts, behind a byte with their scale.
+// The two old types have their high byte first; the newer ones are as in row parts, after a byte with their scale.
 client_reject client_read_binary_moment(const client_server_type &type, std::string_view bytes, client_room &scratch,
                                         client_value &value) noexcept
 {

@@ -269,7 +269,7 @@ static client_reject my_read_native_exact(const client_server_type &type, std::s
 {
     if (bytes.size() != my_native_size(type.base))
         return client_reject::bad_row;
-    if (type.base == client_base::money) // the high half stands first
+    if (type.base == client_base::money) // the high half comes first
         value =
             static_cast<int64_t>(client_read_little(bytes.substr(0, 4)) << 32 | client_read_little(bytes.substr(4)));
     else

@@ -1,4 +1,5 @@
-// One table of the server's type names; what an older name means stands behind the one that is written.
+// One table of the server's type names: of several names for a type the first is the one written. Whatever is not in it
+// is a CLR type, and travels as its bytes.
 #include "rows/convert/client_server_type.hpp"
 
 namespace {
@@ -8,7 +9,7 @@ struct named_base {
 };
 } // namespace
 
-static constexpr named_base bases[] = {
+static constexpr named_base my_bases[] = {
     {"bit", client_base::bit},
     {"tinyint", client_base::tinyint},
     {"smallint", client_base::smallint},
@@ -45,7 +46,7 @@ static constexpr named_base bases[] = {
 
 client_base client_find_base(std::string_view name) noexcept
 {
-    for (const named_base &known : bases) {
+    for (const named_base &known : my_bases) {
         if (known.name == name)
             return known.base;
     }
@@ -54,7 +55,7 @@ client_base client_find_base(std::string_view name) noexcept
 
 const char *client_base_name(client_base base) noexcept
 {
-    for (const named_base &known : bases) {
+    for (const named_base &known : my_bases) {
         if (known.base == base)
             return known.name.data();
     }

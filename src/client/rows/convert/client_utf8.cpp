@@ -33,7 +33,7 @@ static void my_skip_ascii(byte_text &text) noexcept
         text.at++;
 }
 
-// The length of the character that stands here, 0 for none.
+// The length of the character at this place, 0 for none.
 static int my_char_size(const byte_text &text) noexcept
 {
     const unsigned first = text.at[0];

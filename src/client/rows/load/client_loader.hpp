@@ -43,7 +43,7 @@ struct client_load_job {
     std::string unknown_tbl;              // of a row part: the table that the schema does not have
     int64_t unknown_bytes = 0;
     std::unique_ptr<client_input> input; // of a row part, while it is read
-    int64_t skip_to = 0; // of a file that cannot be read from its middle: what stands before is read, and not put in
+    int64_t skip_to = 0; // of a file that cannot be read from its middle: what comes before is read and not inserted
     double seconds = 0;
 };
 

@@ -31,7 +31,7 @@ struct client_progress {
     std::string rejects;   // the name of the file of rejects, in their directory
 };
 
-// Tells a file by its size and by what stands at its beginning and end, and how it is read.
+// Tells a file by its size and by its first and last bytes, and how it is read.
 void client_fingerprint(KT_context *ctx, const char *path, const std::string &dialect, std::string &fingerprint);
 
 // Makes the tables of the records where they are absent; their names begin as no table of the schema does.

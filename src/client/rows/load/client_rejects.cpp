@@ -105,7 +105,7 @@ client_reject_files::~client_reject_files()
         std::fclose(lines_);
 }
 
-// Cuts off what stands behind the recorded end; a file of which nothing is recorded goes.
+// Cuts off what follows the recorded end; a file of which nothing is recorded goes.
 static bool my_cut_file(const std::string &name, int64_t size)
 {
     struct stat file {};

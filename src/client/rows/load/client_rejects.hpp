@@ -8,7 +8,7 @@
 #include <cstdio>
 #include <vector>
 
-// Where a refused row stands, and what it is refused for.
+// Where a refused row is, and why it was refused.
 struct client_refusal {
     std::string_view file;
     std::string_view tbl;
@@ -36,7 +36,7 @@ class client_reject_files {
     client_reject_files(const client_reject_files &) = delete;
     client_reject_files &operator=(const client_reject_files &) = delete;
 
-    // Takes names in a directory that is there. Files are made at the first reject; what stands in them behind these
+    // Takes names in a directory that is there. Files are made at the first reject; what follows these
     // sizes is of a load that was interrupted, and is cut off.
     void open(KT_context *ctx, const std::string &directory, const std::string &name, int64_t rows_size,
               int64_t lines_size);

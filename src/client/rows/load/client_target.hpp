@@ -14,7 +14,7 @@ struct client_layout {
     std::vector<size_t> cols;       // by field: the table's column, or client_no_col
     std::vector<size_t> places;     // by parameter: the field, or client_no_field for a rowversion that is to be made
     std::vector<size_t> params;     // by parameter: the table's column
-    std::vector<client_room> rooms; // by parameter: where a value stands until the row is put in
+    std::vector<client_room> rooms; // by parameter: holds a value until the row is inserted
     kt_owned_statement insert{tov__get_sqlite_functions()};
     client_reject absence = client_reject::none; // why rows that leave out what this one does are refused
     size_t blame = SIZE_MAX;                     // the column for which they are

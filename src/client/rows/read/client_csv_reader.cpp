@@ -1,4 +1,4 @@
-// CSV: fields in quotes hold separators, line ends and doubled quotes; other fields stand as they are.
+// CSV: fields in quotes hold separators, line ends and doubled quotes; other fields are taken as they are.
 //
 // Where quotes do not close as they should, the row ends at its first line end, and reading goes on after that: one
 // stray quote costs one row, or two, and not the rest of the file.

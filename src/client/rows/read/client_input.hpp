@@ -21,7 +21,7 @@ class client_input {
     // decides, and without one it is UTF-8.
     void open(KT_context *ctx, const char *path, const std::string &encoding);
 
-    // Takes what is fed to it in the place of a file: bytes that stand as they are.
+    // Takes what is fed to it in the place of a file: bytes that are taken as they are.
     void open_fed()
     {
         encoding_ = client_encoding::bytes;
@@ -41,7 +41,7 @@ class client_input {
     {
         return is_all_;
     }
-    // Reads more behind the data.
+    // Reads more to the end of the data.
     void fill(KT_context *ctx);
     // Drops the data up to a size; the rest stays where it is until the next fill.
     void take(size_t size);
@@ -69,7 +69,7 @@ class client_input {
     }
     // The bytes that a piece of the data has in the file.
     std::string raw(std::string_view piece);
-    // What stands before the first row of such a file.
+    // What comes before the first row of such a file.
     std::string mark() const;
 
   private:

@@ -1,5 +1,5 @@
 // INSERT statements of T-SQL scripts, a tuple of values at a time. Everything else in a script is passed over; what
-// stands in procedures, triggers and the like is no row, up to the GO that ends their batch.
+// is inside procedures, triggers and the like is not a row, up to the GO that ends their batch.
 //
 // A value that is not a literal, or a CAST of one, is one that only the server could compute.
 #include "rows/read/client_reader.hpp"

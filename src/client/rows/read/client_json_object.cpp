@@ -1,3 +1,6 @@
+// The members of a JSON object as the fields of a row: numbers keep their digits, strings without escapes are borrowed
+// from the data, and nothing is kept of one object when the next is read. A tree of values would be slower and would
+// lose both.
 #include "rows/read/client_json_object.hpp"
 
 #include "kt_string.h"
@@ -5,32 +8,7 @@
 
 #include <cstring>
 
-static constexpr size_t server_line = 2033; // characters, in UTF-16
-
 namespace {
-
-// Follows the structure of an object byte by byte.
-struct json_scan {
-    int depth = 0;
-    bool in_string = false;
-    bool escaped = false;
-
-    void look(char c) noexcept
-    {
-        if (escaped) {
-            escaped = false;
-        } else if (in_string) {
-            escaped = c == '\\';
-            in_string = c != '"';
-        } else if (c == '"') {
-            in_string = true;
-        } else if (c == '{' || c == '[') {
-            depth++;
-        } else if (c == '}' || c == ']') {
-            depth--;
-        }
-    }
-};
 
 class json_parser {
   public:
@@ -63,42 +41,13 @@ class json_parser {
 
 } // namespace
 
-client_json_extent client_measure_json_object(std::string_view data, size_t before)
-{
-    client_json_extent extent;
-    json_scan scan;
-    size_t line = 0; // where it begins
-    for (size_t n = 0; n < data.size(); n++) {
-        const char c = data[n];
-        if (c == '\r' && n + 1 < data.size() && data[n + 1] == '\n')
-            continue;
-        if (c == '\n') {
-            const size_t end = n > line && data[n - 1] == '\r' ? n - 1 : n;
-            const std::string_view text = data.substr(line, end - line);
-            const size_t start = line == 0 ? before : 0;
-            if (start + text.size() >= server_line && start + client_count_units(text) == server_line)
-                for (size_t place = end; place <= n; place++)
-                    extent.line_ends.push_back(place);
-            line = n + 1;
-            continue;
-        }
-        scan.look(c);
-        if (scan.depth == 0 && !scan.in_string) {
-            extent.is_whole = true;
-            extent.size = n + 1;
-            return extent;
-        }
-    }
-    return extent;
-}
-
 bool json_parser::fail(client_reject reject)
 {
     row_.reject = reject;
     return false;
 }
 
-// Passes over blanks, and takes what stands behind them.
+// Passes over blanks, and takes the byte after them.
 bool json_parser::take(char c)
 {
     while (at_ < text_.size() && std::strchr(" \t\r\n", text_[at_]) && text_[at_] != '\0')
@@ -141,7 +90,7 @@ bool json_parser::read_unit(uint32_t &unit)
     return true;
 }
 
-// What stands behind a backslash. Half a surrogate pair is kept, to be refused as such.
+// After the backslash. Half a surrogate pair is kept: the value's conversion refuses it, since it is not UTF-8.
 bool json_parser::read_escape()
 {
     static constexpr std::string_view letters = "\"\\/bfnrt";
@@ -171,7 +120,7 @@ bool json_parser::read_escape()
     return true;
 }
 
-// After its first quote. Without escapes it is borrowed from the data.
+// The opening quote has been taken. Without escapes the value is borrowed from the data.
 bool json_parser::read_string(std::string_view &value)
 {
     const size_t from = at_;
@@ -282,7 +231,7 @@ void json_parser::parse()
     row_.has_absent = false;
     row_.unescaped.clear();
     row_.unescaped.reserve(text_.size() + 16); // never grows: fields borrow from it
-    take('{');
+    take('{');                                 // the text was measured: it is one object
     bool ends = take('}');
     while (!ends) {
         if (!read_member())

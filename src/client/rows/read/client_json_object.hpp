@@ -1,4 +1,4 @@
-// One JSON object, apart from where it stands in a file.
+// One JSON object, wherever it is in a file.
 #pragma once
 
 #include "rows/read/client_reader.hpp"
@@ -11,7 +11,8 @@ struct client_json_extent {
     std::vector<size_t> line_ends; // that are not part of it: their places, CR and LF each
 };
 
-// Measures the object at the beginning of data; before says how many characters of the first line stand before it.
+// Measures the object whose "{" data begins with; before says how many characters of its first
+// line come before it.
 client_json_extent client_measure_json_object(std::string_view data, size_t before);
 
 // Reads an object's members into the row's fields, whose order is that of members. Sets the row's reject where it is

@@ -1,4 +1,4 @@
-// Objects are rows; what stands between them (brackets of an array, commas, line ends, the name that FOR JSON gives to
+// Objects are rows; what is between them (brackets of an array, commas, line ends, the name that FOR JSON gives to
 // all of them) is passed over. What is not an object is refused up to the end of its line.
 #include "rows/read/client_json_object.hpp"
 

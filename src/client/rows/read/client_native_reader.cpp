@@ -1,5 +1,5 @@
 // bcp's native form with Unicode text, which row parts of packages have: fields one after the other, each of a size
-// that its type fixes or behind its length.
+// that its type fixes or after its length.
 //
 // Nothing in it says where a row begins. Once a length cannot be, nothing after it can be read.
 #include "rows/read/client_reader.hpp"
@@ -8,7 +8,7 @@
 
 namespace {
 
-// How a column's values stand: behind a length of so many bytes, all ones for NULL, or without one.
+// How a column's values are written: after a length of so many bytes, all ones for NULL, or without one.
 struct native_form {
     size_t prefix = 0;
     size_t fixed = 0; // the only size that a value may have; 0 where any may

@@ -1,4 +1,4 @@
-// Rows out of the text or bytes of a file, one after the other, in whatever form they stand.
+// Rows out of the text or bytes of a file, one after the other, whatever its format.
 #pragma once
 
 #include "rows/convert/client_moments.hpp"
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-// What stands before the rows of an INSERT statement.
+// What comes before the rows of an INSERT statement.
 struct client_insert_head {
     std::string schema_name; // empty where it is not said
     std::string tbl_name;
@@ -29,9 +29,9 @@ struct client_row {
     std::string_view blamed;                    // what is to blame for it, such as a name that is not known
     bool has_absent = false;                    // a field is absent
     const client_insert_head *head = nullptr;   // of a script, whose rows say what table they are for
-    std::string_view before;                    // what has to stand around a row by itself
+    std::string_view before;                    // what has to surround a row on its own
     std::string_view after;
-    std::string unescaped; // room for values that stand in another form in the data
+    std::string unescaped; // room for values whose form in the data is another
 };
 
 enum class client_step : uint8_t {
@@ -73,7 +73,7 @@ struct client_csv_form {
 };
 std::unique_ptr<client_reader> client_make_csv_reader(client_csv_form form);
 
-// JSON: an array of objects, or one object after the other. Fields stand in the order of these columns.
+// JSON: an array of objects, or one object after the other. Fields are in the order of these columns.
 struct client_json_member {
     std::string name;
     bool is_binary = false;  // strings are Base64
@@ -84,5 +84,5 @@ std::unique_ptr<client_reader> client_make_json_reader(std::vector<client_json_m
 // bcp's native form (-N), which packages have, with a field for each of these types.
 std::unique_ptr<client_reader> client_make_native_reader(const std::vector<client_server_type> &types);
 
-// INSERT statements of T-SQL scripts. Fields stand in the order of the statement's columns.
+// INSERT statements of T-SQL scripts. Fields are in the order of the statement's columns.
 std::unique_ptr<client_reader> client_make_insert_reader();

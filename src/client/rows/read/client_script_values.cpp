@@ -38,7 +38,7 @@ static client_field my_literal(client_token_stream &tokens, client_row &row)
     return {client_form::number, std::string_view(row.unescaped).substr(from)};
 }
 
-// A name in lower case, without what stands before its last dot.
+// A name in lower case, without what precedes its last dot.
 static std::string my_type_name(client_token_stream &tokens)
 {
     std::string name;
@@ -59,7 +59,7 @@ static int my_number(const client_token &t, int otherwise)
     return number;
 }
 
-// The type of a CAST, up to the parenthesis that ends it. What the server takes for granted stands before what is said.
+// The type of a CAST, up to the parenthesis that ends it. The server's own defaults come first, then what is written.
 static client_server_type my_type(client_token_stream &tokens)
 {
     client_server_type type;
@@ -117,7 +117,7 @@ static client_field my_cast(client_token_stream &tokens, client_converter &conve
     return ends && my_holds(type, converter, inner) ? inner : servers;
 }
 
-// Passes over an expression, up to the comma or parenthesis behind it; false when the data ends before.
+// Passes over an expression, up to the comma or parenthesis after it; false when the data ends before.
 static bool my_skip_expression(client_token_stream &tokens)
 {
     int depth = 0;

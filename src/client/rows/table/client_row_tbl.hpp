@@ -38,5 +38,5 @@ void client_read_row_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id
 // The position of a column by name, ASCII case aside; the number of columns when there is none.
 size_t client_find_row_col(const client_row_tbl &tbl, std::string_view name) noexcept;
 
-// A name in double quotes, as names that were checked may stand in a statement.
+// A name in double quotes, safe in a statement, since names are checked.
 std::string client_quoted(const std::string &name);

@@ -1,5 +1,5 @@
 // bcp writes a float with up to 17 digits and a real with up to 8: 0.99980003999200195, 1.0, 5.0000000000000003E-2. It
-// changes to an exponent where more than that many digits would stand after the point.
+// changes to an exponent where more than that many digits would follow the point.
 #include "rows/write/client_forms.hpp"
 
 #include "rows/convert/client_bytes.hpp"
@@ -46,7 +46,7 @@ static int my_precision(double value, bool is_real)
     return back == static_cast<float>(value) ? of_real : of_real + 1;
 }
 
-// Digits with a point behind so many of them, at least one on either side.
+// Digits with a point after so many of them, at least one on either side.
 static void my_append_pointed(std::string &text, std::string digits, int whole)
 {
     if (whole <= 0)
@@ -118,7 +118,7 @@ static int my_scale(const client_server_type &type) noexcept
     return type.base == client_base::decimal ? type.scale : 0;
 }
 
-// One and two digits of a fraction are kept as three; behind them an offset may stand.
+// One and two digits of a fraction are kept as three; an offset may follow.
 static void my_append_text(std::string &text, const client_server_type &type, std::string_view kept)
 {
     static constexpr size_t filled = 23;

@@ -47,7 +47,7 @@ class json_writer final : public client_row_writer {
     void append_value(std::string &text, const client_server_type &type, const client_value &value);
 
     client_out_rows rows_;
-    std::vector<std::string> names_; // each with what stands around it
+    std::vector<std::string> names_; // each with its quotes and colon
     std::string form_;
 };
 
@@ -58,7 +58,7 @@ static bool my_is_moment(client_base base) noexcept
     return base >= client_base::date && base <= client_base::datetimeoffset;
 }
 
-// A T between date and time, no zeros at the end of the fraction, the offset right behind.
+// A T between date and time, no zeros at the end of the fraction, the offset directly after it.
 static std::string my_json_moment(std::string moment)
 {
     const size_t dot = moment.find('.');

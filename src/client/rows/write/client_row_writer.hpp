@@ -28,7 +28,8 @@ class client_row_writer {
     client_row_writer &operator=(const client_row_writer &) = delete;
     virtual ~client_row_writer() = default;
 
-    // What stands before the first row and after the last; rows have a value for each column. May throw std::bad_alloc.
+    // What is written before the first row and after the last; rows have a value for each column. May throw
+    // std::bad_alloc.
     virtual void append_head(std::string &text) = 0;
     virtual void append_row(std::string &text, std::span<const client_value> values) = 0;
     virtual void append_tail(std::string &text) = 0;

@@ -1,7 +1,7 @@
 // The lite schema: a short JSON summary of chosen tables, and the reading of one that has been parsed back, e.g.
 // {"compat_level":1,"tbls":{"t1":{"txid":42,"cols":{"c1":{"name":"Id"},"c2":{"name":"Title"}}}}}.
 //
-// A table stands under its id as the caller wrote it, a column under its id in the schema. The readers match both
+// A table is kept under its id as the caller wrote it, a column under its id in the schema. The readers match both
 // exactly: a lite document may have been stored and carries no rule about case.
 #include "document/tov_parse_defin_private.hpp"
 

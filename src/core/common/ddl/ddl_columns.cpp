@@ -1,8 +1,9 @@
-// A column as it stands in CREATE TABLE: quoted name, declared type, collation, constraints.
+// A column as CREATE TABLE has it: quoted name, declared type, collation, constraints.
 //
 // The pieces are written in a fixed order, each but the first after one blank, and what a piece needs is read just
 // before it, so that the first thing wrong with a column is the one reported. SQLite's grammar takes a constraint's
-// name before the constraint; delete actions other than NO ACTION stand in a comment, since triggers carry them out.
+// name before the constraint; delete actions other than NO ACTION are written as a comment, since triggers carry them
+// out.
 
 #include "ddl/ddl_text.hpp"
 

@@ -1,14 +1,14 @@
 // Lists of a table's columns for the statements that callers write: "a","b" and its kin.
 //
 // Columns come in table order, key columns in key order; a table with an identity column has that column alone as its
-// key. A comma stands before every item but the first one written, whatever was skipped.
+// key. A comma precedes every item but the first one written, whatever was skipped.
 
 #include "ddl/ddl_text.hpp"
 #include "ddl/ddl_walk.hpp"
 
 namespace {
 
-// What stands inside the quotes before a name; both empty in a plain list.
+// What is inside the quotes before a name; both empty in a plain list.
 struct my_lead {
     const char *text = "";
     const char *link = ""; // "." with its quotes, after a qualifier

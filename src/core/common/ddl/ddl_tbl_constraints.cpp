@@ -1,4 +1,4 @@
-// Table constraints as they stand in CREATE TABLE after the columns: primary key, unique, foreign key, check.
+// Table constraints as CREATE TABLE has them after the columns: primary key, unique, foreign key, check.
 //
 // No constraint is given its name, and a foreign key no ON DELETE: triggers carry delete actions out. Columns and
 // tables are written under their stored names, in the order in which the constraint lists them.

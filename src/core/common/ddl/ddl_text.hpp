@@ -1,4 +1,4 @@
-// Shared by the sources that generate text: appending many pieces at once, and what stands in them.
+// Shared by the sources that generate text: appending many pieces at once, and what is in them.
 #pragma once
 
 #include "document/tov_parse_defin_private.hpp"
@@ -6,7 +6,7 @@
 #include <cstring>
 #include <initializer_list>
 
-// Appends the pieces one after another; none may be null, and each is written as it stands.
+// Appends the pieces one after another; none may be null, and each is written as it is.
 inline void ddl_append(KT_context *ctx, KT_string *text, std::initializer_list<const char *> pieces) noexcept
 {
     for (const char *piece : pieces)

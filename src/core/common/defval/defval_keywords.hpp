@@ -1,7 +1,7 @@
 // The keywords of SQLite's dialect and the tables through which they are found, all computed by the compiler.
 //
 // The keywords lie in one text in which they overlap: each is laid down in the order of the list, unless it already
-// stands somewhere in the text, and shares as many of its first characters as it can with the text's end. The order
+// is somewhere in the text, and shares as many of its first characters as it can with the text's end. The order
 // of the list therefore decides how short the text gets. Chains run from the last keyword of a bucket to the first.
 #pragma once
 

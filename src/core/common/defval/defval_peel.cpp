@@ -9,7 +9,7 @@
 
 namespace {
 
-// A token and where it stands, spaces and comments left out.
+// A token and its place, spaces and comments left out.
 struct token_cursor {
     const char *text;
     int32_t length;

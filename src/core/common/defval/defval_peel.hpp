@@ -8,7 +8,7 @@
 
 // The one literal of a text like ((0)), (N'abc') or (-1.5): without the parentheses and without the N of a national
 // string, with its quotes, and with the spaces between a minus sign and its number. None when the parentheses do not
-// balance or anything else stands there.
+// balance or anything else is there.
 std::string_view _tov_peel_literal(const char *host_text) noexcept;
 
 // The function of a text like (getdate()) in `name`, which is none when the text holds nothing but parentheses.

@@ -1,7 +1,7 @@
 // Host defaults become SQLite defaults.
 //
 // A default is peeled down to one literal, if it is one, and then the column's abstract type decides what becomes of
-// it, or of the call or hexadecimal constant that stands there instead. What cannot be carried over gives no default.
+// it, or of the call or hexadecimal constant that is there instead. What cannot be carried over gives no default.
 // A NULL literal comes before any type.
 
 #include "defval/defval_translation.hpp"

@@ -1,4 +1,4 @@
-// How a violation of a foreign key is to be treated: rules that stand in the host internals, under the ids of table
+// How a violation of a foreign key is to be treated: rules that are kept in the host internals, under the ids of table
 // and key as the caller passed them. The module keeps their values and does not read anything into them.
 
 #include "document/tov_parse_defin_private.hpp"

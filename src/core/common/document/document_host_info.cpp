@@ -1,6 +1,6 @@
 // What the host says of a column: its type name, its collation, its default expression.
 //
-// The type name stands in the column record and travels with the document. Collations and defaults stand in the host
+// The type name is in the column record and travels with the document. Collations and defaults are in the host
 // internals, under both ids as the caller passed them, and nobody asks there whether the column exists.
 
 #include "document/tov_parse_defin_private.hpp"

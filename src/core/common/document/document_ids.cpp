@@ -1,7 +1,7 @@
 // Lower-casing of the ids that key tables and columns.
 //
 // Every lookup passes through here, and nearly every id that reaches it is in lower case already, because ids that
-// the schema hands out are: such an id is used as it stands, without a copy.
+// the schema hands out are: such an id is used as it is, without a copy.
 
 #include "document/document_ids.hpp"
 

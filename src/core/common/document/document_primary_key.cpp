@@ -1,6 +1,6 @@
 // What the primary key of a table is.
 //
-// A column of type "identity" is the table's integer primary key and stands alone for its primary key, whatever the
+// A column of type "identity" is the table's integer primary key and alone is its primary key, whatever the
 // "pk" record says; without one the "pk" record decides. Only prepared columns count, in column order.
 
 #include "document/tov_parse_defin_private.hpp"

@@ -49,7 +49,7 @@ void _tov_schema__get_tbl_cols(KT_context *ctx, tov_schema *schema, const char *
 // Finds a prepared column or, failing that, an unprepared one.
 void _tov_schema__get_col(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                           KT_vhash **col) noexcept;
-// The table's unprepared columns under the id as it stands; creates what is missing on the way, asks for no table.
+// The table's unprepared columns under the id as written; creates what is missing on the way, asks for no table.
 void _tov_schema__get_tbl_unprepared_cols(KT_context *ctx, tov_schema *schema, const char *tbl_id,
                                           KT_vhash **cols) noexcept;
 // The same without creating anything: null when any level is absent.
@@ -81,7 +81,7 @@ void _tov_schema__get_nth_col_in_tbl(KT_context *ctx, tov_schema *schema, KT_vha
 
 // The host internals, created when the schema has none yet.
 void _tov_schema__ensure_host_internals(KT_context *ctx, tov_schema *schema, KT_vhash **host_internals) noexcept;
-// A table's entry in one map of the host internals, such as "collations", under the id as it stands: created with all
+// A table's entry in one map of the host internals, such as "collations", under the id as written: created with all
 // that is missing on the way, or null when any level is absent.
 void _tov_schema__ensure_host_entry(KT_context *ctx, tov_schema *schema, const char *map_key, const char *tbl_id,
                                     KT_vhash **entry) noexcept;

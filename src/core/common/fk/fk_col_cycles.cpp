@@ -64,7 +64,7 @@ static void my_step_onto(KT_context *ctx, my_search *s, uint32_t number) noexcep
     KT_TRY(fk_append(ctx, &s->path, step));
 }
 
-// Follows the next reference of the last column on the path: the column-level key first, then the pairs it stands in.
+// Follows the next reference of the last column on the path: the column-level key first, then the pairs it belongs to.
 // None is left when more is false; the reference leads nowhere when to stays FK_NO_NUMBER.
 static void my_follow_next(KT_context *ctx, my_search *s, bool *more, uint32_t *to) noexcept
 {

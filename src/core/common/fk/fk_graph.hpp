@@ -3,7 +3,7 @@
 
 #include "fk/fk_names.hpp"
 
-// For each of n positions a list of positions, one after another: those of p stand at to[first[p]] to
+// For each of n positions a list of positions, one after another: those of p are at to[first[p]] to
 // to[first[p + 1] - 1].
 struct fk_arcs {
     explicit fk_arcs(KT_context *ctx) noexcept : first(ctx), to(ctx)
@@ -24,7 +24,7 @@ struct fk_graph {
     fk_names ids;                    // the tables' ids, numbered by position
     fk_array<bool> refers;           // whether the table has any foreign key, one that leads nowhere included
     fk_array<bool> refers_to_itself; // judged without regard to ASCII letter case
-    fk_arcs arcs;                    // references to other tables of the schema; a repeated one may stand twice
+    fk_arcs arcs;                    // references to other tables of the schema; a repeated one may be listed twice
 };
 
 // How the id that a reference names is compared with the ids of tables.

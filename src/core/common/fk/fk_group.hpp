@@ -7,7 +7,7 @@
 void fk_sort_by(KT_context *ctx, const fk_array<uint32_t> &rank, uint32_t max_rank,
                 fk_array<uint32_t> *positions) noexcept;
 
-// Puts the items of each owner side by side, in the order they had: those of owner n, by its number, then stand from
+// Puts the items of each owner side by side, in the order they had: those of owner n, by its number, then are from
 // items[first[n]] up to items[first[n + 1]]. Each number below owner_count owns an item, and owner says whose each is.
 template <class T>
 void fk_group_by(KT_context *ctx, const fk_array<uint32_t> &owner, uint32_t owner_count, fk_array<T> *items,

@@ -26,7 +26,7 @@ struct fk_walk {
     const char *ref_tbl_id = nullptr;     // only keys that refer to exactly this id; null for all
     const char *skipped_tbl_id = nullptr; // a table that the walk leaves out; null for none
 
-    // Where the walk stands: the table, and what of it and of the schema is still to come.
+    // Where the walk is: the table, and what of it and of the schema is still to come.
     uint32_t tbl_n = 0;
     const char *tbl_id = nullptr;
     KT_vhash *tbl = nullptr;
