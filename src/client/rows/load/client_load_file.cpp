@@ -132,10 +132,26 @@ static bool my_is_script(const tov_client_loader &loader, const client_load_job 
     return is_named || (data.size() > 7 && KT_strnicmp(data.data(), "insert ", 7) == 0);
 }
 
+// Statements and JSON have no zero bytes; in bcp files one is an empty string, so those are never taken for UTF-16.
+static bool my_has_zeros_of_utf_16_only(const tov_client_loader &loader, const client_load_job &job,
+                                        client_input &input)
+{
+    const client_format wish = loader.settings.wish.format;
+    if (!input.looks_like_utf_16())
+        return false;
+    if (wish != client_format::guess)
+        return wish == client_format::insert || wish == client_format::json;
+    const size_t first = input.data().find_first_not_of('\0');
+    return my_is_script(loader, job, input) ||
+           (first < input.data().size() && (input.data()[first] == '[' || input.data()[first] == '{'));
+}
+
 static void my_load_file(KT_context *ctx, tov_client_loader &loader, client_load_job &job)
 {
     client_input input;
     KT_TRY(input.open(ctx, job.path.c_str(), client_loader_encoding(loader)));
+    if (my_has_zeros_of_utf_16_only(loader, job, input))
+        KT_TRY(input.read_as_utf_16(ctx));
     if (my_is_script(loader, job, input))
         KT_TRY(client_loader__begin_script(ctx, loader, job));
     else

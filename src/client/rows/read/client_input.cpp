@@ -53,13 +53,18 @@ void client_input::choose_encoding(KT_context *ctx, const std::string &encoding)
     }
 }
 
-static bool my_has_every_second_zero(std::string_view bytes) noexcept
+// The encoding that zeros at every second byte show, as in UTF-16 where most characters are ASCII.
+static client_encoding my_encoding_of_zeros(std::string_view bytes) noexcept
 {
-    size_t zeros = 0;
-    const size_t seen = std::min<size_t>(bytes.size(), 4096) / 2;
-    for (size_t n = 0; n < seen; n++)
-        zeros += bytes[2 * n + 1] == '\0' && bytes[2 * n] != '\0' ? 1U : 0U;
-    return seen > 0 && zeros * 10 > seen * 7;
+    const size_t pairs = std::min<size_t>(bytes.size(), 4096) / 2;
+    size_t low_first = 0, high_first = 0;
+    for (size_t n = 0; n < pairs; n++) {
+        low_first += bytes[2 * n] != '\0' && bytes[2 * n + 1] == '\0' ? 1U : 0U;
+        high_first += bytes[2 * n] == '\0' && bytes[2 * n + 1] != '\0' ? 1U : 0U;
+    }
+    if (low_first * 10 > pairs * 7)
+        return client_encoding::utf_16le;
+    return high_first * 10 > pairs * 7 ? client_encoding::utf_16be : client_encoding::utf_8;
 }
 
 void client_input::open(KT_context *ctx, const char *path, const std::string &encoding)
@@ -78,9 +83,15 @@ void client_input::open(KT_context *ctx, const char *path, const std::string &en
     else if (bytes.starts_with(utf_16be_mark))
         encoding_ = client_encoding::utf_16be;
     has_mark_ = bytes.starts_with(mark()) && !mark().empty();
-    looks_like_utf_16_ = encoding_ == client_encoding::utf_8 && my_has_every_second_zero(bytes);
+    shown_encoding_ = encoding_ == client_encoding::utf_8 ? my_encoding_of_zeros(bytes) : encoding_;
     const auto start = static_cast<int64_t>(has_mark_ ? mark().size() : 0);
     KT_TRY(seek(ctx, start, 1));
+}
+
+void client_input::read_as_utf_16(KT_context *ctx)
+{
+    encoding_ = shown_encoding_;
+    KT_TRY(seek(ctx, 0, 1));
 }
 
 std::string client_input::mark() const

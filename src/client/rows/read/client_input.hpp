@@ -24,7 +24,7 @@ class client_input {
     // Takes what is fed to it in the place of a file: bytes that are taken as they are.
     void open_fed()
     {
-        encoding_ = client_encoding::bytes;
+        encoding_ = shown_encoding_ = client_encoding::bytes;
     }
     void feed(std::string_view bytes, bool is_end);
     bool is_fed() const noexcept
@@ -62,11 +62,13 @@ class client_input {
     {
         return encoding_;
     }
-    // Whether every second byte of the file's beginning is zero, though it has no mark.
+    // Whether every second byte of the file's beginning is zero, though it has no mark and is read as UTF-8.
     bool looks_like_utf_16() const noexcept
     {
-        return looks_like_utf_16_;
+        return encoding_ != shown_encoding_;
     }
+    // Reads such a file from its beginning as what it looks like: for formats in which a zero byte means nothing.
+    void read_as_utf_16(KT_context *ctx);
     // The bytes that a piece of the data has in the file.
     std::string raw(std::string_view piece);
     // What comes before the first row of such a file.
@@ -81,7 +83,7 @@ class client_input {
     std::FILE *file_ = nullptr;
     client_encoding encoding_ = client_encoding::utf_8;
     bool has_mark_ = false;
-    bool looks_like_utf_16_ = false;
+    client_encoding shown_encoding_ = client_encoding::utf_8; // by the zeros of a file without a mark
     bool is_all_ = false;
     std::string buffer_;  // UTF-8
     std::string encoded_; // read and not yet decoded
