@@ -27,36 +27,6 @@ class string_list {
 
 } // namespace
 
-static KT_vhash *my_finding_at(const cli_findings &findings, uint32_t n)
-{
-    KT_vhash *finding = nullptr;
-    KT_varray__get__vhash(findings.ctx, findings.list, n, &finding);
-    cli_check(findings.ctx, "");
-    return finding;
-}
-
-void cli_print_findings(const cli_findings &findings)
-{
-    for (uint32_t n = 0; n < findings.count; n++) {
-        KT_string *line = nullptr;
-        KT_string__alloc(findings.ctx, &line);
-        cli_check(findings.ctx, "");
-        tov_host__format_finding(findings.ctx, my_finding_at(findings, n), line);
-        const std::string text = cli_take(findings.ctx, line);
-        cli_check(findings.ctx, "");
-        cli_tell("%s\n", text.c_str());
-    }
-}
-
-// {"findings":[{...},...]}; each finding is JSON already.
-std::string cli_findings_json(const cli_findings &findings)
-{
-    std::string json = "{\"findings\":[";
-    for (uint32_t n = 0; n < findings.count; n++)
-        json += (n ? ",\n" : "\n") + cli_json_text(findings.ctx, my_finding_at(findings, n));
-    return json + (findings.count ? "\n]}\n" : "]}\n");
-}
-
 static int32_t my_kind(const std::string &name)
 {
     static constexpr std::pair<const char *, int32_t> kinds[] = {

@@ -3,6 +3,7 @@
 
 #include "cli.hpp"
 #include "cli_arguments.hpp"
+#include "cli_findings.hpp"
 #include "cli_sources.hpp"
 
 #include <vector>
@@ -17,29 +18,9 @@ struct cli_import_options {
     bool is_verbose = false;
 };
 
-struct cli_findings {
-    explicit cli_findings(KT_context *context) : ctx(context)
-    {
-    }
-    ~cli_findings()
-    {
-        KT_varray__free(ctx, list);
-    }
-    cli_findings(const cli_findings &) = delete;
-    cli_findings &operator=(const cli_findings &) = delete;
-
-    KT_context *ctx;
-    KT_varray *list = nullptr;
-    uint32_t count = 0;
-};
-
 // Adds the options that say what of a source is imported, and how.
 void cli_add_source_options(const cli_command &command, cli_import_options &options);
 
 // Imports sources that were read.
 void cli_import(KT_context *ctx, const cli_import_options &options, const std::vector<cli_source> &sources,
                 cli_schema *schema, cli_findings *findings);
-
-// The findings on standard error, one line each, and as {"findings":[{...},...]}.
-void cli_print_findings(const cli_findings &findings);
-std::string cli_findings_json(const cli_findings &findings);

@@ -25,11 +25,10 @@ struct convert_options {
     std::vector<std::string> paths; // sources, and last the database
     std::string database;
     std::string schema;
-    std::string findings;
+    cli_findings_options findings;
     std::string rejects;
     bool exact = false;
     bool all_or_nothing = false;
-    bool is_quiet = false;
     bool views = false;
 };
 
@@ -134,7 +133,7 @@ static int my_load(KT_context *ctx, const convert_options &options, tov_schema *
         tov_client__load_file(ctx, loader.loader, source.name.c_str());
         cli_check(ctx, source.name);
     }
-    return cli_finish_load(ctx, loader, options.database, options.rejects, options.is_quiet, said);
+    return cli_finish_load(ctx, loader, options.database, options.rejects, options.findings.is_quiet, said);
 }
 
 static std::string my_json(KT_context *ctx, tov_schema *schema)
@@ -149,6 +148,7 @@ static std::string my_json(KT_context *ctx, tov_schema *schema)
 
 static int my_run(const convert_options &options)
 {
+    cli_check_findings_options(options.findings);
     const cli_context context;
     KT_context *ctx = context.ctx;
     cli_schema schema(ctx);
@@ -156,10 +156,7 @@ static int my_run(const convert_options &options)
     new_database database(options.database);
     const std::vector<cli_source> sources = cli_read_sources(options.import.sources);
     cli_import(ctx, options.import, sources, &schema, &findings);
-    if (!options.is_quiet)
-        cli_print_findings(findings);
-    if (!options.findings.empty())
-        cli_write_file(options.findings, cli_findings_json(findings));
+    cli_report_findings(findings, options.findings, sources.front().name);
     if (!options.schema.empty())
         cli_write_file(options.schema, my_json(ctx, schema));
     my_create(ctx, options, schema, database.path());
@@ -182,13 +179,13 @@ void cli_add_convert(cli_arguments &arguments)
                   "a file, or several scripts or folders of them; and the database file, which must be new")
         .required();
     command.option("-s,--schema", options->schema, "write the schema to this file too", "FILE");
-    command.option("--findings", options->findings, "write the findings to this file, as JSON", "FILE");
+    cli_add_findings_options(command, options->findings);
     command.option("--rejects", options->rejects, "keep refused rows in this directory, with the reasons beside them",
                    "FOLDER");
     command.flag("--views", options->views, "add a view v_TABLE for each table, which shows values as the server does");
     command.flag("--exact", options->exact, "refuse values that would have to be shortened");
     command.flag("--all-or-nothing", options->all_or_nothing, "make no database when any row is refused");
-    command.flag("--quiet", options->is_quiet, "print neither findings nor the table at the end");
+    command.flag("--quiet", options->findings.is_quiet, "print neither findings nor the table at the end");
     cli_add_source_options(command, options->import);
     command.runs([options] {
         if (options->paths.size() < 2)

@@ -13,10 +13,8 @@ namespace {
 struct import_options {
     cli_import_options import;
     std::string output = "-";
-    std::string findings;
-    bool is_strict = false;
+    cli_findings_options findings;
     bool with_host_internals = false;
-    bool is_quiet = false;
 };
 
 } // namespace
@@ -43,14 +41,15 @@ static void my_keep_sources(const import_options &options, const std::vector<cli
     for (const cli_source &source : sources)
         inputs.push_back(source.name);
     cli_keep_inputs(options.output, inputs);
-    if (!options.findings.empty())
-        cli_keep_inputs(options.findings, inputs);
+    if (!options.findings.output.empty())
+        cli_keep_inputs(options.findings.output, inputs);
 }
 
 static int my_run(const import_options &options)
 {
-    if (options.findings == options.output ||
-        (!options.findings.empty() && cli_is_one_file(options.findings, options.output)))
+    cli_check_findings_options(options.findings);
+    const std::string &findings_file = options.findings.output;
+    if (findings_file == options.output || (!findings_file.empty() && cli_is_one_file(findings_file, options.output)))
         throw cli_usage_failure("schema and findings cannot both be written there", options.output);
     const cli_context context;
     KT_context *ctx = context.ctx;
@@ -60,12 +59,7 @@ static int my_run(const import_options &options)
     my_keep_sources(options, sources);
     cli_import(ctx, options.import, sources, &schema, &findings);
 
-    if (!options.is_quiet)
-        cli_print_findings(findings);
-    if (!options.findings.empty())
-        cli_write_file(options.findings, cli_findings_json(findings));
-    if (options.is_strict && findings.count)
-        throw cli_failure(std::to_string(findings.count) + " findings, and --strict allows none", "", cli_found);
+    cli_report_findings(findings, options.findings, options.import.sources.front());
     cli_write_file(options.output, my_schema_json(ctx, schema, options.with_host_internals));
     return cli_done;
 }
@@ -77,7 +71,9 @@ void cli_add_import(cli_arguments &arguments)
     command.details(
         "SOURCE is a package (.dacpac, .bacpac), a T-SQL script, several of them or a folder of them (all its .sql\n"
         "files), or the JSON document that the query of tov-schema catalogue-query prints on a server. Its content\n"
-        "says which it is. What is approximated or left out is a finding, one line each on standard error.\n"
+        "says which it is. What is approximated or left out is a finding, one line each on standard error; how many "
+        "there\n"
+        "are of each kind is said at the end.\n"
         "PATTERN is SCHEMA.TABLE, or a table's name in every schema; * stands for any characters, ? for one.\n\n"
         "Examples: tov-schema import Shop.dacpac -o schema.json\n"
         "          tov-schema import Tables/ --skip \"staging.*\" -o schema.json\n"
@@ -86,9 +82,8 @@ void cli_add_import(cli_arguments &arguments)
         .required();
     command.option("-o,--output", options->output, "where the schema goes (default: standard output)");
     cli_add_source_options(command, options->import);
-    command.option("--findings", options->findings, "write the findings to this file, as JSON");
-    command.flag("--quiet", options->is_quiet, "do not print the findings");
-    command.flag("--strict", options->is_strict, "fail, and write no schema, when there is any finding");
+    cli_add_findings_options(command, options->findings);
+    command.flag("--quiet", options->findings.is_quiet, "do not print the findings");
     command.flag("--with-host-internals", options->with_host_internals,
                  "write the schema together with what only the host side uses");
     command.runs([options] { return my_run(*options); });

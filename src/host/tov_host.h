@@ -76,8 +76,8 @@ typedef struct tov_host_file {
  * @param[out] schema     owned; freed with tov_schema__nullfree().
  * @param[out] findings   owned, null when there are none; freed with KT_varray__free(). One map for each, in the
  *                        order in which they were met, absent members left out:
- *                        {"code":"default-dropped","table":"dbo.Orders","column":"Placed","reason":"...",
- *                        "host_text":"(getdate())"}; those about a script have
+ *                        {"code":"default-dropped","severity":"warning","table":"dbo.Orders",
+ *                        "column":"Placed","reason":"...","host_text":"(getdate())"}; those about a script have
  *                        "place":"orders.sql:12:5" instead of a table and column
  *
  * Fails with KT_ERR_BAD_JSON when an export is not a JSON document; with KT_ERR_WRONG_TYPE, KT_ERR_KEY_NOT_FOUND or
@@ -105,6 +105,20 @@ TOV_API int32_t tov_host__recognise(const char *bytes, size_t size) KT_NOEXCEPT;
  * says that the question could not be answered, for example because memory ran out.
  */
 TOV_API KT_bool tov_host__is_refused_default(uint64_t code) KT_NOEXCEPT;
+
+/** A kind of findings; all members are static. */
+typedef struct tov_host_finding_kind {
+    const char *code; /**< stable, e.g. "check-left-out" */
+    /**
+     * "error": something of the source has no place in the schema, or may be missing from it unseen. "warning": the
+     * SQLite database accepts, fills in or holds something else than the server. "note": the same rows are accepted.
+     */
+    const char *severity;
+    const char *meaning; /**< a sentence without full stop, for people */
+} tov_host_finding_kind;
+
+/** The n-th kind of findings, counted from 0; null past the last. */
+TOV_API const tov_host_finding_kind *tov_host__get_nth_finding_kind(uint32_t n) KT_NOEXCEPT;
 
 /**
  * Appends a finding to a string as one line without line end: "code: table.column: reason: host text", absent parts

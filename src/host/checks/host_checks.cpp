@@ -68,7 +68,7 @@ static void my_add_check(KT_context *ctx, host_import &import, host_table &table
 }
 
 static void my_report(KT_context *ctx, host_import &import, const host_table &table, const host_check &check,
-                      const char *code, const std::string &reason)
+                      host_finding_code code, const std::string &reason)
 {
     std::string host_text = check.name ? "CONSTRAINT [" + std::string(check.name) + ']' : "CHECK";
     if (check.definition)
@@ -87,7 +87,8 @@ static void my_add_or_report(KT_context *ctx, host_import &import, host_scratch 
 {
     const host_check_reading reading = host_read_check(table, check.definition);
     if (reading.refusal) {
-        const char *code = reading.unprepared ? "check-unprepared-column" : "check-left-out";
+        const host_finding_code code =
+            reading.unprepared ? host_finding_code("check-unprepared-column") : host_finding_code("check-left-out");
         KT_TRY(my_report(ctx, import, table, check, code, my_refusal_text(reading)));
         return;
     }

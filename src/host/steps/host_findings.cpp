@@ -4,6 +4,8 @@
 #include "kt_chars.h"
 #include "tov_host.h"
 
+#include <iterator>
+
 #define KT_HERE "src/host/steps/host_findings"
 
 static void my_add_member(KT_context *ctx, KT_vhash *finding, const char *key, const char *text)
@@ -12,21 +14,22 @@ static void my_add_member(KT_context *ctx, KT_vhash *finding, const char *key, c
         KT_TRY(KT_vhash__add__string__sz(ctx, finding, key, text));
 }
 
-void host_findings::add(KT_context *ctx, const char *code, const host_table *table, const host_column *col,
+void host_findings::add(KT_context *ctx, host_finding_code code, const host_table *table, const host_column *col,
                         const char *host_text, const std::string &reason)
 {
     if (!list_.get())
         KT_TRY(KT_varray__alloc(ctx, list_.out()));
     KT_vhash *finding = nullptr;
     KT_TRY(KT_varray__appendnew__vhash(ctx, list_, &finding));
-    KT_TRY(my_add_member(ctx, finding, "code", code));
+    KT_TRY(my_add_member(ctx, finding, "code", code.kind->code));
+    KT_TRY(my_add_member(ctx, finding, "severity", code.kind->severity));
     KT_TRY(my_add_member(ctx, finding, "table", table ? table->label.c_str() : nullptr));
     KT_TRY(my_add_member(ctx, finding, "column", col ? col->name : nullptr));
     KT_TRY(my_add_member(ctx, finding, "reason", reason.c_str()));
     KT_TRY(my_add_member(ctx, finding, "host_text", host_text));
 }
 
-void host_findings::add_at(KT_context *ctx, const char *code, const char *place, const char *host_text,
+void host_findings::add_at(KT_context *ctx, host_finding_code code, const char *place, const char *host_text,
                            const std::string &reason)
 {
     KT_TRY(add(ctx, code, nullptr, nullptr, host_text, reason));
@@ -102,4 +105,9 @@ void tov_host__format_finding(KT_context *ctx, const KT_vhash *finding, KT_strin
     KT_TRY(my_append_part(ctx, text, ": ", reason));
     KT_TRY(my_append_part(ctx, text, ": ", host_text));
     KT_TRY(KT_string__append__string(ctx, line, text));
+}
+
+const tov_host_finding_kind *tov_host__get_nth_finding_kind(uint32_t n) noexcept
+{
+    return n < std::size(host_finding_kinds) ? &host_finding_kinds[n] : nullptr;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "records/host_catalogue.hpp"
+#include "steps/host_finding_kinds.hpp"
 
 class host_findings {
   public:
@@ -9,10 +10,11 @@ class host_findings {
     {
     }
     // Adds a finding; table, column and host_text may be null.
-    void add(KT_context *ctx, const char *code, const host_table *table, const host_column *col, const char *host_text,
-             const std::string &reason);
+    void add(KT_context *ctx, host_finding_code code, const host_table *table, const host_column *col,
+             const char *host_text, const std::string &reason);
     // Adds one about a place in a file, such as "orders.sql:12:5".
-    void add_at(KT_context *ctx, const char *code, const char *place, const char *host_text, const std::string &reason);
+    void add_at(KT_context *ctx, host_finding_code code, const char *place, const char *host_text,
+                const std::string &reason);
     // Hands the list over: null when nothing was found.
     void move_to(KT_varray **result)
     {

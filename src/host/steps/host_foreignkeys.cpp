@@ -11,7 +11,7 @@
 
 // What takes part in deciding about one key: its table, and the column that already refers to another, if any.
 struct host_fk_problem {
-    const char *code = nullptr;
+    host_finding_code code;
     const host_column *col = nullptr;
     std::string reason;
 };
@@ -109,7 +109,7 @@ void host_add_foreignkeys(KT_context *ctx, host_import &import, host_table &tabl
     std::vector<const host_column *> taken;
     for (const host_foreignkey &fk : table.fks) {
         const host_fk_problem problem = my_find_problem(import, fk, kept);
-        if (problem.code) {
+        if (problem.code.kind) {
             KT_TRY(import.findings.add(ctx, problem.code, &table, problem.col, host_foreignkey_text(fk).c_str(),
                                        problem.reason));
             continue;

@@ -25,7 +25,7 @@ static const char *my_find_flaw(const char *name)
 }
 
 static void my_leave_out_column(KT_context *ctx, host_import &import, const host_table &table, host_column &col,
-                                const char *code, const std::string &reason)
+                                host_finding_code code, const std::string &reason)
 {
     col.prepared = false;
     KT_TRY(import.findings.add(ctx, code, &table, &col, col.sqlite_name, "left out of the table: " + reason + way_out));
@@ -87,7 +87,7 @@ static void my_check_constraints(KT_context *ctx, host_import &import, host_tabl
     }
 }
 
-static void my_leave_out_table(KT_context *ctx, host_import &import, host_table &table, const char *code,
+static void my_leave_out_table(KT_context *ctx, host_import &import, host_table &table, host_finding_code code,
                                const std::string &reason)
 {
     table.is_left_out = true;

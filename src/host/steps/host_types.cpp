@@ -114,7 +114,7 @@ bool host_is_rowid_type(const host_column &col)
 // Why a column is unprepared.
 struct host_exclusion {
     bool (*applies)(const host_column &col);
-    const char *code;
+    host_finding_code code;
     const char *reason;
 };
 

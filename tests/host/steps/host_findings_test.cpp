@@ -49,15 +49,17 @@ TEST_F(HostFindingsTest, RecordsLeaveAbsentMembersOut)
     host_column col;
     col.name = "A";
     host_findings findings{ctx};
-    findings.add(ctx, "one", &table, &col, "text", "why");
-    findings.add(ctx, "two", nullptr, nullptr, nullptr, "how");
+    findings.add(ctx, "default-dropped", &table, &col, "text", "why");
+    findings.add(ctx, "no-tables", nullptr, nullptr, nullptr, "how");
     KT_varray *list = nullptr;
     findings.move_to(&list);
     KT_vhash *record = nullptr;
     KT_varray__get__vhash(ctx, list, 0, &record);
-    EXPECT_EQ(json_of(ctx, record), R"({"code":"one","table":"dbo.T","column":"A","reason":"why","host_text":"text"})");
+    EXPECT_EQ(
+        json_of(ctx, record),
+        R"({"code":"default-dropped","severity":"warning","table":"dbo.T","column":"A","reason":"why","host_text":"text"})");
     KT_varray__get__vhash(ctx, list, 1, &record);
-    EXPECT_EQ(json_of(ctx, record), R"({"code":"two","reason":"how"})");
+    EXPECT_EQ(json_of(ctx, record), R"({"code":"no-tables","severity":"error","reason":"how"})");
     KT_varray__free(ctx, list);
 }
 

@@ -1,0 +1,188 @@
+#include "cli_findings.hpp"
+
+#include "cli_files.hpp"
+#include "cli_harmless.hpp"
+#include "cli_json.hpp"
+#include "cli_layout.hpp"
+#include "cli_nearest.hpp"
+#include "cli_sarif.hpp"
+#include "tov_host.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+static KT_vhash *my_finding_at(const cli_findings &findings, uint32_t n)
+{
+    KT_vhash *finding = nullptr;
+    KT_varray__get__vhash(findings.ctx, findings.list, n, &finding);
+    cli_check(findings.ctx, "");
+    return finding;
+}
+
+static std::string my_member(KT_context *ctx, const KT_vhash *finding, const char *key)
+{
+    const char *text = nullptr;
+    KT_vhash__check__sz(ctx, finding, key, &text);
+    cli_check(ctx, key);
+    return text ? text : "";
+}
+
+// What a finding is about. Reasons may be worded anew and lines of scripts move, so neither is part of it.
+static std::string my_identity(KT_context *ctx, const KT_vhash *finding)
+{
+    const std::string place = my_member(ctx, finding, "place");
+    const std::string file = place.substr(0, place.rfind(':', place.rfind(':') - 1));
+    std::string identity;
+    for (const std::string &part : {my_member(ctx, finding, "code"), file, my_member(ctx, finding, "table"),
+                                    my_member(ctx, finding, "column"), my_member(ctx, finding, "host_text")})
+        identity += part + '\x1F';
+    return identity;
+}
+
+static std::multiset<std::string> my_read_baseline(KT_context *ctx, const std::string &path)
+{
+    std::multiset<std::string> known;
+    if (path.empty())
+        return known;
+    const cli_map document(ctx, cli_read_text(path), path);
+    KT_varray *list = nullptr;
+    uint32_t count = 0;
+    KT_vhash__get__varray(ctx, document, "findings", &list);
+    KT_varray__count(ctx, list, &count);
+    for (uint32_t n = 0; n < count && !KT_context__has_err(ctx); n++) {
+        KT_vhash *finding = nullptr;
+        KT_varray__get__vhash(ctx, list, n, &finding);
+        cli_check(ctx, path);
+        known.insert(my_identity(ctx, finding));
+    }
+    cli_check(ctx, path);
+    return known;
+}
+
+static std::vector<std::string> my_codes()
+{
+    std::vector<std::string> codes;
+    for (uint32_t n = 0; const tov_host_finding_kind *kind = tov_host__get_nth_finding_kind(n); n++)
+        codes.emplace_back(kind->code);
+    return codes;
+}
+
+void cli_check_findings_options(const cli_findings_options &options)
+{
+    const std::vector<std::string> codes = my_codes();
+    for (const std::string &code : options.allowed) {
+        if (std::find(codes.begin(), codes.end(), code) != codes.end())
+            continue;
+        const std::string nearest = cli_nearest(code, codes);
+        throw cli_usage_failure(
+            "no finding has this code" + (nearest.empty() ? "" : " (did you mean " + nearest + "?)"), code);
+    }
+}
+
+// Marks the findings that are expected, and gives how many are not.
+static uint32_t my_mark_expected(const cli_findings &findings, const cli_findings_options &options)
+{
+    KT_context *ctx = findings.ctx;
+    std::multiset<std::string> known = my_read_baseline(ctx, options.baseline);
+    uint32_t unexpected = 0;
+    for (uint32_t n = 0; n < findings.count; n++) {
+        KT_vhash *finding = my_finding_at(findings, n);
+        const auto place = known.find(my_identity(ctx, finding));
+        const auto &allowed = options.allowed;
+        if (place != known.end()) {
+            known.erase(place);
+            cli_add_text(ctx, finding, cli_expected, "baseline");
+        } else if (std::find(allowed.begin(), allowed.end(), my_member(ctx, finding, "code")) != allowed.end()) {
+            cli_add_text(ctx, finding, cli_expected, "allowed");
+        } else {
+            unexpected++;
+        }
+    }
+    return unexpected;
+}
+
+// One line for each finding that is not expected.
+static std::string my_lines(const cli_findings &findings)
+{
+    KT_string *lines = nullptr;
+    KT_string__alloc(findings.ctx, &lines);
+    cli_check(findings.ctx, "");
+    for (uint32_t n = 0; n < findings.count && !KT_context__has_err(findings.ctx); n++) {
+        const KT_vhash *finding = my_finding_at(findings, n);
+        if (!my_member(findings.ctx, finding, cli_expected).empty())
+            continue;
+        tov_host__format_finding(findings.ctx, finding, lines);
+        KT_string__append__sz(findings.ctx, lines, "\n");
+    }
+    std::string text = cli_take(findings.ctx, lines);
+    cli_check(findings.ctx, "");
+    return text;
+}
+
+// How many there are of each code: those that weigh most first, then in the order of the codes' table.
+static std::string my_summary(const cli_findings &findings, uint32_t unexpected)
+{
+    std::map<std::string, uint32_t> counts;
+    for (uint32_t n = 0; n < findings.count; n++) {
+        const KT_vhash *finding = my_finding_at(findings, n);
+        if (my_member(findings.ctx, finding, cli_expected).empty())
+            counts[my_member(findings.ctx, finding, "code")]++;
+    }
+    std::vector<std::vector<std::string>> lines;
+    for (const char *severity : {"error", "warning", "note"}) {
+        for (uint32_t n = 0; const tov_host_finding_kind *kind = tov_host__get_nth_finding_kind(n); n++) {
+            if (std::string(kind->severity) == severity && counts.count(kind->code))
+                lines.push_back({std::to_string(counts[kind->code]), severity, kind->code, kind->meaning});
+        }
+    }
+    const uint32_t expected = findings.count - unexpected;
+    std::string text = std::to_string(unexpected) + (unexpected == 1 ? " finding" : " findings");
+    text += expected ? ", and " + std::to_string(expected) + " expected" : "";
+    return text + (lines.empty() ? "\n" : ":\n") + cli_lay_out(lines, "  ");
+}
+
+// {"findings":[{...},...]}; each finding is JSON already.
+static std::string my_json(const cli_findings &findings)
+{
+    std::string json = "{\"findings\":[";
+    for (uint32_t n = 0; n < findings.count; n++)
+        json += (n ? ",\n" : "\n") + cli_json_text(findings.ctx, my_finding_at(findings, n));
+    return json + (findings.count ? "\n]}\n" : "]}\n");
+}
+
+static std::string my_text(const cli_findings &findings, const std::string &format, const std::string &first_source)
+{
+    if (format == "text")
+        return my_lines(findings);
+    return format == "sarif" ? cli_sarif(findings.ctx, findings.list, findings.count, first_source) : my_json(findings);
+}
+
+void cli_report_findings(const cli_findings &findings, const cli_findings_options &options,
+                         const std::string &first_source)
+{
+    const uint32_t unexpected = my_mark_expected(findings, options);
+    const bool has_file = !options.output.empty();
+    const std::string shown = has_file || options.format.empty() ? "text" : options.format;
+    if (!options.is_quiet) {
+        cli_tell("%s", my_text(findings, shown, first_source).c_str());
+        if (shown == "text" && findings.count)
+            cli_tell("%s", my_summary(findings, unexpected).c_str());
+    }
+    if (has_file)
+        cli_write_file(options.output,
+                       my_text(findings, options.format.empty() ? "json" : options.format, first_source));
+    if (options.is_strict && unexpected)
+        throw cli_failure(std::to_string(unexpected) + " findings, and --strict allows none", "", cli_found);
+}
+
+void cli_add_findings_options(const cli_command &command, cli_findings_options &options)
+{
+    command.option("--findings", options.output, "write the findings to this file, as JSON or in the --format");
+    command.option("--format", options.format, "the form of the findings: text, json or sarif", "FORM")
+        .one_of({"text", "json", "sarif"});
+    command.option("--allow", options.allowed, "expect findings of this code: do not print them; may be repeated",
+                   "CODE");
+    command.option("--baseline", options.baseline, "expect the findings in this file, which --findings wrote as JSON");
+    command.flag("--strict", options.is_strict, "fail, and write nothing else, when a finding is not expected");
+}

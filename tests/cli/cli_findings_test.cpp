@@ -1,0 +1,135 @@
+// Which findings are printed, counted, written and held against --strict.
+
+#include "run_command.hpp"
+#include "sample.hpp"
+
+namespace {
+
+constexpr const char *script =
+    "CREATE TABLE dbo.T (Id int NOT NULL PRIMARY KEY, At datetime NOT NULL DEFAULT getdate(),\n"
+    "  Twice AS (Id * 2), Till datetime NOT NULL DEFAULT getdate())\nGO\n"
+    "IF @@SERVERNAME = 'x'\n  ALTER TABLE dbo.T ADD Further int\n";
+
+class CliFindings : public CommandTest {
+  protected:
+    void SetUp() override
+    {
+        CommandTest::SetUp();
+        write("t.sql", script);
+    }
+    // Imports the script; options are appended.
+    command_result import(const std::vector<std::string> &options) const
+    {
+        std::vector<std::string> arguments{"import", path("t.sql"), "-o", path("s.json")};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return run(arguments);
+    }
+    // The last lines of what was printed, from the one on that begins so.
+    static std::string from(const std::string &text, const std::string &beginning)
+    {
+        const size_t at = text.find("\n" + beginning);
+        return at == std::string::npos ? text : text.substr(at + 1);
+    }
+};
+
+TEST_F(CliFindings, AreCountedByCodeAtTheEnd)
+{
+    const command_result result = import({});
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_EQ(from(result.err, "4 findings"),
+              "4 findings:\n"
+              "  1  error    statement-not-read  A statement that may have changed a table was not followed\n"
+              "  1  warning  column-computed     A computed column is left out\n"
+              "  2  warning  default-dropped     A default is left out, since SQLite has none that means the same\n");
+}
+
+TEST_F(CliFindings, OfACodeThatIsAllowedAreNeitherPrintedNorHeldAgainstStrict)
+{
+    const command_result some = import({"--strict", "--allow", "default-dropped"});
+    EXPECT_EXIT_CODE(some, 1);
+    EXPECT_EQ(some.err.find("default-dropped"), std::string::npos) << some.err;
+    EXPECT_NE(some.err.find("2 findings, and 2 expected:\n"), std::string::npos) << some.err;
+    EXPECT_NE(some.err.find("2 findings, and --strict allows none"), std::string::npos) << some.err;
+    const command_result all = import(
+        {"--strict", "--allow", "default-dropped", "--allow", "column-computed", "--allow", "statement-not-read"});
+    EXPECT_EXIT_CODE(all, 0);
+    EXPECT_EQ(all.err, "0 findings, and 4 expected\n");
+}
+
+TEST_F(CliFindings, AnAllowedCodeMustBeOne)
+{
+    const command_result result = import({"--allow", "default-droped"});
+    EXPECT_EXIT_CODE(result, 2);
+    EXPECT_NE(result.err.find("no finding has this code (did you mean default-dropped?): default-droped"),
+              std::string::npos)
+        << result.err;
+    EXPECT_EQ(read("s.json"), "");
+}
+
+TEST_F(CliFindings, OfTheBaselineAreExpectedEachOnce)
+{
+    EXPECT_EXIT_CODE(import({"--findings", path("base.json")}), 0);
+    EXPECT_EXIT_CODE(import({"--strict", "--baseline", path("base.json")}), 0);
+    // The lines move, another default of the same text comes, and another statement that is not followed.
+    write("t.sql", std::string("-- first\n\n") + script +
+                       "GO\nCREATE TABLE dbo.U (Id int, At datetime DEFAULT getdate())\n" +
+                       "IF @@SERVERNAME = 'x'\n  ALTER TABLE dbo.T ADD Further int\n");
+    const command_result result = import({"--strict", "--baseline", path("base.json"), "--findings", path("f.json")});
+    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_NE(result.err.find("2 findings, and 4 expected:\n"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("default-dropped: dbo.U.At: "), std::string::npos) << result.err;
+    EXPECT_EQ(result.err.find("default-dropped: dbo.T.At: "), std::string::npos) << result.err;
+    EXPECT_NE(read("f.json").find("\"expected\":\"baseline\""), std::string::npos);
+}
+
+TEST_F(CliFindings, ABaselineMustHoldFindings)
+{
+    for (const char *content : {"{}", "[]", "{\"findings\":[1]}", "not JSON"}) {
+        SCOPED_TRACE(content);
+        write("base.json", content);
+        const command_result result = import({"--baseline", path("base.json")});
+        EXPECT_EXIT_CODE(result, 2);
+        EXPECT_NE(result.err.find("base.json"), std::string::npos) << result.err;
+    }
+}
+
+TEST_F(CliFindings, AsSarif)
+{
+    const command_result result =
+        import({"--findings", path("f.sarif"), "--format", "sarif", "--allow", "column-computed"});
+    EXPECT_EXIT_CODE(result, 0);
+    const std::string sarif = read("f.sarif");
+    for (
+        const char *part : {
+            R"("version":"2.1.0","runs":[{"tool":{"driver":{"name":"tov-schema")",
+            R"({"id":"check-left-out","shortDescription":{"text":"A check is left out, since SQLite would read it differently"},"defaultConfiguration":{"level":"warning"}})",
+            R"({"ruleId":"statement-not-read","level":"error","message":{"text":"not followed: )",
+            R"(t.sql"},"region":{"startLine":5,"startColumn":3}}}]})",
+            R"("logicalLocations":[{"fullyQualifiedName":"dbo.T.At","kind":"member"}])",
+            R"("suppressions":[{"kind":"external","justification":"allowed"}])",
+        })
+        EXPECT_NE(sarif.find(part), std::string::npos) << part << "\n" << sarif;
+    EXPECT_NE(result.err.find("default-dropped: dbo.T.At: "), std::string::npos) << "lines are for the terminal still";
+}
+
+TEST_F(CliFindings, InTheirFormOnTheTerminalWhereThereIsNoFile)
+{
+    EXPECT_EQ(import({"--format", "json"}).err.find("{\"findings\":[\n{\"code\":\""), 0u);
+    EXPECT_EQ(import({"--format", "sarif"}).err.find("{\"$schema\":"), 0u);
+    EXPECT_EQ(import({"--format", "sarif", "--quiet"}).err, "");
+    EXPECT_EXIT_CODE(import({"--format", "yaml"}), 2);
+}
+
+TEST_F(CliFindings, OfAConvertAreTreatedAlike)
+{
+    const std::vector<std::string> arguments{"convert", path("t.sql"), path("t.db"), "--strict"};
+    const command_result strict = run(arguments);
+    EXPECT_EXIT_CODE(strict, 1);
+    EXPECT_EQ(files(), "t.sql ") << "no database is made";
+    std::vector<std::string> allowing = arguments;
+    for (const char *code : {"default-dropped", "column-computed", "statement-not-read"})
+        allowing.insert(allowing.end(), {"--allow", code});
+    EXPECT_EXIT_CODE(run(allowing), 0);
+}
+
+} // namespace
