@@ -7,6 +7,7 @@
 #include "cli_import.hpp"
 #include "cli_load_report.hpp"
 #include "cli_progress.hpp"
+#include "cli_rules.hpp"
 #include "commands.hpp"
 #include "tov_host.h"
 #include "tov_row_parts.h"
@@ -27,6 +28,7 @@ struct convert_options {
     std::string schema;
     cli_findings_options findings;
     std::string rejects;
+    std::string rules = "server";
     bool exact = false;
     bool all_or_nothing = false;
     bool views = false;
@@ -96,7 +98,8 @@ static void my_read_parts(KT_context *ctx, void *data, tov_client_take_part take
 static void my_create(KT_context *ctx, const convert_options &options, tov_schema *schema, const std::string &path)
 {
     cli_progress progress("creating");
-    const tov_client_create_options create_options = {options.views, cli_progress::step, &progress};
+    const tov_client_create_options create_options = {options.views, cli_progress::step, &progress,
+                                                      cli_rules(options.rules)};
     tov_client__create_database__with(ctx, schema, path.c_str(), &create_options);
     progress.finish();
     cli_check(ctx, options.database);
@@ -183,6 +186,7 @@ void cli_add_convert(cli_arguments &arguments)
     command.option("--rejects", options->rejects, "keep refused rows in this directory, with the reasons beside them",
                    "FOLDER");
     command.flag("--views", options->views, "add a view v_TABLE for each table, which shows values as the server does");
+    cli_add_rules(command, options->rules);
     command.flag("--exact", options->exact, "refuse values that would have to be shortened");
     command.flag("--all-or-nothing", options->all_or_nothing, "make no database when any row is refused");
     command.flag("--quiet", options->findings.is_quiet, "print neither findings nor the table at the end");

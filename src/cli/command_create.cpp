@@ -5,6 +5,7 @@
 #include "cli_json.hpp"
 #include "cli_paths.hpp"
 #include "cli_progress.hpp"
+#include "cli_rules.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
 #include "tov_client.h"
@@ -17,6 +18,7 @@ struct create_options {
     std::string schema;
     std::string database;
     std::string output = "-";
+    std::string rules = "server";
     bool views = false;
 };
 
@@ -47,7 +49,8 @@ static int my_run_create(const create_options &options)
     cli_load_schema(context.ctx, options.schema, &schema);
     my_print_remarks(context.ctx, schema, options.schema);
     cli_progress progress("creating");
-    const tov_client_create_options client_options = {options.views, cli_progress::step, &progress};
+    const tov_client_create_options client_options = {options.views, cli_progress::step, &progress,
+                                                      cli_rules(options.rules)};
     tov_client__create_database__with(context.ctx, schema, options.database.c_str(), &client_options);
     progress.finish();
     const bool is_of_database = KT_context__err_code(context.ctx) >= KT_ERR_SQLITE(0);
@@ -65,7 +68,7 @@ static int my_run_sql(const create_options &options)
     KT_string *script = nullptr;
     {
         const cli_waiting waiting("writing");
-        const tov_client_create_options client_options = {options.views, nullptr, nullptr};
+        const tov_client_create_options client_options = {options.views, nullptr, nullptr, cli_rules(options.rules)};
         tov_client__write_script__with(context.ctx, schema, &client_options, &script);
     }
     const std::string text = cli_take(context.ctx, script);
@@ -83,6 +86,7 @@ void cli_add_create(cli_arguments &arguments)
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.argument("DATABASE", options->database, "the database file; made when it is absent").required();
     command.flag("--views", options->views, views_help);
+    cli_add_rules(command, options->rules);
     command.runs([options] { return my_run_create(*options); });
 }
 
@@ -94,5 +98,6 @@ void cli_add_sql(cli_arguments &arguments)
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.option("-o,--output", options->output, "where the script goes (default: standard output)");
     command.flag("--views", options->views, views_help);
+    cli_add_rules(command, options->rules);
     command.runs([options] { return my_run_sql(*options); });
 }

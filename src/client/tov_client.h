@@ -42,7 +42,18 @@ TOV_API void tov_client__create_database(KT_context *ctx, tov_schema *schema, co
                                          void (*progress)(void *data, uint32_t done, uint32_t total),
                                          void *data) KT_NOEXCEPT;
 
-/** What is created besides tables and triggers. All zero is nothing. */
+/** Which values the checking triggers refuse. */
+enum tov_client_rules {
+    /**
+     * What the server would refuse too, and every form of a value but the one of docs/values.md: for tables of which
+     * the document says what the server says of their columns; basic rules for others.
+     */
+    TOV_CLIENT_RULES_SERVER = 0,
+    /** What the schema module's own checks refuse. */
+    TOV_CLIENT_RULES_BASIC = 1
+};
+
+/** What is created besides tables and triggers. All zero is nothing, with the server's rules. */
 typedef struct tov_client_create_options {
     /**
      * Whether each table gets a view of its name after "v_", which shows decimals, money, guids and moments as the
@@ -52,6 +63,8 @@ typedef struct tov_client_create_options {
     /** Optional: called after each statement with the number done and their total. */
     void (*progress)(void *data, uint32_t done, uint32_t total);
     void *data;
+    /** One of tov_client_rules. */
+    int32_t rules;
 } tov_client_create_options;
 
 /** tov_client__write_script() with options. */

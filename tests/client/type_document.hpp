@@ -65,7 +65,8 @@ inline std::string server_facts_of(const client_declared_type &declared)
     std::string facts = R"("type":")" + name + R"(","length":)";
     facts += std::to_string(type.length > 0 && is_unit ? type.length * 2 : type.length);
     facts += R"(,"precision":)" + std::to_string(type.precision) + R"(,"scale":)" + std::to_string(type.scale);
-    return facts + R"(,"code_page":1252)" + (type.nullable ? R"(,"nullable":true)" : "");
+    facts += R"(,"code_page":)" + std::to_string(type.code_page);
+    return facts + (type.nullable ? R"(,"nullable":true)" : "");
 }
 
 // Tables "T0", "T1" ... with a key "Id" and a column "c" of one type each.

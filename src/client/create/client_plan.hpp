@@ -22,6 +22,7 @@ struct client_plan {
     kt_owned_varray tbl_ids;
     std::vector<client_tbl> tbls; // in creation order
     bool with_views = false;      // whether each table gets one; set before the plan is made
+    bool with_rules = true;       // whether values have to obey the server's rules; set before the plan is made
     std::string trigger_prefix;   // what the name of every trigger, and of no table, begins with
 };
 

@@ -3,6 +3,8 @@
 #include "create/client_statements.hpp"
 
 #include "create/client_views.hpp"
+#include "rows/table/client_row_tbl.hpp"
+#include "rules/client_rules.hpp"
 
 #define KT_HERE "src/client/create/client_statements"
 
@@ -77,19 +79,72 @@ static void my_append_constraints(KT_context *ctx, tov_schema *schema, const cha
     }
 }
 
-static void my_write_tbl(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, KT_string *sql) noexcept
+// SQLite numbers rows after the triggers ran, so the limits of these numbers are the table's own check.
+static void my_append_rowid_rules(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_string *sql) noexcept
+{
+    client_row_tbl tbl;
+    KT_TRY(client_read_row_tbl(ctx, schema, tbl_id, tbl));
+    if (!tbl.has_facts)
+        return;
+    kt_contain(ctx, [&] {
+        for (const client_row_col &col : tbl.cols) {
+            if (!col.stored || !col.rowid)
+                continue;
+            for (const client_rule &rule : client_rowid_rules_of(col.type, client_quoted(col.name)))
+                KT_TRY(my_append_constraint(ctx, sql,
+                                            ("CONSTRAINT \"[" + col.name + "] constraint violation: " + rule.message +
+                                             "\" CHECK (NOT (" + rule.refused + "))")
+                                                .c_str()));
+        }
+    });
+}
+
+static void my_write_tbl(KT_context *ctx, tov_schema *schema, const client_plan &plan, const client_tbl &tbl,
+                         KT_string *sql) noexcept
 {
     KT_TRY(KT_string__append__format(ctx, sql, "CREATE TABLE \"%s\" (", tbl.name));
     KT_TRY(my_append_cols(ctx, schema, tbl.id, sql));
     KT_TRY(my_append_pk(ctx, schema, tbl.id, sql));
     for (const constraint_kind &kind : constraint_kinds)
         KT_TRY(my_append_constraints(ctx, schema, tbl.id, kind, sql));
+    if (plan.with_rules)
+        KT_TRY(my_append_rowid_rules(ctx, schema, tbl.id, sql));
     KT_TRY(KT_string__append__sz(ctx, sql, "\n)"));
 }
 
-// The body of both checking triggers: each column's statement, which raises an error or does nothing.
-static void my_append_validation(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_string *sql) noexcept
+// What the server's rules for a column add to its own statement.
+static std::string my_rules_text(const client_row_col &col)
 {
+    std::string text;
+    for (const client_rule &rule : client_rules_of(col.type, "NEW." + client_quoted(col.name)))
+        text += "WHEN (" + rule.refused + ") THEN RAISE(ABORT, '[" + col.name +
+                "] constraint violation: " + rule.message + "')\n";
+    return text.empty() ? text : "SELECT CASE\n" + text + "ELSE 1\nEND;\n";
+}
+
+static const client_row_col *my_find_col(const client_row_tbl &tbl, const char *col_id) noexcept
+{
+    for (const client_row_col &col : tbl.cols) {
+        if (col.stored && KT_stricmp(col.col_id.c_str(), col_id) == 0)
+            return &col;
+    }
+    return nullptr;
+}
+
+static void my_append_rules(KT_context *ctx, const client_row_tbl &tbl, const char *col_id, KT_string *sql) noexcept
+{
+    const client_row_col *col = tbl.has_facts ? my_find_col(tbl, col_id) : nullptr;
+    if (col && !col->rowid)
+        KT_TRY(kt_contain(ctx, [&] { KT_TRY(KT_string__append__sz(ctx, sql, my_rules_text(*col).c_str())); }));
+}
+
+// The body of both checking triggers: each column's statements, which raise an error or do nothing.
+static void my_append_validation(KT_context *ctx, tov_schema *schema, const char *tbl_id, bool with_rules,
+                                 KT_string *sql) noexcept
+{
+    client_row_tbl tbl;
+    if (with_rules)
+        KT_TRY(client_read_row_tbl(ctx, schema, tbl_id, tbl));
     uint32_t count = 0;
     KT_TRY(tov_schema__count_cols(ctx, schema, tbl_id, &count));
     for (uint32_t n = 0; n < count; n++) {
@@ -99,6 +154,7 @@ static void my_append_validation(KT_context *ctx, tov_schema *schema, const char
         KT_TRY(tov_schema__get_col_validation_expression(ctx, schema, tbl_id, col_id, expression.out()));
         KT_TRY(KT_string__append__string(ctx, sql, expression));
         KT_TRY(KT_string__append__sz(ctx, sql, ";\n"));
+        KT_TRY(my_append_rules(ctx, tbl, col_id, sql));
     }
 }
 
@@ -114,8 +170,8 @@ static const char *my_event(client_kind kind) noexcept
     }
 }
 
-static void my_write_trigger(KT_context *ctx, tov_schema *schema, client_kind kind, const client_tbl &tbl,
-                             const char *name, KT_string *sql) noexcept
+static void my_write_trigger(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_kind kind,
+                             const client_tbl &tbl, const char *name, KT_string *sql) noexcept
 {
     const char *event = my_event(kind);
     KT_TRY(KT_string__append__format(ctx, sql, "CREATE TRIGGER \"%s\" %s ON \"%s\"\nBEGIN\n", name, event, tbl.name));
@@ -123,7 +179,7 @@ static void my_write_trigger(KT_context *ctx, tov_schema *schema, client_kind ki
         KT_TRY(KT_string__append__sz(ctx, sql, tbl.cascades.c_str()));
         KT_TRY(KT_string__append__sz(ctx, sql, tbl.resets.c_str()));
     } else {
-        KT_TRY(my_append_validation(ctx, schema, tbl.id, sql));
+        KT_TRY(my_append_validation(ctx, schema, tbl.id, plan.with_rules, sql));
     }
     KT_TRY(KT_string__append__sz(ctx, sql, "END"));
 }
@@ -154,11 +210,11 @@ static void my_hand_out(KT_context *ctx, tov_schema *schema, const client_plan &
     KT_TRY(KT_string__alloc(ctx, sql.out()));
     KT_TRY(my_append_name(ctx, plan, kind, tbl, name));
     if (schema && kind == client_kind::tbl)
-        KT_TRY(my_write_tbl(ctx, schema, tbl, sql));
+        KT_TRY(my_write_tbl(ctx, schema, plan, tbl, sql));
     else if (schema && kind == client_kind::view)
         KT_TRY(client_write_view(ctx, schema, tbl, sql));
     else if (schema)
-        KT_TRY(my_write_trigger(ctx, schema, kind, tbl, KT_string__sz(name), sql));
+        KT_TRY(my_write_trigger(ctx, schema, plan, kind, tbl, KT_string__sz(name), sql));
     KT_TRY(sink(ctx, data, {kind, tbl.name, KT_string__sz(name), KT_string__sz(sql)}));
 }
 

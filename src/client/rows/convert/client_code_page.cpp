@@ -12,7 +12,6 @@ struct wide_name {
 };
 } // namespace
 
-static constexpr uint16_t utf_8_page = 65001;
 static constexpr wide_name wide_names[] = {
     {932, "CP932"}, {936, "GBK"}, {949, "CP949"}, {950, "CP950"}, {1361, "JOHAB"}, {54936, "GB18030"},
 };
@@ -80,12 +79,12 @@ static const char *my_wide_name(uint16_t page) noexcept
 
 bool client_is_wide_page(uint16_t page) noexcept
 {
-    return page == utf_8_page || my_wide_name(page);
+    return page == client_utf_8_page || my_wide_name(page);
 }
 
 size_t client_code_pages::count_bytes(uint16_t page, std::string_view text, size_t units)
 {
-    if (page == utf_8_page)
+    if (page == client_utf_8_page)
         return text.size();
     const char *name = my_wide_name(page);
     if (!name)
@@ -99,4 +98,36 @@ size_t client_code_pages::count_bytes(uint16_t page, std::string_view text, size
     while (!text.empty())
         bytes += wide->size_of(client_next_char(text));
     return bytes;
+}
+
+const std::vector<client_char_range> &client_code_pages::single_bytes(uint16_t page)
+{
+    const auto [place, is_new] = single_bytes_.try_emplace(page);
+    if (is_new)
+        place->second = client_single_bytes_of(page);
+    return place->second;
+}
+
+size_t client_code_pages::count_by_rule(uint16_t page, std::string_view text, size_t units)
+{
+    if (!client_is_double_byte_page(page))
+        return count_bytes(page, text, units);
+    const std::vector<client_char_range> &singles = single_bytes(page);
+    size_t bytes = 0;
+    while (!text.empty()) {
+        const uint32_t character = client_next_char(text);
+        bytes += character < 0x80 || client_is_in(singles, character) ? 1U : 2U;
+    }
+    return bytes;
+}
+
+bool client_code_pages::lacks(uint16_t page, std::string_view text)
+{
+    const std::vector<client_char_range> &chars = single_bytes(page);
+    while (!text.empty() && !chars.empty()) {
+        const uint32_t character = client_next_char(text);
+        if (character >= 0x80 && !client_is_in(chars, character))
+            return true;
+    }
+    return false;
 }

@@ -1,6 +1,8 @@
 // How many bytes a text takes in the code page of a column, which is what limits a varchar.
 #pragma once
 
+#include "rows/convert/client_page_chars.hpp"
+
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -18,9 +20,18 @@ class client_code_pages {
     // The bytes that a text takes; units is its length in UTF-16, and an unknown page (0) counts as such units.
     size_t count_bytes(uint16_t page, std::string_view text, size_t units);
 
+    // The same as the server's rules count: in a double-byte page each character takes two bytes but those that are
+    // known to take one, whether the page has it or not.
+    size_t count_by_rule(uint16_t page, std::string_view text, size_t units);
+    // Whether the text has a character that a single-byte page lacks.
+    bool lacks(uint16_t page, std::string_view text);
+
   private:
     struct wide_page;
+    const std::vector<client_char_range> &single_bytes(uint16_t page);
+
     std::map<uint16_t, std::unique_ptr<wide_page>> pages_;
+    std::map<uint16_t, std::vector<client_char_range>> single_bytes_;
 };
 
 // Whether characters of the page may take more than a byte.

@@ -21,6 +21,20 @@ static void my_pad(client_converter &converter, size_t missing, client_value &va
     value.bytes = room;
 }
 
+// The bytes of a text that is not ASCII alone. Where the server's rules are kept, conversion counts as they do.
+static client_reject my_measure_in_page(client_converter &converter, uint16_t page, std::string_view text, size_t units,
+                                        size_t &length)
+{
+    if (!converter.with_rules) {
+        length = converter.pages.count_bytes(page, text, units);
+        return client_reject::none;
+    }
+    if (client_is_single_byte_page(page) && converter.pages.lacks(page, text))
+        return client_reject::not_in_page;
+    length = converter.pages.count_by_rule(page, text, units);
+    return client_reject::none;
+}
+
 static client_reject my_take_measured(client_converter &converter, const client_server_type &type,
                                       std::string_view text, const client_text_size &size, client_value &value)
 {
@@ -28,11 +42,13 @@ static client_reject my_take_measured(client_converter &converter, const client_
         return size.flaw == client_utf8_flaw::not_utf_8 ? client_reject::not_utf_8 : client_reject::half_surrogate;
     value.storage = client_storage::text;
     value.bytes = text;
-    if (type.length <= 0)
-        return client_reject::none;
+    size_t length = size.units;
+    client_reject reject = client_reject::none;
+    if (!size.ascii && !client_is_unicode(type.base))
+        reject = my_measure_in_page(converter, type.code_page, text, size.units, length);
+    if (reject != client_reject::none || type.length <= 0)
+        return reject;
     const auto most = static_cast<size_t>(type.length);
-    const bool is_ascii = size.ascii || client_is_unicode(type.base);
-    const size_t length = is_ascii ? size.units : converter.pages.count_bytes(type.code_page, text, size.units);
     if (length > most)
         return client_reject::too_long;
     if (length < most && my_is_fixed_text(type.base))

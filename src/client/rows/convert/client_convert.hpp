@@ -12,7 +12,8 @@ struct client_converter {
     client_room *room = &scratch; // where the bytes of the next value are made
     client_code_pages pages;
     client_date_order date_order = client_date_order::mdy;
-    bool exact = false; // refuse what would have to be shortened
+    bool exact = false;      // refuse what would have to be shortened
+    bool with_rules = false; // refuse characters that the code page lacks, as the server's rules do
 };
 
 // Converts a field that is given (not absent). The value is borrowed from the field or the converter's room until

@@ -23,6 +23,7 @@ static constexpr reject_text reject_texts[] = {
     {"out-of-range", "the value is beyond the limits of the column's type"},
     {"too-precise", "the value has more fraction digits than the column"},
     {"too-long", "the value is longer than the column"},
+    {"not-in-code-page", "the text has a character that the column's code page lacks"},
     {"time-of-day", "the value has a time of day, which a date does not hold"},
     {"needs-shortening", "the value would have to be cut to three fraction digits"},
     {"wrong-form", "a value written in this form does not go into the column's type"},

@@ -50,6 +50,7 @@ enum class client_reject : uint8_t {
     out_of_range,
     too_precise,
     too_long,
+    not_in_page,
     time_of_day,
     needs_shortening,
     wrong_form,

@@ -96,8 +96,8 @@ void client_loader__get_target(KT_context *ctx, tov_client_loader &loader, const
     if (!is_new)
         return;
     KT_TRY(client_read_row_tbl(ctx, loader.schema, tbl_id, place->second.tbl));
-    if (!loader.settings.with_triggers)
-        KT_TRY(client_target__look_at_triggers(ctx, loader.database, loader.schema, place->second));
+    KT_TRY(client_target__look_at_triggers(ctx, loader.database, loader.schema, place->second));
+    place->second.with_triggers |= loader.settings.with_triggers;
 }
 
 // How well a name means a table: 2 as it is written, 1 case aside, 0 not at all.

@@ -13,7 +13,8 @@
 namespace {
 // What the triggers of one table should be.
 struct trigger_texts {
-    std::string insert;
+    std::string insert; // with the server's rules
+    std::string basic;  // and without
     std::vector<std::string> others;
 };
 } // namespace
@@ -23,7 +24,7 @@ static void my_note_text(KT_context *ctx, void *data, const client_statement &st
     auto &texts = *static_cast<trigger_texts *>(data);
     kt_contain(ctx, [&] {
         if (statement.kind == client_kind::insert_trigger)
-            texts.insert = statement.sql;
+            (texts.insert.empty() ? texts.insert : texts.basic) = statement.sql;
         else if (statement.kind != client_kind::tbl)
             texts.others.emplace_back(statement.sql);
     });
@@ -34,7 +35,10 @@ static void my_list_texts(KT_context *ctx, tov_schema *schema, const client_row_
     client_plan plan{ctx};
     KT_TRY(client_make_plan(ctx, schema, plan));
     std::erase_if(plan.tbls, [&](const client_tbl &other) { return KT_stricmp(other.id, tbl.id.c_str()) != 0; });
-    KT_TRY(client_each_statement(ctx, schema, plan, my_note_text, &texts));
+    for (const bool with_rules : {true, false}) {
+        plan.with_rules = with_rules;
+        KT_TRY(client_each_statement(ctx, schema, plan, my_note_text, &texts));
+    }
 }
 
 void client_target__look_at_triggers(KT_context *ctx, client_connection &database, tov_schema *schema,
@@ -50,11 +54,13 @@ void client_target__look_at_triggers(KT_context *ctx, client_connection &databas
         KT_TRY(client_connection__prepare(ctx, database, sql, handle));
         database.functions->bind_text(handle, 1, target.tbl.name.c_str(), -1);
         target.with_triggers = false;
+        target.with_rules = false;
         KT_TRY(client_connection__step(ctx, database, handle, has));
         while (has) {
             const std::string text(client_column_text(database, handle, 0));
             const bool is_other = std::find(texts.others.begin(), texts.others.end(), text) != texts.others.end();
-            target.with_triggers |= text != texts.insert && !is_other;
+            target.with_triggers |= text != texts.insert && text != texts.basic && !is_other;
+            target.with_rules |= text == texts.insert;
             KT_TRY(client_connection__step(ctx, database, handle, has));
         }
     });
@@ -219,6 +225,7 @@ static void my_bind_all(KT_context *ctx, client_connection &database, client_con
         }
         client_value value;
         converter.room = &layout.rooms[n];
+        converter.with_rules = target.with_rules;
         verdict.reject = client_convert(converter, target.tbl.cols[col].type, row.fields[field], value);
         if (verdict.reject == client_reject::none && my_bind(database, statement, index, value) == SQLITE_TOOBIG)
             verdict.reject = client_reject::too_long;

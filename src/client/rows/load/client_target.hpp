@@ -25,6 +25,7 @@ inline constexpr size_t client_no_field = SIZE_MAX;
 struct client_target {
     client_row_tbl tbl;
     bool with_triggers = true; // whether the checks of the triggers have to run
+    bool with_rules = false;   // whether they hold the server's rules, which say more of code pages
     int64_t next_version = 0;  // of a rowversion that rows come without; 0 while it is not known
     std::map<std::vector<size_t>, client_layout> layouts; // by cols
 };
@@ -39,7 +40,7 @@ struct client_verdict {
 };
 
 // Whether what a table's triggers do to an inserted row is done as well by converting its fields: when the schema's own
-// check is the only trigger for insertions, word for word. Sets with_triggers.
+// check is the only trigger for insertions, word for word. Sets with_triggers and with_rules.
 void client_target__look_at_triggers(KT_context *ctx, client_connection &database, tov_schema *schema,
                                      client_target &target) noexcept;
 

@@ -1,0 +1,79 @@
+#include "rules/client_rules.hpp"
+
+#include "guide/client_guide.hpp"
+#include "rules/client_rule_parts.hpp"
+
+std::string client_about(const std::string &value, std::string_view condition)
+{
+    std::string text;
+    for (const char c : condition) {
+        if (c == '@')
+            text += value;
+        else
+            text.push_back(c);
+    }
+    return text;
+}
+
+// Adds a rule that refuses what lies beyond the limits of the type.
+static void my_add_range(const client_server_type &type, const std::string &refused, std::vector<client_rule> &rules)
+{
+    rules.push_back({refused, "out of range: " + client_declared_type_text({type, ""})});
+}
+
+std::vector<client_rule> client_rules_of(const client_server_type &type, const std::string &value)
+{
+    std::vector<client_rule> rules;
+    switch (type.base) {
+    case client_base::real: // what lies beyond half a step after the greatest number of 32 bits
+        my_add_range(type, client_about(value, "abs(@) >= 3.4028235677973366e38"), rules);
+        break;
+    case client_base::floating: // infinite
+        my_add_range(type, client_about(value, "@ IS NOT NULL AND @ - @ IS NULL"), rules);
+        break;
+    case client_base::binary:
+        if (type.length > 0)
+            rules.push_back({client_about(value, "length(@) < ") + std::to_string(type.length),
+                             "width not filled with zeros: " + std::to_string(type.length)});
+        break;
+    case client_base::rowversion:
+        rules.push_back({client_about(value, "length(@) != 8"), "must be 8 bytes (rowversion)"});
+        break;
+    default:
+        if (client_is_text(type.base))
+            client_add_text_rules(type, value, rules);
+        else if (type.base >= client_base::date && type.base <= client_base::datetimeoffset)
+            client_add_moment_rules(type, value, rules);
+    }
+    return rules;
+}
+
+// The last number of the type, and the first; empty for a type that holds all that SQLite numbers.
+static std::string my_integer_limits(const client_server_type &type)
+{
+    switch (type.base) {
+    case client_base::tinyint:
+        return "0 AND 255";
+    case client_base::smallint:
+        return "-32768 AND 32767";
+    case client_base::integer:
+        return "-2147483648 AND 2147483647";
+    case client_base::decimal:
+        break;
+    default:
+        return "";
+    }
+    if (type.precision == 0 || type.precision > 18)
+        return "";
+    const std::string most(type.precision, '9');
+    return "-" + most + " AND " + most;
+}
+
+std::vector<client_rule> client_rowid_rules_of(const client_server_type &type, const std::string &value)
+{
+    std::vector<client_rule> rules;
+    const std::string limits = my_integer_limits(type);
+    if (!limits.empty())
+        my_add_range(type, value + " NOT BETWEEN " + limits, rules);
+    return rules;
+}

@@ -1,0 +1,23 @@
+// What the server refuses of a column's values beyond what the schema's own checks refuse, as conditions in SQL.
+//
+// The conditions know nothing of how they are attached to a table. Each is cheap for values that are plainly good, and
+// gives the same answer on every version of SQLite: the date functions, which differ, are asked only about dates that
+// are made of digits, and with a modifier, so that all of them move an impossible date into the next month.
+#pragma once
+
+#include "rows/convert/client_server_type.hpp"
+
+#include <string>
+#include <vector>
+
+struct client_rule {
+    std::string refused; // an expression that holds for values that are refused, and not for NULL
+    std::string message;
+};
+
+// The rules for a column's values; value is an expression without side effects that has one of the storage class of
+// the column, or NULL, and has passed the schema's own checks.
+std::vector<client_rule> client_rules_of(const client_server_type &type, const std::string &value);
+
+// The rules for the values of an integer primary key, which SQLite may number itself.
+std::vector<client_rule> client_rowid_rules_of(const client_server_type &type, const std::string &value);
