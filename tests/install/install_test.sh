@@ -46,7 +46,7 @@ for library in libtov_schema libtov_schema_tools; do
 done
 
 module_prints='"Id" integer primary key'
-tools_print=$(printf 'CREATE TABLE "T" (\n    "Id" integer primary key NOT NULL\n);')
+tools_print=$(printf 'CREATE TABLE "T" (\n    "Id" integer primary key NOT NULL,\n    CONSTRAINT "[Id] constraint violation: out of range: int" CHECK ("Id" BETWEEN -2147483648 AND 2147483647)\n);')
 
 # check EXPECTED PROGRAM
 check()

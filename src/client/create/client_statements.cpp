@@ -88,13 +88,12 @@ static void my_append_rowid_rules(KT_context *ctx, tov_schema *schema, const cha
         return;
     kt_contain(ctx, [&] {
         for (const client_row_col &col : tbl.cols) {
-            if (!col.stored || !col.rowid)
+            const client_rowid_limits limits = client_rowid_limits_of(col.type);
+            if (!col.stored || !col.rowid || limits.range.empty())
                 continue;
-            for (const client_rule &rule : client_rowid_rules_of(col.type, client_quoted(col.name)))
-                KT_TRY(my_append_constraint(ctx, sql,
-                                            ("CONSTRAINT \"[" + col.name + "] constraint violation: " + rule.message +
-                                             "\" CHECK (NOT (" + rule.refused + "))")
-                                                .c_str()));
+            const std::string check = "CONSTRAINT \"[" + col.name + "] constraint violation: " + limits.message +
+                                      "\" CHECK (" + client_quoted(col.name) + " BETWEEN " + limits.range + ")";
+            KT_TRY(my_append_constraint(ctx, sql, check.c_str()));
         }
     });
 }

@@ -15,10 +15,9 @@ std::string client_about(const std::string &value, std::string_view condition)
     return text;
 }
 
-// Adds a rule that refuses what lies beyond the limits of the type.
-static void my_add_range(const client_server_type &type, const std::string &refused, std::vector<client_rule> &rules)
+static std::string my_out_of_range(const client_server_type &type)
 {
-    rules.push_back({refused, "out of range: " + client_declared_type_text({type, ""})});
+    return "out of range: " + client_declared_type_text({type, ""});
 }
 
 std::vector<client_rule> client_rules_of(const client_server_type &type, const std::string &value)
@@ -26,10 +25,10 @@ std::vector<client_rule> client_rules_of(const client_server_type &type, const s
     std::vector<client_rule> rules;
     switch (type.base) {
     case client_base::real: // what lies beyond half a step after the greatest number of 32 bits
-        my_add_range(type, client_about(value, "abs(@) >= 3.4028235677973366e38"), rules);
+        rules.push_back({client_about(value, "abs(@) >= 3.4028235677973366e38"), my_out_of_range(type)});
         break;
     case client_base::floating: // infinite
-        my_add_range(type, client_about(value, "@ IS NOT NULL AND @ - @ IS NULL"), rules);
+        rules.push_back({client_about(value, "@ IS NOT NULL AND @ - @ IS NULL"), my_out_of_range(type)});
         break;
     case client_base::binary:
         if (type.length > 0)
@@ -48,7 +47,6 @@ std::vector<client_rule> client_rules_of(const client_server_type &type, const s
     return rules;
 }
 
-// The last number of the type, and the first; empty for a type that holds all that SQLite numbers.
 static std::string my_integer_limits(const client_server_type &type)
 {
     switch (type.base) {
@@ -69,11 +67,7 @@ static std::string my_integer_limits(const client_server_type &type)
     return "-" + most + " AND " + most;
 }
 
-std::vector<client_rule> client_rowid_rules_of(const client_server_type &type, const std::string &value)
+client_rowid_limits client_rowid_limits_of(const client_server_type &type)
 {
-    std::vector<client_rule> rules;
-    const std::string limits = my_integer_limits(type);
-    if (!limits.empty())
-        my_add_range(type, value + " NOT BETWEEN " + limits, rules);
-    return rules;
+    return {my_integer_limits(type), my_out_of_range(type)};
 }
