@@ -73,7 +73,7 @@ std::vector<cli_source> cli_read_sources(const std::vector<std::string> &paths)
     for (const std::string &path : paths) {
         if (path == "-" || !std::filesystem::is_directory(path)) {
             my_note(path, &files);
-            sources.push_back({path == "-" ? "standard input" : path, cli_read_file(path)});
+            sources.push_back({path == "-" ? "standard input" : path, cli_read_file(path), path != "-"});
             continue;
         }
         for (const std::string &script : my_scripts_of(path)) {

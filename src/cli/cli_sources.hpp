@@ -7,6 +7,7 @@
 struct cli_source {
     std::string name; // as messages show it
     std::string bytes;
+    bool is_file = true; // not standard input
 };
 
 // Reads files and folders; "-" is standard input. Of a folder, all files named *.sql in it and in the folders below,

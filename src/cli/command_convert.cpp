@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -72,6 +73,30 @@ class new_database {
     std::string path_;
 };
 
+class scratch_folder {
+  public:
+    scratch_folder() : path_(std::filesystem::temp_directory_path() / "tov-schema-XXXXXX")
+    {
+        if (!mkdtemp(path_.data()))
+            throw cli_failure(std::strerror(errno), path_);
+    }
+    ~scratch_folder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    scratch_folder(const scratch_folder &) = delete;
+    scratch_folder &operator=(const scratch_folder &) = delete;
+
+    const std::string &path() const
+    {
+        return path_;
+    }
+
+  private:
+    std::string path_;
+};
+
 // Hands what the host side reads to the client side.
 struct part_bridge {
     const std::string &package;
@@ -105,6 +130,23 @@ static void my_create(KT_context *ctx, const convert_options &options, tov_schem
     cli_check(ctx, options.database);
 }
 
+static void my_load_file(KT_context *ctx, tov_client_loader *loader, const std::string &path, const std::string &name)
+{
+    tov_client__load_file(ctx, loader, path.c_str());
+    cli_check(ctx, name);
+}
+
+// Rows are read from files, piece by piece; what came from standard input is in memory, and becomes one.
+static void my_load_script(KT_context *ctx, tov_client_loader *loader, const cli_source &source)
+{
+    if (source.is_file)
+        return my_load_file(ctx, loader, source.name, source.name);
+    const scratch_folder folder;
+    const std::string path = folder.path() + "/" + source.name;
+    cli_write_file(path, source.bytes);
+    my_load_file(ctx, loader, path, source.name);
+}
+
 static int my_load(KT_context *ctx, const convert_options &options, tov_schema *schema,
                    const std::vector<cli_source> &sources, const std::string &path)
 {
@@ -131,10 +173,8 @@ static int my_load(KT_context *ctx, const convert_options &options, tov_schema *
     }
     const bool is_script = tov_host__recognise(bytes.data(), bytes.size()) == TOV_HOST_SOURCE_SCRIPT;
     for (const cli_source &source : sources) {
-        if (!is_script || source.name == "-")
-            break;
-        tov_client__load_file(ctx, loader.loader, source.name.c_str());
-        cli_check(ctx, source.name);
+        if (is_script)
+            my_load_script(ctx, loader.loader, source);
     }
     return cli_finish_load(ctx, loader, options.database, options.rejects, options.findings.is_quiet, said);
 }

@@ -178,6 +178,18 @@ TEST_F(CommandLoadTest, ConvertMakesADatabaseInOneStep)
     EXPECT_FALSE(exists("whole.db.new"));
 }
 
+TEST_F(CommandLoadTest, ConvertLoadsTheRowsOfAScriptFromStandardInput)
+{
+    const std::string script = "CREATE TABLE dbo.T (Id int NOT NULL PRIMARY KEY)\nGO\n"
+                               "INSERT dbo.T VALUES (1), (2)\nINSERT dbo.T VALUES (1)\n";
+    const command_result result = run({"convert", "-", path("t.db"), "--rejects", path("kept")}, script);
+    EXPECT_EXIT_CODE(result, 1);
+    EXPECT_NE(result.out.find("\ntotal     3       2         1"), std::string::npos) << result.out;
+    EXPECT_NE(result.err.find("standard input:4: row 3"), std::string::npos) << result.err;
+    EXPECT_EQ(run_program("sqlite3", {path("t.db"), "SELECT group_concat(Id) FROM T"}).out, "1,2\n");
+    EXPECT_TRUE(exists("kept/standard input"));
+}
+
 TEST_F(CommandLoadTest, ConvertKeepsAFileThatIsThere)
 {
     const command_result result = run({"convert", path("c.json"), path("client.db")});
