@@ -84,6 +84,10 @@ class LoadTest : public ClientTest {
         tov_client__create_database(ctx, schema, path(name).c_str(), nullptr, nullptr);
         ASSERT_OK(ctx);
     }
+    // What is loaded after the files.
+    virtual void load_more(tov_client_loader *)
+    {
+    }
     // Loads files, and gives for each "table read loaded rejected", and the words of the first rejects.
     std::string load(const std::vector<std::string> &files, tov_client_load_options options = {},
                      const std::string &database = "db")
@@ -97,6 +101,8 @@ class LoadTest : public ClientTest {
             if (!KT_context__has_err(ctx))
                 tov_client__load_file(ctx, loader, file.c_str());
         }
+        if (!KT_context__has_err(ctx))
+            load_more(loader);
         if (!KT_context__has_err(ctx))
             tov_client__finish_load(ctx, loader, &report, &remarks);
         if (!KT_context__has_err(ctx))

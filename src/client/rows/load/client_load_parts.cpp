@@ -54,6 +54,7 @@ static void my_begin_part(KT_context *ctx, part_load &load, const char *schema_n
     KT_TRY(client_loader__begin_part(ctx, loader, job, target, "part", &part));
     KT_TRY(client_target__lay_out(ctx, loader.database, *target, job.dialect.cols, &part->layout));
     part->is_history = target->tbl.is_history;
+    job.skip_to = part->progress.position; // of a load that was interrupted
     if (!part->was_loaded)
         KT_TRY(client_loader__open_rejects(ctx, loader, job));
 }

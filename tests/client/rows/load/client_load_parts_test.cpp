@@ -16,14 +16,20 @@ struct row_part {
 
 struct part_list {
     std::vector<row_part> parts;
-    size_t piece = 1; // bytes that are handed over at once
+    size_t piece = 1;      // bytes that are handed over at once
+    size_t end = SIZE_MAX; // after so many bytes reading fails
 };
 
 void read_parts(KT_context *ctx, void *data, tov_client_take_part take, void *take_data)
 {
     const auto &list = *static_cast<const part_list *>(data);
+    size_t taken = 0;
     for (const row_part &part : list.parts) {
         for (size_t at = 0; at < part.bytes.size() && !KT_context__has_err(ctx); at += list.piece) {
+            if (taken++ == list.end) {
+                KT_context__err(ctx, KT_ERR_NOT_FOUND, "here", 1, "the network is gone");
+                return;
+            }
             const size_t size = std::min(list.piece, part.bytes.size() - at);
             take(ctx, take_data, part.schema_name, part.tbl_name, part.number, part.bytes.data() + at, size);
         }
@@ -145,6 +151,27 @@ TEST_F(ClientLoadParts, PartsWithTheSameNameAreDifferent)
     options.again = 1;
     EXPECT_EQ(load_parts(list, options), "Customers 1 1 0; Sales.Orders 2 1 1; Sales.Orders 2 1 1");
     EXPECT_EQ(query("SELECT Id FROM \"Sales.Orders\""), "2 3");
+}
+
+TEST_F(ClientLoadParts, APartGoesOnWhereItWas)
+{
+    part_list list{{{"Sales", "Orders", 0, order(10, 0) + order(11, 0) + order(12, 0) + order(13, 0)}}, 1};
+    tov_client_load_options options = {};
+    options.batch = 1;
+    const size_t row = order(10, 0).size();
+    for (const size_t end : {size_t{1}, row, row + 1, 3 * row - 1, 4 * row - 1}) {
+        SCOPED_TRACE(end);
+        std::remove(path("db").c_str());
+        create();
+        list.end = end;
+        load_parts(list, options);
+        EXPECT_FAILED(ctx, KT_ERR_NOT_FOUND);
+        reset();
+        EXPECT_EQ(query("SELECT count(*) FROM \"Sales.Orders\""), std::to_string(end / row));
+        list.end = SIZE_MAX;
+        EXPECT_EQ(load_parts(list, options), "Sales.Orders 4 4 0");
+        EXPECT_EQ(query("SELECT group_concat(Id) FROM \"Sales.Orders\""), "10,11,12,13");
+    }
 }
 
 TEST_F(ClientLoadParts, APartIsLoadedOnce)
