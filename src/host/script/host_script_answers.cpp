@@ -136,9 +136,9 @@ static std::optional<bool> my_answer(host_script_reader &reader, const host_cata
                            [&view](const host_script_object *object) { return my_is_of_view(*object, view); });
     }
     case host_view_kind::schemas:
-        return schema && std::any_of(schema->values.begin(), schema->values.end(), [&reader](const host_fact &value) {
-                   return reader.state.schemas.contains(host_folded(value.text));
-               });
+        return !schema || std::any_of(schema->values.begin(), schema->values.end(), [&reader](const host_fact &value) {
+            return reader.state.schemas.contains(host_folded(value.text));
+        });
     case host_view_kind::types: {
         const host_query_test *name = my_find_test(query, {host_topic::type});
         const auto &types = reader.state.types;
@@ -148,10 +148,10 @@ static std::optional<bool> my_answer(host_script_reader &reader, const host_cata
     }
     case host_view_kind::databases: {
         const host_query_test *name = my_find_test(query, {host_topic::database});
-        return name && std::any_of(name->values.begin(), name->values.end(), [&reader](const host_fact &value) {
-                   const std::string folded = host_folded(value.text);
-                   return reader.state.databases.contains(folded) || folded == host_folded(reader.state.database);
-               });
+        return !name || std::any_of(name->values.begin(), name->values.end(), [&reader](const host_fact &value) {
+            const std::string folded = host_folded(value.text);
+            return reader.state.databases.contains(folded) || folded == host_folded(reader.state.database);
+        });
     }
     case host_view_kind::properties:
         return my_has_property(reader, query.arguments);

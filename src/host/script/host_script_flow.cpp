@@ -3,11 +3,17 @@
 
 static constexpr int max_blocks = 200;
 
+// Whether a block ends here; END CONVERSATION is a statement.
+static bool my_ends_block(host_tsql_cursor &cursor)
+{
+    return cursor.token.is(host_word::end) && !cursor.peek().is(host_word::conversation);
+}
+
 // BEGIN ... END; false when the batch ends inside.
 static bool my_read_block(host_script_reader &reader)
 {
     host_tsql_cursor &cursor = reader.cursor;
-    while (!cursor.token.is(host_word::end)) {
+    while (!my_ends_block(cursor)) {
         if (cursor.token.is_end()) {
             if (!reader.is_over)
                 reader.add_error(cursor.token.start_in(cursor.scanner.script()), "expected END, found the end of the "

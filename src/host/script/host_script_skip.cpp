@@ -40,7 +40,7 @@ struct host_skipped {
     host_tsql_token last;
     bool has_main = false; // the query of an INSERT, the statement after WITH
     bool has_set = false;
-    bool has_object = false; // ON or TO of a GRANT
+    bool has_object = false; // ON, TO or FROM of a GRANT or REVOKE
     int cases = 0;
 };
 
@@ -148,7 +148,7 @@ static void my_note(host_skipped &skipped, const host_tsql_token &token)
 {
     if (token.is(host_word::case_))
         skipped.cases++;
-    if (token.is(host_word::on) || token.is(host_word::to))
+    if (token.is(host_word::on) || token.is(host_word::to) || token.is(host_word::from))
         skipped.has_object = true;
     if (token.is(host_word::values) && skipped.first == host_word::insert)
         skipped.has_main = true;

@@ -72,6 +72,9 @@ static void my_dispatch(host_script_reader &reader)
     case host_word::return_:
         return my_read_return(reader);
     case host_word::end:
+        if (cursor.peek().is(host_word::conversation))
+            return host_skip_statement(reader);
+        return cursor.fail_expected("a statement");
     case host_word::else_:
         return cursor.fail_expected("a statement");
     default:

@@ -130,6 +130,70 @@ TEST_F(ScriptTest, Encodings)
     reset();
 }
 
+struct encoding_case {
+    const char *name;
+    std::string_view bytes;
+    const char *encoding;
+    const char *error; // null: none
+};
+
+const encoding_case encoding_cases[] = {
+    {"characters of two, three and four bytes", "print '\u00E4\u20AC\U0001F600'", nullptr, nullptr},
+    {"the first and the last of each length", "print '\x7F\u0080\u07FF\u0800\uFFFD\U00010000\U0010FFFF'", nullptr,
+     nullptr},
+    {"a long form of two bytes", "print '\xC1\xBF'", nullptr,
+     "a.sql:1:8: the file is not UTF-8: say which encoding it has"},
+    {"of three", "print '\xE0\x9F\xBF'", nullptr, "a.sql:1:8: the file is not UTF-8: say which encoding it has"},
+    {"of four", "print '\xF0\x8F\xBF\xBF'", nullptr, "a.sql:1:8: the file is not UTF-8: say which encoding it has"},
+    {"half a pair", "print '\xED\xA0\x80'", nullptr, "a.sql:1:8: the file is not UTF-8: say which encoding it has"},
+    {"beyond the last", "print '\xF4\x90\x80\x80'", nullptr,
+     "a.sql:1:8: the file is not UTF-8: say which encoding it has"},
+    {"far beyond", "print '\xF5\x80\x80\x80'", nullptr, "a.sql:1:8: the file is not UTF-8: say which encoding it has"},
+    {"cut off", "print '\xF0\x9F\x98", nullptr, "a.sql:1:8: the file is not UTF-8: say which encoding it has"},
+    {"a NUL", {"print 'a\0b'", 11}, nullptr, "a.sql:1:9: a NUL byte: the file is not a script"},
+    {"a byte that the encoding lacks", "print '\x81'", "windows-1252",
+     "a.sql:1:8: what follows is not in the encoding "
+     "windows-1252"},
+    {"a mark goes before what is said", "\xEF\xBB\xBFprint '\u00E4'", "windows-1252", nullptr},
+};
+
+TEST_F(ScriptTest, BytesThatAreNoCharacters)
+{
+    for (const encoding_case &c : encoding_cases) {
+        SCOPED_TRACE(c.name);
+        read({{"a.sql", c.bytes}}, {c.encoding, {}});
+        if (c.error)
+            EXPECT_EQ(error(), c.error);
+        else
+            EXPECT_OK(ctx);
+        reset();
+    }
+}
+
+// Defaults and rules, views and types may be in any file: one is read when another needs it.
+TEST_F(ScriptTest, WhatAnotherFileMakesIsReadFirst)
+{
+    read({{"a.sql", "create table T (A Code) exec sp_bindefault 'Z', 'T.A' create index I on V (A)"},
+          {"b.sql", "-- ours\ncreate default Z as 0"},
+          {"c.sql", "create view V as select 1 as A"},
+          {"d.sql", "create type Code from int"},
+          {"e.sql", "create unique clustered index U on W (A)"}});
+    EXPECT_OK(ctx);
+    EXPECT_EQ(shown(), "dbo.T: A Code/4/10/0 null bound Z -- ours\ncreate default Z as 0");
+    EXPECT_EQ(lines(), "statement-not-read a.sql:1:55 create index I on V (A)\n"
+                       "statement-not-read e.sql:1:1 create unique clustered index U on W (A)");
+}
+
+TEST_F(ScriptTest, SequencesComeInOrder)
+{
+    read("create sequence s.B create sequence a.Z as int create sequence s.A");
+    ASSERT_OK(ctx);
+    std::string names;
+    for (const host_sequence &sequence : catalogue.sequences)
+        names += std::string(sequence.schema_name) + '.' + sequence.name + ' ' + sequence.system_type + ' ';
+    EXPECT_EQ(names, "a.Z int s.A bigint s.B bigint ");
+}
+
 TEST_F(ScriptTest, Variables)
 {
     const host_script_define defines[] = {{"Name", "given"}, {"@schema", "s"}, {"{owner}", "dbo"}};

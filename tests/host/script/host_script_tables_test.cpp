@@ -91,6 +91,45 @@ const script_case table_cases[] = {
     {"alias types", "create type Code from nvarchar(10) not null create table T (A Code, B dbo.Code null, C [Code])",
      "dbo.T: A Code/20/0/0, B Code/20/0/0 null, C Code/20/0/0"},
     {"types that nothing makes are kept by name", "create table T (A dbo.Unheard)", "dbo.T: A unheard/0/0/0 null"},
+    {"attributes in the old manner",
+     "create table T (A int identity not for replication not null, B datetime2 generated always as row start, C "
+     "datetime2 generated always as row end hidden, D bigint generated always as transaction_id start, E int hidden, F "
+     "int constraint N not null, G int default 1 with values)",
+     "dbo.T: A int/4/10/0 identity(1,1), B datetime2/8/27/7 generated1, C datetime2/8/27/7 generated2 hidden, D "
+     "bigint/8/19/0 generated7, E int/4/10/0 null hidden, F int/4/10/0, G int/4/10/0 null constraint ((1))"},
+    {"columns that are declared alike, on lines of their own",
+     "create table T (\n    A nvarchar(9) not null, \r\n    B int,\n    C decimal(9, 2) not null,\n    D int)\ncreate "
+     "table U (\n    A nvarchar(9) not null, \r\n    X int,\n    C decimal(9, 2) not null,\n    D int)",
+     "dbo.T: A nvarchar/18/0/0, B int/4/10/0 null, C decimal/5/9/2, D int/4/10/0 null\n"
+     "dbo.U: A nvarchar/18/0/0, X int/4/10/0 null, C decimal/5/9/2, D int/4/10/0 null"},
+    {"columns that say nothing of NULL are as the settings have them",
+     "set ansi_null_dflt_off on create table T (\nA int,\nB int)\nset ansi_null_dflt_on on create table U (\nA int,\nB "
+     "int) set ansi_defaults on",
+     "dbo.T: A int/4/10/0, B int/4/10/0\ndbo.U: A int/4/10/0 null, B int/4/10/0 null"},
+    {"actions of every kind",
+     "create table P (A int primary key) create table T (A int references P on delete set default on update no action "
+     "not for replication, B int foreign key references P on delete cascade)",
+     "dbo.P: A int/4/10/0; pk(A) clustered\ndbo.T: A int/4/10/0 null, B int/4/10/0 null; fk(A) dbo.P(A) delete SET "
+     "DEFAULT untrusted; fk(B) dbo.P(A) delete CASCADE"},
+    {"storage in every form",
+     "create table T (A int not null, B int, primary key (A) with fillfactor = 90, pad_index on PS (A), unique (B) "
+     "with "
+     "(ignore_dup_key = on) on [PRIMARY]) on PS (A) textimage_on [PRIMARY] filestream_on F with (data_compression = "
+     "page "
+     "on partitions (1, 2), system_versioning = off)",
+     "dbo.T: A int/4/10/0, B int/4/10/0 null; pk(A) clustered; unique(B)"},
+    {"indexes of every kind within the table",
+     "create table T (A int, B int, index I (A) include (B) where A > 1 with (fillfactor = 80), index C clustered "
+     "columnstore, index N nonclustered columnstore (A, B), index H unique nonclustered hash (A) with (bucket_count = "
+     "8))",
+     "dbo.T: A int/4/10/0 null, B int/4/10/0 null; unique index H(A); index C(); index I(A); index N(A,B)"},
+    {"nodes and edges of a graph",
+     "create table N (A int) as node create table E as edge create table F (W int) as edge",
+     "dbo.N: A int/4/10/0 null\ndbo.E: \ndbo.F: W int/4/10/0 null"},
+    {"definitions that are not understood are kept",
+     "create table T (A int, B as (A B), C int default (1 2)) create index I on T (A) where A in (select "
+     "1)",
+     "dbo.T: A int/4/10/0 null, B as (A B), C int/4/10/0 null constraint (1 2); index I(A)"},
     {"a column that is named like its type", "create table T (timestamp, A int)",
      "dbo.T: timestamp timestamp/8/0/0, A int/4/10/0 null"},
 };

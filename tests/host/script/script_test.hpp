@@ -6,6 +6,11 @@
 
 class ScriptTest : public ContextTest {
   protected:
+    void TearDown() override
+    {
+        findings.reset();
+        ContextTest::TearDown();
+    }
     // Reads scripts; the error, if any, stays in the context.
     void read(const std::vector<host_script_file> &files, const host_script_options &options = {})
     {
