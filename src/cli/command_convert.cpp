@@ -5,6 +5,7 @@
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
 #include "cli_import.hpp"
+#include "cli_indexes.hpp"
 #include "cli_load_report.hpp"
 #include "cli_progress.hpp"
 #include "cli_rules.hpp"
@@ -30,6 +31,7 @@ struct convert_options {
     cli_findings_options findings;
     std::string rejects;
     std::string rules = "server";
+    std::string indexes = "all";
     bool exact = false;
     bool all_or_nothing = false;
     bool views = false;
@@ -124,7 +126,7 @@ static void my_create(KT_context *ctx, const convert_options &options, tov_schem
 {
     cli_progress progress("creating");
     const tov_client_create_options create_options = {options.views, cli_progress::step, &progress,
-                                                      cli_rules(options.rules)};
+                                                      cli_rules(options.rules), cli_indexes(options.indexes)};
     tov_client__create_database__with(ctx, schema, path.c_str(), &create_options);
     progress.finish();
     cli_check(ctx, options.database);
@@ -227,6 +229,7 @@ void cli_add_convert(cli_arguments &arguments)
                    "FOLDER");
     command.flag("--views", options->views, "add a view v_TABLE for each table, which shows values as the server does");
     cli_add_rules(command, options->rules);
+    cli_add_indexes(command, options->indexes);
     command.flag("--exact", options->exact, "refuse values that would have to be shortened");
     command.flag("--all-or-nothing", options->all_or_nothing, "make no database when any row is refused");
     command.flag("--quiet", options->findings.is_quiet, "print neither findings nor the table at the end");

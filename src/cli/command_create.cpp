@@ -2,6 +2,7 @@
 
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
+#include "cli_indexes.hpp"
 #include "cli_json.hpp"
 #include "cli_paths.hpp"
 #include "cli_progress.hpp"
@@ -19,6 +20,7 @@ struct create_options {
     std::string database;
     std::string output = "-";
     std::string rules = "server";
+    std::string indexes = "all";
     bool views = false;
 };
 
@@ -50,7 +52,7 @@ static int my_run_create(const create_options &options)
     my_print_remarks(context.ctx, schema, options.schema);
     cli_progress progress("creating");
     const tov_client_create_options client_options = {options.views, cli_progress::step, &progress,
-                                                      cli_rules(options.rules)};
+                                                      cli_rules(options.rules), cli_indexes(options.indexes)};
     tov_client__create_database__with(context.ctx, schema, options.database.c_str(), &client_options);
     progress.finish();
     const bool is_of_database = KT_context__err_code(context.ctx) >= KT_ERR_SQLITE(0);
@@ -68,7 +70,8 @@ static int my_run_sql(const create_options &options)
     KT_string *script = nullptr;
     {
         const cli_waiting waiting("writing");
-        const tov_client_create_options client_options = {options.views, nullptr, nullptr, cli_rules(options.rules)};
+        const tov_client_create_options client_options = {options.views, nullptr, nullptr, cli_rules(options.rules),
+                                                          cli_indexes(options.indexes)};
         tov_client__write_script__with(context.ctx, schema, &client_options, &script);
     }
     const std::string text = cli_take(context.ctx, script);
@@ -87,6 +90,7 @@ void cli_add_create(cli_arguments &arguments)
     command.argument("DATABASE", options->database, "the database file; made when it is absent").required();
     command.flag("--views", options->views, views_help);
     cli_add_rules(command, options->rules);
+    cli_add_indexes(command, options->indexes);
     command.runs([options] { return my_run_create(*options); });
 }
 
@@ -99,5 +103,6 @@ void cli_add_sql(cli_arguments &arguments)
     command.option("-o,--output", options->output, "where the script goes (default: standard output)");
     command.flag("--views", options->views, views_help);
     cli_add_rules(command, options->rules);
+    cli_add_indexes(command, options->indexes);
     command.runs([options] { return my_run_sql(*options); });
 }

@@ -21,15 +21,15 @@ KT_BEGIN_DECLS
 #include <stddef.h>
 
 /**
- * Writes the whole script that tov_client__create_database() runs: settings, BEGIN, tables, triggers, COMMIT. The
- * sqlite3 shell accepts it (with -bail, so that it too creates everything or nothing).
+ * Writes the whole script that tov_client__create_database() runs: settings, BEGIN, tables, indexes, triggers, COMMIT.
+ * The sqlite3 shell accepts it (with -bail, so that it too creates everything or nothing).
  *
  * @param[out] script  owned.
  */
 TOV_API void tov_client__write_script(KT_context *ctx, tov_schema *schema, KT_string **script) KT_NOEXCEPT;
 
 /**
- * Creates all tables and triggers of a schema in a database file, in one transaction: all of them or none.
+ * Creates all tables, indexes and triggers of a schema in a database file, in one transaction: all of them or none.
  *
  * The file is made when it is absent, and removed again when creating in it fails. In a database that already has a
  * table, view, index or trigger of a name that is needed nothing is done; the description names it.
@@ -53,7 +53,16 @@ enum tov_client_rules {
     TOV_CLIENT_RULES_BASIC = 1
 };
 
-/** What is created besides tables and triggers. All zero is nothing, with the server's rules. */
+/** Which indexes are created. Keys have theirs in any case. */
+enum tov_client_indexes {
+    /** Those of the server, as far as SQLite can have them, and one for every foreign key that no index begins with. */
+    TOV_CLIENT_INDEXES_ALL = 0,
+    /** Those for foreign keys only, without which deleting a row reads each table that refers to it from end to end. */
+    TOV_CLIENT_INDEXES_REFERENCES = 1,
+    TOV_CLIENT_INDEXES_NONE = 2
+};
+
+/** What is created besides tables and triggers. All zero is all indexes and no views, with the server's rules. */
 typedef struct tov_client_create_options {
     /**
      * Whether each table gets a view of its name after "v_", which shows decimals, money, guids and moments as the
@@ -65,6 +74,8 @@ typedef struct tov_client_create_options {
     void *data;
     /** One of tov_client_rules. */
     int32_t rules;
+    /** One of tov_client_indexes. Unique indexes that keep a rule of the server are created whatever it says. */
+    int32_t indexes;
 } tov_client_create_options;
 
 /** tov_client__write_script() with options. */
@@ -94,8 +105,9 @@ TOV_API void tov_client__creation_order(KT_context *ctx, tov_schema *schema, KT_
  *   table named alike but for case;
  * - actions other than NO ACTION, CASCADE, SET NULL and SET DEFAULT; abstract types that are not known;
  * - keys without columns, and keys that use a table that is absent or a column that is absent or unprepared;
- * - default and check expressions that are not one expression: each is split into tokens, must keep to its place, and
- *   is compiled in a scratch database where only harmless functions and the table's own columns are allowed.
+ * - default and check expressions, and conditions of indexes, that are not one expression: each is split into tokens,
+ * must keep to its place, and is compiled in a scratch database where only harmless functions and the table's own
+ * columns are allowed.
  */
 TOV_API void tov_client__check_texts(KT_context *ctx, tov_schema *schema) KT_NOEXCEPT;
 

@@ -77,6 +77,25 @@ static bool my_may_create_tbl(const client_guard &guard, int action, const char 
     }
 }
 
+// Creating an index writes the schema table, fills the index, and compiles its condition and expressions.
+static bool my_may_create_index(const client_guard &guard, int action, const char *first, const char *second) noexcept
+{
+    switch (action) {
+    case SQLITE_CREATE_INDEX:
+        return my_equal(first, guard.name) && my_equal(second, guard.tbl);
+    case SQLITE_REINDEX:
+        return my_equal(first, guard.name);
+    case SQLITE_INSERT:
+        return my_is_schema_tbl(first);
+    case SQLITE_READ:
+        return my_is_schema_tbl(first) || my_equal(first, guard.tbl);
+    case SQLITE_FUNCTION:
+        return client_is_harmless_function(second);
+    default:
+        return false;
+    }
+}
+
 static bool my_may_change_rows(const client_guard &guard, int action, const char *first, const char *second) noexcept
 {
     switch (action) {
@@ -128,6 +147,8 @@ static bool my_may(const client_guard &guard, int action, const char *first, con
         return action == SQLITE_SELECT || (action == SQLITE_FUNCTION && client_is_harmless_function(second));
     case client_duty::tbl:
         return my_may_create_tbl(guard, action, first, second);
+    case client_duty::index:
+        return my_may_create_index(guard, action, first, second);
     case client_duty::rows:
         return my_may_change_rows(guard, action, first, second);
     case client_duty::trigger:

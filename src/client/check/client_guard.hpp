@@ -8,6 +8,7 @@ enum class client_duty {
     nothing,       // every action is refused
     expression,    // SELECT of an expression without tables
     tbl,           // CREATE TABLE of the table named
+    index,         // CREATE INDEX of the index named, on the table named
     rows,          // INSERT into and UPDATE of the table named
     trigger,       // CREATE TRIGGER of the trigger named, on the table named
     view,          // CREATE VIEW of the view named
@@ -17,7 +18,7 @@ enum class client_duty {
 struct client_guard {
     client_duty duty = client_duty::nothing;
     const char *tbl = nullptr;
-    const char *name = nullptr; // of a trigger or view
+    const char *name = nullptr; // of an index, trigger or view
 };
 
 // Gives a guard a duty until the end of the scope, and then none.

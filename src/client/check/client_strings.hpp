@@ -46,6 +46,9 @@ void client_find_string(KT_context *ctx, const client_record &at, tov_string_rol
 void client_check_string(KT_context *ctx, const client_walk &w, const client_record &at,
                          const tov_member &member) noexcept;
 
+// Checks the conditions of a table's indexes, which the facts about the server hold.
+void client_check_conditions(KT_context *ctx, const client_walk &w, const KT_vhash *record) noexcept;
+
 // Refuses a name that is absent or unsafe in a statement.
 void client_check_name(KT_context *ctx, const client_place &place, const char *name) noexcept;
 

@@ -191,6 +191,7 @@ static void my_check_tbl(KT_context *ctx, client_text_check &check, const char *
     KT_TRY(my_check_tbl_name(ctx, w, at));
     KT_TRY(KT_vhash__alloc(ctx, tbl.col_names.out()));
     KT_TRY(my_walk(ctx, w, at));
+    KT_TRY(client_check_conditions(ctx, w, record));
     uint32_t count = 0;
     KT_TRY(KT_vhash__count(ctx, tbl.col_names, &count));
     if (count == 0)

@@ -66,6 +66,7 @@ void tov_client__create_database__with(KT_context *ctx, tov_schema *schema, cons
     client_plan plan{ctx};
     plan.with_views = chosen.views;
     plan.with_rules = chosen.rules == TOV_CLIENT_RULES_SERVER;
+    plan.indexes = chosen.indexes;
     KT_TRY(client_make_plan(ctx, schema, plan));
     client_file file;
     my_create_all(ctx, schema, plan, file_name, file,
@@ -77,6 +78,6 @@ void tov_client__create_database__with(KT_context *ctx, tov_schema *schema, cons
 void tov_client__create_database(KT_context *ctx, tov_schema *schema, const char *file_name,
                                  void (*progress)(void *data, uint32_t done, uint32_t total), void *data) noexcept
 {
-    const tov_client_create_options options = {0, progress, data, TOV_CLIENT_RULES_SERVER};
+    const tov_client_create_options options = {0, progress, data, TOV_CLIENT_RULES_SERVER, TOV_CLIENT_INDEXES_ALL};
     KT_TRY(tov_client__create_database__with(ctx, schema, file_name, &options));
 }

@@ -57,9 +57,16 @@ int client_database__begin(client_database &database) noexcept
 
 static const char *my_kind_word(client_kind kind) noexcept
 {
-    if (kind == client_kind::tbl)
+    switch (kind) {
+    case client_kind::tbl:
         return "table";
-    return kind == client_kind::view ? "view" : "trigger";
+    case client_kind::index:
+        return "index";
+    case client_kind::view:
+        return "view";
+    default:
+        return "trigger";
+    }
 }
 
 static void my_refuse_taken(KT_context *ctx, void *taken_names, const client_statement &statement) noexcept
@@ -130,11 +137,19 @@ static int my_compile(client_database &database, const client_guard &guard, cons
 
 static void my_create_tbl(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
 {
+    KT_TRY(client_schema_rows__begin_tbl(ctx, database));
     const int code = my_compile(database, {client_duty::tbl, statement.tbl}, statement.sql, true);
     if (code != SQLITE_OK)
         CLIENT_FAIL(KT_ERR_SQLITE(code), client_place{statement.tbl}, "%s",
                     database.functions->message(database.connection));
-    KT_TRY(client_schema_rows__note_tbl(ctx, database));
+}
+
+static void my_create_index(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
+{
+    const int code = my_compile(database, {client_duty::index, statement.tbl, statement.name}, statement.sql, true);
+    const client_place place{statement.tbl, my_kind_word(statement.kind), statement.name};
+    if (code != SQLITE_OK)
+        CLIENT_FAIL(KT_ERR_SQLITE(code), place, "%s", database.functions->message(database.connection));
 }
 
 // A trigger or a view.
@@ -155,6 +170,8 @@ void client_database__create(KT_context *ctx, client_database &database, const c
 {
     if (statement.kind == client_kind::tbl)
         KT_TRY(my_create_tbl(ctx, database, statement));
+    else if (statement.kind == client_kind::index)
+        KT_TRY(my_create_index(ctx, database, statement));
     else
         KT_TRY(my_create_on_tbl(ctx, database, statement));
 }

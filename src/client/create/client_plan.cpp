@@ -2,6 +2,7 @@
 #include "create/client_plan.hpp"
 
 #include "create/client_actions.hpp"
+#include "create/client_indexes.hpp"
 #include "create/client_views.hpp"
 
 #define KT_HERE "src/client/create/client_plan"
@@ -47,6 +48,7 @@ void client_make_plan(KT_context *ctx, tov_schema *schema, client_plan &plan) no
     KT_TRY(my_add_tbls(ctx, schema, plan));
     KT_TRY(my_choose_trigger_prefix(ctx, plan));
     KT_TRY(client_add_delete_actions(ctx, schema, plan));
+    KT_TRY(client_add_indexes(ctx, schema, plan));
     if (plan.with_views)
         KT_TRY(client_check_views(ctx, plan));
 }

@@ -1,4 +1,4 @@
-// What will be created: the tables in their order, and what deleting a row of each must do to others.
+// What will be created: the tables in their order, their indexes, and what deleting a row of each must do to others.
 #pragma once
 
 #include "kt_owned.hpp"
@@ -7,12 +7,21 @@
 #include <string>
 #include <vector>
 
+// An index of the plan.
+struct client_index {
+    std::string name;       // that nothing else in the database has
+    bool is_unique = false; //
+    std::string parts;      // what stands between the parentheses
+    std::string where;      // its condition; empty when it holds all rows
+};
+
 // A table of the plan.
 struct client_tbl {
-    const char *id;       // borrowed from the plan
-    const char *name;     // borrowed from the schema
-    std::string cascades; // statements that delete the rows that refer to a deleted one
-    std::string resets;   // statements that make such rows refer to nothing, or to their default
+    const char *id;                    // borrowed from the plan
+    const char *name;                  // borrowed from the schema
+    std::string cascades;              // statements that delete the rows that refer to a deleted one
+    std::string resets;                // statements that make such rows refer to nothing, or to their default
+    std::vector<client_index> indexes; // in the order of their creation, after the table
 };
 
 struct client_plan {
@@ -23,7 +32,8 @@ struct client_plan {
     std::vector<client_tbl> tbls; // in creation order
     bool with_views = false;      // whether each table gets one; set before the plan is made
     bool with_rules = true;       // whether values have to obey the server's rules; set before the plan is made
-    std::string trigger_prefix;   // what the name of every trigger, and of no table, begins with
+    int32_t indexes = TOV_CLIENT_INDEXES_ALL; // which ones; set before the plan is made
+    std::string trigger_prefix;               // what the name of every trigger, and of no table, begins with
 };
 
 // Checks the schema's texts and makes the plan. The schema must outlive it.

@@ -71,10 +71,12 @@ static void my_walk_to_shelf(KT_context *ctx, client_database &database) noexcep
     database.new_tbls = 0;
 }
 
-void client_schema_rows__note_tbl(KT_context *ctx, client_database &database) noexcept
+// A table's indexes are created after it, so it stays until the next one comes.
+void client_schema_rows__begin_tbl(KT_context *ctx, client_database &database) noexcept
 {
-    if (database.insert_row && ++database.new_tbls == many_tbls)
+    if (database.insert_row && database.new_tbls == many_tbls)
         KT_TRY(my_walk_to_shelf(ctx, database));
+    database.new_tbls++;
 }
 
 void client_schema_rows__end_tbls(KT_context *ctx, client_database &database) noexcept

@@ -7,8 +7,8 @@
 // it, the operations below do nothing.
 void client_schema_rows__begin(KT_context *ctx, client_database &database, const client_plan &plan) noexcept;
 
-// To be told of each table that was created.
-void client_schema_rows__note_tbl(KT_context *ctx, client_database &database) noexcept;
+// To be told of each table before it is created.
+void client_schema_rows__begin_tbl(KT_context *ctx, client_database &database) noexcept;
 
 // To be called once all tables are created.
 void client_schema_rows__end_tbls(KT_context *ctx, client_database &database) noexcept;

@@ -20,6 +20,7 @@ void tov_client__write_script__with(KT_context *ctx, tov_schema *schema, const t
     client_plan plan{ctx};
     plan.with_views = options && options->views;
     plan.with_rules = !options || options->rules == TOV_CLIENT_RULES_SERVER;
+    plan.indexes = options ? options->indexes : TOV_CLIENT_INDEXES_ALL;
     KT_TRY(client_make_plan(ctx, schema, plan));
     kt_owned_string text{ctx};
     KT_TRY(KT_string__alloc(ctx, text.out()));

@@ -2,14 +2,16 @@
 // database, so it is laid out for a reader.
 #include "create/client_statements.hpp"
 
+#include "create/client_indexes.hpp"
 #include "create/client_views.hpp"
 #include "rows/table/client_row_tbl.hpp"
 #include "rules/client_rules.hpp"
 
 #define KT_HERE "src/client/create/client_statements"
 
-static constexpr client_kind kinds[] = {client_kind::tbl, client_kind::insert_trigger, client_kind::update_trigger,
-                                        client_kind::delete_trigger, client_kind::view};
+// After the tables with their indexes.
+static constexpr client_kind kinds_on_tbls[] = {client_kind::insert_trigger, client_kind::update_trigger,
+                                                client_kind::delete_trigger, client_kind::view};
 
 namespace {
 using id_getter = void (*)(KT_context *, tov_schema *, const char *tbl_id, uint32_t n, const char **id) noexcept;
@@ -193,7 +195,7 @@ static bool my_is_needed(const client_plan &plan, client_kind kind, const client
 static void my_append_name(KT_context *ctx, const client_plan &plan, client_kind kind, const client_tbl &tbl,
                            KT_string *name) noexcept
 {
-    static constexpr const char *words[] = {"", "insert_", "update_", "delete_", client_view_prefix};
+    static constexpr const char *words[] = {"", "", "insert_", "update_", "delete_", client_view_prefix};
     const bool trigger = kind != client_kind::tbl && kind != client_kind::view;
     const char *prefix = trigger ? plan.trigger_prefix.c_str() : "";
     KT_TRY(KT_string__append__format(ctx, name, "%s%s%s", prefix, words[static_cast<int>(kind)], tbl.name));
@@ -217,9 +219,24 @@ static void my_hand_out(KT_context *ctx, tov_schema *schema, const client_plan &
     KT_TRY(sink(ctx, data, {kind, tbl.name, KT_string__sz(name), KT_string__sz(sql)}));
 }
 
+// A table and its indexes, which SQLite makes more quickly while it does not know many other tables.
+static void my_hand_out_tbl(KT_context *ctx, tov_schema *schema, const client_plan &plan, const client_tbl &tbl,
+                            client_sink sink, void *data) noexcept
+{
+    KT_TRY(my_hand_out(ctx, schema, plan, client_kind::tbl, tbl, sink, data));
+    kt_contain(ctx, [&] {
+        for (const client_index &index : tbl.indexes) {
+            const std::string sql = client_index_statement(tbl, index);
+            KT_TRY(sink(ctx, data, {client_kind::index, tbl.name, index.name.c_str(), sql.c_str()}));
+        }
+    });
+}
+
 static void my_each(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink, void *data) noexcept
 {
-    for (client_kind kind : kinds) {
+    for (const client_tbl &tbl : plan.tbls)
+        KT_TRY(my_hand_out_tbl(ctx, schema, plan, tbl, sink, data));
+    for (client_kind kind : kinds_on_tbls) {
         for (const client_tbl &tbl : plan.tbls) {
             if (my_is_needed(plan, kind, tbl))
                 KT_TRY(my_hand_out(ctx, schema, plan, kind, tbl, sink, data));
@@ -229,9 +246,10 @@ static void my_each(KT_context *ctx, tov_schema *schema, const client_plan &plan
 
 uint32_t client_count_statements(const client_plan &plan) noexcept
 {
-    uint32_t count = 0;
-    for (client_kind kind : kinds) {
-        for (const client_tbl &tbl : plan.tbls)
+    auto count = static_cast<uint32_t>(plan.tbls.size());
+    for (const client_tbl &tbl : plan.tbls) {
+        count += static_cast<uint32_t>(tbl.indexes.size());
+        for (client_kind kind : kinds_on_tbls)
             count += my_is_needed(plan, kind, tbl);
     }
     return count;

@@ -1,14 +1,14 @@
-// The statements that create a schema's tables and triggers, one after the other.
+// The statements that create a schema's tables, indexes and triggers, one after the other.
 #pragma once
 
 #include "create/client_plan.hpp"
 
-enum class client_kind { tbl, insert_trigger, update_trigger, delete_trigger, view };
+enum class client_kind { tbl, index, insert_trigger, update_trigger, delete_trigger, view };
 
 // A statement, without a ";" after it. Texts are borrowed until the sink returns.
 struct client_statement {
     client_kind kind;
-    const char *tbl;  // the name of the table that is created, or that the trigger is on or the view shows
+    const char *tbl;  // the name of the table that is created, or that the index or trigger is on or the view shows
     const char *name; // the name of what is created
     const char *sql;
 };
@@ -28,6 +28,7 @@ uint32_t client_count_statements(const client_plan &plan) noexcept;
 // Hands the name of each thing that is created to a sink, without its statement.
 void client_each_name(KT_context *ctx, const client_plan &plan, client_sink sink, void *data) noexcept;
 
-// Hands each statement to a sink: all tables, since a trigger needs those that it is on, then all triggers and views.
+// Hands each statement to a sink: all tables, each with its indexes, since a trigger needs those that it names, then
+// all triggers and views.
 void client_each_statement(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink,
                            void *data) noexcept;

@@ -47,6 +47,13 @@ static const guard_case guard_cases[] = {
     {"a pragma", client_duty::tbl, "PRAGMA writable_schema=ON", false},
     {"a check with a function that does more than compute", client_duty::tbl,
      "CREATE TABLE New(a, CHECK (sqlite_version() > 0))", false},
+    {"the index named, with an order, a condition and a function that computes", client_duty::index,
+     "CREATE UNIQUE INDEX tr ON New(a DESC, ifnull(a, 0)) WHERE a IS NOT NULL", true},
+    {"another index", client_duty::index, "CREATE INDEX other_index ON New(a)", false},
+    {"the index named on another table", client_duty::index, "CREATE INDEX tr ON other(x)", false},
+    {"an index with a function that does more than compute", client_duty::index,
+     "CREATE INDEX tr ON New(a) WHERE likelihood(a, 0.5) OR sqlite_source_id() > 0", false},
+    {"a table, where an index is meant", client_duty::index, "CREATE TABLE tr(a)", false},
     {"a row for the table named", client_duty::rows, "INSERT INTO T DEFAULT VALUES", true},
     {"a change of its rows, with functions that compute", client_duty::rows, "UPDATE T SET a = abs(a)", true},
     {"a row for another table", client_duty::rows, "INSERT INTO other DEFAULT VALUES", false},
@@ -67,7 +74,7 @@ TEST_F(ClientGuard, AllowsWhatIsMeantAndNothingElse)
         SCOPED_TRACE(c.sentence);
         const bool trigger = c.duty == client_duty::trigger;
         guard = {client_duty::own_statement};
-        if (trigger) {
+        if (trigger || c.duty == client_duty::index) {
             ASSERT_EQ(run(connection, "CREATE TABLE IF NOT EXISTS New(a)"), "");
         }
         guard = {c.duty, c.duty == client_duty::rows ? "T" : "New", "tr"};

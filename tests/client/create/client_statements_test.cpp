@@ -98,8 +98,8 @@ TEST_F(ClientStatements, CreateAllTablesBeforeTheFirstTrigger)
     add_tbl("u", "U");
     add_col("u", "a", "A");
     set_fk("u", "a", "t", "a", "CASCADE");
-    EXPECT_EQ(names(), "T on T,U on U,tov_insert_T on T,tov_insert_U on U,tov_update_T on T,tov_update_U on U,"
-                       "tov_delete_T on T");
+    EXPECT_EQ(names(), "T on T,U on U,ix_U_A on U,tov_insert_T on T,tov_insert_U on U,tov_update_T on T,"
+                       "tov_update_U on U,tov_delete_T on T");
 }
 
 TEST_F(ClientStatements, NameTriggersLikeNoTable)

@@ -10,7 +10,8 @@ class ClientViews : public LoadTest {
   protected:
     void create_with_views()
     {
-        const tov_client_create_options options = {1, nullptr, nullptr, TOV_CLIENT_RULES_SERVER};
+        tov_client_create_options options = {};
+        options.views = 1;
         tov_client__create_database__with(ctx, schema, path("db").c_str(), &options);
     }
     // A table with nothing but a key.
@@ -43,7 +44,8 @@ TEST_F(ClientViews, HaveTheColumnsOfTheirTable)
 
 TEST_F(ClientViews, StandInTheScriptToo)
 {
-    const tov_client_create_options options = {1, nullptr, nullptr, TOV_CLIENT_RULES_SERVER};
+    tov_client_create_options options = {};
+    options.views = 1;
     KT_string *text = nullptr;
     tov_client__write_script__with(ctx, schema, &options, &text);
     ASSERT_OK(ctx);
@@ -61,7 +63,8 @@ TEST_F(ClientViews, OfVeryManyTablesAreThoseThatSqliteItselfWrites)
         add_small_tbl("T" + std::to_string(n));
     create_with_views();
     ASSERT_OK(ctx);
-    const tov_client_create_options options = {1, nullptr, nullptr, TOV_CLIENT_RULES_SERVER};
+    tov_client_create_options options = {};
+    options.views = 1;
     KT_string *text = nullptr;
     tov_client__write_script__with(ctx, schema, &options, &text);
     sqlite3_open(":memory:", &connection);
@@ -102,7 +105,8 @@ TEST_F(ClientViews, ThatTheDatabaseHasAreRefused)
 
 TEST_F(ClientViews, SurviveFailingAllocations)
 {
-    const tov_client_create_options options = {1, nullptr, nullptr, TOV_CLIENT_RULES_SERVER};
+    tov_client_create_options options = {};
+    options.views = 1;
     for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
         KT_string *text = nullptr;
         tov_client__write_script__with(ctx, schema, &options, &text);

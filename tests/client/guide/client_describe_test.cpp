@@ -113,7 +113,8 @@ TEST_F(DescribeTest, WithoutFactsTheAbstractTypesSay)
 TEST_F(DescribeTest, ItsInsertTakesValuesOfEveryTypeAndViewsShowThem)
 {
     reset_schema_to(document_of_types(all_declared_types()).c_str());
-    const tov_client_create_options options = {1, nullptr, nullptr, TOV_CLIENT_RULES_SERVER};
+    tov_client_create_options options = {};
+    options.views = 1;
     tov_client__create_database__with(ctx, schema, path("db").c_str(), &options);
     KT_vhash *guide = nullptr;
     tov_client__describe_columns(ctx, schema, nullptr, &guide);
