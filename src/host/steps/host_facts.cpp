@@ -116,59 +116,6 @@ static void my_add_cols(KT_context *ctx, KT_vhash *facts, const host_table &tabl
     }
 }
 
-static void my_add_col_ids(KT_context *ctx, KT_vhash *facts, const char *key,
-                           const std::vector<const host_column *> &cols)
-{
-    KT_varray *ids = nullptr;
-    if (cols.empty())
-        return;
-    KT_TRY(KT_vhash__addnew__varray(ctx, facts, key, &ids));
-    for (const host_column *col : cols)
-        KT_TRY(KT_varray__append__string__sz(ctx, ids, col->id_text));
-}
-
-static void my_add_order(KT_context *ctx, KT_vhash *facts, const std::vector<bool> &descending)
-{
-    KT_varray *flags = nullptr;
-    if (std::find(descending.begin(), descending.end(), true) == descending.end())
-        return;
-    KT_TRY(KT_vhash__addnew__varray(ctx, facts, "descending", &flags));
-    for (const bool flag : descending)
-        KT_TRY(KT_varray__append__bool(ctx, flags, flag));
-}
-
-// Unique indexes are keys in the records and indexes on the server; both have the same members.
-template <class Index>
-static void my_add_index(KT_context *ctx, KT_varray *list, const Index &index, bool is_unique, const char *kind)
-{
-    KT_vhash *facts = nullptr;
-    KT_TRY(KT_varray__appendnew__vhash(ctx, list, &facts));
-    KT_TRY(my_add_text(ctx, facts, "name", index.name));
-    KT_TRY(my_add_flag(ctx, facts, "unique", is_unique));
-    KT_TRY(my_add_flag(ctx, facts, "clustered", index.is_clustered));
-    KT_TRY(my_add_flag(ctx, facts, "disabled", index.is_disabled));
-    KT_TRY(my_add_text(ctx, facts, "kind", kind));
-    KT_TRY(my_add_col_ids(ctx, facts, "cols", index.cols));
-    KT_TRY(my_add_order(ctx, facts, index.descending));
-    KT_TRY(my_add_col_ids(ctx, facts, "included", index.included_cols));
-    KT_TRY(my_add_text(ctx, facts, "filter", index.filter));
-}
-
-static void my_add_indexes(KT_context *ctx, KT_vhash *facts, const host_table &table)
-{
-    const auto is_index = [](const host_key &key) { return key.is_index; };
-    KT_varray *list = nullptr;
-    if (table.indexes.empty() && std::none_of(table.uniques.begin(), table.uniques.end(), is_index))
-        return;
-    KT_TRY(KT_vhash__addnew__varray(ctx, facts, "indexes", &list));
-    for (const host_key &key : table.uniques) {
-        if (key.is_index)
-            KT_TRY(my_add_index(ctx, list, key, true, nullptr));
-    }
-    for (const host_index &index : table.indexes)
-        KT_TRY(my_add_index(ctx, list, index, false, index.kind));
-}
-
 void host_add_table_facts(KT_context *ctx, host_import &import, const host_table &table)
 {
     KT_vhash *facts = nullptr;
@@ -180,7 +127,6 @@ void host_add_table_facts(KT_context *ctx, host_import &import, const host_table
     if (table.row_count >= 0)
         KT_TRY(KT_vhash__add__int64(ctx, facts, "row_count", table.row_count));
     KT_TRY(my_add_cols(ctx, facts, table));
-    KT_TRY(my_add_indexes(ctx, facts, table));
 }
 
 static void my_add_sequences(KT_context *ctx, KT_vhash *facts, const host_catalogue &catalogue)

@@ -89,6 +89,8 @@ static void my_build(KT_context *ctx, host_import &import, int64_t txid)
         KT_TRY(my_add_table(ctx, import, *table, txid));
     for (host_table *table : tables)
         KT_TRY(host_add_keys(ctx, import, *table));
+    for (const host_table *table : tables)
+        KT_TRY(host_add_indexes(ctx, import, *table));
     for (host_table *table : tables)
         KT_TRY(host_add_foreignkeys(ctx, import, *table));
     for (host_table *table : tables)

@@ -43,6 +43,9 @@ const host_column *host_find_unprepared(const std::vector<const host_column *> &
 void host_add_database_facts(KT_context *ctx, host_import &import);
 void host_add_table_facts(KT_context *ctx, host_import &import, const host_table &table);
 
+// host_indexes.cpp: which indexes SQLite has too; all of them are facts about the server.
+void host_add_indexes(KT_context *ctx, host_import &import, const host_table &table);
+
 // host_left_out.cpp: tables of special kinds, and what a schema has no place for at all.
 void host_check_special_tables(KT_context *ctx, host_import &import);
 void host_report_left_objects(KT_context *ctx, host_import &import);

@@ -69,7 +69,8 @@ void host_choose_rowid(KT_context *ctx, host_import &import, host_table &table)
     }
 }
 
-// Reports a key that cannot be carried over, and says whether it was one.
+// Reports a key that cannot be carried over, and says whether it was one. One with a filter is an index, and reported
+// with these.
 static void my_report_left_out(KT_context *ctx, host_import &import, const host_table &table, const char *kind,
                                const host_key &key, bool &left_out)
 {
@@ -78,9 +79,6 @@ static void my_report_left_out(KT_context *ctx, host_import &import, const host_
     if (key.is_disabled)
         KT_TRY(import.findings.add(ctx, "key-disabled", &table, nullptr, host_text.c_str(),
                                    "left out: it is disabled on the server"));
-    else if (key.filter)
-        KT_TRY(import.findings.add(ctx, "unique-filtered", &table, nullptr, host_text.c_str(),
-                                   "left out: it holds for some of the rows only"));
     else if (unprepared)
         KT_TRY(import.findings.add(ctx, "key-unprepared-column", &table, unprepared, host_text.c_str(),
                                    "left out: it uses a column that is left out of the table"));
@@ -123,7 +121,7 @@ static void my_report_nullable(KT_context *ctx, host_import &import, const host_
     KT_TRY(import.findings.add(ctx, "unique-nullable", &table, count == 1 ? first : nullptr,
                                host_key_text(key.is_index ? "UNIQUE INDEX" : "UNIQUE", key).c_str(),
                                "kept: SQLite treats NULLs as distinct and allows any number of them; the server treats "
-                               "them as equal"));
+                               "them as equal, and so does a database that is created with its rules"));
 }
 
 static void my_add_pk(KT_context *ctx, host_import &import, host_table &table)

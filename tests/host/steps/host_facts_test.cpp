@@ -97,8 +97,9 @@ TEST_F(HostFactsTest, Indexes)
         R"x({"name":"CS","kind":"COLUMNSTORE"}])x");
     EXPECT_EQ(all.substr(all.find(R"("indexes")")),
               R"x("indexes":[{"name":"UX","unique":true,"clustered":true,"cols":["2"],"descending":[true],)x"
-              R"x("filter":"([A]>(0))"},{"name":"CS","kind":"COLUMNSTORE"},)x"
-              R"x({"name":"IX","disabled":true,"cols":["2","1"],"descending":[false,true],"included":["3"]}]})x");
+              R"x("filter":"([A]>(0))","where":"([A]>(0))"},{"name":"CS","kind":"COLUMNSTORE","left_out":true},)x"
+              R"x({"name":"IX","disabled":true,"cols":["2","1"],"descending":[false,true],"included":["3"],)x"
+              R"x("left_out":true}]})x");
 }
 
 // The module answers as if the facts were not there.
