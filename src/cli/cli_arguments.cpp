@@ -1,11 +1,14 @@
 #include "cli_arguments.hpp"
 
 #include "cli.hpp"
+#include "cli_complete.hpp"
 #include "cli_nearest.hpp"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <sstream>
+#include <string_view>
 
 // "help" and "help COMMAND" are other ways to write "--help" and "COMMAND --help".
 static std::vector<std::string> my_words_of(int argc, const char *const *argv)
@@ -140,8 +143,51 @@ std::vector<std::string> cli_arguments::names() const
     return names;
 }
 
+// The words of a rule such as "NAME:{auto,bcp}", as the parser shows it.
+static std::vector<std::string> my_words_in(const std::string &rule)
+{
+    std::vector<std::string> words;
+    const size_t open = rule.find(":{");
+    const size_t close = rule.find('}', open);
+    if (open == std::string::npos || close == std::string::npos)
+        return words;
+    std::istringstream list(rule.substr(open + 2, close - open - 2));
+    for (std::string word; std::getline(list, word, ',');)
+        words.push_back(word);
+    return words;
+}
+
+static cli_known_option my_known(const CLI::Option &option)
+{
+    cli_known_option known;
+    for (const std::string &name : option.get_lnames())
+        known.names.push_back("--" + name);
+    for (const std::string &name : option.get_snames())
+        known.names.push_back("-" + name);
+    const std::string rule = option.get_items_expected_max() > 0 ? option.get_type_name() : "";
+    known.word = rule.substr(0, rule.find(':'));
+    known.words = my_words_in(rule);
+    known.help = option.get_description();
+    return known;
+}
+
+std::vector<cli_known_command> cli_arguments::known() const
+{
+    std::vector<cli_known_command> commands;
+    for (const CLI::App *app : app_->get_subcommands(nullptr)) {
+        cli_known_command &command = commands.emplace_back();
+        command.name = app->get_name();
+        command.summary = app->get_description();
+        for (const CLI::Option *option : app->get_options())
+            command.options.push_back(my_known(*option));
+    }
+    return commands;
+}
+
 int cli_arguments::run(int argc, const char *const *argv)
 {
+    if (argc > 1 && std::string_view(argv[1]) == cli_complete_word)
+        return cli_complete(known(), {argv + 2, argv + argc});
     std::vector<std::string> words = my_words_of(argc, argv);
     my_refuse_unknown_command(words, names());
     // The parser takes its words in reverse.

@@ -60,6 +60,20 @@ class cli_command {
     action *chosen_;
 };
 
+// What a command takes, as it was described: for whoever completes a command line.
+struct cli_known_option {
+    std::vector<std::string> names; // "--output", "-o"; none for an argument told by its position
+    std::string word;               // what stands for the value, "" for a flag
+    std::vector<std::string> words; // the only values, empty where there are others
+    std::string help;
+};
+
+struct cli_known_command {
+    std::string name;
+    std::string summary;
+    std::vector<cli_known_option> options;
+};
+
 class cli_arguments {
   public:
     cli_arguments(const char *about, const char *version);
@@ -74,6 +88,7 @@ class cli_arguments {
 
   private:
     std::vector<std::string> names() const;
+    std::vector<cli_known_command> known() const;
 
     std::unique_ptr<CLI::App> app_;
     cli_command::action chosen_;

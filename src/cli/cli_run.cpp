@@ -11,10 +11,11 @@
 namespace {
 
 constexpr const char *about =
-    "From a SQL Server catalogue export to a working SQLite database.\n"
+    "Makes SQLite databases of SQL Server packages, scripts and catalogue exports.\n"
     "\n"
-    "  tov-schema import catalogue.json -o schema.json\n"
-    "  tov-schema create schema.json client.db\n"
+    "  tov-schema convert Shop.bacpac shop.db\n"
+    "  tov-schema import scripts/ -o schema.json\n"
+    "  tov-schema create schema.json shop.db\n"
     "\n"
     "tov-schema help COMMAND describes a command. A file named - is standard input or output.\n"
     "Exit codes: 0 done; 1 findings (import --strict) or differences (diff); 2 wrong usage, or a file\n"

@@ -1,4 +1,4 @@
-// tov-schema: from a SQL Server catalogue export to a working SQLite database.
+// tov-schema: SQLite databases of SQL Server packages, scripts and catalogue exports.
 
 #include "cli_run.hpp"
 
