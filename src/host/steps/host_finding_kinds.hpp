@@ -54,7 +54,7 @@ inline constexpr tov_host_finding_kind host_finding_kinds[] = {
     {"key-disabled", host_note, "A disabled key is left out"},
     {"key-unprepared-column", host_warning, "A key is left out with a column of it"},
     {"unique-filtered", host_warning, "A unique index is left out, since SQLite would read its filter differently"},
-    {"unique-nullable", host_warning, "SQLite treats NULLs in a unique key as distinct"},
+    {"unique-nullable", host_note, "NULLs in a unique key are distinct without the server's rules"},
     {"pk-as-unique", host_note, "The identity column becomes the primary key, and the primary key a unique one"},
     {"index-disabled", host_note, "A disabled index is left out"},
     {"index-kind", host_note, "An index of a kind that SQLite lacks is left out"},

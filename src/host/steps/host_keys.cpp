@@ -120,8 +120,8 @@ static void my_report_nullable(KT_context *ctx, host_import &import, const host_
     const host_column *first = *std::find_if(key.cols.begin(), key.cols.end(), is_nullable);
     KT_TRY(import.findings.add(ctx, "unique-nullable", &table, count == 1 ? first : nullptr,
                                host_key_text(key.is_index ? "UNIQUE INDEX" : "UNIQUE", key).c_str(),
-                               "kept: SQLite treats NULLs as distinct and allows any number of them; the server treats "
-                               "them as equal, and so does a database that is created with its rules"));
+                               "kept: SQLite treats NULLs as distinct and allows any number of them, unless the "
+                               "database is created with the server's rules, which treat them as equal"));
 }
 
 static void my_add_pk(KT_context *ctx, host_import &import, host_table &table)

@@ -118,10 +118,10 @@ TEST_F(HostKeysTest, NullableColumnsOfUniqueKeysAreReported)
                           uniques(a_unique("UQ", "A B") + ',' + a_unique("IX", "C", R"(,"kind":"index")"))));
     EXPECT_EQ(
         lines(),
-        "unique-nullable: dbo.T.C: kept: SQLite treats NULLs as distinct and allows any number of them; the "
-        "server treats them as equal, and so does a database that is created with its rules: UNIQUE INDEX [IX] ([C])\n"
-        "unique-nullable: dbo.T.B: kept: SQLite treats NULLs as distinct and allows any number of them; the "
-        "server treats them as equal, and so does a database that is created with its rules: UNIQUE [UQ] ([A], [B])");
+        "unique-nullable: dbo.T.C: kept: SQLite treats NULLs as distinct and allows any number of them, "
+        "unless the database is created with the server's rules, which treat them as equal: UNIQUE INDEX [IX] ([C])\n"
+        "unique-nullable: dbo.T.B: kept: SQLite treats NULLs as distinct and allows any number of them, "
+        "unless the database is created with the server's rules, which treat them as equal: UNIQUE [UQ] ([A], [B])");
     EXPECT_TRUE(has(R"("uniques":{"IX":{"3":null},"UQ":{"1":null,"2":null}})")) << document();
 }
 
