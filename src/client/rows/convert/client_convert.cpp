@@ -1,6 +1,7 @@
 #include "rows/convert/client_convert.hpp"
 
 #include "rows/convert/client_bytes.hpp"
+#include "rows/convert/client_cast.hpp"
 #include "rows/convert/client_numbers.hpp"
 #include "rows/convert/client_utf8.hpp"
 
@@ -226,7 +227,7 @@ client_reject client_convert(client_converter &converter, const client_server_ty
         value.storage = client_storage::null;
         return type.nullable ? client_reject::none : client_reject::null_not_allowed;
     }
-    if (field.form == client_form::server)
+    if (field.form == client_form::server || !client_is_decided(field, type))
         return client_reject::server_value;
     if (client_is_text(type.base))
         return my_convert_text(converter, type, field, value);

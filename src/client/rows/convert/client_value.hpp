@@ -1,6 +1,8 @@
 // A value of a row: as a file has it (a field), and as the database keeps it (a value).
 #pragma once
 
+#include "rows/convert/client_server_type.hpp"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -22,6 +24,7 @@ enum class client_form : uint8_t {
 struct client_field {
     client_form form = client_form::null;
     std::string_view bytes;
+    client_base cast = client_base::variant; // the type whose value it is, when a script says so; else variant
 };
 
 enum class client_storage : uint8_t { null, integer, real, text, blob };

@@ -132,7 +132,50 @@ client_step insert_reader::read_outside(client_token_stream &tokens, std::string
     }
 }
 
-// INSERT [INTO] name [(columns)] VALUES; anything else after it is no list of rows.
+// Words that no INSERT of a query holds: they begin the next statement.
+static bool my_begins_statement(const client_token &t)
+{
+    for (const char *word :
+         {"go",     "insert", "update",   "delete", "merge",     "truncate", "set",     "declare", "if",
+          "while",  "begin",  "create",   "alter",  "drop",      "exec",     "execute", "print",   "use",
+          "return", "commit", "rollback", "grant",  "raiserror", "throw",    "waitfor"}) {
+        if (client_is_word(t, word))
+            return true;
+    }
+    return false;
+}
+
+// A SELECT goes on the one before it only after one of these.
+static bool my_joins_queries(const client_token &t)
+{
+    return client_is_word(t, "union") || client_is_word(t, "all") || client_is_word(t, "except") ||
+           client_is_word(t, "intersect");
+}
+
+// Passes over the rest of an INSERT whose first word after the columns is given, as far as its end can be told; false
+// when the data ends before.
+static bool my_skip_query(client_token_stream &tokens, client_token last)
+{
+    bool has_query = client_is_word(last, "select");
+    int depth = client_is_mark(last, '(') ? 1 : 0;
+    int cases = 0;
+    while (true) {
+        const client_token t = tokens.peek();
+        if (t.kind == client_token_kind::more)
+            return false;
+        const bool is_query = depth == 0 && client_is_word(t, "select");
+        const bool is_end = client_is_word(t, "end");
+        if (t.kind == client_token_kind::end || (is_query && has_query && !my_joins_queries(last)) ||
+            (depth == 0 && (client_is_mark(t, ';') || my_begins_statement(t))) || (is_end && cases == 0))
+            return true;
+        has_query |= is_query;
+        depth += client_is_mark(t, '(') ? 1 : (client_is_mark(t, ')') ? -1 : 0);
+        cases += client_is_word(t, "case") ? 1 : (is_end ? -1 : 0);
+        last = tokens.next();
+    }
+}
+
+// INSERT [INTO] name [(columns)] VALUES; anything else after it is not a list of rows.
 client_step insert_reader::read_head(client_token_stream &tokens, std::string_view data, client_row &row)
 {
     client_insert_head head;
@@ -160,12 +203,15 @@ client_step insert_reader::read_head(client_token_stream &tokens, std::string_vi
     }
     if (t.kind == client_token_kind::more)
         return client_step::more;
+    const bool is_list = client_is_word(t, "values");
+    if (!is_list && !my_skip_query(tokens, t))
+        return client_step::more;
     row.size = tokens.at;
     head.number = head_.number + 1;
     head.text = data.substr(0, tokens.at);
     head_ = std::move(head);
     row.head = &head_;
-    if (client_is_word(t, "values")) {
+    if (is_list) {
         in_values_ = true;
         after_tuple_ = false;
         return client_step::skip;
@@ -177,6 +223,7 @@ client_step insert_reader::read_head(client_token_stream &tokens, std::string_vi
 client_step insert_reader::read_tuple(client_token_stream &tokens, std::string_view data, client_row &row)
 {
     row.unescaped.clear();
+    row.made.clear();
     row.unescaped.reserve(data.size()); // never grows: fields borrow from it
     row.has_absent = false;
     converter_.date_order = head_.date_order;

@@ -5,6 +5,7 @@
 #include "rows/convert/client_server_type.hpp"
 #include "rows/convert/client_value.hpp"
 
+#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
@@ -31,7 +32,8 @@ struct client_row {
     const client_insert_head *head = nullptr;   // of a script, whose rows say what table they are for
     std::string_view before;                    // what has to surround a row on its own
     std::string_view after;
-    std::string unescaped; // room for values whose form in the data is another
+    std::string unescaped;        // room for values whose form in the data is another
+    std::deque<std::string> made; // values that the data does not hold
 };
 
 enum class client_step : uint8_t {

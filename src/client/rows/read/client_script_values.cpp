@@ -1,5 +1,7 @@
 #include "rows/read/client_script_values.hpp"
 
+#include "rows/convert/client_cast.hpp"
+
 #include <charconv>
 
 static client_field my_keep(client_row &row, client_form form, const client_token &t)
@@ -85,25 +87,8 @@ static client_server_type my_type(client_token_stream &tokens)
     return type;
 }
 
-static bool my_has_length(client_base base) noexcept
-{
-    return base == client_base::fixed_char || base == client_base::varchar || base == client_base::fixed_nchar ||
-           base == client_base::nvarchar || base == client_base::binary || base == client_base::varbinary;
-}
-
-// Whether a type holds a value as it is: what it would cut or round is not what the script says.
-static bool my_holds(client_server_type type, client_converter &converter, const client_field &field)
-{
-    if (type.base == client_base::clr || type.base == client_base::variant || field.form == client_form::null)
-        return true;
-    if (!my_has_length(type.base))
-        type.length = -1;
-    client_value value;
-    return client_convert(converter, type, field, value) == client_reject::none;
-}
-
-// CAST(literal AS type): the literal.
-static client_field my_cast(client_token_stream &tokens, client_converter &converter, client_row &row)
+// CAST(literal AS type): the value of that type, if it holds the literal.
+static client_field my_read_cast(client_token_stream &tokens, client_converter &converter, client_row &row)
 {
     constexpr client_field servers{client_form::server, {}};
     tokens.next();
@@ -114,7 +99,7 @@ static client_field my_cast(client_token_stream &tokens, client_converter &conve
         return servers;
     const client_server_type type = my_type(tokens);
     const bool ends = client_is_mark(tokens.next(), ')');
-    return ends && my_holds(type, converter, inner) ? inner : servers;
+    return ends ? client_cast(converter, type, inner, row.made) : servers;
 }
 
 // Passes over an expression, up to the comma or parenthesis after it; false when the data ends before.
@@ -137,7 +122,7 @@ bool client_read_script_value(client_token_stream &tokens, client_converter &con
 {
     const client_token_stream start = tokens;
     const client_token first = tokens.peek();
-    field = client_is_word(first, "cast") ? my_cast(tokens, converter, row) : my_literal(tokens, row);
+    field = client_is_word(first, "cast") ? my_read_cast(tokens, converter, row) : my_literal(tokens, row);
     const client_token end = tokens.peek();
     if (field.form != client_form::server && (client_is_mark(end, ',') || client_is_mark(end, ')')))
         return true;

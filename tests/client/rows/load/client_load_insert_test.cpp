@@ -38,9 +38,11 @@ const script_case script_cases[] = {
     {"casts that would change the value are the server's",
      "INSERT Sales.Orders (Id, Price, Note) VALUES (1, CAST(1.5 AS int), NULL), (2, NULL, CAST('abcd' AS varchar(3))), "
      "(3, CAST(N'2.50' AS [decimal](9, 2)), CAST(N'abc' AS [nvarchar](max))), (4, CAST(NULL AS int), CAST(5 AS "
-     "money)), "
+     "int)), "
      "(5, CAST(1 + 1 AS int), NULL)",
      "Sales.Orders 5 2 3", "3|NULL|250 4|NULL|NULL"},
+    {"a cast fills up, and what it makes is the value", "INSERT Customers (Id, Name) VALUES (1, CAST('ab' AS char(4)))",
+     "Customers 1 1 0", "1|'ab  '|NULL|NULL"},
     {"expressions in parentheses",
      "INSERT Sales.Orders (Id, Price) VALUES (1, (2)), ((2), 3), (3, -(4)), (4, (SELECT 1, 2)), (5, f((1), 2) + 1), "
      "(6, 7)",
@@ -93,7 +95,31 @@ TEST_F(ClientLoadInsert, ARefusedStatementIsKeptWithoutTheOneBeforeIt)
                                       "INSERT INTO Customers (Id) SELECT 2\n")},
                    options),
               "Customers 2 1 1");
-    EXPECT_EQ(read("rejects/rows.sql"), "INSERT INTO Customers (Id) SELECT;\n");
+    EXPECT_EQ(read("rejects/rows.sql"), "INSERT INTO Customers (Id) SELECT 2;\n");
+}
+
+// A query is refused as a whole, wherever it ends, and what follows it is read.
+TEST_F(ClientLoadInsert, RefusedQueriesAreKeptWhole)
+{
+    const std::string rejects = path("rejects");
+    tov_client_load_options options = {};
+    options.rejects = rejects.c_str();
+    const std::string queries[] = {
+        "INSERT INTO Customers (Id)\n  SELECT 2 UNION ALL SELECT 3 -- three\n  FROM t WHERE a = 'x;y'",
+        "INSERT Customers (Id) SELECT CASE WHEN a = 1 THEN 2 END FROM (SELECT 1 a) t",
+        "INSERT INTO Customers (Id) EXEC dbo.p @a = 1, @b = 'SET'",
+        "INSERT Customers DEFAULT VALUES",
+        "INSERT Customers (Id) (SELECT 5)",
+    };
+    std::string script, kept;
+    for (const std::string &query : queries) {
+        script += query + (script.empty() ? ";\n" : "\n") + "INSERT Customers (Id) VALUES (" +
+                  std::to_string(script.size()) + ")\n";
+        kept += query + ";\n";
+    }
+    EXPECT_EQ(load({write("rows.sql", script + "INSERT Customers (Id) SELECT 9 SELECT 8\nGO\n")}, options),
+              "Customers 11 5 6");
+    EXPECT_EQ(read("rejects/rows.sql"), kept + "INSERT Customers (Id) SELECT 9;\n");
 }
 
 // Wherever a script is cut into pieces while it is read, its strings stay whole.
