@@ -42,7 +42,7 @@ const default_case default_cases[] = {
     {{"timestamp", "(0x00)"}, "dropped\tthe server writes the values of the column itself\n"},
     {{"rowversion", "((0))"}, "dropped\tthe server writes the values of the column itself\n"},
     {{"sql_variant", "((1))"}, "dropped\ta column of this type is left out of its table\n"},
-    {{"datetimeoffset", "(getdate())"}, "dropped\ta column of this type is left out of its table\n"},
+    {{"datetimeoffset", "(getdate())"}, "dropped\ta single literal carries over, an expression does not\n"},
     {{"decimal(9,2)", "((12.5))"}, "kept\t1250\n"},
     {{"numeric(9, 3)", "((12.5))"}, "kept\t12500\n"},
     {{"decimal(9)", "((12))"}, "kept\t12\n"},

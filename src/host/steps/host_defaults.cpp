@@ -2,6 +2,7 @@
 #include "steps/host_import.hpp"
 
 #include "steps/host_bound_default.hpp"
+#include "steps/host_default_form.hpp"
 
 #include <string_view>
 
@@ -134,7 +135,14 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
                                    "left out: SQLite has no default that means the same" + host_must_give_value(col)));
         return;
     }
+    const host_stored_default stored = host_store_default(col, translation.expr.get());
+    if (!stored.refusal.empty()) {
+        KT_TRY(import.findings.add(ctx, "default-refused", &table, &col, defval.definition,
+                                   "left out: it is not a value of the column's type: " + stored.refusal +
+                                       host_must_give_value(col)));
+        return;
+    }
     const bool has_name = !defval.kind || std::string_view(defval.kind) == "constraint";
     KT_TRY(tov_schema__set_colcon_defval(ctx, import.schema, table.id_text.c_str(), col.id_text, 1,
-                                         has_name ? defval.name : nullptr, translation.expr));
+                                         has_name ? defval.name : nullptr, stored.expr.c_str()));
 }

@@ -5,13 +5,14 @@
 #include "steps/host_import.hpp"
 
 #include "steps/host_collation.hpp"
+#include "steps/host_moment_literal.hpp"
 
 #include <algorithm>
 #include <string_view>
 
 #define KT_HERE "src/host/steps/host_types"
 
-enum class host_type_kind { simple, decimal, time, datetime, text, blob };
+enum class host_type_kind { simple, decimal, time, datetime, offset, text, blob };
 
 // How wide a text or blob is: without limit, max_length in bytes, or max_length in units of two bytes.
 enum class host_width { unbounded, bytes, byte_pairs };
@@ -44,6 +45,7 @@ static constexpr host_type types[] = {
     {"datetime", host_type_kind::datetime},
     {"datetime2", host_type_kind::datetime},
     {"smalldatetime", host_type_kind::datetime},
+    {"datetimeoffset", host_type_kind::offset},
     {"nvarchar", host_type_kind::text, nullptr, host_width::byte_pairs, false, true},
     {"nchar", host_type_kind::text, nullptr, host_width::byte_pairs, true, true},
     {"varchar", host_type_kind::text, nullptr, host_width::bytes, false, false},
@@ -87,7 +89,7 @@ static const host_type *my_find_type(const host_column &col)
 
 const char *host_abstract_type(const host_column &col)
 {
-    static constexpr const char *by_kind[] = {nullptr, "decimal", "time", "datetime", "text", "blob"};
+    static constexpr const char *by_kind[] = {nullptr, "decimal", "time", "datetime", "text", "text", "blob"};
     const host_type *type = my_find_type(col);
     if (!type)
         return nullptr;
@@ -216,6 +218,19 @@ static void my_add_text(KT_context *ctx, host_import &import, const host_table &
                                        std::to_string(col.code_page) + ", so fewer characters may fit there"));
 }
 
+// The local time and its offset, as the server prints them: a text of ASCII that is compared byte by byte.
+static void my_add_offset(KT_context *ctx, host_import &import, const host_table &table, const host_column &col)
+{
+    const int digits = host_fraction_digits("datetimeoffset", col.scale);
+    const auto width = static_cast<uint32_t>(digits ? 27 + digits : 26);
+    KT_TRY(tov_schema__set_col_type_text(ctx, import.schema, table.id_text.c_str(), col.id_text, nullptr, nullptr, 1, 0,
+                                         0, 0, 0, 0, 0, 0, width));
+    if (col.prepared)
+        KT_TRY(import.findings.add(ctx, "type-as-text", &table, &col, host_type_name(col),
+                                   "kept as a text of the local time and its offset: SQLite takes one moment with two "
+                                   "offsets for two"));
+}
+
 static void my_add_blob(KT_context *ctx, host_import &import, const host_table &table, const host_column &col,
                         const host_type &type)
 {
@@ -251,6 +266,9 @@ void host_add_type(KT_context *ctx, host_import &import, const host_table &table
     case host_type_kind::datetime:
         KT_TRY(tov_schema__set_col_type_datetime(ctx, import.schema, tbl_id, col_id, static_cast<uint8_t>(col.scale),
                                                  host_type_name(col)));
+        return;
+    case host_type_kind::offset:
+        KT_TRY(my_add_offset(ctx, import, table, col));
         return;
     case host_type_kind::text:
         KT_TRY(my_add_text(ctx, import, table, col, *type));

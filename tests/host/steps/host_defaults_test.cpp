@@ -7,6 +7,15 @@ class HostDefaultsTest : public HostTest {
     {
         import_tables(a_table(7, "T", a_col(1, "C", type, R"("default":)" + defval + more)));
     }
+    // The default's expression.
+    std::string expr_of_default()
+    {
+        KT_bool has = 0;
+        const char *name = nullptr;
+        const char *expr = nullptr;
+        tov_schema__get_colcon_defval(ctx, schema, "7", "1", &has, &name, &expr);
+        return expr ? expr : "";
+    }
 };
 
 static std::string constraint(const std::string &definition)
@@ -23,11 +32,11 @@ TEST_F(HostDefaultsTest, Kept)
     } cases[] = {
         {"int", constraint("((0))"), R"({"expr":"0","name":"DF_C"})"},
         {"date", constraint("('2024-12-31')"), R"({"expr":"'2024-12-31'","name":"DF_C"})"},
-        {"datetime", constraint("('2024-12-31 23:59:59')"), R"({"expr":"'2024-12-31 23:59:59'","name":"DF_C"})"},
-        {"datetime", constraint("('2024-12-31')"), R"({"expr":"'2024-12-31'","name":"DF_C"})"},
+        {"datetime", constraint("('2024-12-31 23:59:59')"), R"({"expr":"'2024-12-31 23:59:59.000'","name":"DF_C"})"},
+        {"datetime", constraint("('2024-12-31')"), R"({"expr":"'2024-12-31 00:00:00.000'","name":"DF_C"})"},
         {"time", constraint("('23:59:59')"), R"({"expr":"'23:59:59'","name":"DF_C"})"},
         {"int", constraint("(NULL)"), R"({"expr":"NULL","name":"DF_C"})"},
-        {"nvarchar", constraint("(N'a''b')"), R"({"expr":"'a''b'","name":"DF_C"})"},
+        {"ntext", constraint("(N'a''b')"), R"({"expr":"'a''b'","name":"DF_C"})"},
         {"money", constraint("((2.5))"), R"({"expr":"25000","name":"DF_C"})"},
         {"bit", constraint("('True')"), R"({"expr":"1","name":"DF_C"})"},
         {"datetime2", constraint("(sysutcdatetime())"), R"x({"expr":"(datetime('now'))","name":"DF_C"})x"},
@@ -121,7 +130,7 @@ TEST_F(HostDefaultsTest, AHiddenDefaultIsNotNoDefault)
 TEST_F(HostDefaultsTest, AnUnpreparedColumnKeepsTheHostsTextOnly)
 {
     import_tables(a_table(
-        7, "T", a_col(1, "A", "int") + ',' + a_col(2, "C", "datetimeoffset", R"("default":)" + constraint("((0))"))));
+        7, "T", a_col(1, "A", "int") + ',' + a_col(2, "C", "sql_variant", R"("default":)" + constraint("((0))"))));
     EXPECT_EQ(codes(), "type-unsupported dbo.T.C");
     EXPECT_NE(everything().find(R"x("defvals":{"7":{"2":"((0))"}})x"), std::string::npos) << everything();
     EXPECT_EQ(everything().find(R"("defval":)"), std::string::npos) << everything();
@@ -153,4 +162,68 @@ TEST_F(HostDefaultsTest, WhatIsNotADateIsNotADefault)
     EXPECT_EQ(lines(),
               "default-refused: dbo.T.C: left out: it is not a value of the column's type: not a date in a form "
               "that SQLite knows; the column is NOT NULL, so inserts must give a value: ('01/01/1900')");
+}
+
+// What the database itself makes has the form of what is loaded.
+TEST_F(HostDefaultsTest, AreInTheFormOfTheColumnsValues)
+{
+    const struct {
+        const char *type;
+        const char *sizes; // members of the column
+        const char *definition;
+        const char *expr; // empty: refused
+    } cases[] = {
+        {"datetime", R"("scale":3)", "('1970-01-01')", "'1970-01-01 00:00:00.000'"},
+        {"datetime", R"("scale":3)", "('1970-01-01T12:30')", "'1970-01-01 12:30:00.000'"},
+        {"datetime", R"("scale":3)", "('1970-01-01 12:30:45.998')", "'1970-01-01 12:30:45.997'"},
+        {"datetime", R"("scale":3)", "('1970-01-01 12:30:45.999')", "'1970-01-01 12:30:46.000'"},
+        {"datetime", R"("scale":3)", "('1752-12-31')", ""},
+        {"datetime", R"("scale":3)", "('1970-02-29')", ""},
+        {"datetime", R"("scale":3)", "('1970-01-01 23:59:59.999')", ""},
+        {"datetime", R"("scale":3)", "(getutcdate())",
+         "(substr(strftime('%Y-%m-%d "
+         "%H:%M:%f','now'),1,22)||substr('0033377777',substr(strftime('%f','now'),-1)+1,1))"},
+        {"smalldatetime", R"("scale":0)", "('1970-01-01 12:30:30')", "'1970-01-01 12:31:00'"},
+        {"smalldatetime", R"("scale":0)", "('2079-06-07')", ""},
+        {"smalldatetime", R"("scale":0)", "(getutcdate())", "(strftime('%Y-%m-%d %H:%M:00','now','+30 seconds'))"},
+        {"datetime2", R"("scale":7)", "('0001-01-01')", "'0001-01-01 00:00:00.0000000'"},
+        {"datetime2", R"("scale":1)", "('2024-12-31 12:00:00.5')", ""},
+        {"datetime2", R"("scale":1)", "('2024-12-31 12:00:00.500')", "'2024-12-31 12:00:00.500'"},
+        {"datetime2", R"("scale":1)", "('2024-12-31 12:00:00.123')", ""},
+        {"datetime2", R"("scale":0)", "(sysutcdatetime())", "(datetime('now'))"},
+        {"datetime2", R"("scale":2)", "(sysutcdatetime())", "(substr(strftime('%Y-%m-%d %H:%M:%f','now'),1,22)||'0')"},
+        {"datetime2", R"("scale":3)", "(sysutcdatetime())", "(strftime('%Y-%m-%d %H:%M:%f','now'))"},
+        {"datetime2", R"("scale":7)", "(sysutcdatetime())", "(strftime('%Y-%m-%d %H:%M:%f','now')||'0000')"},
+        {"date", "", "(getutcdate())", "(date('now'))"},
+        {"time", R"("scale":2)", "('12:30:00')", "'12:30:00.00'"},
+        {"time", R"("scale":7)", "(sysutcdatetime())", "(strftime('%H:%M:%f','now')||'0000')"},
+        {"time", R"("scale":1)", "(sysutcdatetime())", "(substr(strftime('%H:%M:%f','now'),1,10))"},
+        {"datetimeoffset", R"("scale":0)", "('2024-12-31 12:00:00 +02:00')", "'2024-12-31 12:00:00 +02:00'"},
+        {"datetimeoffset", R"("scale":7)", "('2024-12-31')", "'2024-12-31 00:00:00.0000000 +00:00'"},
+        {"datetimeoffset", R"("scale":7)", "('yesterday')", ""},
+        {"datetimeoffset", R"("scale":7)", "((0))", ""},
+        {"char", R"("max_length":12)", "('UNKNOWN')", "'UNKNOWN     '"},
+        {"char", R"("max_length":5)", "((0))", "'0    '"},
+        {"char", R"("max_length":3)", "('it''s')", ""},
+        {"char", R"("max_length":4)", "('it''s')", "'it''s'"},
+        {"char", R"("max_length":4,"collation":"C","code_page":65001)", "('é')", "'é  '"},
+        {"char", R"("max_length":4,"collation":"C","code_page":932)", "('日')", "'日  '"},
+        {"nchar", R"("max_length":10)", "(N'😀x')", "'😀x  '"},
+        {"varchar", R"("max_length":3)", "('abcd')", ""},
+        {"varchar", R"("max_length":-1)", "('abcd')", "'abcd'"},
+        {"binary", R"("max_length":4)", "(0x0A)", "x'0A000000'"},
+        {"real", "", "((0.1))", "0.10000000149011612"},
+        {"real", "", "((1))", "1"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::string(c.type) + " " + c.definition);
+        const std::string sizes = *c.sizes ? "," + std::string(c.sizes) : "";
+        import_default(c.type, constraint(c.definition), sizes);
+        const bool is_refused = codes().find("default-refused") != std::string::npos;
+        EXPECT_EQ(is_refused, !*c.expr) << lines();
+        if (*c.expr)
+            EXPECT_EQ(expr_of_default(), c.expr) << document();
+        else
+            EXPECT_FALSE(has(R"("defval")")) << document();
+    }
 }

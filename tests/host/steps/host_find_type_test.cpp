@@ -34,7 +34,7 @@ const type_case known_types[] = {
     {"hierarchyid", "blob"},
     {"rowversion", "blob", 0, true},
     {"timestamp", "blob", 0, true},
-    {"datetimeoffset(7)", nullptr},
+    {"datetimeoffset(7)", "text"},
     {"sql_variant", nullptr},
 };
 

@@ -106,6 +106,19 @@ TEST_F(HostTypesTest, TheHostsDatetimeTypeAndCollationAreKept)
         << everything();
 }
 
+TEST_F(HostTypesTest, AMomentWithAnOffsetIsAText)
+{
+    const std::pair<const char *, const char *> widths[] = {{"0", "26"}, {"1", "30"}, {"3", "30"}, {"7", "34"}};
+    for (const auto &[scale, width] : widths) {
+        import_tables(a_table(7, "T", a_col(1, "A", "datetimeoffset", R"("scale":)" + std::string(scale))));
+        EXPECT_EQ(codes(), "type-as-text dbo.T.A");
+        EXPECT_TRUE(has(R"("type":{"name":"text","fixed_width":false,"binary":true,"unicode":false,"width":)" +
+                        std::string(width) + R"(},"mssql_col_data_type":"datetimeoffset")"))
+            << document();
+        EXPECT_EQ(defin("7", "1"), "\"A\" text COLLATE BINARY NOT NULL");
+    }
+}
+
 TEST_F(HostTypesTest, WhatCannotBeHeldIsUnprepared)
 {
     const struct {
@@ -115,7 +128,6 @@ TEST_F(HostTypesTest, WhatCannotBeHeldIsUnprepared)
         const char *record;
     } cases[] = {
         {"sql_variant", "", "type-unsupported", R"({"name":"host","host_type":"sql_variant"})"},
-        {"datetimeoffset", "", "type-unsupported", R"({"name":"host","host_type":"datetimeoffset"})"},
         {"quaternion", "", "type-unsupported", R"({"name":"host","host_type":"quaternion"})"},
         {"int", R"x("is_computed":true,"computed":{"definition":"([A]+(1))"})x", "column-computed",
          R"({"name":"sint32"})"},

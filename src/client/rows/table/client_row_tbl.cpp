@@ -85,6 +85,8 @@ static void my_read_abstract_type(KT_context *ctx, tov_schema *schema, const cha
     type.scale = static_cast<uint8_t>(is_moment && precision >= 0 ? precision : std::max(scale, 0));
     if (type.base >= client_base::date && type.base <= client_base::datetimeoffset && type.scale > 7)
         type.scale = 7;
+    if (type.base == client_base::datetimeoffset) // a text, of which only the width is known
+        type.scale = static_cast<uint8_t>(std::clamp(type.length - 27, 0, 7));
     col.rowid = abstract_type && KT_stricmp(abstract_type, "identity") == 0;
 }
 

@@ -1,0 +1,144 @@
+#include "steps/host_default_form.hpp"
+
+#include "steps/host_import.hpp"
+#include "steps/host_moment_literal.hpp"
+
+#include <charconv>
+
+// What the schema module makes of the clocks.
+static constexpr std::string_view clocks[] = {"(date('now'))", "(time('now'))", "(datetime('now'))"};
+
+static bool my_is_clock(std::string_view expr)
+{
+    return expr == clocks[0] || expr == clocks[1] || expr == clocks[2];
+}
+
+static bool my_is_literal(std::string_view expr)
+{
+    return expr.size() >= 2 && expr.front() == '\'' && expr.back() == '\'';
+}
+
+static std::string my_unquoted(std::string_view literal)
+{
+    std::string text;
+    for (size_t n = 1; n + 1 < literal.size(); n++) {
+        text += literal[n];
+        n += literal[n] == '\'' ? 1U : 0U;
+    }
+    return text;
+}
+
+static std::string my_quoted(std::string_view text)
+{
+    std::string literal = "'";
+    for (const char c : text)
+        literal += c == '\'' ? std::string("''") : std::string(1, c);
+    return literal + "'";
+}
+
+// SQLite's clock has milliseconds: what a type has fewer of is cut, what it has more of are zeros. A datetime ends in
+// 0, 3 or 7, and a smalldatetime is rounded to the minute.
+static std::string my_clock(std::string_view type, int64_t scale)
+{
+    if (type == "date")
+        return "(date('now'))";
+    if (type == "smalldatetime")
+        return "(strftime('%Y-%m-%d %H:%M:00','now','+30 seconds'))";
+    if (type == "datetime")
+        return "(substr(strftime('%Y-%m-%d %H:%M:%f','now'),1,22)||"
+               "substr('0033377777',substr(strftime('%f','now'),-1)+1,1))";
+    const bool is_time = type == "time";
+    if (scale == 0)
+        return is_time ? "(time('now'))" : "(datetime('now'))";
+    const std::string clock = is_time ? "strftime('%H:%M:%f','now')" : "strftime('%Y-%m-%d %H:%M:%f','now')";
+    if (scale == 3)
+        return "(" + clock + ")";
+    const int digits = host_fraction_digits(type, scale);
+    const auto zeros = static_cast<size_t>(digits > scale ? digits - scale : std::max<int64_t>(scale - 3, 0));
+    const int64_t kept = std::min<int64_t>(scale, 3) + (is_time ? 9 : 20);
+    const std::string cut = scale < 3 ? "substr(" + clock + ",1," + std::to_string(kept) + ")" : clock;
+    return "(" + cut + (zeros ? "||'" + std::string(zeros, '0') + "'" : "") + ")";
+}
+
+static bool my_is_moment(std::string_view type)
+{
+    for (const std::string_view moment : {"date", "time", "smalldatetime", "datetime", "datetime2", "datetimeoffset"}) {
+        if (type == moment)
+            return true;
+    }
+    return false;
+}
+
+// The width of a text in the unit of the column: UTF-16, bytes of UTF-8 or of a double-byte code page, or characters.
+static int64_t my_measure(const host_column &col, std::string_view text, bool is_unicode)
+{
+    constexpr int64_t utf_8 = 65001;
+    const bool is_double = col.code_page == 932 || col.code_page == 936 || col.code_page == 949 || col.code_page == 950;
+    int64_t width = 0;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool begins = (byte & 0xC0) != 0x80;
+        const bool is_twice = is_unicode ? byte >= 0xF0 : is_double && byte >= 0xC0;
+        width += begins || (!is_unicode && col.code_page == utf_8) ? 1 : 0;
+        width += is_twice ? 1 : 0;
+    }
+    return width;
+}
+
+static host_stored_default my_store_text(const host_column &col, std::string_view type, std::string_view expr)
+{
+    const bool is_unicode = type.front() == 'n';
+    const bool is_fixed = type == "char" || type == "nchar";
+    const int64_t width = is_unicode ? col.max_length / 2 : col.max_length;
+    const bool is_literal = my_is_literal(expr);
+    if (col.max_length <= 0 || (!is_literal && !is_fixed) || expr.front() == '(' || expr == "NULL")
+        return {std::string(expr), ""};
+    std::string text = is_literal ? my_unquoted(expr) : std::string(expr);
+    const int64_t size = my_measure(col, text, is_unicode);
+    if (size > width)
+        return {"", "it is longer than the column"};
+    if (is_fixed)
+        text.append(static_cast<size_t>(width - size), ' ');
+    return {is_literal || is_fixed ? my_quoted(text) : std::string(expr), ""};
+}
+
+// x'0A' of a binary(4) gets its zeros, as on the server.
+static host_stored_default my_store_binary(const host_column &col, std::string_view expr)
+{
+    std::string stored(expr);
+    const auto width = static_cast<size_t>(std::max<int64_t>(col.max_length, 0)) * 2 + 3;
+    if (expr.starts_with("x'") && stored.size() < width)
+        stored.insert(stored.size() - 1, width - stored.size(), '0');
+    return {stored, ""};
+}
+
+// A real is the double of the value that has 32 bits.
+static host_stored_default my_store_real(std::string_view expr)
+{
+    float value = 0;
+    const auto [stop, error] = std::from_chars(expr.data(), expr.data() + expr.size(), value);
+    if (error != std::errc() || stop != expr.data() + expr.size() || expr.find('.') == std::string_view::npos)
+        return {std::string(expr), ""};
+    char shown[64];
+    const auto end = std::to_chars(shown, shown + sizeof shown, static_cast<double>(value)).ptr;
+    std::string stored(shown, end);
+    if (stored.find_first_of(".e") == std::string::npos)
+        stored += ".0";
+    return {stored, ""};
+}
+
+host_stored_default host_store_default(const host_column &col, std::string_view expr)
+{
+    const std::string_view type = host_type_name(col);
+    if (my_is_moment(type) && my_is_clock(expr))
+        return {my_clock(type, col.scale), ""};
+    if (my_is_moment(type) && my_is_literal(expr))
+        return host_store_moment(col, my_unquoted(expr));
+    if (type == "datetimeoffset" && expr != "NULL") // to the schema module it is a text, which may be anything
+        return {"", "it is not a moment with an offset"};
+    if (type == "char" || type == "nchar" || type == "varchar" || type == "nvarchar")
+        return my_store_text(col, type, expr);
+    if (type == "binary")
+        return my_store_binary(col, expr);
+    return type == "real" ? my_store_real(expr) : host_stored_default{std::string(expr), ""};
+}
