@@ -1,0 +1,42 @@
+"""The structures that Python fills are laid out as the C headers say. TOV_HEADERS lists the folders of these."""
+import ctypes
+import os
+import subprocess
+
+import pytest
+
+from tov_schema import _library
+
+STRUCTURES = {
+    "tov_host_list": _library.HostList,
+    "tov_host_options": _library.HostOptions,
+    "tov_host_file": _library.HostFile,
+    "tov_host_row_part": _library.RowPart,
+    "tov_client_create_options": _library.CreateOptions,
+    "tov_client_load_options": _library.LoadOptions,
+    "tov_client_unload_options": _library.UnloadOptions,
+}
+
+
+@pytest.fixture(scope="module")
+def layouts(tmp_path_factory):
+    """What a C program says: NAME SIZE, and STRUCTURE.MEMBER OFFSET."""
+    folder = tmp_path_factory.mktemp("layout")
+    lines = ['#include "tov_client.h"', '#include "tov_host.h"', '#include "tov_row_parts.h"', "#include <stdio.h>",
+             "int main(void) {"]
+    for name, structure in STRUCTURES.items():
+        lines.append(f'printf("{name} %zu\\n", sizeof({name}));')
+        lines += [f'printf("{name}.{member} %zu\\n", offsetof({name}, {member}));' for member, *_ in structure._fields_]
+    (folder / "layout.c").write_text("\n".join(lines + ["return 0;", "}"]))
+    includes = [f"-I{header_folder}" for header_folder in os.environ["TOV_HEADERS"].split(":")]
+    subprocess.run(["cc", *includes, "layout.c", "-o", "layout"], cwd=folder, check=True)
+    printed = subprocess.run([folder / "layout"], capture_output=True, text=True, check=True).stdout
+    return dict(line.split() for line in printed.splitlines())
+
+
+@pytest.mark.parametrize("name", STRUCTURES)
+def test_a_structure(layouts, name):
+    structure = STRUCTURES[name]
+    assert int(layouts[name]) == ctypes.sizeof(structure), "a member may be missing"
+    for member, *_ in structure._fields_:
+        assert int(layouts[f"{name}.{member}"]) == getattr(structure, member).offset, member

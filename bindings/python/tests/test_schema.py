@@ -1,0 +1,118 @@
+"""The whole way: sources, schemas, databases, rows."""
+import json
+import sqlite3
+
+import pytest
+
+import tov_schema
+
+
+def test_a_script_becomes_a_schema_with_findings(script):
+    schema, findings = tov_schema.import_source(script)
+    assert [table.server_name for table in schema.tables()] == ["dbo.Customers", "sales.Orders"]
+    assert [(finding.code, finding.table, finding.column, finding.severity) for finding in findings] == [
+        ("column-computed", "sales.Orders", "Twice", "warning")]
+
+
+def test_sources_may_be_bytes_and_folders(script, schema):
+    assert tov_schema.import_source(script.read_bytes()).schema.to_json() == schema.to_json()
+    assert tov_schema.import_source(script.parent).schema.to_json() == schema.to_json()
+
+
+def test_only_skip_and_rename(script):
+    def names(**options):
+        return [table.name for table in tov_schema.import_source(script, **options).schema.tables()]
+    assert names(only=["sales.*"]) == ["sales.Orders"]
+    assert names(skip=["Orders"]) == ["Customers"]
+    assert names(renames=["sales.Orders=Orders"]) == ["Customers", "Orders"]
+
+
+def test_json_is_read_back(schema):
+    text = schema.to_json()
+    assert json.loads(text)["tbls"]
+    assert tov_schema.Schema.from_json(text).to_json() == text
+
+
+def test_errors_have_code_text_and_frames(tmp_path):
+    with pytest.raises(tov_schema.Error, match="unexpected|expected|JSON|end") as caught:
+        tov_schema.Schema.from_json('{"tbls":')
+    assert caught.value.code == 0x200000005
+    assert not caught.value.is_sqlite
+    assert caught.value.frames and all(frame.file.startswith("src/") and frame.line > 0 for frame in caught.value.frames)
+    with pytest.raises(tov_schema.Error, match=r"broken.sql:1:"):
+        broken = tmp_path / "broken.sql"
+        broken.write_text("CREATE TABLE (")
+        tov_schema.import_source(broken)
+
+
+def test_a_database_that_has_the_table_already_is_left_alone(schema, database):
+    with pytest.raises(tov_schema.Error, match="already exists") as caught:
+        schema.create_database(database)
+    assert caught.value.is_sqlite
+
+
+def test_the_script_creates_the_same(schema, database):
+    other = sqlite3.connect(":memory:")
+    other.executescript("\n".join(line for line in schema.script().splitlines() if not line.startswith(".")))
+    def names(connection):
+        return connection.execute("SELECT type, name FROM sqlite_schema ORDER BY 1, 2").fetchall()
+    assert names(other) == names(sqlite3.connect(database))
+
+
+def test_options_of_creating(schema, tmp_path):
+    def names(**options):
+        schema.create_database(tmp_path / "o.db", **options)
+        found = sqlite3.connect(tmp_path / "o.db").execute("SELECT name FROM sqlite_schema").fetchall()
+        (tmp_path / "o.db").unlink()
+        return {name for name, in found}
+    assert "v_Customers" in names(views=True) - names()
+    assert names(indexes="none") < names(indexes="all")
+    with pytest.raises(ValueError, match="server, basic"):
+        names(rules="strict")
+
+
+def test_connections_have_the_two_settings(database):
+    connection = tov_schema.connect(database)
+    assert connection.execute("PRAGMA foreign_keys").fetchone()[0] == 1
+    assert connection.execute("PRAGMA recursive_triggers").fetchone()[0] == 1
+    connection.execute('INSERT INTO "sales.Orders" (Id, Customer) VALUES (1, 5)')
+    with pytest.raises(sqlite3.IntegrityError, match="FOREIGN KEY"):
+        connection.commit()
+    connection.rollback()
+    with pytest.raises(sqlite3.IntegrityError, match=r"\[Name\] constraint violation: width exceeded: 20"):
+        connection.execute("INSERT INTO Customers (Name) VALUES (?)", ["x" * 21])
+    connection.close()
+
+
+def test_convert_loads_the_rows_and_keeps_the_refused_ones_apart(script, tmp_path):
+    schema, findings, loaded = tov_schema.convert(script, tmp_path / "all.db")
+    assert (loaded.loaded, loaded.rejected, len(findings)) == (3, 1, 1)
+    assert len(loaded.remarks) == 1 and "row 2" in loaded.remarks[0]
+    rows = tov_schema.connect(tmp_path / "all.db").execute("SELECT Name, Code FROM Customers").fetchall()
+    assert [tuple(row) for row in rows] == [("Ada", "A   "), ("Bob", None)]
+
+
+def test_files_are_loaded_and_unloaded(schema, database, tmp_path):
+    (tmp_path / "Customers.csv").write_text("Id,Name,Code\n1,Ada,AB\n3,Eve,ABCDE\n")
+    loaded = schema.load(database, [tmp_path / "Customers.csv"], rejects=tmp_path / "kept")
+    assert (loaded.loaded, loaded.rejected) == (1, 1)
+    assert (tmp_path / "kept" / "Customers.csv").read_text().splitlines()[0] == "Id,Name,Code"
+    [file] = schema.unload(database, tmp_path / "out", tables=["dbo.Customers"], format="json")
+    assert file["rows"] == 1
+    assert json.loads((tmp_path / "out" / file["file"]).read_text()) == {"Id": 1, "Name": "Ada", "Code": "AB  "}
+
+
+def test_a_package_is_converted(tmp_path, package):
+    schema, _, loaded = tov_schema.convert(package, tmp_path / "shop.db")
+    assert loaded.rejected == 0
+    connection = tov_schema.connect(tmp_path / "shop.db")
+    assert loaded.loaded == sum(connection.execute(f'SELECT count(*) FROM "{table.name}"').fetchone()[0]
+                                for table in schema.tables()) > 500
+
+
+def test_no_file_is_left_open_or_half_made(schema, tmp_path):
+    with pytest.raises(tov_schema.Error):
+        schema.create_database(tmp_path / "no" / "such" / "folder.db")
+    with pytest.raises(tov_schema.Error):
+        schema.load(tmp_path / "absent.db", [])
+    assert not (tmp_path / "absent.db").exists()

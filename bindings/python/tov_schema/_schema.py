@@ -1,0 +1,326 @@
+"""Schemas, and what is done with them."""
+import ctypes
+import dataclasses
+import os
+import pathlib
+from typing import Any, Dict, Iterable, List, Mapping, NamedTuple, Optional, Sequence, Tuple, Union
+
+from . import _library as c
+from . import _values
+
+Path = Union[str, "os.PathLike[str]"]
+_KINDS = {"auto": 0, "json": 1, "package": 2, "script": 3}
+_RULES = {"server": 0, "basic": 1}
+_INDEXES = {"all": 0, "references": 1, "none": 2}
+
+
+@dataclasses.dataclass(frozen=True)
+class Finding:
+    """Something of a source that could not be carried over unchanged; docs/findings.md lists the codes."""
+
+    code: str
+    severity: str  # "error", "warning" or "note"
+    reason: str
+    table: Optional[str] = None
+    column: Optional[str] = None
+    place: Optional[str] = None  # in a script: "orders.sql:12:5"
+    host_text: Optional[str] = None  # the server's own text
+
+
+class Imported(NamedTuple):
+    schema: "Schema"
+    findings: List[Finding]
+
+
+@dataclasses.dataclass(frozen=True)
+class Column:
+    """How the values of a column are kept. `left_out` says why the SQLite table does not have it."""
+
+    name: str
+    server_type: str  # "" where the source does not say it, as of computed columns
+    nullable: bool
+    required: bool  # each INSERT must give it a value
+    left_out: Optional[str]
+    details: Mapping[str, Any]  # all that tov_client__describe_columns() says
+
+    def load(self, stored: Any) -> Any:
+        """Python's value of what the database has: a Decimal, UUID, datetime ... None is NULL.
+
+        >>> price.load(1250)        # a decimal(9,2)
+        Decimal('12.50')
+        """
+        return _values.load(_values.Type.of(self.server_type), stored)
+
+    def dump(self, value: Any) -> Any:
+        """What the database is to have for Python's value; ValueError for one that would have to be rounded.
+
+        >>> price.dump(Decimal("12.5"))
+        1250
+        """
+        return _values.dump(_values.Type.of(self.server_type), value)
+
+
+@dataclasses.dataclass(frozen=True)
+class Table:
+    """A table of a schema: its names in SQLite and on the server, and its columns in the server's order."""
+
+    name: str
+    server_name: str
+    columns: Tuple[Column, ...]
+
+    def column(self, name: str) -> Column:
+        """The column of a name, in any case; KeyError when there is none."""
+        for column in self.columns:
+            if column.name.lower() == name.lower():
+                return column
+        raise KeyError(name)
+
+    def load_row(self, row: Mapping[str, Any]) -> Dict[str, Any]:
+        """A row that was read, such as a sqlite3.Row, with Python's values."""
+        return {name: self.column(name).load(row[name]) for name in row.keys()}
+
+    def insert(self, row: Mapping[str, Any]) -> Tuple[str, List[Any]]:
+        """The statement that stores a row, and its parameters: what sqlite3's execute() takes. Columns that are not
+        given have their defaults.
+
+        >>> connection.execute(*orders.insert({"Id": 1, "Total": Decimal("9.90")}))
+        """
+        columns = [self.column(name) for name in row]
+        left_out = [column.name for column in columns if column.left_out]
+        if left_out:
+            raise KeyError(f"the SQLite table does not have {', '.join(left_out)}")
+        names = ", ".join(f'"{column.name}"' for column in columns)
+        values = [column.dump(value) for column, value in zip(columns, row.values())]
+        if not columns:
+            return f'INSERT INTO "{self.name}" DEFAULT VALUES', []
+        return f'INSERT INTO "{self.name}" ({names}) VALUES ({", ".join("?" * len(values))})', values
+
+
+@dataclasses.dataclass(frozen=True)
+class Loaded:
+    """What became of the rows: a map for each file and table ("table", "read", "loaded", "rejected", "shortened" ...),
+    and a line about each of the first rows that were refused."""
+
+    files: List[Dict[str, Any]]
+    remarks: List[str]
+
+    @property
+    def loaded(self) -> int:
+        return sum(file.get("loaded", 0) for file in self.files)
+
+    @property
+    def rejected(self) -> int:
+        return sum(file.get("rejected", 0) for file in self.files)
+
+
+class Schema:
+    """A schema document. It is used by one thread at a time."""
+
+    def __init__(self, handle: ctypes.c_void_p):
+        self._handle = handle
+
+    def __del__(self) -> None:
+        if getattr(self, "_handle", None):
+            with c.Call() as call:
+                c.free_schema(call.context, ctypes.byref(self._handle))
+
+    @classmethod
+    def from_json(cls, text: str) -> "Schema":
+        """Reads a document as to_json() or `tov-schema import` writes it. Raises Error when it is not one."""
+        handle = ctypes.c_void_p()
+        with c.Call() as call:
+            call(c.schema_from_json, text.encode(), ctypes.byref(handle))
+        return cls(handle)
+
+    def to_json(self) -> str:
+        """The document as JSON text."""
+        string = ctypes.c_void_p()
+        with c.Call() as call:
+            call(c.schema_to_json, self._handle, ctypes.byref(string))
+            return call.take_string(string)
+
+    def tables(self) -> List[Table]:
+        """All tables in schema order, with how their values are kept."""
+        guide = ctypes.c_void_p()
+        with c.Call() as call:
+            call(c.describe_columns, self._handle, None, ctypes.byref(guide))
+            described = call.take_map(guide)
+        return [_table(table) for table in described["tables"]]
+
+    def table(self, name: str) -> Table:
+        """The table of a name, as SQLite or the server has it, in any case; KeyError when there is none."""
+        for table in self.tables():
+            if name.lower() in (table.name.lower(), table.server_name.lower()):
+                return table
+        raise KeyError(name)
+
+    def creation_order(self) -> List[str]:
+        """The ids of all tables, referenced ones before those that refer to them."""
+        ids, remarks = ctypes.c_void_p(), ctypes.c_void_p()
+        with c.Call() as call:
+            call(c.creation_order, self._handle, ctypes.byref(ids), ctypes.byref(remarks))
+            call.take_texts(remarks)
+            return call.take_texts(ids)
+
+    def check(self) -> None:
+        """Raises Error, naming the place, when the document holds anything unsafe in SQL text."""
+        with c.Call() as call:
+            call(c.check_texts, self._handle)
+
+    def create_database(self, path: Path, *, views: bool = False, rules: str = "server", indexes: str = "all") -> None:
+        """Creates the tables, indexes and triggers in a database file: all of them, or none and Error.
+
+        views: also a view v_TABLE for each table, which shows values as the server does.
+        rules: "server" refuses what the server refuses, "basic" what the types alone refuse.
+        indexes: "all", "references" (those that foreign keys need) or "none".
+        """
+        options = _create_options(views, rules, indexes)
+        with c.Call() as call:
+            call(c.create_database, self._handle, os.fsencode(path), ctypes.byref(options))
+
+    def script(self, *, views: bool = False, rules: str = "server", indexes: str = "all") -> str:
+        """The script that create_database() runs."""
+        options, script = _create_options(views, rules, indexes), ctypes.c_void_p()
+        with c.Call() as call:
+            call(c.write_script, self._handle, ctypes.byref(options), ctypes.byref(script))
+            return call.take_string(script)
+
+    def load(self, database: Path, files: Iterable[Path], *, table: Optional[str] = None, format: Optional[str] = None,
+             encoding: Optional[str] = None, field_end: Optional[str] = None, row_end: Optional[str] = None,
+             null_word: Optional[str] = None, header: Optional[bool] = None, rejects: Optional[Path] = None,
+             max_rejects: int = 0, batch: int = 0, exact: bool = False, all_or_nothing: bool = False,
+             again: bool = False, check_references: bool = True) -> Loaded:
+        """Loads the rows of files, which the server's tools or others wrote, into a created database.
+
+        Rows that the database does not accept are refused, not an error; `rejects` is a folder that keeps them.
+        What is not said of the files (format, encoding, what ends fields and rows) is found out from their first rows.
+        A load that was interrupted goes on where it was.
+        """
+        options = c.LoadOptions(
+            tbl=c.encoded(table), format=c.encoded(format), encoding=c.encoded(encoding), field_end=c.encoded(field_end),
+            row_end=c.encoded(row_end), null_word=c.encoded(null_word), header=0 if header is None else 1 if header else -1,
+            rejects=None if rejects is None else os.fsencode(rejects), max_rejects=max_rejects, batch=batch, exact=exact,
+            all_or_nothing=all_or_nothing, again=again, skip_references=not check_references)
+
+        def load_all(call: c.Call, loader: ctypes.c_void_p) -> None:
+            for file in files:
+                call(c.load_file, loader, os.fsencode(file))
+        return self._load(database, options, load_all)
+
+    def load_package(self, database: Path, package: Path, *, rejects: Optional[Path] = None, exact: bool = False,
+                     all_or_nothing: bool = False) -> Loaded:
+        """Loads the rows that a package (.bacpac) carries into a created database; see load()."""
+        content = pathlib.Path(package).read_bytes()
+        options = c.LoadOptions(rejects=None if rejects is None else os.fsencode(rejects), exact=exact,
+                                all_or_nothing=all_or_nothing)
+
+        @c.ReadParts
+        def read(context: Any, _: Any, take: Any, take_data: Any) -> None:
+            @c.TakeRows
+            def pass_on(context: Any, _: Any, part: Any, data: Any, size: int) -> None:
+                described = part.contents
+                take(context, take_data, described.schema_name, described.tbl_name, described.number, data, size)
+            c.read_row_parts(context, content, len(content), pass_on, None)
+
+        def load_all(call: c.Call, loader: ctypes.c_void_p) -> None:
+            call(c.load_parts, loader, os.fsencode(package), read, None)
+        return self._load(database, options, load_all)
+
+    def unload(self, database: Path, folder: Path, *, tables: Sequence[str] = (), query: Optional[str] = None,
+               format: Optional[str] = None, encoding: Optional[str] = None, field_end: Optional[str] = None,
+               row_end: Optional[str] = None) -> List[Dict[str, Any]]:
+        """Writes rows as the server's tools do, a file for each table: "bcp", "csv", "json" or "insert".
+
+        Gives for each file a map with "table", "file", "dialect", "rows" and "unreadable".
+        """
+        names, report = c.strings(tables), ctypes.c_void_p()
+        options = c.UnloadOptions(format=c.encoded(format), encoding=c.encoded(encoding), field_end=c.encoded(field_end),
+                                  row_end=c.encoded(row_end), tbls=names, tbl_count=len(names), query=c.encoded(query))
+        with c.Call() as call:
+            call(c.unload, self._handle, os.fsencode(database), os.fsencode(folder), ctypes.byref(options),
+                 ctypes.byref(report))
+            return call.take_maps(report)
+
+    def _load(self, database: Path, options: c.LoadOptions, load_all: Any) -> Loaded:
+        loader, report, remarks = ctypes.c_void_p(), ctypes.c_void_p(), ctypes.c_void_p()
+        with c.Call() as call:
+            call(c.open_loader, self._handle, os.fsencode(database), ctypes.byref(options), ctypes.byref(loader))
+            try:
+                load_all(call, loader)
+                call(c.finish_load, loader, ctypes.byref(report), ctypes.byref(remarks))
+            finally:
+                c.free_loader(call.context, loader)
+            return Loaded(call.take_maps(report), call.take_texts(remarks))
+
+
+def _create_options(views: bool, rules: str, indexes: str) -> c.CreateOptions:
+    return c.CreateOptions(views=views, rules=_choice("rules", _RULES, rules),
+                           indexes=_choice("indexes", _INDEXES, indexes))
+
+
+def _choice(what: str, numbers: Mapping[str, int], word: str) -> int:
+    if word not in numbers:
+        raise ValueError(f"{what} is one of {', '.join(numbers)}, not {word!r}")
+    return numbers[word]
+
+
+def _table(described: Mapping[str, Any]) -> Table:
+    columns = tuple(Column(column["name"], column.get("server_type", ""), column.get("nullable", True),
+                           column.get("required", False), column.get("left_out"), column)
+                    for column in described["columns"])
+    return Table(described["table"], described.get("server_table", described["table"]), columns)
+
+
+def _sources(paths: Union[Path, Iterable[Path]]) -> List[Tuple[str, bytes]]:
+    if isinstance(paths, (str, os.PathLike)):
+        paths = [paths]
+    files: List[pathlib.Path] = []
+    for path in map(pathlib.Path, paths):
+        if path.is_dir():
+            files += sorted(file for file in path.rglob("*") if file.suffix.lower() in (".sql", ".sqlproj"))
+        else:
+            files.append(path)
+    return [(str(file), file.read_bytes()) for file in files]
+
+
+def import_source(source: Union[bytes, Path, Iterable[Path]], *, kind: str = "auto", encoding: Optional[str] = None,
+                  only: Iterable[str] = (), skip: Iterable[str] = (), renames: Iterable[str] = (),
+                  defines: Iterable[str] = (), txid: int = 0) -> Imported:
+    """Makes a schema of a package, scripts (files or folders of them) or a catalogue export, by path or as bytes.
+
+    kind: "auto" looks at the content; "json", "package" or "script" says what it is.
+    only, skip: patterns of SCHEMA.TABLE with * and ?.  renames: OLD=NEW.  defines: NAME=VALUE of script variables.
+
+    >>> schema, findings = tov_schema.import_source("Shop.bacpac")
+    """
+    sources = [("", source)] if isinstance(source, bytes) else _sources(source)
+    files = (c.HostFile * len(sources))(*(c.HostFile(os.fsencode(name) or None, content, len(content))
+                                          for name, content in sources))
+    lists = {name: c.strings(words) for name, words in
+             (("only", only), ("skip", skip), ("renames", renames), ("defines", defines))}
+    options = c.HostOptions(txid=txid, source=_choice("kind", _KINDS, kind), encoding=c.encoded(encoding),
+                            **{name: c.HostList(words, len(words)) for name, words in lists.items()})
+    handle, findings = ctypes.c_void_p(), ctypes.c_void_p()
+    with c.Call() as call:
+        call(c.import_files, files, len(sources), ctypes.byref(options), ctypes.byref(handle), ctypes.byref(findings))
+        schema = Schema(handle)
+        return Imported(schema, [Finding(**finding) for finding in call.take_maps(findings)])
+
+
+def convert(source: Union[Path, Iterable[Path]], database: Path, *, views: bool = False, rules: str = "server",
+            indexes: str = "all", **options: Any) -> Tuple[Schema, List[Finding], Loaded]:
+    """Imports a source, creates the database and loads the rows that a package or INSERT statements hold.
+
+    options: those of import_source().
+    """
+    schema, findings = import_source(source, **options)
+    schema.create_database(database, views=views, rules=rules, indexes=indexes)
+    paths = [source] if isinstance(source, (str, os.PathLike)) else list(source)
+    files = _sources(paths)
+    kinds = {c.recognise(content, len(content)) for _, content in files}
+    if kinds == {_KINDS["package"]}:
+        return schema, findings, schema.load_package(database, files[0][0])
+    if kinds == {_KINDS["script"]}:
+        loaded = schema.load(database, [name for name, _ in files], format="insert", encoding=options.get("encoding"))
+        return schema, findings, loaded
+    return schema, findings, Loaded([], [])
