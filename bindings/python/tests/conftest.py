@@ -14,7 +14,7 @@ CREATE TABLE sales.Orders (
     Total decimal(9,2) NULL, Paid money NULL, IsOpen bit NULL, Ratio float NULL,
     Token uniqueidentifier NULL, Hash binary(4) NULL,
     Day date NULL, At time(3) NULL, Fine time(7) NULL, Placed datetime NULL, Rough smalldatetime NULL,
-    Sent datetime2(1) NULL, Exact datetime2(7) NULL,
+    Sent datetime2(1) NULL, Exact datetime2(7) NULL, Stamp datetimeoffset(3) NULL,
     Twice AS (Total * 2))
 GO
 INSERT dbo.Customers (Name, Code) VALUES (N'Ada', 'A'), (N'Bob', NULL)

@@ -36,6 +36,9 @@ CASES = [
      dt.datetime(2024, 1, 2, 3, 4, 5, 200000)),
     ("Exact", dt.datetime(2024, 1, 2, 3, 4, 5, 123456), "2024-01-02 03:04:05.1234560",
      dt.datetime(2024, 1, 2, 3, 4, 5, 123456)),
+    ("Stamp", dt.datetime(2024, 1, 2, 3, 4, 5, 123456, dt.timezone(dt.timedelta(hours=-3, minutes=-30))),
+     "2024-01-02 03:04:05.123 -03:30",
+     dt.datetime(2024, 1, 2, 3, 4, 5, 123000, dt.timezone(dt.timedelta(hours=-3, minutes=-30)))),
     ("Day", None, None, None),
 ]
 
@@ -58,6 +61,7 @@ def test_a_value_is_stored_and_read_back(schema, database, column, value, stored
     ("Paid", D(10) ** 18, "more than 63 bits"),
     ("Day", dt.datetime(2024, 1, 1), "a date has no time"),
     ("Placed", dt.datetime(2024, 1, 1, tzinfo=dt.timezone.utc), "the column has no offset"),
+    ("Stamp", dt.datetime(2024, 1, 1), "needs a datetime with an offset"),
 ])
 def test_what_the_column_cannot_hold_is_not_made_to_fit(schema, column, value, message):
     with pytest.raises(ValueError, match=message):
