@@ -30,6 +30,13 @@ assert loaded.loaded > 500 and loaded.rejected == 0, loaded
 print(f"installed: {len(schema.tables())} tables, {loaded.loaded} rows")
 END
 
+# The README's example, in a folder that has the package that it names.
+cp "$build/examples/shop.bacpac" Shop.bacpac
+rm -f shop.db
+sed -n '/^<!-- bindings\/python -->$/,/^```$/{/^```/d;/^<!--/d;p}' "$source/README.md" >readme.py
+PYTHONPATH=installed "$python" readme.py >printed
+grep -Eqx '[0-9]+\.[0-9]{4}' printed || { cat printed >&2 && exit 1; }
+
 version=$(sed -n 's/^ *VERSION \([0-9.]*\).*/\1/p' "$source/CMakeLists.txt" | head -n 1)
 grep -qx "version = \"$version\"" "$source/bindings/python/pyproject.toml"
 grep -qx "__version__ = \"$version\"" "$source/bindings/python/tov_schema/__init__.py"

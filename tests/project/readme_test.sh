@@ -6,6 +6,7 @@
 # readme_test.sh SOURCE_DIR demo COMMAND
 # readme_test.sh SOURCE_DIR commands COMMAND BUILD_DIR
 # readme_test.sh SOURCE_DIR install COMMAND BUILD_DIR
+# readme_test.sh SOURCE_DIR ci COMMAND
 set -euo pipefail
 
 source_dir=$1
@@ -122,7 +123,32 @@ check_install()
     "$work/root/usr/bin/tov-schema" --version
 }
 
+# The steps of docs/ci.md pass as they are, and the first of them fails once a script has lost something more.
+check_ci()
+{
+    mkdir "$work/bin"
+    ln -s "$program" "$work/bin/tov-schema"
+    cp -r "$source_dir/examples" "$work/examples"
+    cd "$work/examples"
+    local n script steps=0
+    export PATH=$work/bin:$PATH
+    bash -euo pipefail -c "$(block docs/ci.md "run first in examples" sh)" 2>/dev/null
+    for ((n = 1; ; n++, steps++)); do
+        script=$(block docs/ci.md "run at each change in examples" sh $n)
+        [[ -n $script ]] || break
+        bash -euo pipefail -c "$script" >"$work/log" 2>&1 || { cat "$work/log" >&2 && exit 1; }
+    done
+    ((steps == 3))
+    echo "CREATE TABLE dbo.Extra (Id int NOT NULL PRIMARY KEY, Twice AS (Id * 2))" >shop/extra.sql
+    script=$(block docs/ci.md "run at each change in examples" sh)
+    if bash -euo pipefail -c "$script" >"$work/log" 2>&1; then
+        echo "a new finding passes" >&2
+        exit 1
+    fi
+    grep -q "column-computed: dbo.Extra.Twice" "$work/log"
+}
+
 case $what in
-    example | demo | commands | install) "check_$what" ;;
+    example | demo | commands | install | ci) "check_$what" ;;
     *) exit 2 ;;
 esac
