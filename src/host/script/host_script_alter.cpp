@@ -36,13 +36,13 @@ static void my_change_attribute(host_script_reader &reader, host_script_column &
     host_tsql_cursor &cursor = reader.cursor;
     cursor.advance();
     if (cursor.token.is(host_word::rowguidcol))
-        col.record.is_rowguidcol = is_added;
+        col.record.change().is_rowguidcol = is_added;
     else if (cursor.token.is(host_word::sparse))
-        col.record.is_sparse = is_added;
+        col.record.change().is_sparse = is_added;
     else if (cursor.token.is(host_word::hidden))
-        col.record.is_hidden = is_added;
+        col.record.change().is_hidden = is_added;
     else if (cursor.token.is(host_word::persisted))
-        col.record.is_persisted = is_added;
+        col.record.change().is_persisted = is_added;
     else if (cursor.take(host_word::not_)) // FOR REPLICATION
         cursor.advance();
     cursor.advance();
@@ -56,19 +56,19 @@ static void my_change_type(host_script_reader &reader, host_script_column &col)
     host_tsql_cursor &cursor = reader.cursor;
     host_script_parts parts;
     host_script_column changed;
-    changed.record.name = col.record.name;
+    changed.name = col.name;
     host_read_column_type(reader, changed);
     for (;;) {
         if (cursor.take(host_word::collate))
             changed.collation = reader.read_kept_name("a collation");
         else if (cursor.take(host_word::null))
-            changed.record.is_nullable = true;
+            changed.record.change().is_nullable = true;
         else if (cursor.token.is(host_word::not_)) {
             cursor.advance();
             cursor.expect(host_word::null, "NULL");
-            changed.record.is_nullable = false;
+            changed.record.change().is_nullable = false;
         } else if (cursor.take(host_word::sparse))
-            changed.record.is_sparse = true;
+            changed.record.change().is_sparse = true;
         else if (cursor.take(host_word::masked) || cursor.token.is(host_word::with)) {
             cursor.take(host_word::with);
             cursor.skip_parentheses();
@@ -77,20 +77,21 @@ static void my_change_type(host_script_reader &reader, host_script_column &col)
     }
     if (cursor.failed())
         return;
-    const host_column old = col.record;
-    col.record = changed.record;
+    const host_column old = *col.record;
+    host_column &record = col.record.change();
+    record = *changed.record;
     col.type = changed.type;
     col.collation =
         changed.collation && host_same_text(changed.collation, "database_default") ? nullptr : changed.collation;
-    col.record.description = old.description;
-    col.record.is_rowguidcol = old.is_rowguidcol;
-    col.record.is_identity = old.is_identity;
-    col.record.identity = old.identity;
-    col.record.is_sparse |= old.is_sparse;
-    if (old.defval.present)
-        col.record.defval = old.defval;
+    record.description = old.description;
+    record.is_rowguidcol = old.is_rowguidcol;
+    record.is_identity = old.is_identity;
+    record.identity = old.identity;
+    record.is_sparse |= old.is_sparse;
+    if (!col.defval.present)
+        col.defval = changed.defval;
     if (old.rule)
-        col.record.rule = old.rule;
+        record.rule = old.rule;
 }
 
 static void my_alter_column(host_script_reader &reader, const host_tsql_token &first, host_script_table &table)
@@ -119,8 +120,8 @@ static bool my_drop_constraint(host_script_state &state, host_script_table &tabl
                  my_erase(table.fks, [&is](const auto &fk) { return is(fk.record.name); }) ||
                  my_erase(table.checks, [&is](const auto &check) { return is(check.record.name); });
     for (host_script_column *col : table.cols) {
-        if (!found && col->has_default_constraint() && is(col->record.defval.name)) {
-            col->record.defval = {};
+        if (!found && col->has_default_constraint() && is(col->defval.name)) {
+            col->defval = {};
             found = true;
         }
     }

@@ -118,7 +118,7 @@ static std::optional<bool> my_has_property(host_script_reader &reader, const std
     if (!host_same_text(arguments[5].text, "COLUMN"))
         return std::nullopt;
     const host_script_column *col = table->find_col(arguments[6].text);
-    return col && col->record.description;
+    return col && col->record->description;
 }
 
 static std::optional<bool> my_answer(host_script_reader &reader, const host_catalogue_query &query,

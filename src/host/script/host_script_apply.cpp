@@ -68,7 +68,7 @@ static void my_add_key(host_application &application, const host_script_constrai
     if (is_primary) {
         key.is_clustered |= !constraint.is_nonclustered && !table.is_memory_optimized && !my_has_clustered(table);
         for (const std::string_view name : constraint.cols)
-            table.find_col(name)->record.is_nullable = false;
+            table.find_col(name)->record.change().is_nullable = false;
     }
     table.keys.push_back(std::move(key));
 }
@@ -151,7 +151,7 @@ static void my_add_default(host_application &application, const host_script_cons
         return my_refuse(application, "column " + std::string(constraint.cols.front()) + " has a default already");
     if (!my_take_name(application, "D", constraint.name))
         return;
-    host_default &defval = col->record.defval;
+    host_default &defval = col->defval;
     defval = {};
     defval.present = true;
     defval.kind = "constraint";
@@ -164,7 +164,7 @@ static void my_add_period(host_application &application, const host_script_const
 {
     for (size_t n = 0; n < constraint.cols.size() && n < 2; n++) {
         if (host_script_column *col = application.table.find_col(constraint.cols[n]))
-            col->record.generated_always_type = static_cast<int64_t>(n) + 1;
+            col->record.change().generated_always_type = static_cast<int64_t>(n) + 1;
     }
 }
 
@@ -187,16 +187,33 @@ static void my_add_constraint(host_application &application, const host_script_c
     }
 }
 
+// A bit for each hash that was met keeps most columns from being compared with all others.
+static void my_add_cols(host_application &application, const host_script_parts &parts)
+{
+    host_script_table &table = application.table;
+    const auto bit_of = [](const host_script_column &col) { return uint64_t{1} << (col.name_hash >> 32 & 63); };
+    uint64_t met = 0;
+    for (const host_script_column *col : table.cols)
+        met |= bit_of(*col);
+    table.cols.reserve(table.cols.size() + parts.cols.size());
+    for (host_script_column *col : parts.cols) {
+        if ((met & bit_of(*col)) && table.find_same(*col)) {
+            my_refuse(application, std::string("the table has a column ") + col->name + " already");
+            continue;
+        }
+        met |= bit_of(*col);
+        table.cols.push_back(col);
+    }
+}
+
 void host_apply_parts(host_script_reader &reader, const host_tsql_token &first, host_script_table &table,
                       host_script_parts &parts, bool is_trusted)
 {
     host_application application{reader, first, table, is_trusted};
-    table.cols.reserve(table.cols.size() + parts.cols.size());
-    for (host_script_column *col : parts.cols) {
-        if (table.find_same(*col))
-            my_refuse(application, std::string("the table has a column ") + col->record.name + " already");
-        else
-            table.cols.push_back(col);
+    my_add_cols(application, parts);
+    for (host_script_column *col : parts.named_defaults) {
+        if (!my_take_name(application, "D", col->defval.name))
+            col->defval = {};
     }
     // A key that says CLUSTERED leaves none for the primary key, wherever it is written.
     const auto comes_first = [](const host_script_constraint &constraint) { return constraint.is_clustered; };

@@ -48,19 +48,19 @@ void host_set_bound_default(host_script_column &col, const host_script_bound *bo
 {
     if (col.has_default_constraint())
         return;
-    col.record.defval = {};
+    col.defval = {};
     if (!bound)
         return;
-    col.record.defval.present = true;
-    col.record.defval.kind = "bound";
-    col.record.defval.id = bound->id;
-    col.record.defval.name = bound->name;
-    col.record.defval.definition = bound->definition;
+    col.defval.present = true;
+    col.defval.kind = "bound";
+    col.defval.id = bound->id;
+    col.defval.name = bound->name;
+    col.defval.definition = bound->definition;
 }
 
 static void my_set_rule(host_script_column &col, const host_script_bound *bound)
 {
-    col.record.rule = bound ? bound->definition : nullptr;
+    col.record.change().rule = bound ? bound->definition : nullptr;
 }
 
 using host_bind = void (*)(host_script_column &col, const host_script_bound *bound);

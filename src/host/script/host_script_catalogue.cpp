@@ -48,7 +48,9 @@ static void my_add_columns(host_collations &collations, host_script_table &from,
 {
     table.cols.reserve(from.cols.size());
     for (host_script_column *col : from.cols) {
-        host_column &record = table.cols.emplace_back(std::move(col->record));
+        host_column &record = table.cols.emplace_back(*col->record);
+        record.name = col->name;
+        record.defval = col->defval;
         record.id = static_cast<int64_t>(table.cols.size());
         collations.set(col->collation ? col->collation : collations.state.collation, record);
         if (record.defval.present && record.defval.id == 0)
@@ -61,7 +63,7 @@ static std::vector<const char *> my_names(const std::vector<const host_script_co
     std::vector<const char *> names;
     names.reserve(cols.size());
     for (const host_script_column *col : cols)
-        names.push_back(col->record.name);
+        names.push_back(col->name);
     return names;
 }
 
@@ -153,10 +155,10 @@ static void my_add_fks(host_script_session &session, host_script_table &from, in
         record.ref_schema = my_schema(session.state, is_there ? fk.parent->schema : fk.parent_schema);
         record.ref_table = is_there ? fk.parent->name : fk.parent_name;
         for (size_t n = 0; n < fk.cols.size(); n++) {
-            const char *ref_col = n < fk.parent_cols.size() ? fk.parent_cols[n]->record.name : "";
+            const char *ref_col = n < fk.parent_cols.size() ? fk.parent_cols[n]->name : "";
             if (fk.parent_cols.empty() && n < fk.parent_col_names.size())
                 ref_col = fk.parent_col_names[n];
-            record.col_names.emplace_back(fk.cols[n]->record.name, ref_col);
+            record.col_names.emplace_back(fk.cols[n]->name, ref_col);
         }
     }
 }

@@ -24,14 +24,11 @@ void host_set_type(host_script_state &state, const host_tsql_type &type, host_co
 
 static void my_set_alias(const host_script_type &type, host_script_column &col)
 {
-    const char *name = col.record.name;
-    const bool is_nullable = type.base.is_nullable;
-    col.record = type.base;
-    col.record.name = name;
-    col.record.is_nullable = is_nullable;
+    host_column &record = col.record.change();
+    record = type.base;
+    record.rule = type.rule ? type.rule->definition : nullptr;
     col.type = const_cast<host_script_type *>(&type);
     host_set_bound_default(col, type.defval);
-    col.record.rule = type.rule ? type.rule->definition : nullptr;
 }
 
 void host_read_column_type(host_script_reader &reader, host_script_column &col)
@@ -41,8 +38,8 @@ void host_read_column_type(host_script_reader &reader, host_script_column &col)
     if (reader.cursor.failed())
         return;
     if (type.is_system()) {
-        host_set_type(reader.state, type, col.record);
-        col.record.is_nullable =
+        host_set_type(reader.state, type, col.record.change());
+        col.record.change().is_nullable =
             reader.columns_are_nullable && type.system_name != "sysname" && type.system_name != "timestamp";
         return;
     }
@@ -53,9 +50,9 @@ void host_read_column_type(host_script_reader &reader, host_script_column &col)
         reader.cursor.go_back(first);
         return reader.cursor.fail("'" + type.written + "' is a type of " + database + ", not of T-SQL");
     }
-    host_set_type(reader.state, type, col.record);
-    col.record.user_type_schema = reader.state.keep(schema);
-    col.record.is_nullable = reader.columns_are_nullable;
+    host_set_type(reader.state, type, col.record.change());
+    col.record.change().user_type_schema = reader.state.keep(schema);
+    col.record.change().is_nullable = reader.columns_are_nullable;
 }
 
 static std::string my_read_signed(host_script_reader &reader)
@@ -145,42 +142,42 @@ static bool my_read_attribute(host_script_reader &reader, host_script_column &co
     switch (cursor.token.word) {
     case host_word::null:
         cursor.advance();
-        col.record.is_nullable = true;
+        col.record.change().is_nullable = true;
         return true;
     case host_word::not_:
-        my_read_not(reader, col.record);
+        my_read_not(reader, col.record.change());
         return true;
     case host_word::identity:
-        my_read_identity(reader, col.record);
+        my_read_identity(reader, col.record.change());
         return true;
     case host_word::collate:
         my_read_collation(reader, col);
         return true;
     case host_word::rowguidcol:
         cursor.advance();
-        col.record.is_rowguidcol = true;
+        col.record.change().is_rowguidcol = true;
         return true;
     case host_word::sparse:
         cursor.advance();
-        col.record.is_sparse = true;
+        col.record.change().is_sparse = true;
         return true;
     case host_word::filestream:
         cursor.advance();
-        col.record.is_filestream = true;
+        col.record.change().is_filestream = true;
         return true;
     case host_word::hidden:
         cursor.advance();
-        col.record.is_hidden = true;
+        col.record.change().is_hidden = true;
         return true;
     case host_word::persisted:
         cursor.advance();
-        col.record.is_persisted = true;
+        col.record.change().is_persisted = true;
         return true;
     case host_word::generated:
-        my_read_generated(reader, col.record);
+        my_read_generated(reader, col.record.change());
         return true;
     case host_word::encrypted:
-        my_read_encrypted(reader, col.record);
+        my_read_encrypted(reader, col.record.change());
         return true;
     case host_word::masked:
         cursor.advance();
@@ -191,7 +188,7 @@ static bool my_read_attribute(host_script_reader &reader, host_script_column &co
         cursor.advance();
         cursor.expect(host_word::for_, "FOR");
         cursor.advance();
-        col.record.is_column_set = true;
+        col.record.change().is_column_set = true;
         return true;
     case host_word::with:
         if (!cursor.peek().is(host_word::values))
@@ -202,7 +199,7 @@ static bool my_read_attribute(host_script_reader &reader, host_script_column &co
     default:
         if (!host_begins_constraint(cursor.token) && !cursor.token.is(host_word::references))
             return false;
-        host_read_constraint(reader, col.record.name, parts);
+        host_read_constraint(reader, col.name, parts);
         return true;
     }
 }
@@ -223,45 +220,125 @@ static std::string_view my_rest_of_line(const host_tsql_cursor &cursor)
 static bool my_is_plain(const host_tsql_cursor &cursor, std::string_view text, const host_script_column &col)
 {
     return !cursor.failed() && cursor.token.is(',') && cursor.token.text.data() + 1 == text.data() + text.size() &&
-           col.record.user_type_schema && std::string_view(col.record.user_type_schema) == "sys" &&
+           col.record->user_type_schema && std::string_view(col.record->user_type_schema) == "sys" &&
            text.find('"') == std::string_view::npos;
 }
 
-static void my_read_declaration(host_script_reader &reader, host_script_column &col, host_script_parts &parts)
+// Reads a column; answers whether a constraint is the last thing in it.
+static bool my_read_declaration(host_script_reader &reader, host_script_column &col, host_script_parts &parts)
 {
     host_tsql_cursor &cursor = reader.cursor;
     const host_tsql_token first = cursor.token;
     col.set_name(reader.read_kept_name("a column"));
     if (cursor.take(host_word::as)) {
-        col.record.is_computed = true;
-        col.record.is_nullable = true;
-        col.record.computed = host_read_definition(reader);
+        col.record.change().is_computed = true;
+        col.record.change().is_nullable = true;
+        col.record.change().computed = host_read_definition(reader);
     } else if (my_is(first, "timestamp") && (cursor.token.is(',') || cursor.token.is(')'))) {
-        host_set_type(reader.state, {"", "", "timestamp", false, {}, {}}, col.record); // a type can be its name
+        host_set_type(reader.state, {"", "", "timestamp", false, {}, {}},
+                      col.record.change()); // a type can be its name
     } else {
         host_read_column_type(reader, col);
     }
-    while (!cursor.failed() && my_read_attribute(reader, col, parts)) {
+    bool is_constraint = false;
+    for (size_t count = parts.constraints.size(); !cursor.failed() && my_read_attribute(reader, col, parts);) {
+        is_constraint = parts.constraints.size() > count;
+        count = parts.constraints.size();
     }
+    return is_constraint;
+}
+
+namespace {
+
+// A column's text taken apart around the name of its default constraint, which no other column has.
+struct host_default_split {
+    std::string_view before; // " [int] NOT NULL"
+    std::string_view name;
+    std::string_view after; // " DEFAULT ((0)),"
+};
+
+} // namespace
+
+// The parts are empty when there is no such constraint, or its name has brackets in it.
+static host_default_split my_split_default(std::string_view text)
+{
+    constexpr std::string_view opening = " CONSTRAINT [";
+    const size_t at = text.find(opening);
+    if (at == std::string_view::npos)
+        return {};
+    const size_t start = at + opening.size();
+    const size_t end = std::min(text.find(']', start), text.size());
+    if (end == start || !text.substr(end).starts_with("] DEFAULT "))
+        return {};
+    return {text.substr(0, at), text.substr(start, end - start), text.substr(end + 1)};
+}
+
+// Gives the column the declaration that another one with this text had; false when there was none.
+static bool my_repeat(host_script_reader &reader, std::string_view text, host_script_column &col)
+{
+    const auto &declarations = reader.session.declarations[reader.columns_are_nullable ? 1 : 0];
+    const auto known = declarations.find(text);
+    if (known == declarations.end())
+        return false;
+    col.record.share(known->second.record);
+    col.collation = known->second.collation;
+    return true;
+}
+
+// The same for a column with a default constraint, whose name takes effect with the statement.
+static bool my_repeat_with_default(host_script_reader &reader, std::string_view text, host_script_column &col,
+                                   host_script_parts &parts)
+{
+    const host_default_split split = my_split_default(text);
+    const auto &definitions = reader.session.definitions;
+    const auto definition = definitions.find(split.after);
+    if (split.before.empty() || definition == definitions.end() || !my_repeat(reader, split.before, col))
+        return false;
+    col.defval.present = true;
+    col.defval.kind = "constraint";
+    col.defval.name = reader.state.keep(split.name);
+    col.defval.definition = definition->second;
+    parts.named_defaults.push_back(&col);
+    return true;
+}
+
+static void my_remember(host_script_reader &reader, std::string_view text, const host_script_column &col)
+{
+    constexpr size_t most = 1000; // worth remembering
+    auto &declarations = reader.session.declarations[reader.columns_are_nullable ? 1 : 0];
+    if (declarations.size() < most && !declarations.contains(text))
+        declarations.try_emplace(reader.state.keep(text), host_script_declaration{*col.record, col.collation});
+}
+
+static void my_remember_default(host_script_reader &reader, std::string_view text, const host_script_column &col,
+                                const host_script_constraint &constraint)
+{
+    constexpr size_t most = 1000;
+    const host_default_split split = my_split_default(text);
+    auto &definitions = reader.session.definitions;
+    if (split.before.empty() || constraint.kind != host_script_constraint_kind::defval || definitions.size() >= most)
+        return;
+    my_remember(reader, split.before, col);
+    if (!definitions.contains(split.after))
+        definitions.try_emplace(reader.state.keep(split.after), constraint.definition);
 }
 
 void host_read_column(host_script_reader &reader, host_script_parts &parts)
 {
-    constexpr size_t most = 1000; // declarations worth remembering
     host_tsql_cursor &cursor = reader.cursor;
-    auto &declarations = reader.session.declarations;
     host_script_column &col = *reader.state.cols.add();
     parts.cols.push_back(&col);
     const std::string_view text = my_rest_of_line(cursor);
-    const auto known = declarations.find(text);
-    if (known != declarations.end() && known->second.columns_are_nullable == reader.columns_are_nullable) {
-        col = known->second.col;
+    if (text.ends_with(',') && (my_repeat(reader, text, col) || my_repeat_with_default(reader, text, col, parts))) {
         cursor.scanner.set_position(cursor.scanner.position() + text.size() - 1); // at the comma
         return col.set_name(reader.read_kept_name("a column"));
     }
     const size_t constraint_count = parts.constraints.size();
-    my_read_declaration(reader, col, parts);
-    if (parts.constraints.size() == constraint_count && declarations.size() < most && my_is_plain(cursor, text, col))
-        declarations.insert_or_assign(reader.state.keep(text),
-                                      host_script_declaration{col, reader.columns_are_nullable});
+    const bool ends_with_constraint = my_read_declaration(reader, col, parts);
+    if (!my_is_plain(cursor, text, col))
+        return;
+    if (parts.constraints.size() == constraint_count)
+        my_remember(reader, text, col);
+    else if (parts.constraints.size() == constraint_count + 1 && ends_with_constraint)
+        my_remember_default(reader, text, col, parts.constraints.back());
 }

@@ -126,7 +126,7 @@ static host_fact my_col_length(host_script_reader &reader, const host_facts &arg
     if (table && table->is_opaque)
         return {};
     const host_script_column *col = my_find_column(table, arguments[1]);
-    return my_known(col, host_fact_kind::number, col ? std::to_string(col->record.max_length) : "");
+    return my_known(col, host_fact_kind::number, col ? std::to_string(col->record->max_length) : "");
 }
 
 static host_fact my_column_property(host_script_reader &reader, const host_facts &arguments)
@@ -138,9 +138,9 @@ static host_fact my_column_property(host_script_reader &reader, const host_facts
     if (!col)
         return {host_fact_kind::null, {}};
     if (host_same_text(arguments[2].text, "IsIdentity"))
-        return {host_fact_kind::number, col->record.is_identity ? "1" : "0"};
+        return {host_fact_kind::number, col->record->is_identity ? "1" : "0"};
     if (host_same_text(arguments[2].text, "AllowsNull"))
-        return {host_fact_kind::number, col->record.is_nullable ? "1" : "0"};
+        return {host_fact_kind::number, col->record->is_nullable ? "1" : "0"};
     return {host_fact_kind::something, {}};
 }
 

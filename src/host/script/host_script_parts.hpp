@@ -28,6 +28,7 @@ struct host_script_constraint {
 
 struct host_script_parts {
     std::vector<host_script_column *> cols;
+    std::vector<host_script_column *> named_defaults; // columns that have a default whose name is yet to be taken
     std::vector<host_script_constraint> constraints;
 };
 

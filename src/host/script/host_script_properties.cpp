@@ -23,7 +23,7 @@ static const char **my_find_description(host_script_reader &reader, const host_s
     if (!col_type || col_type->is_null)
         return &table->description;
     host_script_column *col = my_is(col_type, "COLUMN") && col_name ? table->find_col(col_name->text) : nullptr;
-    return col ? &col->record.description : nullptr;
+    return col ? &col->record.change().description : nullptr;
 }
 
 void host_run_add_property(host_script_reader &reader, const host_tsql_token &, const host_script_arguments &arguments)

@@ -18,8 +18,8 @@ struct host_script_source {
 
 // A column as its declaration makes it, whatever its name.
 struct host_script_declaration {
-    host_script_column col;
-    bool columns_are_nullable; // when they do not say: the setting that it was read under
+    host_column record; // shared by all columns that are declared so
+    const char *collation;
 };
 
 struct host_script_session {
@@ -35,8 +35,11 @@ struct host_script_session {
     host_script_state state;
     std::vector<std::unique_ptr<host_script_source>> sources;
     host_name_map<host_script_source *> makers; // what each file makes, for others that refer to it before its turn
-    // Declarations by their text: most columns share it with others, and it is read once.
-    std::unordered_map<std::string_view, host_script_declaration> declarations;
+    // Declarations by their text: most columns share it with others, and it is read once. The second ones are of
+    // columns that are nullable when they do not say.
+    std::array<std::unordered_map<std::string_view, host_script_declaration>, 2> declarations;
+    std::unordered_map<std::string_view, const char *>
+        definitions;                                 // of defaults, by what follows the constraint's name
     std::unordered_set<std::string> other_databases; // that a finding has named
     std::vector<std::string> errors;                 // the first ones
     size_t error_count = 0;

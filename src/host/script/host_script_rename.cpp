@@ -79,7 +79,7 @@ static void my_rename_constraint(host_script_table &table, std::string_view old_
     for (host_script_check &check : table.checks)
         rename(check.record.name);
     for (const auto &col : table.cols)
-        rename(col->record.defval.name);
+        rename(col->defval.name);
 }
 
 static bool my_rename_object(host_script_reader &reader, const std::vector<std::string> &parts, const std::string &name)

@@ -14,6 +14,7 @@ void host_read_set(host_script_reader &reader)
     bool quotes = false, nulls_on = false, nulls_off = false, parsed_only = false;
     const host_tsql_token first = cursor.token;
     cursor.advance();
+    const bool is_assignment = cursor.token.kind == host_tsql_kind::variable;
     do {
         parsed_only |= my_is_text(cursor.token, "NOEXEC") || my_is_text(cursor.token, "PARSEONLY");
         quotes |= my_is_text(cursor.token, "QUOTED_IDENTIFIER");
@@ -37,7 +38,8 @@ void host_read_set(host_script_reader &reader)
     }
     cursor.go_back(first);
     host_skip_statement(reader);
-    host_note_locals(reader, first);
+    if (is_assignment)
+        host_note_locals(reader, first);
 }
 
 void host_read_use(host_script_reader &reader)

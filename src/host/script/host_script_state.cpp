@@ -5,16 +5,16 @@
 
 #include <algorithm>
 
-void host_script_column::set_name(const char *name)
+void host_script_column::set_name(const char *new_name)
 {
-    record.name = name;
-    name_hash = host_name_hash{}(std::string_view(name));
+    name = new_name;
+    name_hash = host_name_hash{}(std::string_view(new_name));
 }
 
 static host_script_column *my_find_col(const host_script_table &table, std::string_view name, size_t hash)
 {
     for (host_script_column *col : table.cols) {
-        if (col->name_hash == hash && host_same_text(col->record.name, name))
+        if (col->name_hash == hash && host_same_text(col->name, name))
             return col;
     }
     return nullptr;
@@ -27,7 +27,7 @@ host_script_column *host_script_table::find_col(std::string_view col_name) const
 
 host_script_column *host_script_table::find_same(const host_script_column &other) const
 {
-    return my_find_col(*this, other.record.name, other.name_hash);
+    return my_find_col(*this, other.name, other.name_hash);
 }
 
 host_script_key *host_script_table::find_key(std::string_view key_name)
@@ -62,7 +62,7 @@ std::vector<const char *> host_script_table::constraint_names() const
         add(check.record.name);
     for (const host_script_column *col : cols) {
         if (col->has_default_constraint())
-            add(col->record.defval.name);
+            add(col->defval.name);
     }
     return names;
 }
@@ -184,7 +184,7 @@ void host_script_state::drop_table(host_script_table *table)
             fk.parent = nullptr;
             fk.parent_col_names.clear();
             for (const host_script_column *col : fk.parent_cols)
-                fk.parent_col_names.push_back(col->record.name);
+                fk.parent_col_names.push_back(col->name);
             fk.parent_cols.clear();
         }
     }

@@ -47,16 +47,52 @@ template <class Record> class host_pool {
     size_t used_ = 0; // of the last chunk
 };
 
+// What a column is but for its name and default. Most columns are declared like others, and share one record with them
+// until they are changed: a large script has many more columns than declarations.
+class host_script_record {
+  public:
+    const host_column *operator->() const
+    {
+        return shared_;
+    }
+    const host_column &operator*() const
+    {
+        return *shared_;
+    }
+    // The record as one of the column's own.
+    host_column &change()
+    {
+        if (!own_) {
+            own_ = std::make_unique<host_column>(*shared_);
+            shared_ = own_.get();
+        }
+        return *own_;
+    }
+    // Borrows a record, which must outlive the column.
+    void share(const host_column &record)
+    {
+        own_.reset();
+        shared_ = &record;
+    }
+
+  private:
+    static inline const host_column undeclared{};
+    const host_column *shared_ = &undeclared;
+    std::unique_ptr<host_column> own_;
+};
+
 struct host_script_column {
-    host_column record;
-    size_t name_hash = 0;             // so that most other names are told apart without a look at them
+    const char *name = nullptr;
+    size_t name_hash = 0; // so that most other names are told apart without a look at them
+    host_script_record record;
+    host_default defval;
     host_script_type *type = nullptr; // null for a type of the server
     const char *collation = nullptr;  // null: the database's
 
-    void set_name(const char *name);
+    void set_name(const char *new_name);
     bool has_default_constraint() const
     {
-        return record.defval.present && std::string_view(record.defval.kind) == "constraint";
+        return defval.present && std::string_view(defval.kind) == "constraint";
     }
 };
 

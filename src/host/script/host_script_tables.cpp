@@ -165,6 +165,7 @@ void host_read_create_table(host_script_reader &reader, const host_tsql_token &f
         return reader.not_read(first, "the script does not list the columns of such a table");
     }
     host_script_parts parts;
+    parts.cols.reserve(32);
     host_script_name history;
     if (cursor.token.is('('))
         my_read_parts(reader, parts);

@@ -49,8 +49,46 @@ void host_tsql_cursor::go_back(const host_tsql_token &before)
     token = scanner.next();
 }
 
+// Past a pair of parentheses that begins before this place, as long as nothing in it needs to be split into tokens:
+// quotes, what may begin a comment, and lines, one of which may say GO. Otherwise the place itself.
+static size_t my_skip_plain_parentheses(std::string_view script, size_t from)
+{
+    int depth = 1;
+    for (size_t at = from; at < script.size(); at++) {
+        switch (script[at]) {
+        case '(':
+            depth++;
+            break;
+        case ')':
+            if (--depth == 0)
+                return at + 1;
+            break;
+        case '\'':
+        case '"':
+        case '[':
+        case '-':
+        case '/':
+        case '\r':
+        case '\n':
+            return from;
+        default:
+            break;
+        }
+    }
+    return from;
+}
+
 void host_tsql_cursor::skip_parentheses()
 {
+    if (token.is('(') && !failed()) {
+        const size_t from = scanner.position();
+        const size_t end = my_skip_plain_parentheses(scanner.script(), from);
+        if (end != from) {
+            token.text = scanner.script().substr(end - 1, 1); // the end of what text_since() gives
+            scanner.set_position(end);
+            return advance();
+        }
+    }
     expect('(');
     for (int depth = 1; depth > 0;) {
         if (token.is_end() || token.kind == host_tsql_kind::unknown) {

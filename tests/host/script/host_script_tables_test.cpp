@@ -37,6 +37,16 @@ const script_case table_cases[] = {
      "create table T (A int default 0, B varchar(5) constraint D default ('x') not null, C datetime default getdate())",
      "dbo.T: A int/4/10/0 null constraint ((0)), B varchar/5/0/0 constraint D ('x'), "
      "C datetime/8/23/3 null constraint (getdate())"},
+    {"declarations that others repeat, with and without the rest of the line",
+     "create table T (\nA int CONSTRAINT [D1] DEFAULT ((0)),\nB int CONSTRAINT [D2] DEFAULT ((0)),\n"
+     "C int CONSTRAINT [D3] DEFAULT ((0)) not null,\nD int CONSTRAINT [D4] DEFAULT ((0)) not null,\n"
+     "E int CONSTRAINT [D5] DEFAULT ((0)),\nF int,\nG int,\nH int\n)",
+     "dbo.T: A int/4/10/0 null constraint D1 ((0)), B int/4/10/0 null constraint D2 ((0)), "
+     "C int/4/10/0 constraint D3 ((0)), D int/4/10/0 constraint D4 ((0)), E int/4/10/0 null constraint D5 ((0)), "
+     "F int/4/10/0 null, G int/4/10/0 null, H int/4/10/0 null"},
+    {"what is changed of one column is not changed of those declared like it",
+     "create table T (\nA int,\nB int,\nC int,\nprimary key (B)\n)",
+     "dbo.T: A int/4/10/0 null, B int/4/10/0, C int/4/10/0 null; pk(B) clustered"},
     {"checks",
      "create table T (A int check (A > 0), B int, constraint C check not for replication (A < B or B is null))",
      "dbo.T: A int/4/10/0 null, B int/4/10/0 null; check ([A]>(0)); check C ([A]<[B] OR [B] IS NULL) untrusted"},
