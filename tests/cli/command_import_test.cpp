@@ -44,7 +44,8 @@ TEST_F(CommandImportTest, WritesFindingsAsJson)
 {
     const command_result result = run({"import", catalogue, "-o", path("s.json"), "--findings", path("f.json")});
     EXPECT_EXIT_CODE(result, 0);
-    EXPECT_EQ(read("f.json").find("{\"findings\":[\n{\"code\":\"default-dropped\",\"severity\":\"warning\","), 0u) << read("f.json");
+    EXPECT_EQ(read("f.json").find("{\"findings\":[\n{\"code\":\"default-dropped\",\"severity\":\"warning\","), 0u)
+        << read("f.json");
     EXPECT_NE(read("f.json").find("\"host_text\":\"(getdate())\""), std::string::npos);
 }
 

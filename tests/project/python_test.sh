@@ -33,6 +33,7 @@ END
 # The README's example, in a folder that has the package that it names.
 cp "$build/examples/shop.bacpac" Shop.bacpac
 rm -f shop.db
+# shellcheck disable=SC2016 # fences of Markdown
 sed -n '/^<!-- bindings\/python -->$/,/^```$/{/^```/d;/^<!--/d;p}' "$source/README.md" >readme.py
 PYTHONPATH=installed "$python" readme.py >printed
 grep -Eqx '[0-9]+\.[0-9]{4}' printed || { cat printed >&2 && exit 1; }
