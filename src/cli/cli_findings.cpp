@@ -12,30 +12,14 @@
 #include <map>
 #include <set>
 
-static KT_vhash *my_finding_at(const cli_findings &findings, uint32_t n)
-{
-    KT_vhash *finding = nullptr;
-    KT_varray__get__vhash(findings.ctx, findings.list, n, &finding);
-    cli_check(findings.ctx, "");
-    return finding;
-}
-
-static std::string my_member(KT_context *ctx, const KT_vhash *finding, const char *key)
-{
-    const char *text = nullptr;
-    KT_vhash__check__sz(ctx, finding, key, &text);
-    cli_check(ctx, key);
-    return text ? text : "";
-}
-
 // What a finding is about. Reasons may be worded anew and lines of scripts move, so neither is part of it.
 static std::string my_identity(KT_context *ctx, const KT_vhash *finding)
 {
-    const std::string place = my_member(ctx, finding, "place");
+    const std::string place = cli_text_of(ctx, finding, "place");
     const std::string file = place.substr(0, place.rfind(':', place.rfind(':') - 1));
     std::string identity;
-    for (const std::string &part : {my_member(ctx, finding, "code"), file, my_member(ctx, finding, "table"),
-                                    my_member(ctx, finding, "column"), my_member(ctx, finding, "host_text")})
+    for (const std::string &part : {cli_text_of(ctx, finding, "code"), file, cli_text_of(ctx, finding, "table"),
+                                    cli_text_of(ctx, finding, "column"), cli_text_of(ctx, finding, "host_text")})
         identity += part + '\x1F';
     return identity;
 }
@@ -47,16 +31,14 @@ static std::multiset<std::string> my_read_baseline(KT_context *ctx, const std::s
         return known;
     const cli_map document(ctx, cli_read_text(path), path);
     KT_varray *list = nullptr;
-    uint32_t count = 0;
     KT_vhash__get__varray(ctx, document, "findings", &list);
-    KT_varray__count(ctx, list, &count);
-    for (uint32_t n = 0; n < count && !KT_context__has_err(ctx); n++) {
-        KT_vhash *finding = nullptr;
-        KT_varray__get__vhash(ctx, list, n, &finding);
-        cli_check(ctx, path);
-        known.insert(my_identity(ctx, finding));
-    }
     cli_check(ctx, path);
+    try {
+        for (const KT_vhash *finding : cli_maps_of(ctx, list))
+            known.insert(my_identity(ctx, finding));
+    } catch (const cli_failure &failure) {
+        throw cli_failure(std::string("not a file of findings: ") + failure.what(), path);
+    }
     return known;
 }
 
@@ -86,14 +68,13 @@ static uint32_t my_mark_expected(const cli_findings &findings, const cli_finding
     KT_context *ctx = findings.ctx;
     std::multiset<std::string> known = my_read_baseline(ctx, options.baseline);
     uint32_t unexpected = 0;
-    for (uint32_t n = 0; n < findings.count; n++) {
-        KT_vhash *finding = my_finding_at(findings, n);
+    for (KT_vhash *finding : cli_maps_of(ctx, findings.list)) {
         const auto place = known.find(my_identity(ctx, finding));
         const auto &allowed = options.allowed;
         if (place != known.end()) {
             known.erase(place);
             cli_add_text(ctx, finding, cli_expected, "baseline");
-        } else if (std::find(allowed.begin(), allowed.end(), my_member(ctx, finding, "code")) != allowed.end()) {
+        } else if (std::find(allowed.begin(), allowed.end(), cli_text_of(ctx, finding, "code")) != allowed.end()) {
             cli_add_text(ctx, finding, cli_expected, "allowed");
         } else {
             unexpected++;
@@ -108,9 +89,8 @@ static std::string my_lines(const cli_findings &findings)
     KT_string *lines = nullptr;
     KT_string__alloc(findings.ctx, &lines);
     cli_check(findings.ctx, "");
-    for (uint32_t n = 0; n < findings.count && !KT_context__has_err(findings.ctx); n++) {
-        const KT_vhash *finding = my_finding_at(findings, n);
-        if (!my_member(findings.ctx, finding, cli_expected).empty())
+    for (const KT_vhash *finding : cli_maps_of(findings.ctx, findings.list)) {
+        if (!cli_text_of(findings.ctx, finding, cli_expected).empty())
             continue;
         tov_host__format_finding(findings.ctx, finding, lines);
         KT_string__append__sz(findings.ctx, lines, "\n");
@@ -124,10 +104,9 @@ static std::string my_lines(const cli_findings &findings)
 static std::string my_summary(const cli_findings &findings, uint32_t unexpected)
 {
     std::map<std::string, uint32_t> counts;
-    for (uint32_t n = 0; n < findings.count; n++) {
-        const KT_vhash *finding = my_finding_at(findings, n);
-        if (my_member(findings.ctx, finding, cli_expected).empty())
-            counts[my_member(findings.ctx, finding, "code")]++;
+    for (const KT_vhash *finding : cli_maps_of(findings.ctx, findings.list)) {
+        if (cli_text_of(findings.ctx, finding, cli_expected).empty())
+            counts[cli_text_of(findings.ctx, finding, "code")]++;
     }
     std::vector<std::vector<std::string>> lines;
     for (const char *severity : {"error", "warning", "note"}) {
@@ -142,12 +121,12 @@ static std::string my_summary(const cli_findings &findings, uint32_t unexpected)
     return text + (lines.empty() ? "\n" : ":\n") + cli_lay_out(lines, "  ");
 }
 
-// {"findings":[{...},...]}; each finding is JSON already.
+// {"findings":[{...},...]}, a line for each.
 static std::string my_json(const cli_findings &findings)
 {
     std::string json = "{\"findings\":[";
-    for (uint32_t n = 0; n < findings.count; n++)
-        json += (n ? ",\n" : "\n") + cli_json_text(findings.ctx, my_finding_at(findings, n));
+    for (const KT_vhash *finding : cli_maps_of(findings.ctx, findings.list))
+        json += (json.back() == '[' ? "\n" : ",\n") + cli_json_text(findings.ctx, finding);
     return json + (findings.count ? "\n]}\n" : "]}\n");
 }
 
@@ -155,7 +134,7 @@ static std::string my_text(const cli_findings &findings, const std::string &form
 {
     if (format == "text")
         return my_lines(findings);
-    return format == "sarif" ? cli_sarif(findings.ctx, findings.list, findings.count, first_source) : my_json(findings);
+    return format == "sarif" ? cli_sarif(findings.ctx, findings.list, first_source) : my_json(findings);
 }
 
 void cli_report_findings(const cli_findings &findings, const cli_findings_options &options,

@@ -37,12 +37,29 @@ std::vector<std::string> cli_take_texts(KT_context *ctx, KT_varray *list)
     return texts;
 }
 
-std::string cli_harmless_of(KT_context *ctx, const KT_vhash *map, const char *key)
+std::vector<KT_vhash *> cli_maps_of(KT_context *ctx, const KT_varray *list)
+{
+    uint32_t count = 0;
+    if (list)
+        KT_varray__count(ctx, list, &count);
+    std::vector<KT_vhash *> maps(count);
+    for (uint32_t n = 0; n < count; n++)
+        KT_varray__get__vhash(ctx, list, n, &maps[n]);
+    cli_check(ctx, "");
+    return maps;
+}
+
+std::string cli_text_of(KT_context *ctx, const KT_vhash *map, const char *key)
 {
     const char *text = nullptr;
     KT_vhash__check__sz(ctx, map, key, &text);
     cli_check(ctx, key);
-    return cli_harmless(text ? text : "");
+    return text ? text : "";
+}
+
+std::string cli_harmless_of(KT_context *ctx, const KT_vhash *map, const char *key)
+{
+    return cli_harmless(cli_text_of(ctx, map, key));
 }
 
 bool cli_flag_of(KT_context *ctx, const KT_vhash *map, const char *key)

@@ -40,7 +40,12 @@ std::string cli_take(KT_context *ctx, KT_string *string);
 // Takes over a list of texts; null is an empty one.
 std::vector<std::string> cli_take_texts(KT_context *ctx, KT_varray *list);
 
-// A member of a map: a string as a line for people has it, "" where it is absent; a flag, false where it is absent.
+// The maps of a list, which they belong to; null is an empty one.
+std::vector<KT_vhash *> cli_maps_of(KT_context *ctx, const KT_varray *list);
+
+// A member of a map: a string as it is, or as a line for people has it, "" where it is absent; a flag, false where it
+// is absent.
+std::string cli_text_of(KT_context *ctx, const KT_vhash *map, const char *key);
 std::string cli_harmless_of(KT_context *ctx, const KT_vhash *map, const char *key);
 bool cli_flag_of(KT_context *ctx, const KT_vhash *map, const char *key);
 

@@ -194,13 +194,8 @@ int cli_finish_load(KT_context *ctx, cli_loader &loader, const std::string &data
 
     load_summary summary;
     summary.total.name = "total";
-    uint32_t count = 0;
-    KT_varray__count(ctx, report, &count);
-    for (uint32_t n = 0; n < count; n++) {
-        KT_vhash *record = nullptr;
-        KT_varray__get__vhash(ctx, report, n, &record);
+    for (const KT_vhash *record : cli_maps_of(ctx, report))
         my_add_record(ctx, record, summary);
-    }
     const bool is_complete = my_account(summary, said);
     if (!quiet)
         my_print(summary);

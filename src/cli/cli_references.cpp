@@ -44,14 +44,6 @@ static const char *my_text(KT_context *ctx, const KT_varray *list, uint32_t n)
     return text;
 }
 
-static std::string my_text_or_empty(KT_context *ctx, const KT_vhash *record, const char *key)
-{
-    const char *text = nullptr;
-    KT_vhash__check__sz(ctx, record, key, &text);
-    cli_check(ctx, key);
-    return text ? text : "";
-}
-
 static std::vector<std::string> my_column_names(KT_context *ctx, tov_schema *schema, const std::string &tbl_id,
                                                 const KT_varray *col_ids)
 {
@@ -85,13 +77,13 @@ std::vector<cli_reference> cli_references_of(KT_context *ctx, tov_schema *schema
     for (uint32_t n = 0; n < my_count(ctx, keys); n++) {
         const KT_vhash *key = my_record(ctx, keys, n);
         cli_reference reference;
-        reference.name = my_text_or_empty(ctx, key, "name");
+        reference.name = cli_text_of(ctx, key, "name");
         reference.from_table = tbl_id;
-        reference.to_table = my_text_or_empty(ctx, key, "ref-tbl");
+        reference.to_table = cli_text_of(ctx, key, "ref-tbl");
         reference.from_columns = my_column_names(ctx, schema, tbl_id, my_list_in(ctx, key, "cols"));
         reference.to_columns = my_column_names(ctx, schema, reference.to_table, my_list_in(ctx, key, "ref-cols"));
-        reference.on_delete = my_text_or_empty(ctx, key, "on-delete");
-        reference.on_update = my_text_or_empty(ctx, key, "on-update");
+        reference.on_delete = cli_text_of(ctx, key, "on-delete");
+        reference.on_update = cli_text_of(ctx, key, "on-update");
         references.push_back(std::move(reference));
     }
     return references;
@@ -123,9 +115,9 @@ std::vector<std::vector<std::string>> cli_column_cycles(KT_context *ctx, tov_sch
         result.emplace_back();
         for (uint32_t i = 0; i < my_count(ctx, cols); i++) {
             const KT_vhash *col = my_record(ctx, cols, i);
-            const std::string tbl_id = my_text_or_empty(ctx, col, "tbl");
+            const std::string tbl_id = cli_text_of(ctx, col, "tbl");
             result.back().push_back(cli_table_name(ctx, schema, tbl_id) + "." +
-                                    my_column_name(ctx, schema, tbl_id, my_text_or_empty(ctx, col, "col")));
+                                    my_column_name(ctx, schema, tbl_id, cli_text_of(ctx, col, "col")));
         }
     }
     return result;

@@ -18,14 +18,6 @@ struct place {
 
 } // namespace
 
-static const char *my_member(KT_context *ctx, const KT_vhash *finding, const char *key)
-{
-    const char *text = nullptr;
-    KT_vhash__check__sz(ctx, finding, key, &text);
-    cli_check(ctx, key);
-    return text;
-}
-
 // Takes ":NUMBER" off the end of a place; 0 when it does not end so.
 static int64_t my_take_number(std::string &text)
 {
@@ -40,11 +32,11 @@ static int64_t my_take_number(std::string &text)
     return number;
 }
 
-static place my_place(const char *text, const std::string &first_source)
+static place my_place(const std::string &text, const std::string &first_source)
 {
     place result;
-    result.file = text ? text : first_source;
-    if (text) {
+    result.file = text.empty() ? first_source : text;
+    if (!text.empty()) {
         result.column = my_take_number(result.file);
         result.line = my_take_number(result.file);
     }
@@ -88,7 +80,7 @@ static void my_add_rules(KT_context *ctx, KT_vhash *driver)
 
 static void my_add_location(KT_context *ctx, KT_vhash *result, const KT_vhash *finding, const std::string &first_source)
 {
-    const place where = my_place(my_member(ctx, finding, "place"), first_source);
+    const place where = my_place(cli_text_of(ctx, finding, "place"), first_source);
     KT_vhash *location = cli_append_map(ctx, cli_add_list(ctx, result, "locations"));
     KT_vhash *physical = my_add_map(ctx, location, "physicalLocation");
     cli_add_text(ctx, my_add_map(ctx, physical, "artifactLocation"), "uri", my_uri(where.file).c_str());
@@ -97,35 +89,33 @@ static void my_add_location(KT_context *ctx, KT_vhash *result, const KT_vhash *f
         cli_add_number(ctx, region, "startLine", where.line);
         cli_add_number(ctx, region, "startColumn", where.column);
     }
-    const char *table = my_member(ctx, finding, "table");
-    const char *column = my_member(ctx, finding, "column");
-    if (!table)
+    const std::string table = cli_text_of(ctx, finding, "table");
+    const std::string column = cli_text_of(ctx, finding, "column");
+    if (table.empty())
         return;
     KT_vhash *logical = cli_append_map(ctx, cli_add_list(ctx, location, "logicalLocations"));
-    const std::string name = std::string(table) + (column ? "." : "") + (column ? column : "");
-    cli_add_text(ctx, logical, "fullyQualifiedName", name.c_str());
-    cli_add_text(ctx, logical, "kind", column ? "member" : "type");
+    cli_add_text(ctx, logical, "fullyQualifiedName", (table + (column.empty() ? "" : "." + column)).c_str());
+    cli_add_text(ctx, logical, "kind", column.empty() ? "type" : "member");
 }
 
 static void my_add_result(KT_context *ctx, KT_varray *results, const KT_vhash *finding, const std::string &first_source)
 {
     KT_vhash *result = cli_append_map(ctx, results);
-    cli_add_text(ctx, result, "ruleId", my_member(ctx, finding, "code"));
-    cli_add_text(ctx, result, "level", my_member(ctx, finding, "severity"));
-    const char *host_text = my_member(ctx, finding, "host_text");
-    const std::string message =
-        std::string(my_member(ctx, finding, "reason")) + (host_text ? std::string(": ") + host_text : "");
+    cli_add_text(ctx, result, "ruleId", cli_text_of(ctx, finding, "code").c_str());
+    cli_add_text(ctx, result, "level", cli_text_of(ctx, finding, "severity").c_str());
+    const std::string host_text = cli_text_of(ctx, finding, "host_text");
+    const std::string message = cli_text_of(ctx, finding, "reason") + (host_text.empty() ? "" : ": " + host_text);
     cli_add_text(ctx, my_add_map(ctx, result, "message"), "text", message.c_str());
     my_add_location(ctx, result, finding, first_source);
-    const char *expected = my_member(ctx, finding, cli_expected);
-    if (!expected)
+    const std::string expected = cli_text_of(ctx, finding, cli_expected);
+    if (expected.empty())
         return;
     KT_vhash *suppression = cli_append_map(ctx, cli_add_list(ctx, result, "suppressions"));
     cli_add_text(ctx, suppression, "kind", "external");
-    cli_add_text(ctx, suppression, "justification", expected);
+    cli_add_text(ctx, suppression, "justification", expected.c_str());
 }
 
-std::string cli_sarif(KT_context *ctx, const KT_varray *findings, uint32_t count, const std::string &first_source)
+std::string cli_sarif(KT_context *ctx, const KT_varray *findings, const std::string &first_source)
 {
     const cli_map log(ctx);
     cli_add_text(ctx, log, "$schema", "https://json.schemastore.org/sarif-2.1.0.json");
@@ -137,11 +127,7 @@ std::string cli_sarif(KT_context *ctx, const KT_varray *findings, uint32_t count
     my_add_rules(ctx, driver);
     cli_add_text(ctx, run, "columnKind", "unicodeCodePoints");
     KT_varray *results = cli_add_list(ctx, run, "results");
-    for (uint32_t n = 0; n < count; n++) {
-        KT_vhash *finding = nullptr;
-        KT_varray__get__vhash(ctx, findings, n, &finding);
-        cli_check(ctx, "");
+    for (const KT_vhash *finding : cli_maps_of(ctx, findings))
         my_add_result(ctx, results, finding, first_source);
-    }
     return cli_json_text(ctx, log) + "\n";
 }

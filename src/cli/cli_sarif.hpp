@@ -7,4 +7,4 @@
 inline constexpr const char *cli_expected = "expected";
 
 // The first source is where findings are that name no file.
-std::string cli_sarif(KT_context *ctx, const KT_varray *findings, uint32_t count, const std::string &first_source);
+std::string cli_sarif(KT_context *ctx, const KT_varray *findings, const std::string &first_source);

@@ -27,15 +27,9 @@ constexpr size_t most_shown = 40;
 static std::vector<KT_vhash *> my_maps(KT_context *ctx, const KT_vhash *record, const char *key)
 {
     KT_varray *list = nullptr;
-    uint32_t count = 0;
     KT_vhash__check__varray(ctx, record, key, &list);
-    if (list)
-        KT_varray__count(ctx, list, &count);
-    std::vector<KT_vhash *> maps(count);
-    for (uint32_t n = 0; n < count; n++)
-        KT_varray__get__vhash(ctx, list, n, &maps[n]);
     cli_check(ctx, key);
-    return maps;
+    return cli_maps_of(ctx, list);
 }
 
 static std::string my_cut(const std::string &text)

@@ -2,6 +2,7 @@
 
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
+#include "cli_json.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
 #include "tov_client.h"
@@ -35,15 +36,11 @@ static std::string my_line(const char *file, const char *tbl, int64_t rows)
 static void my_print_report(KT_context *ctx, KT_varray *report)
 {
     std::string text;
-    uint32_t count = 0;
-    KT_varray__count(ctx, report, &count);
-    for (uint32_t n = 0; n < count; n++) {
-        KT_vhash *record = nullptr;
+    for (const KT_vhash *record : cli_maps_of(ctx, report)) {
         const char *file = nullptr;
         const char *tbl = nullptr;
         int64_t rows = 0;
         int64_t unreadable = 0;
-        KT_varray__get__vhash(ctx, report, n, &record);
         KT_vhash__get__sz(ctx, record, "file", &file);
         KT_vhash__get__sz(ctx, record, "table", &tbl);
         KT_vhash__get__int64(ctx, record, "rows", &rows);
