@@ -42,6 +42,15 @@ static void my_choose_trigger_prefix(KT_context *ctx, client_plan &plan) noexcep
     });
 }
 
+static void my_find_versions(KT_context *ctx, tov_schema *schema, client_plan &plan) noexcept
+{
+    for (client_tbl &tbl : plan.tbls) {
+        client_row_tbl row_tbl;
+        KT_TRY(client_read_row_tbl(ctx, schema, tbl.id, row_tbl));
+        KT_TRY(kt_contain(ctx, [&] { tbl.versioned = client_find_version(row_tbl); }));
+    }
+}
+
 void client_make_plan(KT_context *ctx, tov_schema *schema, client_plan &plan) noexcept
 {
     KT_TRY(tov_client__check_texts(ctx, schema));
@@ -49,6 +58,7 @@ void client_make_plan(KT_context *ctx, tov_schema *schema, client_plan &plan) no
     KT_TRY(my_choose_trigger_prefix(ctx, plan));
     KT_TRY(client_add_delete_actions(ctx, schema, plan));
     KT_TRY(client_add_indexes(ctx, schema, plan));
+    KT_TRY(my_find_versions(ctx, schema, plan));
     if (plan.with_views)
         KT_TRY(client_check_views(ctx, plan));
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kt_owned.hpp"
+#include "rules/client_rowversion.hpp"
 #include "tov_client.h"
 
 #include <string>
@@ -22,6 +23,7 @@ struct client_tbl {
     std::string cascades;              // statements that delete the rows that refer to a deleted one
     std::string resets;                // statements that make such rows refer to nothing, or to their default
     std::vector<client_index> indexes; // in the order of their creation, after the table
+    client_versioned versioned;        // the column that the database fills in, under the server's rules
 };
 
 struct client_plan {

@@ -7,11 +7,15 @@
 #include "rows/table/client_row_tbl.hpp"
 #include "rules/client_rules.hpp"
 
+#include <algorithm>
+#include <cstring>
+
 #define KT_HERE "src/client/create/client_statements"
 
 // After the tables with their indexes.
-static constexpr client_kind kinds_on_tbls[] = {client_kind::insert_trigger, client_kind::update_trigger,
-                                                client_kind::delete_trigger, client_kind::view};
+static constexpr client_kind kinds_on_tbls[] = {client_kind::insert_trigger,      client_kind::update_trigger,
+                                                client_kind::delete_trigger,      client_kind::version_trigger,
+                                                client_kind::new_version_trigger, client_kind::view};
 
 namespace {
 using id_getter = void (*)(KT_context *, tov_schema *, const char *tbl_id, uint32_t n, const char **id) noexcept;
@@ -33,8 +37,10 @@ static constexpr constraint_kind constraint_kinds[] = {
     {tov_schema__count_checks, tov_schema__get_nth_check_id, tov_schema__get_check_defin},
 };
 
-static void my_append_cols(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_string *sql) noexcept
+static void my_append_cols(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, bool with_rules,
+                           KT_string *sql) noexcept
 {
+    const char *tbl_id = tbl.id;
     uint32_t count = 0;
     KT_TRY(tov_schema__count_cols(ctx, schema, tbl_id, &count));
     for (uint32_t n = 0; n < count; n++) {
@@ -44,6 +50,10 @@ static void my_append_cols(KT_context *ctx, tov_schema *schema, const char *tbl_
         KT_TRY(tov_schema__get_col_defin(ctx, schema, tbl_id, col_id, nullptr, &defin));
         KT_TRY(KT_string__append__sz(ctx, sql, n ? ",\n    " : "\n    "));
         KT_TRY(KT_string__append__sz(ctx, sql, defin));
+        // So that a row may come without a version; a definition begins with the column's name in quotes.
+        const std::string &version = tbl.versioned.col;
+        if (with_rules && !version.empty() && std::strncmp(defin, version.c_str(), version.size()) == 0)
+            KT_TRY(KT_string__append__format(ctx, sql, " DEFAULT %s", client_no_version));
     }
 }
 
@@ -104,7 +114,7 @@ static void my_write_tbl(KT_context *ctx, tov_schema *schema, const client_plan 
                          KT_string *sql) noexcept
 {
     KT_TRY(KT_string__append__format(ctx, sql, "CREATE TABLE \"%s\" (", tbl.name));
-    KT_TRY(my_append_cols(ctx, schema, tbl.id, sql));
+    KT_TRY(my_append_cols(ctx, schema, tbl, plan.with_rules, sql));
     KT_TRY(my_append_pk(ctx, schema, tbl.id, sql));
     for (const constraint_kind &kind : constraint_kinds)
         KT_TRY(my_append_constraints(ctx, schema, tbl.id, kind, sql));
@@ -166,9 +176,18 @@ static const char *my_event(client_kind kind) noexcept
         return "BEFORE INSERT";
     case client_kind::update_trigger:
         return "BEFORE UPDATE";
+    case client_kind::version_trigger:
+        return "AFTER INSERT";
+    case client_kind::new_version_trigger:
+        return "AFTER UPDATE";
     default:
         return "AFTER DELETE";
     }
+}
+
+static std::string my_counter_name(const client_plan &plan)
+{
+    return plan.trigger_prefix + "rowversion";
 }
 
 static void my_write_trigger(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_kind kind,
@@ -179,6 +198,12 @@ static void my_write_trigger(KT_context *ctx, tov_schema *schema, const client_p
     if (kind == client_kind::delete_trigger) {
         KT_TRY(KT_string__append__sz(ctx, sql, tbl.cascades.c_str()));
         KT_TRY(KT_string__append__sz(ctx, sql, tbl.resets.c_str()));
+    } else if (kind == client_kind::version_trigger || kind == client_kind::new_version_trigger) {
+        KT_TRY(kt_contain(ctx, [&] {
+            const std::string body = client_version_body(tbl.versioned, tbl.name, my_counter_name(plan),
+                                                         kind == client_kind::version_trigger);
+            KT_TRY(KT_string__append__sz(ctx, sql, body.c_str()));
+        }));
     } else {
         KT_TRY(my_append_validation(ctx, schema, tbl.id, plan.with_rules, sql));
     }
@@ -189,13 +214,16 @@ static bool my_is_needed(const client_plan &plan, client_kind kind, const client
 {
     if (kind == client_kind::view)
         return plan.with_views;
+    if (kind == client_kind::version_trigger || kind == client_kind::new_version_trigger)
+        return plan.with_rules && !tbl.versioned.col.empty();
     return kind != client_kind::delete_trigger || !tbl.cascades.empty() || !tbl.resets.empty();
 }
 
 static void my_append_name(KT_context *ctx, const client_plan &plan, client_kind kind, const client_tbl &tbl,
                            KT_string *name) noexcept
 {
-    static constexpr const char *words[] = {"", "", "insert_", "update_", "delete_", client_view_prefix};
+    static constexpr const char *words[] = {"",        "",         "insert_",     "update_",
+                                            "delete_", "version_", "newversion_", client_view_prefix};
     const bool trigger = kind != client_kind::tbl && kind != client_kind::view;
     const char *prefix = trigger ? plan.trigger_prefix.c_str() : "";
     KT_TRY(KT_string__append__format(ctx, name, "%s%s%s", prefix, words[static_cast<int>(kind)], tbl.name));
@@ -232,10 +260,27 @@ static void my_hand_out_tbl(KT_context *ctx, tov_schema *schema, const client_pl
     });
 }
 
+static bool my_needs_counter(const client_plan &plan) noexcept
+{
+    return std::any_of(plan.tbls.begin(), plan.tbls.end(),
+                       [&](const client_tbl &tbl) { return my_is_needed(plan, client_kind::version_trigger, tbl); });
+}
+
+static void my_hand_out_counter(KT_context *ctx, const client_plan &plan, client_sink sink, void *data) noexcept
+{
+    kt_contain(ctx, [&] {
+        const std::string name = my_counter_name(plan);
+        const std::string sql = client_version_counter(name);
+        KT_TRY(sink(ctx, data, {client_kind::counter, name.c_str(), name.c_str(), sql.c_str()}));
+    });
+}
+
 static void my_each(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink, void *data) noexcept
 {
     for (const client_tbl &tbl : plan.tbls)
         KT_TRY(my_hand_out_tbl(ctx, schema, plan, tbl, sink, data));
+    if (my_needs_counter(plan))
+        KT_TRY(my_hand_out_counter(ctx, plan, sink, data));
     for (client_kind kind : kinds_on_tbls) {
         for (const client_tbl &tbl : plan.tbls) {
             if (my_is_needed(plan, kind, tbl))
@@ -246,7 +291,7 @@ static void my_each(KT_context *ctx, tov_schema *schema, const client_plan &plan
 
 uint32_t client_count_statements(const client_plan &plan) noexcept
 {
-    auto count = static_cast<uint32_t>(plan.tbls.size());
+    auto count = static_cast<uint32_t>(plan.tbls.size()) + (my_needs_counter(plan) ? 1 : 0);
     for (const client_tbl &tbl : plan.tbls) {
         count += static_cast<uint32_t>(tbl.indexes.size());
         for (client_kind kind : kinds_on_tbls)

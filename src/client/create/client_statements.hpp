@@ -3,7 +3,17 @@
 
 #include "create/client_plan.hpp"
 
-enum class client_kind { tbl, index, insert_trigger, update_trigger, delete_trigger, view };
+enum class client_kind {
+    tbl,
+    index,
+    insert_trigger,
+    update_trigger,
+    delete_trigger,
+    version_trigger,     // after an insert: gives the row its version
+    new_version_trigger, // after an update
+    view,
+    counter, // the table of the last version
+};
 
 // A statement, without a ";" after it. Texts are borrowed until the sink returns.
 struct client_statement {

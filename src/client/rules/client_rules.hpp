@@ -19,8 +19,8 @@ struct client_rule {
 // the column, or NULL, and has passed the schema's own checks.
 std::vector<client_rule> client_rules_of(const client_server_type &type, const std::string &value);
 
-// The limits of an integer primary key, "LOW AND HIGH", and what is said of values beyond them. The range is empty where
-// the type has all integers that SQLite has.
+// The limits of an integer primary key, "LOW AND HIGH", and what is said of values beyond them. The range is empty
+// where the type has all integers that SQLite has.
 struct client_rowid_limits {
     std::string range;
     std::string message;

@@ -40,7 +40,7 @@ inline constexpr tov_host_finding_kind host_finding_kinds[] = {
     {"column-generated", host_warning, "A column that the server writes is left out"},
     {"column-hidden", host_warning, "A hidden column is left out"},
     {"type-unsupported", host_error, "A column is left out, since nothing can hold its type"},
-    {"rowversion-as-bytes", host_warning, "A rowversion is kept as bytes that SQLite does not change"},
+    {"rowversion-as-bytes", host_warning, "A rowversion is kept as bytes, which the database numbers without the server"},
     {"type-as-text", host_warning, "A moment with an offset is kept as a text"},
     {"type-as-bytes", host_note, "A type of a program library is kept as its bytes"},
     {"decimal-too-wide", host_warning, "A decimal is kept as a 64-bit integer, which cannot hold all its values"},

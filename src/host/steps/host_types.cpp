@@ -238,7 +238,7 @@ static void my_add_blob(KT_context *ctx, host_import &import, const host_table &
                                          my_width(col, type.width)));
     if (type.is_row_version && col.prepared)
         KT_TRY(import.findings.add(ctx, "rowversion-as-bytes", &table, &col, host_type_name(col),
-                                   "kept as 8 bytes that SQLite does not fill in" + host_must_give_value(col)));
+                                   "kept as 8 bytes, which a database with the server's rules numbers itself"));
     if (&type == &clr_type && col.prepared)
         KT_TRY(import.findings.add(ctx, "type-as-bytes", &table, &col, host_type_name(col),
                                    "kept as the bytes that the server stores: their meaning is not known here"));

@@ -185,10 +185,11 @@ TEST_F(HostTypesTest, WidthsThatAreNotExactAreReported)
          "decimal-too-wide: dbo.T.C: kept as a scaled 64-bit integer: values beyond 0.009223372036854775807 are "
          "refused: decimal(38,21)"},
         {"timestamp", R"("max_length":8)",
-         "rowversion-as-bytes: dbo.T.C: kept as 8 bytes that SQLite does not fill in; the column is NOT NULL, so "
-         "inserts must give a value: timestamp"},
+         "rowversion-as-bytes: dbo.T.C: kept as 8 bytes, which a database with the server's rules numbers itself: "
+         "timestamp"},
         {"timestamp", R"("max_length":8,"is_nullable":true)",
-         "rowversion-as-bytes: dbo.T.C: kept as 8 bytes that SQLite does not fill in: timestamp"},
+         "rowversion-as-bytes: dbo.T.C: kept as 8 bytes, which a database with the server's rules numbers itself: "
+         "timestamp"},
         {"varchar", R"("max_length":20,"collation":"Latin1_General_100_CI_AS_SC_UTF8","code_page":65001)",
          "width-in-bytes: dbo.T.C: kept with its width in characters: the server counts bytes of code page 65001, so "
          "fewer characters may fit there: varchar(20)"},

@@ -193,6 +193,8 @@ void client_loader__commit(KT_context *ctx, tov_client_loader &loader, client_lo
             KT_TRY(client_progress__save(ctx, loader.database, loader.prefix, part.progress));
         }
     }
+    for (auto &[id, target] : loader.targets)
+        KT_TRY(client_target__note_version(ctx, loader.database, target));
     loader.in_batch = 0;
     if (loader.settings.all_or_nothing)
         return;

@@ -16,8 +16,17 @@ struct trigger_texts {
     std::string insert; // with the server's rules
     std::string basic;  // and without
     std::vector<std::string> others;
+    std::string counter; // the table of the last rowversion
 };
 } // namespace
+
+static uint64_t my_version_number(std::string_view bytes) noexcept
+{
+    uint64_t number = 0;
+    for (const char byte : bytes)
+        number = number << 8 | static_cast<unsigned char>(byte);
+    return number;
+}
 
 static void my_note_text(KT_context *ctx, void *data, const client_statement &statement) noexcept
 {
@@ -25,6 +34,8 @@ static void my_note_text(KT_context *ctx, void *data, const client_statement &st
     kt_contain(ctx, [&] {
         if (statement.kind == client_kind::insert_trigger)
             (texts.insert.empty() ? texts.insert : texts.basic) = statement.sql;
+        else if (statement.kind == client_kind::counter)
+            texts.counter = statement.name;
         else if (statement.kind != client_kind::tbl)
             texts.others.emplace_back(statement.sql);
     });
@@ -63,7 +74,25 @@ void client_target__look_at_triggers(KT_context *ctx, client_connection &databas
             target.with_rules |= text == texts.insert;
             KT_TRY(client_connection__step(ctx, database, handle, has));
         }
+        if (target.with_rules)
+            target.counter = texts.counter;
     });
+}
+
+void client_target__note_version(KT_context *ctx, client_connection &database, client_target &target)
+{
+    if (target.counter.empty() || target.last_version.empty())
+        return;
+    const KT_sqlite_functions *functions = database.functions;
+    kt_owned_statement handle{functions};
+    bool has = false;
+    KT_TRY(client_connection__prepare(
+        ctx, database, "UPDATE " + client_quoted(target.counter) + " SET last = ?1, stored = ?2 WHERE ?2 > stored",
+        handle));
+    functions->bind_int64(handle, 1, static_cast<int64_t>(my_version_number(target.last_version)));
+    functions->bind_blob(handle, 2, target.last_version.data(), static_cast<int>(target.last_version.size()));
+    KT_TRY(client_connection__step(ctx, database, handle, has));
+    target.last_version.clear();
 }
 
 static std::string my_insert_text(const client_row_tbl &tbl, const std::vector<size_t> &cols)
@@ -144,6 +173,21 @@ static int my_bind(const client_connection &database, sqlite3_stmt *statement, i
     return database.functions->bind_null(statement, index);
 }
 
+// The database's last version may be another table's.
+static void my_follow_counter(KT_context *ctx, client_connection &database, client_target &target)
+{
+    int64_t last = 0;
+    if (!target.counter.empty())
+        KT_TRY(client_connection__ask(ctx, database, "SELECT last FROM " + client_quoted(target.counter), last));
+    target.next_version = std::max(target.next_version, last + 1);
+}
+
+static void my_note_version(client_target &target, std::string_view bytes)
+{
+    if (!target.counter.empty() && bytes > target.last_version)
+        target.last_version = bytes;
+}
+
 // A rowversion that rows come without: the next after those that are there.
 static void my_bind_version(KT_context *ctx, client_connection &database, client_target &target, size_t col,
                             sqlite3_stmt *statement, int index)
@@ -159,17 +203,15 @@ static void my_bind_version(KT_context *ctx, client_connection &database, client
         const int size = database.functions->column_bytes(handle, 0);
         const void *bytes = database.functions->column_blob(handle, 0);
         target.next_version = first_version;
-        if (has && size == 8) {
-            uint64_t number = 0;
-            for (int n = 0; n < size; n++)
-                number = number << 8 | static_cast<const unsigned char *>(bytes)[n];
-            target.next_version = static_cast<int64_t>(number + 1);
-        }
+        if (has && size == 8)
+            target.next_version = static_cast<int64_t>(my_version_number({static_cast<const char *>(bytes), 8}) + 1);
+        KT_TRY(my_follow_counter(ctx, database, target));
     }
     char bytes[8];
     for (int n = 0; n < 8; n++)
         bytes[n] = static_cast<char>(target.next_version >> (56 - 8 * n) & 0xFF);
     target.next_version++;
+    my_note_version(target, {bytes, 8});
     database.functions->bind_blob(statement, index, bytes, 8);
 }
 
@@ -210,6 +252,13 @@ static void my_insert(KT_context *ctx, client_connection &database, sqlite3_stmt
         KT_FAIL(KT_ERR_SQLITE(code), "%s", verdict.message.c_str());
 }
 
+// NULL in a rowversion is one that the database makes, where it does.
+static bool my_is_made(const client_target &target, size_t col, const client_field &field) noexcept
+{
+    return field.form == client_form::null && !target.counter.empty() && target.tbl.cols[col].type.nullable &&
+           target.tbl.cols[col].type.base == client_base::rowversion;
+}
+
 // Converts and binds the row's fields; the verdict names the first that does not go.
 static void my_bind_all(KT_context *ctx, client_connection &database, client_converter &converter,
                         client_target &target, client_layout &layout, const client_row &row, client_verdict &verdict)
@@ -219,7 +268,7 @@ static void my_bind_all(KT_context *ctx, client_connection &database, client_con
         const size_t col = layout.params[n];
         const auto index = static_cast<int>(n + 1);
         const size_t field = layout.places[n];
-        if (field == client_no_field) {
+        if (field == client_no_field || my_is_made(target, col, row.fields[field])) {
             KT_TRY(my_bind_version(ctx, database, target, col, statement, index));
             continue;
         }
@@ -234,6 +283,8 @@ static void my_bind_all(KT_context *ctx, client_connection &database, client_con
             verdict.field = field;
             return;
         }
+        if (target.tbl.cols[col].type.base == client_base::rowversion)
+            my_note_version(target, value.bytes);
         if (value.shortened)
             verdict.shortened.push_back(col);
     }

@@ -26,6 +26,8 @@ struct client_target {
     client_row_tbl tbl;
     bool with_triggers = true; // whether the checks of the triggers have to run
     bool with_rules = false;   // whether they hold the server's rules, which say more of code pages
+    std::string counter;       // the table of the database's last rowversion, if it keeps one for this table
+    std::string last_version;  // the greatest that rows came with since it was told
     int64_t next_version = 0;  // of a rowversion that rows come without; 0 while it is not known
     std::map<std::vector<size_t>, client_layout> layouts; // by cols
 };
@@ -43,6 +45,9 @@ struct client_verdict {
 // check is the only trigger for insertions, word for word. Sets with_triggers and with_rules.
 void client_target__look_at_triggers(KT_context *ctx, client_connection &database, tov_schema *schema,
                                      client_target &target) noexcept;
+
+// Tells the table of the last rowversion of those that were put in.
+void client_target__note_version(KT_context *ctx, client_connection &database, client_target &target);
 
 // The layout for rows whose n-th field belongs to the column cols[n] of the table, or to none that is stored. Borrowed
 // from the target.
