@@ -57,8 +57,7 @@ std::string client_version_body(const client_versioned &versioned, const std::st
                                 bool is_insert)
 {
     const std::string given = "NEW." + versioned.col;
-    const std::string lacks = "(" + given + " IS NULL OR " + given +
-                              (is_insert ? std::string(" = ") + client_no_version : " IS OLD." + versioned.col) + ")";
+    const std::string lacks = given + (is_insert ? std::string(" = ") + client_no_version : " IS OLD." + versioned.col);
     const std::string update = "UPDATE " + client_quoted(counter) + " SET last = ";
     return update + "last+1, stored = " + my_bytes_of("last+1") + "\nWHERE " + lacks + ";\nUPDATE " +
            client_quoted(tbl) + " SET " + versioned.col + " = (SELECT stored FROM " + client_quoted(counter) +

@@ -34,10 +34,17 @@ class ClientRowversion : public LoadTest {
 TEST_F(ClientRowversion, IsGivenToRowsThatComeWithoutOne)
 {
     EXPECT_EQ(run(connection, "INSERT INTO T(rowid) VALUES(1),(2)"), "");
-    EXPECT_EQ(run(connection, "INSERT INTO tov_U VALUES(3, NULL); INSERT INTO tov_U(k) VALUES(4)"), "");
+    EXPECT_EQ(run(connection, "INSERT INTO tov_U(k) VALUES(3); INSERT INTO tov_U(k) VALUES(4)"), "");
     EXPECT_EQ(versions("T"), "00000000000007D1 00000000000007D2");
     EXPECT_EQ(versions("tov_U"), "00000000000007D3 00000000000007D4");
     EXPECT_EQ(rows(connection, "SELECT DISTINCT typeof(V) FROM T"), "blob");
+}
+
+TEST_F(ClientRowversion, StaysNullWhereThatIsGiven)
+{
+    EXPECT_EQ(run(connection, "INSERT INTO tov_U VALUES(3, NULL)"), "");
+    EXPECT_EQ(versions("tov_U"), "");
+    EXPECT_NE(run(connection, "INSERT INTO T(V) VALUES(NULL)"), "");
 }
 
 TEST_F(ClientRowversion, ChangesWithTheRow)

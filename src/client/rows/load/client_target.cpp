@@ -252,13 +252,6 @@ static void my_insert(KT_context *ctx, client_connection &database, sqlite3_stmt
         KT_FAIL(KT_ERR_SQLITE(code), "%s", verdict.message.c_str());
 }
 
-// NULL in a rowversion is one that the database makes, where it does.
-static bool my_is_made(const client_target &target, size_t col, const client_field &field) noexcept
-{
-    return field.form == client_form::null && !target.counter.empty() && target.tbl.cols[col].type.nullable &&
-           target.tbl.cols[col].type.base == client_base::rowversion;
-}
-
 // Converts and binds the row's fields; the verdict names the first that does not go.
 static void my_bind_all(KT_context *ctx, client_connection &database, client_converter &converter,
                         client_target &target, client_layout &layout, const client_row &row, client_verdict &verdict)
@@ -268,7 +261,7 @@ static void my_bind_all(KT_context *ctx, client_connection &database, client_con
         const size_t col = layout.params[n];
         const auto index = static_cast<int>(n + 1);
         const size_t field = layout.places[n];
-        if (field == client_no_field || my_is_made(target, col, row.fields[field])) {
+        if (field == client_no_field) {
             KT_TRY(my_bind_version(ctx, database, target, col, statement, index));
             continue;
         }
