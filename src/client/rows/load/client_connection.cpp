@@ -17,11 +17,9 @@ static std::string my_path(const char *file_name)
     return file_name[0] == '/' ? file_name : std::string("./") + file_name;
 }
 
-void client_connection__open(KT_context *ctx, client_connection &database, const char *file_name,
-                             bool read_only) noexcept
+void client_connection__open(KT_context *ctx, client_connection &database, const char *file_name, bool read_only)
 {
-    std::string path;
-    KT_TRY(kt_contain(ctx, [&] { path = my_path(file_name); }));
+    const std::string path = my_path(file_name);
     // One thread at a time uses the connection, so SQLite need not lock it.
     const int flags = (read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE) | SQLITE_OPEN_NOMUTEX;
     const int code = database.functions->open(path.c_str(), database.connection.out(), flags);
@@ -33,11 +31,15 @@ void client_connection__open(KT_context *ctx, client_connection &database, const
         KT_TRY(client_connection__run(ctx, database, setting));
 }
 
-void client_connection__run(KT_context *ctx, client_connection &database, const std::string &sql) noexcept
+void client_connection__check(KT_context *ctx, client_connection &database, int code) noexcept
 {
-    const int code = database.functions->exec(database.connection, sql.c_str());
     if (code != SQLITE_OK)
         CLIENT_FAIL_AT(database, code);
+}
+
+void client_connection__run(KT_context *ctx, client_connection &database, const std::string &sql) noexcept
+{
+    KT_TRY(client_connection__check(ctx, database, database.functions->exec(database.connection, sql.c_str())));
 }
 
 void client_connection__prepare(KT_context *ctx, client_connection &database, const std::string &sql,
@@ -45,8 +47,21 @@ void client_connection__prepare(KT_context *ctx, client_connection &database, co
 {
     statement.close();
     const int code = database.functions->prepare(database.connection, sql.c_str(), statement.out());
-    if (code != SQLITE_OK)
-        CLIENT_FAIL_AT(database, code);
+    KT_TRY(client_connection__check(ctx, database, code));
+}
+
+void client_connection__bind_int64(KT_context *ctx, client_connection &database, sqlite3_stmt *statement, int index,
+                                   int64_t number) noexcept
+{
+    KT_TRY(client_connection__check(ctx, database, database.functions->bind_int64(statement, index, number)));
+}
+
+void client_connection__bind_text(KT_context *ctx, client_connection &database, sqlite3_stmt *statement, int index,
+                                  std::string_view text) noexcept
+{
+    const char *bytes = text.data() ? text.data() : "";
+    const int code = database.functions->bind_text(statement, index, bytes, static_cast<int>(text.size()));
+    KT_TRY(client_connection__check(ctx, database, code));
 }
 
 void client_connection__step(KT_context *ctx, client_connection &database, sqlite3_stmt *statement, bool &has) noexcept
@@ -68,11 +83,12 @@ void client_connection__ask(KT_context *ctx, client_connection &database, const 
 }
 
 // Statements that were compiled before are compiled anew when this changes.
-void client_connection__run_triggers(client_connection &database, bool on) noexcept
+void client_connection__run_triggers(KT_context *ctx, client_connection &database, bool on) noexcept
 {
     if (database.runs_triggers == on)
         return;
-    database.functions->configure(database.connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, on ? 1 : 0);
+    const int code = database.functions->configure(database.connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, on ? 1 : 0);
+    KT_TRY(client_connection__check(ctx, database, code));
     database.runs_triggers = on;
 }
 

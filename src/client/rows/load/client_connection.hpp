@@ -16,8 +16,7 @@ struct client_connection {
 
 // Opens a database that is there, for reading alone or for loading: references are not looked at row by row, because
 // rows may come before those that they refer to.
-void client_connection__open(KT_context *ctx, client_connection &database, const char *file_name,
-                             bool read_only) noexcept;
+void client_connection__open(KT_context *ctx, client_connection &database, const char *file_name, bool read_only);
 void client_connection__run(KT_context *ctx, client_connection &database, const std::string &sql) noexcept;
 void client_connection__prepare(KT_context *ctx, client_connection &database, const std::string &sql,
                                 kt_owned_statement &statement) noexcept;
@@ -27,8 +26,15 @@ void client_connection__ask(KT_context *ctx, client_connection &database, const 
 // Steps a statement whose failure is nothing to go on after; has says whether there is a row.
 void client_connection__step(KT_context *ctx, client_connection &database, sqlite3_stmt *statement, bool &has) noexcept;
 
+// Fails when a code of SQLite's is one of a failure.
+void client_connection__check(KT_context *ctx, client_connection &database, int code) noexcept;
+void client_connection__bind_int64(KT_context *ctx, client_connection &database, sqlite3_stmt *statement, int index,
+                                   int64_t number) noexcept;
+void client_connection__bind_text(KT_context *ctx, client_connection &database, sqlite3_stmt *statement, int index,
+                                  std::string_view text) noexcept;
+
 // Whether triggers run from now on.
-void client_connection__run_triggers(client_connection &database, bool on) noexcept;
+void client_connection__run_triggers(KT_context *ctx, client_connection &database, bool on) noexcept;
 
 // The text of a column of the present row, with its length.
 std::string_view client_column_text(const client_connection &database, sqlite3_stmt *statement, int column) noexcept;

@@ -92,6 +92,7 @@ static void my_report_job(KT_context *ctx, const tov_client_loader &loader, cons
 void tov_client__finish_load(KT_context *ctx, tov_client_loader *loader, KT_varray **report,
                              KT_varray **remarks) noexcept
 {
+    KT_RETURN_IF_FAILED;
     kt_contain(ctx, [&] {
         kt_owned_varray files{ctx};
         kt_owned_varray texts{ctx};

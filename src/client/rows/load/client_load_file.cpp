@@ -183,6 +183,7 @@ void client_loader__roll_back(KT_context *ctx, tov_client_loader &loader)
 
 void tov_client__load_file(KT_context *ctx, tov_client_loader *loader, const char *path) noexcept
 {
+    KT_RETURN_IF_FAILED;
     kt_contain(ctx, [&] {
         const auto start = std::chrono::steady_clock::now();
         client_load_job &job = loader->jobs.emplace_back();
@@ -198,6 +199,7 @@ void tov_client__load_file(KT_context *ctx, tov_client_loader *loader, const cha
 void tov_client__load_parts(KT_context *ctx, tov_client_loader *loader, const char *name, tov_client_read_parts read,
                             void *data) noexcept
 {
+    KT_RETURN_IF_FAILED;
     kt_contain(ctx, [&] {
         client_part_source &source = loader->sources.emplace_back();
         source.name = name;

@@ -50,7 +50,7 @@ void client_row_search::prepare(KT_context *ctx, tov_client_loader &loader)
                                       "SELECT first_row, rows, first_rowid FROM \"" + loader.prefix +
                                           "load_runs\" WHERE load = ?1 ORDER BY first_row",
                                       runs_));
-    database.functions->bind_int64(runs_, 1, part_.progress.id);
+    KT_TRY(client_connection__bind_int64(ctx, database, runs_, 1, part_.progress.id));
     KT_TRY(
         client_connection__prepare(ctx, database, "SELECT parent, fkid FROM temp.tov_orphans WHERE id = ?1", orphan_));
     KT_TRY(client_connection__prepare(
@@ -84,7 +84,8 @@ void client_row_search::describe(KT_context *ctx, tov_client_loader &loader, cli
                                       "SELECT \"from\" FROM pragma_foreign_key_list(" +
                                           my_sql_text(part_.target->tbl.name) + ") WHERE id = ?1 ORDER BY seq",
                                       handle));
-    database.functions->bind_int64(handle, 1, database.functions->column_int64(orphan_, 1));
+    const int64_t fk_id = database.functions->column_int64(orphan_, 1);
+    KT_TRY(client_connection__bind_int64(ctx, loader.database, handle, 1, fk_id));
     KT_TRY(client_connection__step(ctx, loader.database, handle, has));
     while (has) {
         const std::string name(client_column_text(database, handle, 0));
@@ -122,7 +123,7 @@ void client_row_search::refuse(KT_context *ctx, tov_client_loader &loader, clien
     bool has = false;
     verdict.reject = client_reject::no_parent;
     functions->reset(deletion_);
-    functions->bind_int64(deletion_, 1, rowid);
+    KT_TRY(client_connection__bind_int64(ctx, loader.database, deletion_, 1, rowid));
     KT_TRY(client_connection__step(ctx, loader.database, deletion_, has));
     if (functions->changes(loader.database.connection) == 0)
         return; // gone already: refused in an earlier round
@@ -143,7 +144,7 @@ void client_row_search::look_at_row(KT_context *ctx, tov_client_loader &loader, 
     bool has = false;
     const int64_t rowid = rowid_of(loader, row);
     functions->reset(orphan_);
-    functions->bind_int64(orphan_, 1, rowid);
+    KT_TRY(client_connection__bind_int64(ctx, loader.database, orphan_, 1, rowid));
     KT_TRY(client_connection__step(ctx, loader.database, orphan_, has));
     if (has)
         KT_TRY(refuse(ctx, loader, input, row, rowid));
@@ -230,7 +231,7 @@ void client_loader__check_references(KT_context *ctx, tov_client_loader &loader)
         client_connection__run(ctx, loader.database,
                                "CREATE TEMP TABLE IF NOT EXISTS tov_orphans (id INTEGER PRIMARY KEY, parent TEXT, fkid "
                                "INTEGER)"));
-    client_connection__run_triggers(loader.database, false);
+    KT_TRY(client_connection__run_triggers(ctx, loader.database, false));
     int64_t found = 0;
     do {
         found = 0;

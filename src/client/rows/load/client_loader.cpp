@@ -76,6 +76,7 @@ static void my_open(KT_context *ctx, tov_schema *schema, const char *database, c
 void tov_client__open_loader(KT_context *ctx, tov_schema *schema, const char *database,
                              const tov_client_load_options *options, tov_client_loader **result) noexcept
 {
+    KT_RETURN_IF_FAILED;
     kt_contain(ctx, [&] {
         auto loader = std::make_unique<tov_client_loader>();
         KT_TRY(my_open(ctx, schema, database, options ? *options : tov_client_load_options{}, *loader));

@@ -67,11 +67,6 @@ void client_progress__prepare(KT_context *ctx, client_connection &database, cons
                                       "first_rowid INTEGER NOT NULL, PRIMARY KEY (load, first_row)) WITHOUT ROWID"));
 }
 
-static void my_bind_text(const client_connection &database, sqlite3_stmt *statement, int index, const std::string &text)
-{
-    database.functions->bind_text(statement, index, text.c_str(), static_cast<int>(text.size()));
-}
-
 void client_progress__find(KT_context *ctx, client_connection &database, const std::string &prefix,
                            client_progress &progress)
 {
@@ -83,9 +78,9 @@ void client_progress__find(KT_context *ctx, client_connection &database, const s
                                           my_table(prefix, "load_progress") +
                                           " WHERE file = ?1 AND tbl = ?2 AND fingerprint = ?3",
                                       handle));
-    my_bind_text(database, handle, 1, progress.file);
-    my_bind_text(database, handle, 2, progress.tbl);
-    my_bind_text(database, handle, 3, progress.fingerprint);
+    KT_TRY(client_connection__bind_text(ctx, database, handle, 1, progress.file));
+    KT_TRY(client_connection__bind_text(ctx, database, handle, 2, progress.tbl));
+    KT_TRY(client_connection__bind_text(ctx, database, handle, 3, progress.fingerprint));
     KT_TRY(client_connection__step(ctx, database, handle, has));
     if (!has)
         return;
@@ -109,11 +104,11 @@ void client_progress__begin(KT_context *ctx, client_connection &database, const 
                                    "INSERT OR REPLACE INTO " + my_table(prefix, "load_progress") +
                                        " VALUES (NULL, ?1, ?2, ?3, 0, 0, 1, 0, 0, 0, 0, 0, '', ?4, '')"}) {
         KT_TRY(client_connection__prepare(ctx, database, sql, handle));
-        my_bind_text(database, handle, 1, progress.file);
-        my_bind_text(database, handle, 2, progress.tbl);
+        KT_TRY(client_connection__bind_text(ctx, database, handle, 1, progress.file));
+        KT_TRY(client_connection__bind_text(ctx, database, handle, 2, progress.tbl));
         if (database.functions->bind_parameter_count(handle) > 2) {
-            my_bind_text(database, handle, 3, progress.fingerprint);
-            my_bind_text(database, handle, 4, progress.dialect);
+            KT_TRY(client_connection__bind_text(ctx, database, handle, 3, progress.fingerprint));
+            KT_TRY(client_connection__bind_text(ctx, database, handle, 4, progress.dialect));
         }
         KT_TRY(client_connection__step(ctx, database, handle, has));
     }
@@ -135,10 +130,10 @@ void client_progress__save(KT_context *ctx, client_connection &database, const s
     int index = 1;
     for (const int64_t number : {static_cast<int64_t>(progress.state), progress.position, progress.line, progress.read,
                                  progress.loaded, progress.rejected, progress.rows_size, progress.lines_size})
-        database.functions->bind_int64(handle, index++, number);
-    my_bind_text(database, handle, index++, progress.shortened);
-    my_bind_text(database, handle, index++, progress.rejects);
-    database.functions->bind_int64(handle, index, progress.id);
+        KT_TRY(client_connection__bind_int64(ctx, database, handle, index++, number));
+    KT_TRY(client_connection__bind_text(ctx, database, handle, index++, progress.shortened));
+    KT_TRY(client_connection__bind_text(ctx, database, handle, index++, progress.rejects));
+    KT_TRY(client_connection__bind_int64(ctx, database, handle, index, progress.id));
     KT_TRY(client_connection__step(ctx, database, handle, has));
 }
 
@@ -151,7 +146,7 @@ void client_progress__add_run(KT_context *ctx, client_connection &database, cons
         ctx, database, "INSERT INTO " + my_table(prefix, "load_runs") + " VALUES (?1, ?2, ?3, ?4)", handle));
     int index = 1;
     for (const int64_t number : {progress.id, run.first_row, run.count, run.first_rowid})
-        database.functions->bind_int64(handle, index++, number);
+        KT_TRY(client_connection__bind_int64(ctx, database, handle, index++, number));
     KT_TRY(client_connection__step(ctx, database, handle, has));
 }
 
@@ -169,7 +164,7 @@ void client_progress__find_dialect(KT_context *ctx, client_connection &database,
                                       "SELECT dialect FROM " + my_table(prefix, "load_progress") +
                                           " WHERE tbl = ?1 AND dialect <> '' ORDER BY id DESC LIMIT 1",
                                       handle));
-    my_bind_text(database, handle, 1, tbl);
+    KT_TRY(client_connection__bind_text(ctx, database, handle, 1, tbl));
     bool has = false;
     KT_TRY(client_connection__step(ctx, database, handle, has));
     found = has && client_unpack_dialect(client_column_text(database, handle, 0), dialect);
@@ -184,8 +179,8 @@ void client_progress__list_tbls(KT_context *ctx, client_connection &database, co
                                       "SELECT tbl FROM " + my_table(prefix, "load_progress") +
                                           " WHERE file = ?1 AND fingerprint = ?2 AND tbl <> '' ORDER BY id",
                                       handle));
-    my_bind_text(database, handle, 1, progress.file);
-    my_bind_text(database, handle, 2, progress.fingerprint);
+    KT_TRY(client_connection__bind_text(ctx, database, handle, 1, progress.file));
+    KT_TRY(client_connection__bind_text(ctx, database, handle, 2, progress.fingerprint));
     KT_TRY(client_connection__step(ctx, database, handle, has));
     while (has) {
         tbls.emplace_back(client_column_text(database, handle, 0));

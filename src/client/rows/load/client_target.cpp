@@ -63,7 +63,7 @@ void client_target__look_at_triggers(KT_context *ctx, client_connection &databas
         bool has = false;
         KT_TRY(my_list_texts(ctx, schema, target.tbl, texts));
         KT_TRY(client_connection__prepare(ctx, database, sql, handle));
-        database.functions->bind_text(handle, 1, target.tbl.name.c_str(), -1);
+        KT_TRY(client_connection__bind_text(ctx, database, handle, 1, target.tbl.name));
         target.with_triggers = false;
         target.with_rules = false;
         KT_TRY(client_connection__step(ctx, database, handle, has));
@@ -212,7 +212,7 @@ static void my_bind_version(KT_context *ctx, client_connection &database, client
         bytes[n] = static_cast<char>(target.next_version >> (56 - 8 * n) & 0xFF);
     target.next_version++;
     my_note_version(target, {bytes, 8});
-    database.functions->bind_blob(statement, index, bytes, 8);
+    KT_TRY(client_connection__check(ctx, database, database.functions->bind_blob(statement, index, bytes, 8)));
 }
 
 static client_reject my_constraint(int code) noexcept
@@ -269,8 +269,13 @@ static void my_bind_all(KT_context *ctx, client_connection &database, client_con
         converter.room = &layout.rooms[n];
         converter.with_rules = target.with_rules;
         verdict.reject = client_convert(converter, target.tbl.cols[col].type, row.fields[field], value);
-        if (verdict.reject == client_reject::none && my_bind(database, statement, index, value) == SQLITE_TOOBIG)
-            verdict.reject = client_reject::too_long;
+        if (verdict.reject == client_reject::none) {
+            const int code = my_bind(database, statement, index, value);
+            if (code == SQLITE_TOOBIG)
+                verdict.reject = client_reject::too_long;
+            else
+                KT_TRY(client_connection__check(ctx, database, code));
+        }
         if (verdict.reject != client_reject::none) {
             verdict.col = col;
             verdict.field = field;
@@ -306,7 +311,7 @@ void client_target__put(KT_context *ctx, client_connection &database, client_con
         verdict.col = layout->blame;
         return;
     }
-    client_connection__run_triggers(database, target.with_triggers);
+    KT_TRY(client_connection__run_triggers(ctx, database, target.with_triggers));
     my_bind_all(ctx, database, converter, target, *layout, row, verdict);
     converter.room = &converter.scratch;
     if (kt_failed_at(ctx, KT_HERE, __LINE__))
