@@ -69,4 +69,19 @@ TEST_F(CommandColumnsTest, RefusesATableThatIsNotThere)
     EXPECT_EQ(result.err, "tov-schema: there is no table 'Order'; did you mean 'Orders'?\n");
 }
 
+TEST_F(CommandColumnsTest, OfEveryKind)
+{
+    const std::string script = write(
+        "t.sql", "CREATE TABLE T (Id int NOT NULL, Part int NOT NULL, Code nvarchar(60) UNIQUE DEFAULT N'a default "
+                 "that is so löng that a line has no room for it', Twice AS Id * 2, V sql_variant, H hierarchyid, "
+                 "PRIMARY KEY (Id, Part))\nCREATE TABLE U (Id int NOT NULL, Part int NOT NULL, FOREIGN KEY (Id, Part) "
+                 "REFERENCES T)\n");
+    ASSERT_EXIT_CODE(run({"import", script, "-o", path("t.json"), "--quiet"}), 0);
+    const std::string out = run({"columns", path("t.json")}).out;
+    for (const char *part : {"primary key\n", "primary key 2\n", "unique\n", "left out", "-> T.Id\n", "-> T.Part\n",
+                             "löng", "...", "-- ?1: the text; SQLite 3.41 or later\n"})
+        EXPECT_NE(out.find(part), std::string::npos) << part << "\n" << out;
+    EXPECT_EQ(out.find("no room for it"), std::string::npos) << out;
+}
+
 } // namespace

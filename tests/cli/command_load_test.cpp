@@ -198,4 +198,53 @@ TEST_F(CommandLoadTest, ConvertKeepsAFileThatIsThere)
     EXPECT_EXIT_CODE(run({"convert", path("c.json")}), 2);
 }
 
+TEST_F(CommandLoadTest, AFileThatWasLoadedBeforeIsToldOf)
+{
+    const std::string file = write("Customers.dat", "1\tAda\n");
+    EXPECT_EXIT_CODE(run({"load", path("s.json"), path("client.db"), file}), 0);
+    const command_result again = run({"load", path("s.json"), path("client.db"), file});
+    EXPECT_EXIT_CODE(again, 0);
+    EXPECT_EQ(again.err, "tov-schema: note: Customers.dat was loaded before; --again loads it once more\n");
+    EXPECT_EXIT_CODE(run({"load", path("s.json"), path("client.db"), file, "--again"}), 1);
+}
+
+TEST_F(CommandLoadTest, AScriptOfSeveralTablesIsToldOfOnce)
+{
+    const std::string file =
+        write("rows.sql", "INSERT Customers (CustomerId, Name) VALUES (1, 'A')\n"
+                          "INSERT Orders (OrderId, CustomerId, Placed) VALUES (1, 1, '2013-07-01')\n");
+    const command_result result = run({"load", path("s.json"), path("client.db"), file});
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_EQ(result.err, "tov-schema: note: rows.sql was read as insert\n");
+    EXPECT_NE(result.out.find("\nOrders        1       1         0 "), std::string::npos) << result.out;
+}
+
+TEST_F(CommandLoadTest, ValuesThatWereShortenedAreToldOf)
+{
+    const std::string script = write("t.sql", "CREATE TABLE T (Id int NOT NULL PRIMARY KEY, At time(7))\nGO\n"
+                                              "INSERT T VALUES (1, '07:00:00.1235'), (2, '07:00:00.5')\n");
+    const command_result result = run({"convert", script, path("t.db")});
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_NE(result.err.find("note: T, column At: 1 values were shortened to three fraction digits\n"),
+              std::string::npos)
+        << result.err;
+    EXPECT_NE(result.out.find("\nT         2       2         0          1 "), std::string::npos) << result.out;
+    const command_result exact = run({"convert", script, path("e.db"), "--exact", "--all-or-nothing"});
+    EXPECT_EXIT_CODE(exact, 1);
+    EXPECT_NE(exact.err.find("needs-shortening"), std::string::npos) << exact.err;
+    EXPECT_FALSE(exists("e.db"));
+    EXPECT_FALSE(exists("e.db.new"));
+}
+
+TEST_F(CommandLoadTest, ConvertWritesTheFindings)
+{
+    const std::string script = write("t.sql", "CREATE TABLE T (Id int NOT NULL PRIMARY KEY, V sql_variant)\n");
+    const command_result result = run({"convert", script, path("t.db"), "--findings", path("f.json"), "--quiet"});
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_EQ(result.out + result.err, "");
+    EXPECT_NE(read("f.json").find("\"column\":\"V\""), std::string::npos) << read("f.json");
+    EXPECT_EXIT_CODE(run({"convert", script, path("t.db")}), 2); // it is there already
+    EXPECT_EXIT_CODE(run({"convert", script}), 2);
+}
+
 } // namespace

@@ -12,11 +12,10 @@ static bool my_is(const host_tsql_token &token, std::string_view text)
     return token.kind == host_tsql_kind::word && host_same_text(token.text, text);
 }
 
-// UNIQUE, CLUSTERED, XML ... up to INDEX; false for an index that belongs to no table's keys.
-static bool my_read_kind(host_script_reader &reader, host_script_constraint &index)
+// UNIQUE, CLUSTERED, XML ... up to INDEX
+static void my_read_kind(host_script_reader &reader, host_script_constraint &index)
 {
     host_tsql_cursor &cursor = reader.cursor;
-    bool is_full_text = false;
     while (!cursor.token.is(host_word::index) && !cursor.token.is_end()) {
         index.is_unique |= cursor.token.is(host_word::unique);
         index.is_clustered |= cursor.token.is(host_word::clustered);
@@ -26,11 +25,9 @@ static bool my_read_kind(host_script_reader &reader, host_script_constraint &ind
             index.index_kind = "XML";
         else if (cursor.token.is(host_word::spatial))
             index.index_kind = "SPATIAL";
-        is_full_text |= my_is(cursor.token, "FULLTEXT");
         cursor.advance();
     }
     cursor.expect(host_word::index, "INDEX");
-    return !is_full_text;
 }
 
 static void my_replace(host_script_table &table, const char *name)
@@ -73,8 +70,7 @@ void host_read_create_index(host_script_reader &reader, const host_tsql_token &f
     host_script_parts parts;
     host_script_constraint index;
     index.kind = host_script_constraint_kind::index;
-    if (!my_read_kind(reader, index))
-        return host_skip_statement(reader);
+    my_read_kind(reader, index);
     index.name = reader.read_kept_name("the name of an index");
     cursor.expect(host_word::on, "ON");
     const host_script_name name = reader.read_name();

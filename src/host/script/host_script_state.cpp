@@ -128,8 +128,6 @@ host_script_type *host_script_state::find_type(std::string_view schema, std::str
 void host_script_state::rename_type(std::string_view schema, std::string_view name, const char *new_name)
 {
     auto node = types.extract({schema, name});
-    if (node.empty())
-        return;
     node.mapped()->name = new_name;
     node.mapped()->base.user_type = new_name;
     node.key() = {node.mapped()->schema, new_name};

@@ -1,5 +1,6 @@
 // The guide to the columns of a schema.
 #include "declared_types.hpp"
+#include "failing_alloc.hpp"
 #include "load_test.hpp"
 #include "type_document.hpp"
 
@@ -151,6 +152,56 @@ TEST_F(DescribeTest, ItsInsertTakesValuesOfEveryTypeAndViewsShowThem)
                   is_binary ? ::rows(connection, "SELECT " + stored) : member(guide, n, "example"));
     }
     KT_vhash__free(ctx, guide);
+}
+
+TEST_F(DescribeTest, SurvivesFailingAllocations)
+{
+    reset_schema_to(document_of_types(all_declared_types()).c_str());
+    const std::string whole = describe();
+    ASSERT_OK(ctx);
+    for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
+        KT_vhash *guide = nullptr;
+        tov_client__describe_columns(ctx, schema, nullptr, &guide);
+        if (!fault.fired()) {
+            EXPECT_OK(ctx);
+            KT_vhash__free(ctx, guide);
+            break;
+        }
+        EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
+        EXPECT_EQ(guide, nullptr);
+        EXPECT_EQ(fault.leaked(), 0u);
+    }
+    EXPECT_EQ(describe(), whole);
+}
+
+// Facts about the server are what a document says, and a document can say anything.
+TEST_F(DescribeTest, RefusesFactsThatCannotBe)
+{
+    const struct {
+        const char *name;
+        const char *facts;
+        uint64_t code;
+    } cases[] = {
+        {"a length below all", R"("type":"nvarchar","length":-2)", KT_ERR_UNEXPECTED_VALUE},
+        {"a precision", R"("type":"decimal","precision":256)", KT_ERR_UNEXPECTED_VALUE},
+        {"a scale", R"("type":"decimal","scale":39)", KT_ERR_UNEXPECTED_VALUE},
+        {"a scale of a time", R"("type":"time","scale":8)", KT_ERR_UNEXPECTED_VALUE},
+        {"a code page", R"("type":"varchar","code_page":65536)", KT_ERR_UNEXPECTED_VALUE},
+        {"no type", R"("length":4)", KT_ERR_KEY_NOT_FOUND},
+        {"a type of another kind", R"("type":5)", KT_ERR_WRONG_TYPE},
+        {"a flag of another kind", R"("type":"int","nullable":"no")", KT_ERR_WRONG_TYPE},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        reset_schema_to(
+            (R"({"compat_level":1,"backend":{},"tbls":{"1":{"name":"T","txid":0,"cols":{"1":{"name":"A","type":)"
+             R"({"name":"sint32"}}},"server":{"schema":"dbo","name":"T","cols":[{"name":"A","id":"1",)" +
+             std::string(c.facts) + "}]}}}}")
+                .c_str());
+        EXPECT_EQ(describe(), "");
+        EXPECT_FAILED(ctx, c.code);
+        KT_context__err_reset(ctx);
+    }
 }
 
 } // namespace

@@ -11,6 +11,9 @@ create table T (A int identity constraint PK_T primary key,
 create table s.U (A int constraint FK_U references dbo.T)
 create index IX_T on T (B)
 create synonym Y for T
+go
+create default Z as 0
+go
 create sequence N
 exec sp_addextendedproperty 'MS_Description', 'a', 'SCHEMA', 'dbo', 'TABLE', 'T', 'COLUMN', 'A'
 exec sp_addextendedproperty 'MS_Description', 'u', 'SCHEMA', 's', 'TABLE', 'U'
@@ -117,6 +120,8 @@ const condition_case condition_cases[] = {
     {"'a' not like 'b%'", '?'},
     {"1 between 0 and 2", '?'},
     {"case when 1 = 1 then 1 else 2 end = 1", '?'},
+    {"(B = 'x' collate Polish_CS_AS)", '?'},
+    {"B is distinct from (select 1)", '?'},
     {"(@a) = 1 and (1 = 1 or contains(B, 'x'))", '?'},
     // Counts.
     {"(select count(*) from sys.tables where name = 'T') > 0", 'y'},
@@ -138,6 +143,8 @@ const condition_case condition_cases[] = {
     {"exists (select * from sys.synonyms where name = 'N')", 'n'},
     {"exists (select 1 from sys.foreign_keys where name = 'FK_U')", 'y'},
     {"exists (select 1 from sys.check_constraints where name = 'C_B')", 'y'},
+    {"exists (select 1 from sys.default_constraints where name = 'Z')", 'n'},
+    {"exists (select 1 from sys.objects where name = 'Z')", 'y'},
     {"exists (select 1 from sys.default_constraints where name = 'D_B')", 'y'},
     {"exists (select 1 from sys.key_constraints where name = 'PK_T')", 'y'},
     {"exists (select 1 from sys.key_constraints where name = 'U_T')", 'y'},
@@ -145,7 +152,7 @@ const condition_case condition_cases[] = {
     {"exists (select 1 from information_schema.table_constraints where constraint_name = 'C_B')", 'y'},
     {"exists (select 1 from information_schema.referential_constraints where constraint_schema = 's')", 'y'},
     {"exists (select 1 from sys.objects where name in ('X', 'T'))", 'y'},
-    {"exists (select 1 from sys.objects where name in ('X', 'Z'))", 'n'},
+    {"exists (select 1 from sys.objects where name in ('X', 'W'))", 'n'},
     {"exists (select 1 from sys.objects where object_id = object_id('s.FK_U') and type = 'F')", 'y'},
     {"exists (select 1 from sys.objects where object_id = object_id('X'))", 'n'},
     {"exists (select 1 from sys.foreign_keys where object_id = object_id('s.FK_U') and parent_object_id = "
@@ -250,6 +257,7 @@ const script_case opaque_cases[] = {
      "dbo.T: A int/4/10/0 null"},
     {"that there are some is", "if exists (select 1 from sys.columns where object_id = object_id('O')) drop table T",
      ""},
+    {"an index of one may be as it is", "create index I on O (A)", "dbo.T: A int/4/10/0 null"},
 };
 
 TEST_F(ScriptConditions, AboutTablesThatQueriesMake)

@@ -26,6 +26,8 @@ const name_case database_cases[] = {
     {"one that is altered", "alter database Shop set recovery simple", nullptr},
     {"settings of the one in use", "alter database scoped configuration set maxdop = 1", nullptr},
     {"the one in use", "alter database current collate Polish_CS_AS", nullptr},
+    {"one whose name is a variable", "alter database $(Db) set recovery simple", nullptr,
+     "variable-undefined a.sql:1:16 Db"},
     {"under a condition that does not hold", "if 1 = 2 create database Shop", nullptr},
 };
 
@@ -52,6 +54,20 @@ const script_case create_cases[] = {
      "create type Code from int create type Code from bit create type Point external name X create type Point external "
      "name Y create table T (A Code, B Point)",
      "dbo.T: A Code/4/10/0 null, B Point/-1/0/0 null"},
+    {"modules that are made anew, and an index of a view",
+     "create table T (A int)\ngo\ncreate view V as select A from T\ngo\ncreate or alter view V as select 1 as A\ngo\n"
+     "create unique clustered index I on V (A) alter index I on Z disable",
+     "dbo.T: A int/4/10/0 null"},
+    {"defaults stay what they were made first",
+     "create default Z as 0\ngo\ncreate default Z as 1\ngo\ncreate table T (A int) exec sp_bindefault 'Z', 'T.A'",
+     "dbo.T: A int/4/10/0 null bound Z create default Z as 0"},
+    {"a clustered columnstore", "create table T (A int) create clustered columnstore index CI on T with (maxdop = 1)",
+     "dbo.T: A int/4/10/0 null; index CI()"},
+    {"a key that comes after what refers to it",
+     "create table P (I int) create table T (A int references P) alter table P add primary key (I)",
+     "dbo.P: I int/4/10/0; pk(I) clustered\ndbo.T: A int/4/10/0 null; fk(A) dbo.P(I)"},
+    {"constraints without commas", "create table T (A int, check (A > 0) check (A > 1) constraint U unique (A))",
+     "dbo.T: A int/4/10/0 null; unique U(A); check ([A]>(0)); check ([A]>(1))"},
     {"the schema of an owner", "create schema authorization Ada create table T (A int)", "Ada.T: A int/4/10/0 null"},
     {"what belongs to a table is transferred with it",
      "create table T (A int constraint P primary key constraint D default 1 constraint C check (A > 0), constraint F "
@@ -120,13 +136,22 @@ TEST_F(ScriptTest, WhatAConditionLeavesOpenIsTold)
     }
 }
 
+const char *const other_statements[] = {
+    "exec ('create schema s')",         "create sequence N", "use Shop", "create synonym Y for T",
+    "exec ('create rule R as @a > 0')",
+};
+
 // Nothing of this is run: the condition does not hold.
 TEST_F(ScriptTest, WhatAConditionRulesOutIsLeftAlone)
 {
-    for (const char *statement : doubtful_statements) {
+    std::vector<const char *> statements(std::begin(doubtful_statements), std::end(doubtful_statements));
+    statements.insert(statements.end(), std::begin(other_statements), std::end(other_statements));
+    for (const char *statement : statements) {
         SCOPED_TRACE(statement);
         read(std::string("create table T (A int) create index X on T (A)\nif 1 = 2 ") + statement);
         EXPECT_OK(ctx);
+        EXPECT_EQ(catalogue.name, nullptr);
+        EXPECT_EQ(catalogue.sequences.size() + catalogue.left_objects.size(), 0u);
         EXPECT_EQ(shown(), "dbo.T: A int/4/10/0 null; index X(A)");
         EXPECT_EQ(lines(), "");
         reset();

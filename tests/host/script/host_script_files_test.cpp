@@ -184,6 +184,14 @@ TEST_F(ScriptTest, WhatAnotherFileMakesIsReadFirst)
                        "statement-not-read e.sql:1:1 create unique clustered index U on W (A)");
 }
 
+TEST_F(ScriptTest, ATableOfAnotherFileIsTransferred)
+{
+    read({{"a.sql", "alter schema s transfer dbo.T print '$(no name)'"}, {"b.sql", "create table T (A int)"}});
+    EXPECT_OK(ctx);
+    EXPECT_EQ(shown(), "s.T: A int/4/10/0 null");
+    EXPECT_EQ(lines(), "");
+}
+
 TEST_F(ScriptTest, SequencesComeInOrder)
 {
     read("create sequence s.B create sequence a.Z as int create sequence s.A");

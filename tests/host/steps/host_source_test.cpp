@@ -50,6 +50,26 @@ TEST_F(HostSourceTest, AnExportIsTheOnlyFile)
     reset();
 }
 
+TEST_F(HostSourceTest, VariablesOfScriptsAreGivenByName)
+{
+    const char *const defines[] = {"Name=Customers=2", "{gone}"};
+    tov_host_options options{};
+    options.defines = {defines, 2};
+    import_file("CREATE TABLE {gone}[$(Name)] (A int)", &options);
+    ASSERT_OK(ctx);
+    EXPECT_TRUE(has(R"("name":"Customers=2")")) << document();
+}
+
+TEST_F(HostSourceTest, OneExportIsReadAtATimeWhateverTheCallerSays)
+{
+    const tov_host_file files[] = {{"a.json", "{}", 2}, {nullptr, "{}", 2}};
+    tov_host_options options{};
+    options.source = TOV_HOST_SOURCE_JSON;
+    tov_host__import_files(ctx, files, 2, &options, &schema, &findings);
+    EXPECT_ERROR(ctx, KT_ERR_UNEXPECTED_VALUE, "2 files: only scripts can be read together");
+    reset();
+}
+
 TEST_F(HostSourceTest, TheCallerCanSayWhatItIs)
 {
     tov_host_options options{};

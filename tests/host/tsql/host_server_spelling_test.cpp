@@ -67,6 +67,14 @@ const spelling_case spelling_cases[] = {
     {"names in double quotes", "\"a b\" > 0", "([a b]>(0))"},
     {"collations", "a collate Latin1_General_BIN = 'x'", "([a] COLLATE Latin1_General_BIN='x')"},
     {"comments go", "a /* one */ > -- two\n 0", "([a]>(0))"},
+    {"methods of values", "geography::Point(a, 2, 4326).Lat > 1", "([geography]::Point([a],(2),(4326)).Lat>(1))"},
+    {"time zones", "a at time zone 'UTC' = b", "([a] AT TIME ZONE 'UTC'=[b])"},
+    {"functions without parentheses", "system_user = session_user or user <> current_user",
+     "(suser_sname()=user_name() OR user_name()<>user_name())"},
+    {"a longest type", "cast(x as nvarchar(max))", "(CONVERT([nvarchar](max),[x]))"},
+    {"a right side that is wider", "a = 1 and (b = 1 or c = 1)", "([a]=(1) AND ([b]=(1) OR [c]=(1)))"},
+    {"a column named next", "next > 1", "([next]>(1))"},
+    {"a part of a name that is left out", "Shop..F(1)", "([Shop]..[F]((1)))"},
     {"what is not understood is kept", " exists (select 1) ", "(exists (select 1))"},
 };
 
@@ -96,6 +104,8 @@ TEST(ServerSpelling, WhatDoesNotEndIsKept)
     EXPECT_EQ(host_server_spelling("(a > "), "((a >)");
     EXPECT_EQ(host_server_spelling("'a"), "('a)");
     EXPECT_EQ(host_server_spelling(""), "()");
+    for (const char *odd : {"(a not 5)", "(a.5)", "(dbo.(1))", "(a::5)", "(cast(a as dbo.5))", "(1 ? 2)"})
+        EXPECT_EQ(host_server_spelling(odd), odd);
 }
 
 TEST(ServerSpelling, DeepNestingIsKeptAsItIs)

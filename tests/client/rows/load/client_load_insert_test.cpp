@@ -63,6 +63,24 @@ const script_case script_cases[] = {
      "1|NULL|NULL|NULL"},
     {"the order of dates", "SET DATEFORMAT dmy\nINSERT Customers (Id, Born) VALUES (1, '7/4/1996')", "Customers 1 1 0",
      "1|NULL|NULL|'1996-04-07'"},
+    {"other orders of dates",
+     "SET DATEFORMAT ymd\nINSERT Customers (Id, Born) VALUES (1, '96/7/4')\nSET DATEFORMAT mdy\nINSERT Customers (Id, "
+     "Born) VALUES (2, '7/4/1996')\nSET DATEFORMAT xyz\nINSERT Customers (Id, Born) VALUES (3, '7/4/1996')",
+     "Customers 3 3 0", "1|NULL|NULL|'1996-07-04' 2|NULL|NULL|'1996-07-04' 3|NULL|NULL|'1996-07-04'"},
+    {"views, functions and triggers are no rows either",
+     "CREATE OR ALTER VIEW v AS SELECT 1 AS A\nINSERT Customers (Id) VALUES (7)\ngo \nALTER FUNCTION f() RETURNS int "
+     "AS "
+     "BEGIN\nINSERT Customers (Id) VALUES (8)\nEND\nGO;\r\nINSERT Customers (Id) VALUES (1)\nGO\nCREATE TRIGGER t ON "
+     "Customers AFTER INSERT AS\nINSERT Customers (Id) VALUES (9)",
+     "Customers 1 1 0", "1|NULL|NULL|NULL"},
+    {"names with quotes within",
+     "INSERT [Cust\"omers] (Id) VALUES (1)\nINSERT [Cust]]omers] (Id) VALUES (2)\nINSERT "
+     "\"Cust\"\"omers\" (Id) VALUES (3)\nINSERT Customers (Id) VALUES (4)",
+     " 3 0 3; Customers 1 1 0", "4|NULL|NULL|NULL"},
+    {"bytes, variables and N in lower case", "INSERT Customers (Id, Name) VALUES (0x01, n'A'), (2, @name), (3, n'B')",
+     "Customers 3 1 2", "3|'B'|NULL|NULL"},
+    {"a dot without a schema", "INSERT .Customers (Id) VALUES (1)\nINSERT Shop..Customers (Id) VALUES (2)",
+     "Customers 2 2 0", "1|NULL|NULL|NULL 2|NULL|NULL|NULL"},
     {"too few and too many values", "INSERT Customers (Id, Name) VALUES (1), (2, 'B'), (3, 'C', 'x')",
      "Customers 3 1 2", "2|'B'|NULL|NULL"},
     {"a column that is not there", "INSERT Customers (Id, Nam) VALUES (1, 'A')", "Customers 1 0 1", ""},

@@ -56,6 +56,16 @@ const json_case json_cases[] = {
      "1|NULL|NULL|NULL 2|NULL|NULL|NULL", "Customers.json:2: row 2: bad-row: "},
     {"a cut last row", "[{\"Id\":1},{\"Id\":2,\"Na", "Customers 2 1 1", "1|NULL|NULL|NULL",
      "Customers.json:1: row 2: cut-row: the file ends inside the row"},
+    {"escapes that are none",
+     R"([{"Id":1,"Name":"\x"},{"Id":2,"Name":"\u12g4"},{"Id":3,"Name":"\ud83d\u0041"},)"
+     R"({"Id":4,"Name":"\udE00"},{"Id":5,"Name":"\u12"},{"Id":6,"Name":"\b\f\r\t"}])",
+     "Customers 6 1 5", "6|'\b\f\r\t'|NULL|NULL", "Customers.json:1: row 1, column Name: "},
+    {"numbers that end too soon", R"([{"Id":1.},{"Id":1e},{"Id":1e+},{"Id":-},{"Id":1.0},{"Id":2e0}])",
+     "Customers 6 2 4", "1|NULL|NULL|NULL 2|NULL|NULL|NULL", "Customers.json:1: row 1, column Id: "},
+    {"no colon, and no name", R"([{"Id" 1},{1:2},{"Id":3}])", "Customers 3 1 2", "3|NULL|NULL|NULL",
+     "Customers.json:1: row 1: bad-row: "},
+    {"an empty object", R"([{},{"Id":1}])", "Customers 2 1 1", "1|NULL|NULL|NULL",
+     "Customers.json:1: row 1, column Id: : no-value: "},
     {"a line end inside a string", "{\"Id\":1,\"Name\":\"A\nB\"}\n{\"Id\":2}\n", "Customers 2 1 1", "2|NULL|NULL|NULL",
      "Customers.json:1: row 1, column Name: "},
 };
