@@ -79,8 +79,6 @@ const script_case script_cases[] = {
      " 3 0 3; Customers 1 1 0", "4|NULL|NULL|NULL"},
     {"bytes, variables and N in lower case", "INSERT Customers (Id, Name) VALUES (0x01, n'A'), (2, @name), (3, n'B')",
      "Customers 3 1 2", "3|'B'|NULL|NULL"},
-    {"a dot without a schema", "INSERT .Customers (Id) VALUES (1)\nINSERT Shop..Customers (Id) VALUES (2)",
-     "Customers 2 2 0", "1|NULL|NULL|NULL 2|NULL|NULL|NULL"},
     {"too few and too many values", "INSERT Customers (Id, Name) VALUES (1), (2, 'B'), (3, 'C', 'x')",
      "Customers 3 1 2", "2|'B'|NULL|NULL"},
     {"a column that is not there", "INSERT Customers (Id, Nam) VALUES (1, 'A')", "Customers 1 0 1", ""},

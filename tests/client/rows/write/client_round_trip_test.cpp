@@ -83,6 +83,8 @@ TEST_F(ClientRoundTrip, ByWayOfOtherForms)
         ASSERT_OK(ctx);
         EXPECT_EQ(shown_remarks, "");
         for (size_t n = 0; n < types.size(); n++) {
+            if (format == "insert" && types[n].type.base == client_base::rowversion)
+                continue; // the server makes new ones
             SCOPED_TRACE(client_declared_type_text(types[n]));
             const std::string rows = "SELECT Id, typeof(c), quote(c) FROM T" + std::to_string(n) + " ORDER BY Id";
             EXPECT_EQ(query(rows, format + ".db"), query(rows));
