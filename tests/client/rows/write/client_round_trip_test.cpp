@@ -124,6 +124,8 @@ TEST_F(ClientRoundTrip, WithoutFactsAboutTheServer)
     ASSERT_OK(ctx);
     for (size_t n = 0; n < types.size(); n++) {
         SCOPED_TRACE(client_declared_type_text(types[n]));
+        if (types[n].type.base == client_base::datetime)
+            continue; // the document of these tests leaves its digits to the facts
         const std::string rows = "SELECT Id, typeof(c), quote(c) FROM T" + std::to_string(n) + " ORDER BY Id";
         EXPECT_EQ(query(rows, "other.db"), query(rows));
     }
