@@ -89,8 +89,10 @@ void client_target__note_version(KT_context *ctx, client_connection &database, c
     KT_TRY(client_connection__prepare(
         ctx, database, "UPDATE " + client_quoted(target.counter) + " SET last = ?1, stored = ?2 WHERE ?2 > stored",
         handle));
-    functions->bind_int64(handle, 1, static_cast<int64_t>(my_version_number(target.last_version)));
-    functions->bind_blob(handle, 2, target.last_version.data(), static_cast<int>(target.last_version.size()));
+    const auto number = static_cast<int64_t>(my_version_number(target.last_version));
+    const auto size = static_cast<int>(target.last_version.size());
+    KT_TRY(client_connection__bind_int64(ctx, database, handle, 1, number));
+    KT_TRY(client_connection__check(ctx, database, functions->bind_blob(handle, 2, target.last_version.data(), size)));
     KT_TRY(client_connection__step(ctx, database, handle, has));
     target.last_version.clear();
 }
