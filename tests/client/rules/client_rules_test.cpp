@@ -107,6 +107,7 @@ const rule_case rule_cases[] = {
     {"a pair that it lacks", of_page(base::varchar, 20, 1252), "'x😀'", "a character that code page 1252 lacks"},
     {"any character after ASCII", of_page(base::varchar, 20, 1252), "char(127,10,9)", ""},
     {"a byte without a character", of_page(base::varchar, 20, 1252), "char(129)", ""},
+    {"a character that was lost earlier", of_page(base::varchar, 20, 1252), "char(65533)", ""},
     {"Polish in its code page", of_page(base::varchar, 20, 1250), "'Łódź'", ""},
     {"Cyrillic in its code page", of_page(base::varchar, 20, 1251), "'Привет'", ""},
     {"Cyrillic in no width", of_page(base::text, -1, 1252), "'Привет'", "code page 1252 lacks"},

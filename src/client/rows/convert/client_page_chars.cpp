@@ -10,6 +10,10 @@
 static constexpr uint16_t single_byte_pages[] = {437, 850, 874, 1250, 1251, 1252, 1253, 1254, 1255, 1256, 1257, 1258};
 static constexpr uint16_t double_byte_pages[] = {932, 936, 949, 950};
 
+// U+FFFD stands for a character that was lost on the way: refusing the row would not bring it back. SQLite reads the
+// two after it, which are no characters, as U+FFFD.
+static constexpr client_char_range lost_chars{0xFFFD, 0xFFFF};
+
 // Where the server puts the undefined bytes from A0 on.
 static constexpr client_char_range private_chars{0xF880, 0xF8FF};
 
@@ -60,8 +64,10 @@ static std::vector<client_char_range> my_decode_bytes(uint16_t page, iconv_t dec
     }
     if (page == 936) // which iconv does not say
         chars.push_back({0x20AC, 0x20AC});
-    if (client_is_single_byte_page(page))
+    if (client_is_single_byte_page(page)) {
         chars.push_back({0x80, 0x9F});
+        chars.push_back(lost_chars);
+    }
     if (client_is_single_byte_page(page) && has_undefined)
         chars.push_back(private_chars);
     return chars;

@@ -16,7 +16,8 @@ bool client_is_single_byte_page(uint16_t page) noexcept;
 bool client_is_double_byte_page(uint16_t page) noexcept;
 
 // The characters beyond ASCII that take one byte in the page, in order. Bytes that a page leaves undefined are
-// characters on the server too: controls (U+0080 to U+009F), or characters for private use.
+// characters on the server too: controls (U+0080 to U+009F), or characters for private use. U+FFFD counts as one of the
+// page.
 std::vector<client_char_range> client_single_bytes_of(uint16_t page);
 
 bool client_is_in(const std::vector<client_char_range> &ranges, uint32_t character) noexcept;
