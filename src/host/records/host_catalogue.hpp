@@ -38,13 +38,14 @@ struct host_column {
     const char *system_type = nullptr; // absent for a CLR type
     const char *user_type = nullptr;   // as declared, perhaps an alias
     const char *user_type_schema = nullptr;
-    bool is_assembly_type = false;
     int64_t max_length = 0; // bytes; -1: no limit
     int64_t precision = 0;
     int64_t scale = 0;
     const char *collation = nullptr;
     int64_t code_page = 0;
     int64_t comparison_style = -1; // -1: absent
+    // All together, since a large database has very many of these records.
+    bool is_assembly_type = false;
     bool is_nullable = false;
     bool is_identity = false;
     bool is_computed = false;
@@ -53,20 +54,20 @@ struct host_column {
     bool is_column_set = false;
     bool is_filestream = false;
     bool is_hidden = false;
+    bool is_persisted = false; // of a computed column
+    // Decided by host_names and host_types: what is prepared takes part in the schema's tables.
+    bool prepared = true;
     int64_t generated_always_type = 0;
     int64_t encryption_type = 0;
     host_identity identity;
     host_default defval;
     const char *computed = nullptr;
-    bool is_persisted = false; // of a computed column
     const char *rule = nullptr;
     const char *description = nullptr;
     int64_t graph_type = 0; // as the server numbers it; above 0 for the pseudo columns of a graph table
 
     // Decided by host_select: the name in SQLite, the server's own unless the caller gave another.
     const char *sqlite_name = nullptr;
-    // Decided by host_names and host_types: what is prepared takes part in the schema's tables.
-    bool prepared = true;
     // Decided by host_keys: the key that makes the column the table's rowid, null for every other column.
     const struct host_key *rowid_key = nullptr;
 };
