@@ -8,16 +8,6 @@
 
 #define KT_HERE "src/host/steps/host_defaults"
 
-// What the translation said: a default, nothing, or why the column's own type check refuses it.
-struct host_translation {
-    explicit host_translation(KT_context *ctx) : expr(ctx)
-    {
-    }
-    kt_owned_text expr;
-    bool refused = false;
-    std::string message;
-};
-
 KT_bool tov_host__is_refused_default(uint64_t code) noexcept
 {
     constexpr int sqlite_error = 1;
@@ -32,15 +22,38 @@ KT_bool tov_host__is_refused_default(uint64_t code) noexcept
 static void my_translate(KT_context *ctx, host_import &import, const host_table &table, const host_column &col,
                          const char *host_text, host_translation &translation)
 {
+    kt_owned_text expr{ctx};
     KT_context__push_level(ctx);
-    tov_schema__fix_mssql_defval(ctx, import.schema, table.id_text.c_str(), col.id_text, host_text,
-                                 translation.expr.out());
+    tov_schema__fix_mssql_defval(ctx, import.schema, table.id_text.c_str(), col.id_text, host_text, expr.out());
     const uint64_t code = KT_context__err_code(ctx);
     translation.message = KT_context__err_description(ctx);
     KT_context__pop_level(ctx);
     translation.refused = tov_host__is_refused_default(code) != 0;
     if (code != 0 && !translation.refused)
         KT_FAIL(code, "%s", translation.message.c_str());
+    if (expr.get())
+        translation.expr = expr.get();
+}
+
+// All of a column that its type in the schema is made of, and with it what becomes of the default.
+static std::string my_translation_key(const host_column &col, const std::string &host_text)
+{
+    return std::string(host_type_name(col)) + (col.rowid_key ? " rowid " : " ") + std::to_string(col.max_length) + ' ' +
+           std::to_string(col.precision) + ' ' + std::to_string(col.scale) + ' ' + host_text;
+}
+
+static void my_find_translation(KT_context *ctx, host_import &import, const host_table &table, const host_column &col,
+                                const std::string &host_text, host_translation &translation)
+{
+    constexpr size_t most = 10000; // worth remembering
+    const std::string key = my_translation_key(col, host_text);
+    if (const auto known = import.translations.find(key); known != import.translations.end()) {
+        translation = known->second;
+        return;
+    }
+    KT_TRY(my_translate(ctx, import, table, col, host_text.c_str(), translation));
+    if (import.translations.size() < most)
+        import.translations.emplace(key, translation);
 }
 
 static bool my_is_number(std::string_view digits, int low, int high)
@@ -91,11 +104,11 @@ static void my_check_moment(KT_context *ctx, host_import &import, const host_tab
 {
     const char *abstract_type = nullptr;
     const char *sqlite_typeof = nullptr;
-    if (translation.refused || !translation.expr.get())
+    if (translation.refused || !translation.expr)
         return;
     KT_TRY(tov_schema__get_col_type(ctx, import.schema, table.id_text.c_str(), col.id_text, &abstract_type,
                                     &sqlite_typeof));
-    if (my_is_known_moment(abstract_type, translation.expr.get()))
+    if (my_is_known_moment(abstract_type, *translation.expr))
         return;
     translation.refused = true;
     translation.message = std::string("not a ") + abstract_type + " in a form that SQLite knows";
@@ -121,8 +134,8 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
     KT_TRY(tov_schema__set_host_defval(ctx, import.schema, table.id_text.c_str(), col.id_text, defval.definition));
     if (!col.prepared)
         return;
-    host_translation translation{ctx};
-    KT_TRY(my_translate(ctx, import, table, col, host_default_expression(defval).c_str(), translation));
+    host_translation translation;
+    KT_TRY(my_find_translation(ctx, import, table, col, host_default_expression(defval), translation));
     KT_TRY(my_check_moment(ctx, import, table, col, translation));
     if (translation.refused) {
         KT_TRY(import.findings.add(ctx, "default-refused", &table, &col, defval.definition,
@@ -130,12 +143,12 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
                                        host_must_give_value(col)));
         return;
     }
-    if (!translation.expr.get()) {
+    if (!translation.expr) {
         KT_TRY(import.findings.add(ctx, "default-dropped", &table, &col, defval.definition,
                                    "left out: SQLite has no default that means the same" + host_must_give_value(col)));
         return;
     }
-    const host_stored_default stored = host_store_default(col, translation.expr.get());
+    const host_stored_default stored = host_store_default(col, translation.expr->c_str());
     if (!stored.refusal.empty()) {
         KT_TRY(import.findings.add(ctx, "default-refused", &table, &col, defval.definition,
                                    "left out: it is not a value of the column's type: " + stored.refusal +

@@ -5,10 +5,21 @@
 #include "steps/host_findings.hpp"
 #include "tov_host.h"
 
+#include <optional>
+
+// What the schema module makes of a default: an expression, nothing, or why the type's own check refuses it.
+struct host_translation {
+    std::optional<std::string> expr;
+    bool refused = false;
+    std::string message;
+};
+
 struct host_import {
     tov_schema *schema;
     host_catalogue &catalogue;
     host_findings &findings;
+    // By type and text: a database repeats a few defaults many thousand times, and each is tried in SQLite.
+    std::unordered_map<std::string, host_translation> translations = {};
 };
 
 // host_select.cpp: which tables are imported, and what they are called in SQLite.
