@@ -46,21 +46,27 @@ inline bool is_harmful_function(const char *name)
     return sqlite3_strnicmp(name, "sqlite_", 7) == 0;
 }
 
+// The table of the client's own, which numbers the rows of tables with a rowversion.
+inline constexpr const char *version_tbl = "tov_rowversion";
+
 inline bool may_create(const watch &w, int action, const std::string &first, const std::string &second)
 {
     const bool is_schema_tbl = first == "sqlite_master";
     switch (action) {
     case SQLITE_CREATE_TABLE:
-        return w.tbls.count(first) == 1;
+        return w.tbls.count(first) == 1 || first == version_tbl;
     case SQLITE_CREATE_INDEX:
-        return first.rfind("sqlite_autoindex_", 0) == 0 && w.tbls.count(second) == 1;
+        return w.tbls.count(second) == 1;
+    case SQLITE_REINDEX: // of an index that was just created
+    case SQLITE_SELECT:  // of constants, into the table of versions
+        return true;
     case SQLITE_CREATE_TRIGGER:
         return first.rfind("tov", 0) == 0 && w.tbls.count(second) == 1;
     case SQLITE_INSERT:
     case SQLITE_UPDATE:
-        return is_schema_tbl;
+        return is_schema_tbl || first == version_tbl;
     case SQLITE_READ:
-        return is_schema_tbl || w.tbls.count(first) == 1;
+        return is_schema_tbl || first == version_tbl || w.tbls.count(first) == 1;
     case SQLITE_PRAGMA:
         return first == "foreign_keys" || first == "recursive_triggers";
     case SQLITE_TRANSACTION:
@@ -73,10 +79,11 @@ inline bool may_create(const watch &w, int action, const std::string &first, con
 inline bool may_use(const watch &w, int action, const std::string &first)
 {
     switch (action) {
-    case SQLITE_INSERT:
     case SQLITE_UPDATE:
-    case SQLITE_DELETE:
     case SQLITE_READ:
+        return w.tbls.count(first) == 1 || first == version_tbl;
+    case SQLITE_INSERT:
+    case SQLITE_DELETE:
         return w.tbls.count(first) == 1;
     case SQLITE_SELECT:
         return true;
