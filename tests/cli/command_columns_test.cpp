@@ -84,4 +84,20 @@ TEST_F(CommandColumnsTest, OfEveryKind)
     EXPECT_EQ(out.find("no room for it"), std::string::npos) << out;
 }
 
+TEST_F(CommandColumnsTest, ARowversionNeedNotBeGiven)
+{
+    write("v.sql", "CREATE TABLE dbo.V (Id int NOT NULL PRIMARY KEY, Changed rowversion NOT NULL)");
+    ASSERT_EXIT_CODE(run({"import", path("v.sql"), "-o", path("v.json")}), 0);
+    const command_result result = run({"columns", path("v.json"), "--json"});
+    EXPECT_EXIT_CODE(result, 0);
+    const size_t column = result.out.find("\"name\":\"Changed\"");
+    ASSERT_NE(column, std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("\"nullable\":false,\"required\":false", column), std::string::npos) << result.out;
+    ASSERT_EXIT_CODE(run({"create", path("v.json"), path("v.db")}), 0);
+    EXPECT_EQ(run_program("sqlite3", {path("v.db"), "INSERT INTO V (Id) VALUES (1), (2);"
+                                                    "SELECT count(DISTINCT Changed), typeof(min(Changed)) FROM V"})
+                  .out,
+              "2|blob\n");
+}
+
 } // namespace

@@ -103,10 +103,11 @@ static void my_add_keys(KT_context *ctx, const client_col_keys &keys, KT_vhash *
     }
 }
 
-// Whether each INSERT has to give a value: SQLite has none of its own, and NULL does not do.
+// Whether each INSERT has to give a value: the database has none of its own, and NULL does not do. A database with the
+// server's rules numbers rows itself.
 static bool my_is_required(const client_row_col &col) noexcept
 {
-    return !col.type.nullable && !col.has_default && !col.rowid;
+    return !col.type.nullable && !col.has_default && !col.rowid && col.type.base != client_base::rowversion;
 }
 
 static void my_add_why_left_out(KT_context *ctx, const col_description &it)
