@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <iconv.h>
+#include <memory>
 
 #define KT_HERE "src/host/script/host_script_encoding"
 
@@ -68,6 +69,8 @@ static void my_convert(KT_context *ctx, std::string_view name, std::string_view 
     iconv_t converter = iconv_open("UTF-8", encoding);
     if (converter == reinterpret_cast<iconv_t>(-1)) // NOLINT(performance-no-int-to-ptr): what iconv_open returns
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "the encoding '%s' is not known", encoding);
+    const auto close = [](iconv_t used) { iconv_close(used); };
+    const std::unique_ptr<void, decltype(close)> closing(converter, close);
     std::array<char, 8192> buffer{};
     char *in = const_cast<char *>(bytes.data()); // NOLINT(cppcoreguidelines-pro-type-const-cast): iconv reads only
     size_t left = bytes.size();
@@ -79,7 +82,6 @@ static void my_convert(KT_context *ctx, std::string_view name, std::string_view 
         is_cut = !is_whole && errno == EINVAL;
         text.append(buffer.data(), buffer.size() - room);
     }
-    iconv_close(converter);
     if (is_cut)
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "%s:%s: the file ends in the middle of a character: it was cut off",
                 std::string(name).c_str(), host_tsql_place(text, text.size()).c_str());

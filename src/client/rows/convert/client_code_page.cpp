@@ -17,7 +17,7 @@ static constexpr wide_name wide_names[] = {
 };
 
 struct client_code_pages::wide_page {
-    explicit wide_page(const char *name) : encoder(iconv_open(name, "UTF-8")), sizes(0x10000)
+    explicit wide_page(const char *name) : sizes(0x10000), encoder(iconv_open(name, "UTF-8"))
     {
     }
     ~wide_page()
@@ -34,8 +34,8 @@ struct client_code_pages::wide_page {
     }
     size_t size_of(uint32_t character);
 
-    iconv_t encoder;
     std::vector<uint8_t> sizes; // by character; 0 where nobody asked yet
+    iconv_t encoder;            // opened last: nothing that may throw comes after
 };
 
 static size_t my_encoded_size(iconv_t encoder, uint32_t character)

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iconv.h>
+#include <memory>
 #include <string>
 
 static constexpr uint16_t single_byte_pages[] = {437, 850, 874, 1250, 1251, 1252, 1253, 1254, 1255, 1256, 1257, 1258};
@@ -76,11 +77,12 @@ static std::vector<client_char_range> my_decode_bytes(uint16_t page, iconv_t dec
 std::vector<client_char_range> client_single_bytes_of(uint16_t page)
 {
     const std::string name = "CP" + std::to_string(page);
-    iconv_t decoder = iconv_open("UTF-8", name.c_str());
-    if (decoder == reinterpret_cast<iconv_t>(-1)) // NOLINT(performance-no-int-to-ptr)
+    iconv_t opened = iconv_open("UTF-8", name.c_str());
+    if (opened == reinterpret_cast<iconv_t>(-1)) // NOLINT(performance-no-int-to-ptr)
         return {};
-    std::vector<client_char_range> chars = my_decode_bytes(page, decoder);
-    iconv_close(decoder);
+    const auto close = [](iconv_t used) { iconv_close(used); };
+    const std::unique_ptr<void, decltype(close)> closing(opened, close);
+    std::vector<client_char_range> chars = my_decode_bytes(page, opened);
     std::sort(chars.begin(), chars.end(), [](const auto &a, const auto &b) { return a.first < b.first; });
     std::vector<client_char_range> ranges;
     for (const client_char_range &range : chars)

@@ -2,6 +2,7 @@
 #include "rows/load/client_loader.hpp"
 
 #include <cstdlib>
+#include <memory>
 
 #define KT_HERE "src/client/rows/load/client_load_file"
 
@@ -34,10 +35,9 @@ std::string client_loader_encoding(const tov_client_loader &loader)
 
 static std::string my_absolute(const char *path)
 {
-    char *resolved = realpath(path, nullptr);
-    std::string result = resolved ? resolved : path;
-    std::free(resolved);
-    return result;
+    const auto free_path = [](char *resolved) { std::free(resolved); };
+    const std::unique_ptr<char, decltype(free_path)> resolved(realpath(path, nullptr), free_path);
+    return resolved ? resolved.get() : path;
 }
 
 void client_loader__begin_part(KT_context *ctx, tov_client_loader &loader, client_load_job &job, client_target *target,
