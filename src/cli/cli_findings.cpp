@@ -111,7 +111,7 @@ static std::string my_summary(const cli_findings &findings, uint32_t unexpected)
     std::vector<std::vector<std::string>> lines;
     for (const char *severity : {"error", "warning", "note"}) {
         for (uint32_t n = 0; const tov_host_finding_kind *kind = tov_host__get_nth_finding_kind(n); n++) {
-            if (std::string(kind->severity) == severity && counts.count(kind->code))
+            if (std::string(kind->severity) == severity && counts.contains(kind->code))
                 lines.push_back({std::to_string(counts[kind->code]), severity, kind->code, kind->meaning});
         }
     }

@@ -117,7 +117,7 @@ static void my_add_record(KT_context *ctx, const KT_vhash *record, load_summary 
 static load_line my_texts(const table_line &line)
 {
     char seconds[40];
-    std::snprintf(seconds, sizeof seconds, "%.2f", line.seconds);
+    static_cast<void>(std::snprintf(seconds, sizeof seconds, "%.2f", line.seconds)); // it fits
     return {cli_harmless(line.name),
             std::to_string(line.read),
             std::to_string(line.loaded),

@@ -74,13 +74,13 @@ static std::vector<std::string> my_line(KT_context *ctx, const KT_vhash *col)
     const std::string left_out = cli_harmless_of(ctx, col, "left_out");
     std::vector<std::string> line = {cli_harmless_of(ctx, col, "name"), my_server_type(ctx, col)};
     if (!left_out.empty()) {
-        line.push_back("left out");
+        line.emplace_back("left out");
         line.resize(8);
         line.push_back(left_out + " " + cli_harmless_of(ctx, col, "computed"));
         return line;
     }
-    line.push_back(cli_flag_of(ctx, col, "nullable") ? "yes" : "no");
-    line.push_back(cli_flag_of(ctx, col, "required") ? "required" : "");
+    line.emplace_back(cli_flag_of(ctx, col, "nullable") ? "yes" : "no");
+    line.emplace_back(cli_flag_of(ctx, col, "required") ? "required" : "");
     line.push_back(my_cut(cli_harmless_of(ctx, col, "default")));
     line.push_back(cli_harmless_of(ctx, col, "storage"));
     line.push_back(my_cut(cli_harmless_of(ctx, col, "example")));

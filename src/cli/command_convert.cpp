@@ -14,11 +14,11 @@
 #include "tov_row_parts.h"
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -66,7 +66,7 @@ class new_database {
         if (file >= 0)
             close(file);
         if (!written || rename(path_.c_str(), name_.c_str()) != 0)
-            throw cli_failure(std::strerror(errno), name_);
+            throw cli_failure(std::generic_category().message(errno), name_);
         path_.clear();
     }
 
@@ -80,7 +80,7 @@ class scratch_folder {
     scratch_folder() : path_(std::filesystem::temp_directory_path() / "tov-schema-XXXXXX")
     {
         if (!mkdtemp(path_.data()))
-            throw cli_failure(std::strerror(errno), path_);
+            throw cli_failure(std::generic_category().message(errno), path_);
     }
     ~scratch_folder()
     {

@@ -165,7 +165,8 @@ static void my_append_parts(KT_context *ctx, tov_schema *schema, const char *tbl
                 continue;
             }
             KT_TRY(my_find_collation(ctx, schema, tbl_id, col, collation));
-            parts += (parts.empty() ? "" : ", ") + name + " IS NULL, ifnull(" + name + ", 0)" + collation;
+            parts += parts.empty() ? "" : ", ";
+            parts.append(name).append(" IS NULL, ifnull(").append(name).append(", 0)").append(collation);
         }
     });
 }

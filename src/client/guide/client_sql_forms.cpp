@@ -29,7 +29,8 @@ constexpr int most_divisible = 18;
 
 static std::string my_zeros(int count)
 {
-    return std::string(static_cast<size_t>(count), '0');
+    std::string zeros(static_cast<size_t>(count), '0');
+    return zeros;
 }
 
 static int my_scale(const client_server_type &type) noexcept

@@ -106,7 +106,7 @@ static client_reject my_take_bytes(client_converter &converter, const client_ser
 static bool my_may_mean_other(const client_server_type &type, std::string_view base64)
 {
     const bool is_hex = base64.size() > 2 && (base64.starts_with("0x") || base64.starts_with("0X")) &&
-                        base64.find_first_not_of("0123456789abcdefABCDEF", 2) == base64.npos;
+                        base64.find_first_not_of("0123456789abcdefABCDEF", 2) == std::string_view::npos;
     return is_hex || (type.base == client_base::clr && base64.starts_with('/') && base64.ends_with('/'));
 }
 
@@ -164,7 +164,7 @@ static client_reject my_convert_text(client_converter &converter, const client_s
     case client_form::literal:
         return my_take_text(converter, type, field.bytes, value);
     case client_form::number: // the server makes the same text of a number without an exponent
-        if (field.bytes.find_first_of("eE") == field.bytes.npos)
+        if (field.bytes.find_first_of("eE") == std::string_view::npos)
             return my_take_text(converter, type, field.bytes, value);
         return client_reject::wrong_form;
     default:

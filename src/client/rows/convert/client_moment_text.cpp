@@ -139,7 +139,7 @@ static bool my_take_time(std::string_view &text, bool literal, client_parsed_mom
     }
     if (literal && !my_take_half_day(text, hour))
         return false;
-    moment.time += hour * 60 * client_units_a_minute + minute * client_units_a_minute + second * client_units_a_second;
+    moment.time += (int64_t{hour} * 60 + minute) * client_units_a_minute + second * client_units_a_second;
     return hour < 24 && minute < 60 && second < 60;
 }
 

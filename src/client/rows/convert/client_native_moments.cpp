@@ -94,7 +94,7 @@ client_reject client_read_binary_moment(const client_server_type &type, std::str
     }
     if (type.base == client_base::date && bytes.size() == 4 && bytes[3] == 0)
         return client_read_native_moment(type, bytes.substr(0, 3), scratch, value);
-    if (type.base == client_base::date || bytes.empty() || bytes[0] != type.scale)
+    if (type.base == client_base::date || bytes.empty() || static_cast<unsigned char>(bytes[0]) != type.scale)
         return client_moment_flaw(type.base);
     return client_read_native_moment(type, bytes.substr(1), scratch, value);
 }

@@ -136,7 +136,7 @@ static client_reject my_read_with_exponent(std::string_view mantissa, std::strin
 static client_reject my_read_digits(std::string_view text, int scale, exact_digits &digits) noexcept
 {
     const size_t exponent = text.find_first_of("eE");
-    if (exponent == text.npos)
+    if (exponent == std::string_view::npos)
         return my_read_plain(text, scale, digits);
     exact_digits mantissa; // read alone first, so that what follows meets digits and one point only
     if (my_read_plain(text.substr(0, exponent), 100, mantissa) == client_reject::not_a_number)

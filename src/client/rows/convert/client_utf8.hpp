@@ -17,13 +17,13 @@ struct client_text_size {
     size_t units = 0; // of UTF-16
 };
 
-client_text_size client_measure_text(std::string_view text) noexcept;
+client_text_size client_measure_text(std::string_view sv) noexcept;
 
 // The UTF-16 units of a text, whatever is wrong with it.
 size_t client_count_units(std::string_view text) noexcept;
 
 // Reads one character of valid UTF-8 (or half a pair, see above) and moves on; the text must not be empty.
-uint32_t client_next_char(std::string_view &text) noexcept;
+uint32_t client_next_char(std::string_view &sv) noexcept;
 
 void client_append_utf8(std::string &text, uint32_t character);
 
