@@ -75,14 +75,7 @@ const script_case alter_cases[] = {
 
 TEST_F(ScriptTest, AlterTable)
 {
-    for (const script_case &c : alter_cases) {
-        SCOPED_TRACE(c.name);
-        read(c.script);
-        EXPECT_OK(ctx);
-        EXPECT_EQ(shown(), c.expected);
-        EXPECT_EQ(lines(), "");
-        reset();
-    }
+    expect_tables(alter_cases);
 }
 
 // Statements that the server would refuse: the table stays as it is, and a finding names them.

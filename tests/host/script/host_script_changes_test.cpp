@@ -110,14 +110,7 @@ const script_case change_cases[] = {
 
 TEST_F(ScriptTest, Changes)
 {
-    for (const script_case &c : change_cases) {
-        SCOPED_TRACE(c.name);
-        read(c.script);
-        EXPECT_OK(ctx);
-        EXPECT_EQ(shown(), c.expected);
-        EXPECT_EQ(lines(), "");
-        reset();
-    }
+    expect_tables(change_cases);
 }
 
 // All of these leave exactly one table, T (A int).

@@ -76,14 +76,7 @@ const script_case exec_cases[] = {
 
 TEST_F(ScriptTest, Exec)
 {
-    for (const script_case &c : exec_cases) {
-        SCOPED_TRACE(c.name);
-        read(c.script);
-        EXPECT_OK(ctx);
-        EXPECT_EQ(shown(), c.expected);
-        EXPECT_EQ(lines(), "");
-        reset();
-    }
+    expect_tables(exec_cases);
 }
 
 const script_case unread_cases[] = {
@@ -154,14 +147,7 @@ const script_case drop_cases[] = {
 
 TEST_F(ScriptTest, Drop)
 {
-    for (const script_case &c : drop_cases) {
-        SCOPED_TRACE(c.name);
-        read(c.script);
-        EXPECT_OK(ctx);
-        EXPECT_EQ(shown(), c.expected);
-        EXPECT_EQ(lines(), "");
-        reset();
-    }
+    expect_tables(drop_cases);
 }
 
 // Words that begin a statement, within another one. Each leaves exactly one table, T (A int).

@@ -4,6 +4,12 @@
 #include "kt_test.hpp"
 #include "script/host_script.hpp"
 
+struct script_case {
+    const char *name;
+    const char *script;
+    const char *expected;
+};
+
 class ScriptTest : public ContextTest {
   protected:
     void TearDown() override
@@ -60,6 +66,19 @@ class ScriptTest : public ContextTest {
 
     host_catalogue catalogue;
     std::unique_ptr<host_findings> findings;
+
+    // Each script leaves the tables that are expected, and no findings.
+    template <size_t count> void expect_tables(const script_case (&cases)[count])
+    {
+        for (const script_case &c : cases) {
+            SCOPED_TRACE(c.name);
+            read(c.script);
+            EXPECT_OK(ctx);
+            EXPECT_EQ(shown(), c.expected);
+            EXPECT_EQ(lines(), "");
+            reset();
+        }
+    }
 
   private:
     static std::string join(const std::vector<const char *> &names, const std::vector<bool> &descending = {})
@@ -136,10 +155,4 @@ class ScriptTest : public ContextTest {
         text += table.is_external ? "; external" : "";
         return text + (table.description ? std::string(" -- ") + table.description : "");
     }
-};
-
-struct script_case {
-    const char *name;
-    const char *script;
-    const char *expected;
 };
