@@ -5,6 +5,7 @@
 #include "steps/host_import.hpp"
 
 #include "steps/host_bound_default.hpp"
+#include "steps/host_members.hpp"
 
 #include <algorithm>
 #include <array>
@@ -13,18 +14,6 @@
 #define KT_HERE "src/host/steps/host_facts"
 
 static constexpr int64_t facts_version = 1;
-
-static void my_add_text(KT_context *ctx, KT_vhash *map, const char *key, const char *text)
-{
-    if (text)
-        KT_TRY(KT_vhash__add__string__sz(ctx, map, key, text));
-}
-
-static void my_add_flag(KT_context *ctx, KT_vhash *map, const char *key, bool flag)
-{
-    if (flag)
-        KT_TRY(KT_vhash__add__bool(ctx, map, key, 1));
-}
 
 static void my_add_number(KT_context *ctx, KT_vhash *map, const char *key, int64_t number)
 {
@@ -89,20 +78,20 @@ static void my_add_identity(KT_context *ctx, KT_vhash *facts, const host_column 
 static void my_add_col(KT_context *ctx, KT_vhash *facts, const host_column &col)
 {
     KT_TRY(KT_vhash__add__string__sz(ctx, facts, "name", col.name));
-    KT_TRY(my_add_text(ctx, facts, "id", col.prepared ? col.id_text : nullptr));
+    KT_TRY(host_add_text(ctx, facts, "id", col.prepared ? col.id_text : nullptr));
     KT_TRY(my_add_type(ctx, facts, col));
-    KT_TRY(my_add_text(ctx, facts, "collation", col.collation));
+    KT_TRY(host_add_text(ctx, facts, "collation", col.collation));
     KT_TRY(my_add_number(ctx, facts, "code_page", col.collation ? col.code_page : 0));
-    KT_TRY(my_add_flag(ctx, facts, "nullable", col.is_nullable));
+    KT_TRY(host_add_flag(ctx, facts, "nullable", col.is_nullable));
     KT_TRY(my_add_identity(ctx, facts, col));
-    KT_TRY(my_add_text(ctx, facts, "computed", col.is_computed ? col.computed : nullptr));
+    KT_TRY(host_add_text(ctx, facts, "computed", col.is_computed ? col.computed : nullptr));
     KT_TRY(my_add_number(ctx, facts, "generated", col.generated_always_type));
-    KT_TRY(my_add_flag(ctx, facts, "hidden", col.is_hidden));
+    KT_TRY(host_add_flag(ctx, facts, "hidden", col.is_hidden));
     if (col.defval.present && col.defval.definition)
-        KT_TRY(my_add_text(ctx, facts, "default", host_default_expression(col.defval).c_str()));
-    KT_TRY(my_add_flag(ctx, facts, "rowguidcol", col.is_rowguidcol));
-    KT_TRY(my_add_flag(ctx, facts, "sparse", col.is_sparse));
-    KT_TRY(my_add_text(ctx, facts, "description", col.description));
+        KT_TRY(host_add_text(ctx, facts, "default", host_default_expression(col.defval).c_str()));
+    KT_TRY(host_add_flag(ctx, facts, "rowguidcol", col.is_rowguidcol));
+    KT_TRY(host_add_flag(ctx, facts, "sparse", col.is_sparse));
+    KT_TRY(host_add_text(ctx, facts, "description", col.description));
 }
 
 static void my_add_cols(KT_context *ctx, KT_vhash *facts, const host_table &table)
@@ -120,9 +109,9 @@ void host_add_table_facts(KT_context *ctx, host_import &import, const host_table
 {
     KT_vhash *facts = nullptr;
     KT_TRY(tov_schema__ensure_tbl_server(ctx, import.schema, table.id_text.c_str(), &facts));
-    KT_TRY(my_add_text(ctx, facts, "schema", table.schema_name));
-    KT_TRY(my_add_text(ctx, facts, "name", table.name));
-    KT_TRY(my_add_text(ctx, facts, "description", table.description));
+    KT_TRY(host_add_text(ctx, facts, "schema", table.schema_name));
+    KT_TRY(host_add_text(ctx, facts, "name", table.name));
+    KT_TRY(host_add_text(ctx, facts, "description", table.description));
     KT_TRY(my_add_number(ctx, facts, "temporal_type", table.temporal_type));
     if (table.row_count >= 0)
         KT_TRY(KT_vhash__add__int64(ctx, facts, "row_count", table.row_count));
@@ -138,11 +127,11 @@ static void my_add_sequences(KT_context *ctx, KT_vhash *facts, const host_catalo
     for (const host_sequence &sequence : catalogue.sequences) {
         KT_vhash *one = nullptr;
         KT_TRY(KT_varray__appendnew__vhash(ctx, list, &one));
-        KT_TRY(my_add_text(ctx, one, "schema", sequence.schema_name));
-        KT_TRY(my_add_text(ctx, one, "name", sequence.name));
-        KT_TRY(my_add_text(ctx, one, "type", sequence.system_type));
-        KT_TRY(my_add_text(ctx, one, "start", sequence.start));
-        KT_TRY(my_add_text(ctx, one, "increment", sequence.increment));
+        KT_TRY(host_add_text(ctx, one, "schema", sequence.schema_name));
+        KT_TRY(host_add_text(ctx, one, "name", sequence.name));
+        KT_TRY(host_add_text(ctx, one, "type", sequence.system_type));
+        KT_TRY(host_add_text(ctx, one, "start", sequence.start));
+        KT_TRY(host_add_text(ctx, one, "increment", sequence.increment));
     }
 }
 
@@ -152,8 +141,8 @@ void host_add_database_facts(KT_context *ctx, host_import &import)
     KT_vhash *facts = nullptr;
     KT_TRY(tov_schema__ensure_server(ctx, import.schema, &facts));
     KT_TRY(KT_vhash__add__int64(ctx, facts, "version", facts_version));
-    KT_TRY(my_add_text(ctx, facts, "database", catalogue.name));
-    KT_TRY(my_add_text(ctx, facts, "collation", catalogue.collation));
+    KT_TRY(host_add_text(ctx, facts, "database", catalogue.name));
+    KT_TRY(host_add_text(ctx, facts, "collation", catalogue.collation));
     KT_TRY(my_add_number(ctx, facts, "code_page", catalogue.code_page));
     KT_TRY(my_add_sequences(ctx, facts, catalogue));
 }

@@ -2,17 +2,12 @@
 #include "steps/host_findings.hpp"
 
 #include "kt_chars.h"
+#include "steps/host_members.hpp"
 #include "tov_host.h"
 
 #include <iterator>
 
 #define KT_HERE "src/host/steps/host_findings"
-
-static void my_add_member(KT_context *ctx, KT_vhash *finding, const char *key, const char *text)
-{
-    if (text)
-        KT_TRY(KT_vhash__add__string__sz(ctx, finding, key, text));
-}
 
 void host_findings::add(KT_context *ctx, host_finding_code code, const host_table *table, const host_column *col,
                         const char *host_text, const std::string &reason)
@@ -21,12 +16,12 @@ void host_findings::add(KT_context *ctx, host_finding_code code, const host_tabl
         KT_TRY(KT_varray__alloc(ctx, list_.out()));
     KT_vhash *finding = nullptr;
     KT_TRY(KT_varray__appendnew__vhash(ctx, list_, &finding));
-    KT_TRY(my_add_member(ctx, finding, "code", code.kind->code));
-    KT_TRY(my_add_member(ctx, finding, "severity", code.kind->severity));
-    KT_TRY(my_add_member(ctx, finding, "table", table ? table->label.c_str() : nullptr));
-    KT_TRY(my_add_member(ctx, finding, "column", col ? col->name : nullptr));
-    KT_TRY(my_add_member(ctx, finding, "reason", reason.c_str()));
-    KT_TRY(my_add_member(ctx, finding, "host_text", host_text));
+    KT_TRY(host_add_text(ctx, finding, "code", code.kind->code));
+    KT_TRY(host_add_text(ctx, finding, "severity", code.kind->severity));
+    KT_TRY(host_add_text(ctx, finding, "table", table ? table->label.c_str() : nullptr));
+    KT_TRY(host_add_text(ctx, finding, "column", col ? col->name : nullptr));
+    KT_TRY(host_add_text(ctx, finding, "reason", reason.c_str()));
+    KT_TRY(host_add_text(ctx, finding, "host_text", host_text));
 }
 
 void host_findings::add_at(KT_context *ctx, host_finding_code code, const char *place, const char *host_text,
@@ -37,7 +32,7 @@ void host_findings::add_at(KT_context *ctx, host_finding_code code, const char *
     KT_vhash *finding = nullptr;
     KT_TRY(KT_varray__count(ctx, list_, &count));
     KT_TRY(KT_varray__get__vhash(ctx, list_, count - 1, &finding));
-    KT_TRY(my_add_member(ctx, finding, "place", place));
+    KT_TRY(host_add_text(ctx, finding, "place", place));
 }
 
 std::string host_must_give_value(const host_column &col)

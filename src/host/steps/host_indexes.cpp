@@ -3,6 +3,7 @@
 // A unique index without a filter is a constraint of the table already, so of it only what the constraint loses is
 // reported here. Nothing else depends on the other indexes, so what SQLite cannot have is at most a note.
 #include "checks/host_condition.hpp"
+#include "steps/host_members.hpp"
 #include "tsql/host_server_spelling.hpp"
 
 #include <algorithm>
@@ -135,18 +136,6 @@ static void my_report_losses(host_index_work &work, const host_any_index &any)
         my_report(work, any, "index-order", "kept as a constraint, which has all of its columns in ascending order");
 }
 
-static void my_add_text(KT_context *ctx, KT_vhash *map, const char *key, const char *text)
-{
-    if (text)
-        KT_TRY(KT_vhash__add__string__sz(ctx, map, key, text));
-}
-
-static void my_add_flag(KT_context *ctx, KT_vhash *map, const char *key, bool flag)
-{
-    if (flag)
-        KT_TRY(KT_vhash__add__bool(ctx, map, key, 1));
-}
-
 static void my_add_col_ids(KT_context *ctx, KT_vhash *facts, const char *key,
                            const std::vector<const host_column *> &cols)
 {
@@ -174,17 +163,17 @@ static void my_add_facts(host_index_work &work, const host_any_index &any)
     const host_index &index = any.index;
     KT_vhash *facts = nullptr;
     KT_TRY(KT_varray__appendnew__vhash(ctx, work.list, &facts));
-    KT_TRY(my_add_text(ctx, facts, "name", index.name));
-    KT_TRY(my_add_flag(ctx, facts, "unique", any.is_unique));
-    KT_TRY(my_add_flag(ctx, facts, "clustered", index.is_clustered));
-    KT_TRY(my_add_flag(ctx, facts, "disabled", index.is_disabled));
-    KT_TRY(my_add_text(ctx, facts, "kind", index.kind));
+    KT_TRY(host_add_text(ctx, facts, "name", index.name));
+    KT_TRY(host_add_flag(ctx, facts, "unique", any.is_unique));
+    KT_TRY(host_add_flag(ctx, facts, "clustered", index.is_clustered));
+    KT_TRY(host_add_flag(ctx, facts, "disabled", index.is_disabled));
+    KT_TRY(host_add_text(ctx, facts, "kind", index.kind));
     KT_TRY(my_add_col_ids(ctx, facts, "cols", index.cols));
     KT_TRY(my_add_order(ctx, facts, index));
     KT_TRY(my_add_col_ids(ctx, facts, "included", index.included_cols));
-    KT_TRY(my_add_text(ctx, facts, "filter", index.filter));
-    KT_TRY(my_add_text(ctx, facts, "where", any.where));
-    KT_TRY(my_add_flag(ctx, facts, "left_out", any.is_left_out));
+    KT_TRY(host_add_text(ctx, facts, "filter", index.filter));
+    KT_TRY(host_add_text(ctx, facts, "where", any.where));
+    KT_TRY(host_add_flag(ctx, facts, "left_out", any.is_left_out));
 }
 
 static void my_add_index(host_index_work &work, const host_index &index, bool is_unique)
