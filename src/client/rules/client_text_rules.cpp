@@ -4,6 +4,9 @@
 // but a few in a double-byte code page), and SQLite cannot count them; but a pattern with the class n times finds
 // whether there are n of them. Only texts that may be too long are asked for that: a text never has more units than
 // bytes in UTF-8.
+//
+// SQLite takes patterns of 50,000 bytes. Those of the class fit where the width is 4,000, but not where it is 8,000:
+// the fewer of the two are counted there, those that count twice or the others.
 #include "rows/convert/client_code_page.hpp"
 #include "rows/convert/client_utf8.hpp"
 #include "rules/client_rule_parts.hpp"
@@ -13,6 +16,7 @@ namespace {
 // How the server counts the width of a text.
 struct width_unit {
     std::string doubles; // the class of characters that count twice; empty when none does
+    std::string singles; // that of the others, where there may be too many of the first for a pattern
     bool bytes = false;  // the bytes of UTF-8 are counted
     std::string name;    // in messages; empty for characters
 };
@@ -43,6 +47,16 @@ static std::string my_class_of_others(uint32_t first, const std::vector<client_c
     return others;
 }
 
+// ASCII and the characters in the ranges, as the inside of a class.
+static std::string my_class_of_singles(const std::vector<client_char_range> &ranges)
+{
+    std::string singles;
+    my_append_range(singles, 1, 0x7F);
+    for (const client_char_range &range : ranges)
+        my_append_range(singles, range.first, range.last);
+    return singles;
+}
+
 static bool my_is_known_page(uint16_t page) noexcept
 {
     return page == client_utf_8_page || client_is_single_byte_page(page) || client_is_double_byte_page(page);
@@ -53,19 +67,30 @@ static width_unit my_unit_of(const client_server_type &type)
 {
     static constexpr client_char_range bmp{0, 0xFFFF};
     if (client_is_unicode(type.base) || !my_is_known_page(type.code_page))
-        return {my_class_of_others(0, {bmp}), false, " (UTF-16 units)"};
+        return {my_class_of_others(0, {bmp}), "", false, " (UTF-16 units)"};
     if (type.code_page == client_utf_8_page)
-        return {"", true, " (bytes of UTF-8)"};
+        return {"", "", true, " (bytes of UTF-8)"};
     if (client_is_single_byte_page(type.code_page))
         return {};
-    return {my_class_of_others(0x80, client_single_bytes_of(type.code_page)), false,
+    const std::vector<client_char_range> singles = client_single_bytes_of(type.code_page);
+    return {my_class_of_others(0x80, singles), my_class_of_singles(singles), false,
             " (bytes of code page " + std::to_string(type.code_page) + ")"};
 }
 
 // Whether at least so many characters of the class are in the value; count is an expression.
-static std::string my_has_doubles(const std::string &value, const std::string &doubles, const std::string &count)
+static std::string my_has(const std::string &value, const std::string &characters, const std::string &count)
 {
-    return value + " GLOB replace(hex(zeroblob(" + count + ")),'00','*[" + doubles + "]')||'*'";
+    return value + " GLOB replace(hex(zeroblob(" + count + ")),'00','*[" + characters + "]')||'*'";
+}
+
+// Whether at least so many characters of the value count twice. If not, all but fewer of them count once.
+static std::string my_has_doubles(const width_unit &unit, const std::string &value, const std::string &count)
+{
+    if (unit.singles.empty())
+        return my_has(value, unit.doubles, count);
+    const std::string others = client_about(value, "length(@)+1-(") + count + ")";
+    return "CASE WHEN " + count + " <= " + others + " THEN " + my_has(value, unit.doubles, count) + " ELSE NOT " +
+           my_has(value, unit.singles, others) + " END";
 }
 
 static void my_add_width(const width_unit &unit, const std::string &width, const std::string &value,
@@ -78,7 +103,7 @@ static void my_add_width(const width_unit &unit, const std::string &width, const
         rules.push_back({bytes, message});
     else if (!unit.doubles.empty())
         rules.push_back({bytes + client_about(value, " AND length(@)*2 > ") + width + " AND " +
-                             my_has_doubles(value, unit.doubles, spare + "+1"),
+                             my_has_doubles(unit, value, spare + "+1"),
                          message});
 }
 
@@ -91,7 +116,7 @@ static void my_add_fill(const width_unit &unit, const std::string &width, const 
     const std::string is_short =
         client_about(value, unit.bytes ? "length(CAST(@ AS BLOB)) < " : "length(@) < ") + width;
     const std::string lacks_doubles = " AND (" + client_about(value, "length(@)*2 < ") + width + " OR NOT " +
-                                      my_has_doubles(value, unit.doubles, spare) + ")";
+                                      my_has_doubles(unit, value, spare) + ")";
     // To SQLite's length() a text ends at a NUL.
     rules.push_back(
         {is_short + (unit.doubles.empty() ? "" : lacks_doubles) + client_about(value, " AND instr(@,char(0)) = 0"),

@@ -3,6 +3,8 @@
 
 #include "script/host_script_parts.hpp"
 
+#include <algorithm>
+
 #define KT_HERE "src/host/script/host_script_create"
 
 static bool my_is(const host_tsql_token &token, std::string_view text)
@@ -120,15 +122,24 @@ static void my_create_sequence(host_script_reader &reader, const host_tsql_token
     reader.state.sequences.insert_or_assign({sequence.schema_name, sequence.name}, sequence);
 }
 
-// A database's name is one word. Two are something within it: an audit, an encryption key, a scoped credential.
+static bool my_may_follow_database(const host_tsql_token &token)
+{
+    static constexpr host_word words[] = {host_word::on, host_word::collate, host_word::with, host_word::for_,
+                                          host_word::as, host_word::set,     host_word::add};
+    static constexpr std::string_view others[] = {"CONTAINMENT", "MODIFY", "REMOVE"};
+    return token.kind != host_tsql_kind::word || host_starts_statement(token.word) ||
+           std::find(std::begin(words), std::end(words), token.word) != std::end(words) ||
+           std::any_of(std::begin(others), std::end(others),
+                       [&](std::string_view other) { return my_is(token, other); });
+}
+
+// A database's name is one word, and an option or another statement follows. Two words name something within it: an
+// audit, an encryption key, a credential, a setting.
 static bool my_is_database_name(host_tsql_cursor &cursor)
 {
-    const host_tsql_token next = cursor.peek();
     if (!cursor.token.is_name() || host_is_reserved(cursor.token.word))
         return false;
-    if (cursor.token.kind != host_tsql_kind::word || next.kind != host_tsql_kind::word)
-        return true;
-    return !my_is(next, "SPECIFICATION") && !my_is(next, "KEY") && !my_is(next, "CREDENTIAL");
+    return cursor.token.kind != host_tsql_kind::word || my_may_follow_database(cursor.peek());
 }
 
 // CREATE and ALTER DATABASE: the name of the first, the collation of both.
