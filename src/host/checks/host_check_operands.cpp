@@ -1,7 +1,7 @@
 // The operands of a check: columns, literals, sums and what else gives a value.
 #include "checks/host_check_reader.hpp"
 
-#include "kt_chars.h"
+#include "tsql/host_tsql_words.hpp"
 
 #include <algorithm>
 
@@ -50,18 +50,12 @@ bool host_check_take(host_check_reader &reader, std::string_view upper)
     return true;
 }
 
-static bool my_equals_ignoring_case(std::string_view a, std::string_view b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char x, char y) { return KT_char__folded(x) == KT_char__folded(y); });
-}
-
 static host_value my_read_column(host_check_reader &reader)
 {
     const std::string_view name = reader.token.text;
     const auto &cols = reader.table.cols;
     const auto found = std::find_if(cols.begin(), cols.end(),
-                                    [name](const host_column &col) { return my_equals_ignoring_case(col.name, name); });
+                                    [name](const host_column &col) { return host_same_text(col.name, name); });
     if (found == cols.end())
         return host_check_refuse(reader, "it names a column that the table lacks", name);
     if (!found->prepared) {

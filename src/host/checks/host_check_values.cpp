@@ -15,6 +15,7 @@
 
 #include "steps/host_collation.hpp"
 #include "steps/host_import.hpp"
+#include "tsql/host_server_spelling.hpp"
 
 #include <algorithm>
 #include <charconv>
@@ -125,17 +126,6 @@ static bool my_has_letter(std::string_view text)
                        [](char byte) { return (byte | 0x20) >= 'a' && (byte | 0x20) <= 'z'; });
 }
 
-// What is between the quotes, doubled quotes taken for one.
-static std::string my_unquoted(std::string_view literal)
-{
-    std::string text;
-    for (size_t n = 1; n + 1 < literal.size(); n++) {
-        text += literal[n];
-        n += literal[n] == '\'';
-    }
-    return text;
-}
-
 static bool my_is_fixed_width(const host_column &col)
 {
     const std::string_view name = host_type_name(col);
@@ -150,7 +140,7 @@ static bool my_is_unicode(const host_column &col)
 static const char *my_refuse_text(const host_column &col, std::string_view literal)
 {
     const host_collation_rules rules = host_read_collation(col.collation, col.comparison_style);
-    const std::string text = my_unquoted(literal);
+    const std::string text = host_unquoted_literal(literal);
     const int64_t width = my_is_unicode(col) ? col.max_length / 2 : col.max_length;
     if (!my_is_plain_ascii(text))
         return "a text is compared with letters beyond ASCII, which SQLite compares by their bytes";
@@ -237,7 +227,7 @@ const char *host_refuse_like(const host_value &left, const host_value &pattern)
     if (left.kind != kind::text || !left.col || pattern.kind != kind::text_literal)
         return "LIKE is used on something other than a text column, or without a literal";
     const host_collation_rules rules = host_read_collation(left.col->collation, left.col->comparison_style);
-    const std::string text = my_unquoted(pattern.literal);
+    const std::string text = host_unquoted_literal(pattern.literal);
     if (text.find('[') != std::string_view::npos)
         return "LIKE is used with brackets, which SQLite takes for themselves";
     if (!my_is_plain_ascii(text))

@@ -72,13 +72,13 @@ struct host_column {
     const struct host_key *rowid_key = nullptr;
 };
 
-// A primary key, a unique constraint or a unique index.
-struct host_key {
+// An index.
+struct host_index {
     const char *name = nullptr; // absent for a constraint that nobody named
-    bool is_system_named = false;
-    bool is_index = false;
     bool is_disabled = false;
     bool is_clustered = false;
+    const char *kind =
+        nullptr; // absent for an ordinary one; else the server's word: "COLUMNSTORE", "XML", "SPATIAL" ...
     const char *filter = nullptr;
     std::vector<const char *> col_names;
     std::vector<bool> descending;             // empty, or one for each column
@@ -87,19 +87,10 @@ struct host_key {
     std::vector<const host_column *> included_cols;
 };
 
-// An index that is not unique.
-struct host_index {
-    const char *name = nullptr;
-    bool is_disabled = false;
-    bool is_clustered = false;
-    const char *kind =
-        nullptr; // absent for an ordinary one; else the server's word: "COLUMNSTORE", "XML", "SPATIAL" ...
-    const char *filter = nullptr;
-    std::vector<const char *> col_names;
-    std::vector<bool> descending; // empty, or one for each column
-    std::vector<const char *> included_names;
-    std::vector<const host_column *> cols;
-    std::vector<const host_column *> included_cols;
+// A primary key, a unique constraint or a unique index: all of them are kept by an index.
+struct host_key : host_index {
+    bool is_system_named = false;
+    bool is_index = false; // and not a constraint
 };
 
 // The actions of foreign keys in SQL's words, each at the server's number for it.

@@ -56,7 +56,6 @@ static void my_change_type(host_script_reader &reader, host_script_column &col)
     host_tsql_cursor &cursor = reader.cursor;
     host_script_parts parts;
     host_script_column changed;
-    changed.name = col.name;
     host_read_column_type(reader, changed);
     for (;;) {
         if (cursor.take(host_word::collate))

@@ -188,10 +188,10 @@ static void my_add_constraint(host_application &application, const host_script_c
 }
 
 // A bit for each hash that was met keeps most columns from being compared with all others.
-static void my_add_cols(host_application &application, const host_script_parts &parts)
+static void my_add_cols(host_application &application, host_script_parts &parts)
 {
     host_script_table &table = application.table;
-    const auto bit_of = [](const host_script_column &col) { return uint64_t{1} << (col.name_hash >> 32 & 63); };
+    const auto bit_of = [](const host_script_column &col) { return uint64_t{1} << (col.name_hash & 63); };
     uint64_t met = 0;
     for (const host_script_column *col : table.cols)
         met |= bit_of(*col);
@@ -199,6 +199,7 @@ static void my_add_cols(host_application &application, const host_script_parts &
     for (host_script_column *col : parts.cols) {
         if ((met & bit_of(*col)) && table.find_same(*col)) {
             my_refuse(application, std::string("the table has a column ") + col->name + " already");
+            std::erase(parts.named_defaults, col);
             continue;
         }
         met |= bit_of(*col);

@@ -67,24 +67,8 @@ static std::vector<const char *> my_names(const std::vector<const host_script_co
     return names;
 }
 
-static host_key my_key(const host_script_key &from)
+static void my_fill_index(const host_script_key &from, host_index &index)
 {
-    host_key key;
-    key.name = from.name;
-    key.is_system_named = !from.name;
-    key.is_index = from.kind == host_script_key_kind::unique_index;
-    key.is_disabled = from.is_disabled;
-    key.is_clustered = from.is_clustered;
-    key.filter = from.filter;
-    key.col_names = my_names(from.cols);
-    key.descending = from.descending;
-    key.included_names = my_names(from.included);
-    return key;
-}
-
-static host_index my_index(const host_script_key &from)
-{
-    host_index index;
     index.name = from.name;
     index.is_disabled = from.is_disabled;
     index.is_clustered = from.is_clustered;
@@ -93,7 +77,13 @@ static host_index my_index(const host_script_key &from)
     index.col_names = my_names(from.cols);
     index.descending = from.descending;
     index.included_names = my_names(from.included);
-    return index;
+}
+
+static void my_fill_key(const host_script_key &from, host_key &key)
+{
+    my_fill_index(from, key);
+    key.is_system_named = !from.name;
+    key.is_index = from.kind == host_script_key_kind::unique_index;
 }
 
 static void my_add_keys(const host_script_table &from, host_table &table)
@@ -102,14 +92,14 @@ static void my_add_keys(const host_script_table &from, host_table &table)
         switch (key.kind) {
         case host_script_key_kind::primary:
             table.has_pk = true;
-            table.pk = my_key(key);
+            my_fill_key(key, table.pk);
             break;
         case host_script_key_kind::unique:
         case host_script_key_kind::unique_index:
-            table.uniques.push_back(my_key(key));
+            my_fill_key(key, table.uniques.emplace_back());
             break;
         case host_script_key_kind::index:
-            table.indexes.push_back(my_index(key));
+            my_fill_index(key, table.indexes.emplace_back());
             break;
         }
     }

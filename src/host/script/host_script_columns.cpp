@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+static constexpr size_t most_remembered = 1000; // declarations and defaults
+
 static bool my_is(const host_tsql_token &token, std::string_view text)
 {
     return token.kind == host_tsql_kind::word && host_same_text(token.text, text);
@@ -291,8 +293,10 @@ static bool my_repeat_with_default(host_script_reader &reader, std::string_view 
 {
     const host_default_split split = my_split_default(text);
     const auto &definitions = reader.session.definitions;
+    if (split.before.empty())
+        return false;
     const auto definition = definitions.find(split.after);
-    if (split.before.empty() || definition == definitions.end() || !my_repeat(reader, split.before, col))
+    if (definition == definitions.end() || !my_repeat(reader, split.before, col))
         return false;
     col.defval.present = true;
     col.defval.kind = "constraint";
@@ -304,19 +308,20 @@ static bool my_repeat_with_default(host_script_reader &reader, std::string_view 
 
 static void my_remember(host_script_reader &reader, std::string_view text, const host_script_column &col)
 {
-    constexpr size_t most = 1000; // worth remembering
     auto &declarations = reader.session.declarations[reader.columns_are_nullable ? 1 : 0];
-    if (declarations.size() < most && !declarations.contains(text))
+    if (declarations.size() < most_remembered && !declarations.contains(text))
         declarations.try_emplace(reader.state.keep(text), host_script_declaration{*col.record, col.collation});
 }
 
 static void my_remember_default(host_script_reader &reader, std::string_view text, const host_script_column &col,
                                 const host_script_constraint &constraint)
 {
-    constexpr size_t most = 1000;
     const host_default_split split = my_split_default(text);
     auto &definitions = reader.session.definitions;
-    if (split.before.empty() || constraint.kind != host_script_constraint_kind::defval || definitions.size() >= most)
+    // What looks like the constraint may be inside a string or a comment: then the name is another.
+    const bool is_it = constraint.kind == host_script_constraint_kind::defval && constraint.name &&
+                       split.name == constraint.name && !split.before.empty();
+    if (!is_it || definitions.size() >= most_remembered)
         return;
     my_remember(reader, split.before, col);
     if (!definitions.contains(split.after))

@@ -9,6 +9,8 @@
 #include "tsql/host_tsql_cursor.hpp"
 #include "tsql/host_tsql_type.hpp"
 
+#include <array>
+
 // A file as it is read: UTF-8, placeholders replaced.
 struct host_script_source {
     std::string name;
@@ -32,14 +34,14 @@ struct host_script_session {
     const host_script_options &options;
     host_findings &findings;
     std::vector<host_left_object> &left_objects;
+    // Declarations by their text: most columns share it with others, and it is read once. The second ones are of
+    // columns that are nullable when they do not say. The columns of the state refer to them.
+    std::array<std::unordered_map<std::string_view, host_script_declaration>, 2> declarations;
     host_script_state state;
     std::vector<std::unique_ptr<host_script_source>> sources;
     host_name_map<host_script_source *> makers; // what each file makes, for others that refer to it before its turn
-    // Declarations by their text: most columns share it with others, and it is read once. The second ones are of
-    // columns that are nullable when they do not say.
-    std::array<std::unordered_map<std::string_view, host_script_declaration>, 2> declarations;
-    std::unordered_map<std::string_view, const char *>
-        definitions;                                 // of defaults, by what follows the constraint's name
+    // Definitions of defaults, by what follows the constraint's name.
+    std::unordered_map<std::string_view, const char *> definitions;
     std::unordered_set<std::string> other_databases; // that a finding has named
     std::vector<std::string> errors;                 // the first ones
     size_t error_count = 0;

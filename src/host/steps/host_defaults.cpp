@@ -35,11 +35,25 @@ static void my_translate(KT_context *ctx, host_import &import, const host_table 
         translation.expr = expr.get();
 }
 
-// All of a column that its type in the schema is made of, and with it what becomes of the default.
+// Brings what was translated into the form of the column's values, or refuses what the column cannot hold.
+static void my_store(const host_column &col, host_translation &translation)
+{
+    if (translation.refused || !translation.expr)
+        return;
+    host_stored_default stored = host_store_default(col, *translation.expr);
+    translation.refused = !stored.refusal.empty();
+    translation.message = std::move(stored.refusal);
+    translation.expr = std::move(stored.expr);
+}
+
+// All of a column that its type is made of, here and on the server, and with it what becomes of the default.
 static std::string my_translation_key(const host_column &col, const std::string &host_text)
 {
-    return std::string(host_type_name(col)) + (col.rowid_key ? " rowid " : " ") + std::to_string(col.max_length) + ' ' +
-           std::to_string(col.precision) + ' ' + std::to_string(col.scale) + ' ' + host_text;
+    std::string key = std::string(host_type_name(col)) + (col.rowid_key ? " rowid " : " ");
+    for (const int64_t number :
+         {int64_t{col.max_length}, int64_t{col.precision}, int64_t{col.scale}, int64_t{col.code_page}})
+        key += std::to_string(number) + ' ';
+    return key + host_text;
 }
 
 static void my_find_translation(KT_context *ctx, host_import &import, const host_table &table, const host_column &col,
@@ -52,66 +66,9 @@ static void my_find_translation(KT_context *ctx, host_import &import, const host
         return;
     }
     KT_TRY(my_translate(ctx, import, table, col, host_text.c_str(), translation));
+    my_store(col, translation);
     if (import.translations.size() < most)
         import.translations.emplace(key, translation);
-}
-
-static bool my_is_number(std::string_view digits, int low, int high)
-{
-    int number = 0;
-    for (const char digit : digits) {
-        if (digit < '0' || digit > '9')
-            return false;
-        number = number * 10 + (digit - '0');
-    }
-    return number >= low && number <= high;
-}
-
-static bool my_is_date(std::string_view text)
-{
-    return text.size() == 10 && text[4] == '-' && text[7] == '-' && my_is_number(text.substr(0, 4), 0, 9999) &&
-           my_is_number(text.substr(5, 2), 1, 12) && my_is_number(text.substr(8, 2), 1, 31);
-}
-
-static bool my_is_time(std::string_view text)
-{
-    const bool with_seconds = text.size() >= 8;
-    return text.size() >= 5 && text[2] == ':' && my_is_number(text.substr(0, 2), 0, 23) &&
-           my_is_number(text.substr(3, 2), 0, 59) &&
-           (text.size() == 5 || (with_seconds && text[5] == ':' && my_is_number(text.substr(6, 2), 0, 59)));
-}
-
-// The column's check lets pass what SQLite's date functions do not know at all, such as '01/01/1900': they answer with
-// NULL, and NULL breaks no check. What they know, the check has looked at.
-static bool my_is_known_moment(std::string_view abstract_type, std::string_view expr)
-{
-    if (!expr.starts_with('\''))
-        return true;
-    const std::string_view text = expr.substr(1, expr.size() - 2);
-    if (abstract_type == "date")
-        return my_is_date(text);
-    if (abstract_type == "time")
-        return my_is_time(text);
-    if (abstract_type != "datetime")
-        return true;
-    return my_is_date(text.substr(0, 10)) &&
-           (text.size() == 10 || ((text[10] == ' ' || text[10] == 'T') && my_is_time(text.substr(11))));
-}
-
-// Refuses what the trial could not judge.
-static void my_check_moment(KT_context *ctx, host_import &import, const host_table &table, const host_column &col,
-                            host_translation &translation)
-{
-    const char *abstract_type = nullptr;
-    const char *sqlite_typeof = nullptr;
-    if (translation.refused || !translation.expr)
-        return;
-    KT_TRY(tov_schema__get_col_type(ctx, import.schema, table.id_text.c_str(), col.id_text, &abstract_type,
-                                    &sqlite_typeof));
-    if (my_is_known_moment(abstract_type, *translation.expr))
-        return;
-    translation.refused = true;
-    translation.message = std::string("not a ") + abstract_type + " in a form that SQLite knows";
 }
 
 // The expression that the server evaluates: the definition, or the end of a bound default's whole statement.
@@ -136,7 +93,6 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
         return;
     host_translation translation;
     KT_TRY(my_find_translation(ctx, import, table, col, host_default_expression(defval), translation));
-    KT_TRY(my_check_moment(ctx, import, table, col, translation));
     if (translation.refused) {
         KT_TRY(import.findings.add(ctx, "default-refused", &table, &col, defval.definition,
                                    "left out: it is not a value of the column's type: " + translation.message +
@@ -148,14 +104,7 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
                                    "left out: SQLite has no default that means the same" + host_must_give_value(col)));
         return;
     }
-    const host_stored_default stored = host_store_default(col, translation.expr->c_str());
-    if (!stored.refusal.empty()) {
-        KT_TRY(import.findings.add(ctx, "default-refused", &table, &col, defval.definition,
-                                   "left out: it is not a value of the column's type: " + stored.refusal +
-                                       host_must_give_value(col)));
-        return;
-    }
     const bool has_name = !defval.kind || std::string_view(defval.kind) == "constraint";
     KT_TRY(tov_schema__set_colcon_defval(ctx, import.schema, table.id_text.c_str(), col.id_text, 1,
-                                         has_name ? defval.name : nullptr, stored.expr.c_str()));
+                                         has_name ? defval.name : nullptr, translation.expr->c_str()));
 }

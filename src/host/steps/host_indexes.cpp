@@ -7,6 +7,8 @@
 #include "tsql/host_server_spelling.hpp"
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 
 #define KT_HERE "src/host/steps/host_indexes"
 
@@ -16,8 +18,10 @@ namespace {
 struct host_any_index {
     const host_index &index;
     bool is_unique;
+    std::vector<const host_column *> included = {}; // those that the table has
     bool is_left_out = false;
     const char *where = nullptr; // the condition, when SQLite reads it alike
+    std::string flaw = {};       // of a filter that SQLite would read differently
 };
 
 struct host_index_work {
@@ -85,15 +89,13 @@ static void my_check_filter(host_index_work &work, host_any_index &any)
     if (!filter || any.is_left_out)
         return;
     const host_check_reading reading = host_read_check(work.table, filter);
-    std::string refusal = reading.refusal ? host_refusal_text(reading) : "";
-    if (refusal.empty())
-        KT_TRY(host_try_condition(ctx, work.import, work.trial, work.table, filter, refusal));
-    if (refusal.empty())
+    any.flaw = reading.refusal ? host_refusal_text(reading) : "";
+    if (any.flaw.empty())
+        KT_TRY(host_try_condition(ctx, work.import, work.trial, work.table, filter, any.flaw));
+    if (any.flaw.empty())
         any.where = filter;
     else if (any.is_unique)
-        my_leave_out(work, any, "unique-filtered", "it holds for some of the rows only, and of its filter " + refusal);
-    else
-        my_report(work, any, "index-filter", "kept for all rows: of its filter " + refusal);
+        my_leave_out(work, any, "unique-filtered", "it holds for some of the rows only, and of its filter " + any.flaw);
 }
 
 static bool my_is_ascending(const host_index &index)
@@ -107,7 +109,7 @@ static void my_check_redundancy(host_index_work &work, host_any_index &any)
     if (any.is_left_out || any.is_unique || any.where)
         return;
     std::vector<const host_column *> cols = any.index.cols;
-    cols.insert(cols.end(), any.index.included_cols.begin(), any.index.included_cols.end());
+    cols.insert(cols.end(), any.included.begin(), any.included.end());
     const auto &keys = work.table.parent_keys;
     const bool is_key = std::find(keys.begin(), keys.end(), cols) != keys.end();
     const bool is_kept = std::find(work.kept.begin(), work.kept.end(), cols) != work.kept.end();
@@ -125,10 +127,13 @@ static void my_report_losses(host_index_work &work, const host_any_index &any)
 {
     if (any.is_left_out)
         return;
+    if (!any.flaw.empty())
+        my_report(work, any, "index-filter", "kept for all rows: of its filter " + any.flaw);
     if (!any.index.included_names.empty())
         my_report(work, any, "index-included",
-                  any.is_unique ? "kept without the columns that it only carries along"
-                                : "kept with the columns that it only carries along as its last ones");
+                  any.is_unique || any.included.empty()
+                      ? "kept without the columns that it only carries along"
+                      : "kept with the columns that it only carries along as its last ones");
     const auto &descending = any.index.descending;
     const bool is_mixed =
         std::adjacent_find(descending.begin(), descending.end(), std::not_equal_to<>()) != descending.end();
@@ -180,27 +185,13 @@ static void my_add_index(host_index_work &work, const host_index &index, bool is
 {
     KT_context *ctx = work.ctx;
     host_any_index any{index, is_unique};
+    std::copy_if(index.included_cols.begin(), index.included_cols.end(), std::back_inserter(any.included),
+                 [](const host_column *col) { return col->prepared; });
     KT_TRY(my_check_columns(work, any));
     KT_TRY(my_check_filter(work, any));
     KT_TRY(my_check_redundancy(work, any));
     KT_TRY(my_report_losses(work, any));
     KT_TRY(my_add_facts(work, any));
-}
-
-// A unique index is a key in the records, with the same members.
-static host_index my_as_index(const host_key &key)
-{
-    host_index index;
-    index.name = key.name;
-    index.is_disabled = key.is_disabled;
-    index.is_clustered = key.is_clustered;
-    index.filter = key.filter;
-    index.col_names = key.col_names;
-    index.descending = key.descending;
-    index.included_names = key.included_names;
-    index.cols = key.cols;
-    index.included_cols = key.included_cols;
-    return index;
 }
 
 void host_add_indexes(KT_context *ctx, host_import &import, const host_table &table)
@@ -214,7 +205,7 @@ void host_add_indexes(KT_context *ctx, host_import &import, const host_table &ta
     KT_TRY(KT_vhash__addnew__varray(ctx, facts, "indexes", &work.list));
     for (const host_key &key : table.uniques) {
         if (is_index(key))
-            KT_TRY(my_add_index(work, my_as_index(key), true));
+            KT_TRY(my_add_index(work, key, true));
     }
     for (const host_index &index : table.indexes)
         KT_TRY(my_add_index(work, index, false));

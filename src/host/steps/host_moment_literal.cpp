@@ -2,6 +2,7 @@
 
 #include "steps/host_import.hpp"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
@@ -56,8 +57,8 @@ static int64_t my_read_time(std::string_view text)
     if (text.size() <= 8)
         return time;
     const size_t digits = text.size() - 9;
-    const int fraction = my_number(text, 9, digits);
-    if (text[8] != '.' || digits == 0 || digits > 7 || fraction < 0)
+    const int fraction = text[8] == '.' && digits > 0 && digits <= 7 ? my_number(text, 9, digits) : -1;
+    if (fraction < 0)
         return -1;
     int64_t unit = units_a_second;
     for (size_t n = 0; n < digits; n++)
@@ -105,16 +106,14 @@ int host_fraction_digits(std::string_view type, int64_t scale)
     return is_filled ? 3 : static_cast<int>(scale);
 }
 
-// The server's old types round: a datetime to 1/300 seconds, a smalldatetime to minutes.
+// The server's old types round: a datetime to 1/300 seconds, and a smalldatetime from there to minutes.
 static int64_t my_round(std::string_view type, int64_t time)
 {
-    constexpr int64_t units_a_minute = 60 * units_a_second;
-    if (type == "smalldatetime")
-        return (time + units_a_minute / 2) / units_a_minute * units_a_minute;
-    if (type != "datetime")
-        return time;
+    constexpr int64_t ticks_a_minute = 60 * 300;
     const int64_t ticks = (time / 10'000 * 3 + 5) / 10;
-    return (ticks * 10 + 1) / 3 * 10'000;
+    if (type == "smalldatetime")
+        return (ticks + ticks_a_minute / 2) / ticks_a_minute * 60 * units_a_second;
+    return type == "datetime" ? (ticks * 10 + 1) / 3 * 10'000 : time;
 }
 
 static std::string my_time_text(int64_t time, int digits)
@@ -134,7 +133,7 @@ static const char *my_flaw(std::string_view type, int64_t scale, const moment_li
         step /= 10;
     if (!literal.is_read)
         return "it is not a moment of the calendar in a form that is known";
-    if (!is_old && literal.time % step != 0)
+    if (literal.time % (is_old ? 10'000 : step) != 0) // the old types take three digits, and round them
         return "it has more fraction digits than the column";
     if (rounded >= units_a_day)
         return "it is rounded into the next day";

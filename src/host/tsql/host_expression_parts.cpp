@@ -7,6 +7,16 @@
 #include <array>
 #include <charconv>
 
+std::string host_unquoted_literal(std::string_view literal)
+{
+    std::string text;
+    for (size_t n = 1; n + 1 < literal.size(); n++) {
+        text += literal[n];
+        n += literal[n] == '\'' ? 1U : 0U;
+    }
+    return text;
+}
+
 std::string host_bracketed(std::string_view name)
 {
     std::string text = "[";

@@ -19,3 +19,6 @@ std::string host_read_condition(host_tsql_cursor &cursor);
 
 // The name in brackets: a]b becomes [a]]b].
 std::string host_bracketed(std::string_view name);
+
+// What is between the quotes of a string literal of SQL, doubled quotes taken for one.
+std::string host_unquoted_literal(std::string_view literal);

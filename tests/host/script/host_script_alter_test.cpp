@@ -78,6 +78,47 @@ TEST_F(ScriptTest, AlterTable)
     expect_tables(alter_cases);
 }
 
+// Columns that are declared alike share what was read of them, until one is changed.
+const script_case shared_cases[] = {
+    {"another type", "create table T (A [int] NULL,\nB [int] NULL,\nC [int] NULL)\nalter table T alter column B bigint",
+     "dbo.T: A int/4/10/0 null, B bigint/8/19/0 null, C int/4/10/0 null"},
+    {"a column of another table",
+     "create table T (A [int] NULL,\nB bit)\ncreate table U (A [int] NULL,\nB bit)\n"
+     "alter table U alter column A bigint",
+     "dbo.T: A int/4/10/0 null, B bit/1/1/0 null\ndbo.U: A bigint/8/19/0 null, B bit/1/1/0 null"},
+    {"a primary key", "create table T (A [int],\nB [int],\nC bit,\nprimary key (B))",
+     "dbo.T: A int/4/10/0 null, B int/4/10/0, C bit/1/1/0 null; pk(B) clustered"},
+    {"defaults with names",
+     "create table T (A [int] CONSTRAINT [DA] DEFAULT ((1)),\nB [int] CONSTRAINT [DB] DEFAULT ((1)),\n"
+     "C [int] CONSTRAINT [DC] DEFAULT ((1)),\nD bit)\nalter table T drop constraint DB",
+     "dbo.T: A int/4/10/0 null constraint DA ((1)), B int/4/10/0 null, C int/4/10/0 null constraint DC ((1)), D "
+     "bit/1/1/0 "
+     "null"},
+    {"strings that look like names of defaults",
+     "create table T (A [varchar](50) DEFAULT (' CONSTRAINT [x] DEFAULT '),\n"
+     "B [varchar](50) DEFAULT (' CONSTRAINT [y] DEFAULT '),\nC bit)",
+     "dbo.T: A varchar/50/0/0 null constraint (' CONSTRAINT [x] DEFAULT '), B varchar/50/0/0 null constraint (' "
+     "CONSTRAINT "
+     "[y] DEFAULT '), C bit/1/1/0 null"},
+};
+
+TEST_F(ScriptTest, ColumnsThatAreDeclaredAlike)
+{
+    expect_tables(shared_cases);
+}
+
+TEST_F(ScriptTest, AColumnThatIsRefusedLeavesTheNameOfItsDefaultFree)
+{
+    read("create table T (A [int] CONSTRAINT [D1] DEFAULT ((1)),\nA [int] CONSTRAINT [D2] DEFAULT ((1)),\nB bit)\n"
+         "create table U (A int CONSTRAINT [D2] DEFAULT ((1)))");
+    EXPECT_OK(ctx);
+    EXPECT_EQ(shown(), "dbo.T: A int/4/10/0 null constraint D1 ((1)), B bit/1/1/0 null\n"
+                       "dbo.U: A int/4/10/0 null constraint D2 ((1))");
+    EXPECT_EQ(lines(), "statement-not-read a.sql:1:1 create table T (A [int] CONSTRAINT [D1] DEFAULT ((1)),\nA [int] "
+                       "CONSTRAINT [D2] DEFAULT ((1)),\nB bit)");
+    reset();
+}
+
 // Statements that the server would refuse: the table stays as it is, and a finding names them.
 const struct {
     const char *name;

@@ -159,9 +159,10 @@ TEST_F(HostDefaultsTest, WhatIsNotADateIsNotADefault)
         EXPECT_FALSE(has(R"("defval":)")) << document();
     }
     import_default("date", constraint("('01/01/1900')"));
-    EXPECT_EQ(lines(),
-              "default-refused: dbo.T.C: left out: it is not a value of the column's type: not a date in a form "
-              "that SQLite knows; the column is NOT NULL, so inserts must give a value: ('01/01/1900')");
+    EXPECT_EQ(
+        lines(),
+        "default-refused: dbo.T.C: left out: it is not a value of the column's type: it is not a moment of "
+        "the calendar in a form that is known; the column is NOT NULL, so inserts must give a value: ('01/01/1900')");
 }
 
 // What the database itself makes has the form of what is loaded.
@@ -214,6 +215,22 @@ TEST_F(HostDefaultsTest, AreInTheFormOfTheColumnsValues)
         {"binary", R"("max_length":4)", "(0x0A)", "x'0A000000'"},
         {"real", "", "((0.1))", "0.10000000149011612"},
         {"real", "", "((1))", "1"},
+        {"real", "", "((1e-1))", "0.10000000149011612"},
+        {"real", "", "((16777217))", "16777216.0"},
+        {"real", "", "((1.0e39))", ""},
+        {"datetimeoffset", R"("scale":7)", "('2024-12-31 12:00:00.123456789012345 +02:00')", ""},
+        {"datetime", R"("scale":3)", "('1970-01-01 12:30:45.9984')", ""},
+        {"smalldatetime", R"("scale":0)", "('1970-01-01 12:30:29.998')", "'1970-01-01 12:30:00'"},
+        {"smalldatetime", R"("scale":0)", "('1970-01-01 12:30:29.999')", "'1970-01-01 12:31:00'"},
+        {"char", R"("max_length":4,"collation":"C","code_page":932)", "('ｱｱ')", "'ｱｱ  '"},
+        {"char", R"("max_length":4,"collation":"C","code_page":932)", "('ｱｱｱ日')", ""},
+        {"char", R"("max_length":4,"collation":"C","code_page":936)", "('€')", "'€   '"},
+        {"char", R"("max_length":5)", "((007))", "'7    '"},
+        {"char", R"("max_length":5)", "((-0.50))", "'-0.50'"},
+        {"char", R"("max_length":5)", "((1e0))", ""},
+        {"char", R"("max_length":5,"is_nullable":true)", "(null)", "null"},
+        {"varchar", R"("max_length":3)", "((1234))", ""},
+        {"varchar", R"("max_length":-1)", "((1234))", "'1234'"},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(std::string(c.type) + " " + c.definition);
