@@ -27,8 +27,7 @@ static void my_report(KT_context *ctx, host_import &import, const host_table &ta
     KT_TRY(import.findings.add(ctx, code, &table, check.col, host_text.c_str(), reason));
 }
 
-static void my_add_or_report(KT_context *ctx, host_import &import, host_condition_trial &trial, host_table &table,
-                             const host_check &check)
+static void my_add_or_report(KT_context *ctx, host_import &import, host_table &table, const host_check &check)
 {
     const host_check_reading reading = host_read_check(table, check.definition);
     if (reading.refusal) {
@@ -38,7 +37,7 @@ static void my_add_or_report(KT_context *ctx, host_import &import, host_conditio
         return;
     }
     std::string message;
-    KT_TRY(host_try_condition(ctx, import, trial, table, check.definition, message));
+    KT_TRY(host_try_condition(ctx, import, table, check.definition, message));
     if (!message.empty()) {
         KT_TRY(my_report(ctx, import, table, check, "check-left-out", "left out: " + message));
         return;
@@ -51,7 +50,6 @@ static void my_add_or_report(KT_context *ctx, host_import &import, host_conditio
 
 void host_add_checks(KT_context *ctx, host_import &import, host_table &table)
 {
-    host_condition_trial trial;
     for (const host_check &check : table.checks) {
         if (check.is_disabled)
             KT_TRY(my_report(ctx, import, table, check, "check-disabled", "left out: it is disabled on the server"));
@@ -59,6 +57,6 @@ void host_add_checks(KT_context *ctx, host_import &import, host_table &table)
             KT_TRY(
                 my_report(ctx, import, table, check, "check-hidden", "left out: its text is hidden from this login"));
         else
-            KT_TRY(my_add_or_report(ctx, import, trial, table, check));
+            KT_TRY(my_add_or_report(ctx, import, table, check));
     }
 }

@@ -25,26 +25,29 @@ static void my_write_columns(KT_context *ctx, host_import &import, const host_ta
     }
 }
 
-static void my_open(KT_context *ctx, host_import &import, const host_table &table, host_condition_trial &trial)
+static void my_open(KT_context *ctx, host_condition_trial &trial)
 {
-    KT_TRY(my_write_columns(ctx, import, table, trial.columns));
     const int rc = trial.functions->open(":memory:", trial.connection.out(), open_read_write_create);
     if (rc != 0)
         KT_FAIL(KT_ERR_SQLITE(rc), "%s", trial.functions->errstr(rc));
 }
 
 // Any other code than those for what is wrong with a statement says that SQLite could not work.
-void host_try_condition(KT_context *ctx, host_import &import, host_condition_trial &trial, const host_table &table,
-                        const char *definition, std::string &message)
+void host_try_condition(KT_context *ctx, host_import &import, const host_table &table, const char *definition,
+                        std::string &message)
 {
-    const KT_sqlite_functions *sqlite = trial.functions;
+    host_condition_trial &trial = import.trial;
     if (!trial.connection)
-        KT_TRY(my_open(ctx, import, table, trial));
+        KT_TRY(my_open(ctx, trial));
+    if (trial.table != &table)
+        KT_TRY(my_write_columns(ctx, import, table, trial.columns));
+    trial.table = &table;
     const std::string sql = trial.columns + "CHECK (" + definition + "))";
-    kt_owned_statement statement{sqlite};
-    const int rc = sqlite->prepare(trial.connection, sql.c_str(), statement.out());
+    kt_owned_statement statement{trial.functions};
+    const int rc = trial.functions->prepare(trial.connection, sql.c_str(), statement.out());
     if (rc != 0 && rc != sqlite_error && rc != sqlite_toobig)
-        KT_FAIL(KT_ERR_SQLITE(rc), "%s", sqlite->errstr(rc));
+        KT_FAIL(KT_ERR_SQLITE(rc), "%s", trial.functions->errstr(rc));
     if (rc != 0)
-        message = std::string("SQLite does not compile the table with it: ") + sqlite->message(trial.connection);
+        message =
+            std::string("SQLite does not compile the table with it: ") + trial.functions->message(trial.connection);
 }

@@ -1,6 +1,7 @@
 // One import under way: what its steps share, and the steps in the order in which they run.
 #pragma once
 
+#include "kt_sqlite_owned.hpp"
 #include "records/host_catalogue.hpp"
 #include "steps/host_findings.hpp"
 #include "tov_host.h"
@@ -14,12 +15,22 @@ struct host_translation {
     std::string message;
 };
 
+// Where conditions are tried: a connection to an empty database, on which statements are compiled and never run, and
+// the beginning of that of the table that conditions were tried of last.
+struct host_condition_trial {
+    const KT_sqlite_functions *functions = tov__get_sqlite_functions();
+    kt_owned_connection connection{functions}; // opened for the first condition
+    const host_table *table = nullptr;
+    std::string columns = {};
+};
+
 struct host_import {
     tov_schema *schema;
     host_catalogue &catalogue;
     host_findings &findings;
     // By type and text: a database repeats a few defaults many thousand times, and each is tried in SQLite.
     std::unordered_map<std::string, host_translation> translations = {};
+    host_condition_trial trial = {};
 };
 
 // host_select.cpp: which tables are imported, and what they are called in SQLite.

@@ -30,7 +30,6 @@ struct host_index_work {
     const host_table &table;
     KT_varray *list = nullptr;                          // the facts
     std::vector<std::vector<const host_column *>> kept; // the columns of the indexes that hold all rows
-    host_condition_trial trial;
 };
 
 } // namespace
@@ -91,7 +90,7 @@ static void my_check_filter(host_index_work &work, host_any_index &any)
     const host_check_reading reading = host_read_check(work.table, filter);
     any.flaw = reading.refusal ? host_refusal_text(reading) : "";
     if (any.flaw.empty())
-        KT_TRY(host_try_condition(ctx, work.import, work.trial, work.table, filter, any.flaw));
+        KT_TRY(host_try_condition(ctx, work.import, work.table, filter, any.flaw));
     if (any.flaw.empty())
         any.where = filter;
     else if (any.is_unique)
@@ -199,7 +198,7 @@ void host_add_indexes(KT_context *ctx, host_import &import, const host_table &ta
     const auto is_index = [](const host_key &key) { return key.is_index || key.filter; };
     if (table.indexes.empty() && std::none_of(table.uniques.begin(), table.uniques.end(), is_index))
         return;
-    host_index_work work{ctx, import, table, nullptr, {}, {}};
+    host_index_work work{ctx, import, table, nullptr, {}};
     KT_vhash *facts = nullptr;
     KT_TRY(tov_schema__ensure_tbl_server(ctx, import.schema, table.id_text.c_str(), &facts));
     KT_TRY(KT_vhash__addnew__varray(ctx, facts, "indexes", &work.list));
