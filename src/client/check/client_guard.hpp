@@ -12,6 +12,7 @@ enum class client_duty {
     rows,          // INSERT into and UPDATE of the table named
     trigger,       // CREATE TRIGGER of the trigger named, on the table named
     view,          // CREATE VIEW of the view named
+    reading,       // SELECT from any table
     own_statement, // a statement that holds no text of a schema: every action is allowed
 };
 
