@@ -13,6 +13,7 @@ void register_module_benches();
 void register_references_benches();
 void register_defaults_benches();
 void register_checks_benches();
+void register_check_benches();
 void register_package_benches();
 void register_rows_benches();
 void register_script_benches();
@@ -48,6 +49,7 @@ const std::vector<bench_case> &bench_cases()
         {"rows_unload", "unload a table as bcp", {{"200000", 1.5}}},
         {"rows_unload_csv", "unload a table as CSV", {{"200000", 1.5}}},
         {"rows_package", "load a package's rows of 8 columns", {{"200000", 1.8}}},
+        {"check_rows", "check rows of 8 columns, against count(*) with the conditions by hand", {{"1000000", 3.0}}},
         {"peak", "the whole way, one step after the other: most memory held", {}},
         {"way_import", "import a catalogue", {}},
         {"way_import_script", "import a script", {}},
@@ -81,6 +83,7 @@ int main(int argc, char **argv)
     register_references_benches();
     register_defaults_benches();
     register_checks_benches();
+    register_check_benches();
     register_package_benches();
     register_rows_benches();
     register_script_benches();

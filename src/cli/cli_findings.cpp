@@ -130,11 +130,19 @@ static std::string my_json(const cli_findings &findings)
     return json + (findings.count ? "\n]}\n" : "]}\n");
 }
 
+static std::vector<cli_sarif_rule> my_rules()
+{
+    std::vector<cli_sarif_rule> rules;
+    for (uint32_t n = 0; const tov_host_finding_kind *kind = tov_host__get_nth_finding_kind(n); n++)
+        rules.push_back({kind->code, kind->severity, kind->meaning});
+    return rules;
+}
+
 static std::string my_text(const cli_findings &findings, const std::string &format, const std::string &first_source)
 {
     if (format == "text")
         return my_lines(findings);
-    return format == "sarif" ? cli_sarif(findings.ctx, findings.list, first_source) : my_json(findings);
+    return format == "sarif" ? cli_sarif(findings.ctx, my_rules(), findings.list, first_source) : my_json(findings);
 }
 
 void cli_report_findings(const cli_findings &findings, const cli_findings_options &options,

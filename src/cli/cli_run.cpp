@@ -18,8 +18,8 @@ constexpr const char *about =
     "  tov-schema create schema.json shop.db\n"
     "\n"
     "tov-schema help COMMAND describes a command. A file named - is standard input or output.\n"
-    "Exit codes: 0 done; 1 findings (import --strict) or differences (diff); 2 wrong usage, or a file\n"
-    "that cannot be used; 3 out of memory or an internal error.";
+    "Exit codes: 0 done; 1 findings (import --strict), rows that are refused (check, load) or differences\n"
+    "(diff); 2 wrong usage, or a file that cannot be used; 3 out of memory or an internal error.";
 
 } // namespace
 
@@ -32,6 +32,7 @@ static void my_add_commands(cli_arguments &arguments)
     cli_add_convert(arguments);
     cli_add_load(arguments);
     cli_add_unload(arguments);
+    cli_add_check(arguments);
     cli_add_tables(arguments);
     cli_add_columns(arguments);
     cli_add_default(arguments);

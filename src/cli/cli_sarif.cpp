@@ -1,7 +1,6 @@
 #include "cli_sarif.hpp"
 
 #include "cli_json.hpp"
-#include "tov_host.h"
 #include "tov_version.h"
 
 #include <charconv>
@@ -67,14 +66,14 @@ static std::string my_uri(const std::string &path)
     return uri;
 }
 
-static void my_add_rules(KT_context *ctx, KT_vhash *driver)
+static void my_add_rules(KT_context *ctx, const std::vector<cli_sarif_rule> &kinds, KT_vhash *driver)
 {
     KT_varray *rules = cli_add_list(ctx, driver, "rules");
-    for (uint32_t n = 0; const tov_host_finding_kind *kind = tov_host__get_nth_finding_kind(n); n++) {
+    for (const cli_sarif_rule &kind : kinds) {
         KT_vhash *rule = cli_append_map(ctx, rules);
-        cli_add_text(ctx, rule, "id", kind->code);
-        cli_add_text(ctx, my_add_map(ctx, rule, "shortDescription"), "text", kind->meaning);
-        cli_add_text(ctx, my_add_map(ctx, rule, "defaultConfiguration"), "level", kind->severity);
+        cli_add_text(ctx, rule, "id", kind.code);
+        cli_add_text(ctx, my_add_map(ctx, rule, "shortDescription"), "text", kind.meaning);
+        cli_add_text(ctx, my_add_map(ctx, rule, "defaultConfiguration"), "level", kind.severity);
     }
 }
 
@@ -115,7 +114,8 @@ static void my_add_result(KT_context *ctx, KT_varray *results, const KT_vhash *f
     cli_add_text(ctx, suppression, "justification", expected.c_str());
 }
 
-std::string cli_sarif(KT_context *ctx, const KT_varray *findings, const std::string &first_source)
+std::string cli_sarif(KT_context *ctx, const std::vector<cli_sarif_rule> &rules, const KT_varray *findings,
+                      const std::string &first_source)
 {
     const cli_map log(ctx);
     cli_add_text(ctx, log, "$schema", "https://json.schemastore.org/sarif-2.1.0.json");
@@ -124,7 +124,7 @@ std::string cli_sarif(KT_context *ctx, const KT_varray *findings, const std::str
     KT_vhash *driver = my_add_map(ctx, my_add_map(ctx, run, "tool"), "driver");
     cli_add_text(ctx, driver, "name", "tov-schema");
     cli_add_text(ctx, driver, "version", TOV_SCHEMA_VERSION);
-    my_add_rules(ctx, driver);
+    my_add_rules(ctx, rules, driver);
     cli_add_text(ctx, run, "columnKind", "unicodeCodePoints");
     KT_varray *results = cli_add_list(ctx, run, "results");
     for (const KT_vhash *finding : cli_maps_of(ctx, findings))

@@ -58,9 +58,9 @@ typedef struct tov_client_check_options {
 } tov_client_check_options;
 
 /**
- * Checks all rows of the schema's tables in a database, and hands each violation to a callback: table by table in schema
- * order, first the values, then checks, keys and references. Of a value with several things wrong the callback gets
- * each that can be told without the others.
+ * Checks all rows of the schema's tables in a database, and hands each violation to a callback: table by table in
+ * schema order, first the values, then checks, keys and references. Of a value with several things wrong the callback
+ * gets each that can be told without the others.
  *
  * @param database        the path of a file, always.
  * @param options         optional.
@@ -73,7 +73,8 @@ typedef struct tov_client_check_options {
  */
 TOV_API void tov_client__check_database(KT_context *ctx, tov_schema *schema, const char *database,
                                         const tov_client_check_options *options,
-                                        void (*take)(KT_context *ctx, void *data, const tov_client_violation *violation),
+                                        void (*take)(KT_context *ctx, void *data,
+                                                     const tov_client_violation *violation),
                                         void *data, KT_bool *is_whole) KT_NOEXCEPT;
 
 KT_END_DECLS

@@ -99,8 +99,8 @@ static void my_check_tbl(KT_context *ctx, client_verify &run, const std::string 
     KT_TRY(client_verify__read_tbl(ctx, run, id.c_str(), tbl));
     is_there = is_there || tbl.found;
     if (!tbl.found || !tbl.found->is_tbl) {
-        const tov_client_violation_kind *kind = tbl.found ? client_violation_code("not-a-table").kind
-                                                          : client_violation_code("table-missing").kind;
+        const tov_client_violation_kind *kind =
+            tbl.found ? client_violation_code("not-a-table").kind : client_violation_code("table-missing").kind;
         KT_TRY(client_verify__report_tbl(ctx, run, tbl.tbl.name.c_str(), {kind, kind->meaning, "", ""}));
         return;
     }

@@ -1,7 +1,7 @@
 // The conditions come from what a created database checks: the statements of the schema module, which are taken apart
 // here, and the server's rules. They differ from a trigger's in two things. A moment is held to the server's rules
-// alone where they are known, since the module's check of it asks SQLite's time functions, which round. And the rules of
-// a string are asked one by one, so that all that is wrong with it is found.
+// alone where they are known, since the module's check of it asks SQLite's time functions, which round. And the rules
+// of a string are asked one by one, so that all that is wrong with it is found.
 #include "verify/client_value_conditions.hpp"
 
 #include "rules/client_rules.hpp"
@@ -19,9 +19,9 @@ struct message_kind {
 } // namespace
 
 static constexpr message_kind message_kinds[] = {
-    {"type mismatch", "storage-class"},  {"out of range", "out-of-range"}, {"precision exceeded", "out-of-range"},
-    {"width exceeded", "too-long"},      {"width not filled", "not-filled"}, {"must be ", "wrong-size"},
-    {"invalid ", "wrong-form"},          {"not a day", "no-such-day"},     {"a character that", "not-in-code-page"},
+    {"type mismatch", "storage-class"}, {"out of range", "out-of-range"},   {"precision exceeded", "out-of-range"},
+    {"width exceeded", "too-long"},     {"width not filled", "not-filled"}, {"must be ", "wrong-size"},
+    {"invalid ", "wrong-form"},         {"not a day", "no-such-day"},       {"a character that", "not-in-code-page"},
 };
 
 const tov_client_violation_kind *client_kind_of_message(std::string_view message) noexcept
@@ -41,10 +41,11 @@ static std::string my_replaced(std::string text, std::string_view from, std::str
 }
 
 // Takes a statement of the module's apart, made for a column named v: WHEN (condition) THEN RAISE(ABORT, 'message').
-static void my_take_apart(const std::string &statement, const std::string &value, std::vector<client_condition> &conditions)
+static void my_take_apart(const std::string &statement, const std::string &value,
+                          std::vector<client_condition> &conditions)
 {
-    static constexpr std::string_view begin = "WHEN (", middle = ") THEN RAISE(ABORT, '[v] constraint violation: ",
-                                      end = "')";
+    static constexpr std::string_view begin = "WHEN (",
+                                      middle = ") THEN RAISE(ABORT, '[v] constraint violation: ", end = "')";
     static constexpr std::string_view null_line = "IS NULL) THEN 1\n";
     size_t at = statement.find(null_line) + null_line.size();
     for (at = statement.find(begin, at); at != std::string::npos; at = statement.find(begin, at)) {

@@ -48,7 +48,7 @@ struct client_verify {
     client_connection database;
     client_guard guard;
     bool is_utf_8 = true;
-    bool nulls_are_equal = false; // in unique keys
+    bool nulls_are_equal = false;                  // in unique keys
     std::map<std::string, client_found_tbl> found; // by names in lower case
     int64_t count = 0;                             // of violations
     bool is_whole = true;                          // not ended at the limit
@@ -105,7 +105,8 @@ struct client_finding {
 };
 void client_verify__report_row(KT_context *ctx, client_verify &run, const client_verify_tbl &tbl,
                                sqlite3_stmt *statement, const client_finding &finding);
-void client_verify__report_tbl(KT_context *ctx, client_verify &run, const char *tbl_name, const client_finding &finding);
+void client_verify__report_tbl(KT_context *ctx, client_verify &run, const char *tbl_name,
+                               const client_finding &finding);
 
 // The four kinds of looks at a table.
 void client_verify__values(KT_context *ctx, client_verify &run, const client_verify_tbl &tbl);

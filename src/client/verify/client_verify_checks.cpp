@@ -12,8 +12,8 @@ static constexpr size_t most_checks = 60;
 namespace {
 
 struct asked_check {
-    std::string expression;               // in parentheses
-    std::string message;                  // names it
+    std::string expression;                 // in parentheses
+    std::string message;                    // names it
     const client_verify_col *col = nullptr; // whose own it is
 };
 
@@ -133,10 +133,9 @@ static void my_report_checks(KT_context *ctx, client_verify &run, const check_wo
             continue;
         const int column = first + 1 + static_cast<int>(n);
         const std::string col = check.col ? check.col->row_col->name : "";
-        KT_TRY(client_verify__report_row(
-            ctx, run, work.tbl, statement,
-            {client_violation_code("check").kind, check.message, col,
-             check.col ? client_shown_result(run, statement, column) : ""}));
+        KT_TRY(client_verify__report_row(ctx, run, work.tbl, statement,
+                                         {client_violation_code("check").kind, check.message, col,
+                                          check.col ? client_shown_result(run, statement, column) : ""}));
     }
 }
 
@@ -196,10 +195,9 @@ static void my_look_row_by_row(KT_context *ctx, client_verify &run, const check_
                                       " WHERE " + rowid + " >= ?1 ORDER BY " + rowid,
                                   rows, ok));
     if (ok)
-        KT_TRY(client_verify__prepare(ctx, run, work.tbl,
-                                      "SELECT " + my_is_broken(check) + " FROM " + work.tbl.source + " WHERE " + rowid +
-                                          " = ?1",
-                                      verdict, ok));
+        KT_TRY(client_verify__prepare(
+            ctx, run, work.tbl,
+            "SELECT " + my_is_broken(check) + " FROM " + work.tbl.source + " WHERE " + rowid + " = ?1", verdict, ok));
     if (!ok)
         return;
     KT_TRY(client_connection__bind_int64(ctx, run.database, rows, 1, work.from));
@@ -222,8 +220,9 @@ static void my_leave_out(KT_context *ctx, client_verify &run, const client_verif
             continue;
         }
         const std::string reason = run.database.functions->message(run.database.connection);
-        KT_TRY(client_verify__report_tbl(ctx, run, tbl.tbl.name.c_str(),
-                                         {client_violation_code("not-checked").kind, check.message + ": " + reason, "", ""}));
+        KT_TRY(client_verify__report_tbl(
+            ctx, run, tbl.tbl.name.c_str(),
+            {client_violation_code("not-checked").kind, check.message + ": " + reason, "", ""}));
     }
     checks = std::move(kept);
 }

@@ -19,7 +19,7 @@ struct setting {
 
 // What a database's own texts could do is off.
 static constexpr setting defences[] = {
-    {SQLITE_DBCONFIG_DEFENSIVE, 1},   {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0}, {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
+    {SQLITE_DBCONFIG_DEFENSIVE, 1},      {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0}, {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
     {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0}, {SQLITE_DBCONFIG_DQS_DML, 0},
 };
 
@@ -49,8 +49,8 @@ static void my_list_tbls(KT_context *ctx, client_verify &run)
     kt_owned_statement statement{run.database.functions};
     bool has = false;
     KT_TRY(client_connection__prepare(
-        ctx, run.database, "SELECT name, type = 'table' AND rootpage > 0 FROM sqlite_schema WHERE type IN ('table', 'view')",
-        statement));
+        ctx, run.database,
+        "SELECT name, type = 'table' AND rootpage > 0 FROM sqlite_schema WHERE type IN ('table', 'view')", statement));
     KT_TRY(client_connection__step(ctx, run.database, statement, has));
     while (has) {
         const std::string name(client_column_text(run.database, statement, 0));
@@ -114,8 +114,8 @@ static void my_find_rowid_col(KT_context *ctx, client_verify &run, const std::st
 {
     kt_owned_statement statement{run.database.functions};
     bool has = false;
-    KT_TRY(client_connection__prepare(ctx, run.database,
-                                      "SELECT 1 FROM pragma_index_list(?1) WHERE origin = 'pk'", statement));
+    KT_TRY(client_connection__prepare(ctx, run.database, "SELECT 1 FROM pragma_index_list(?1) WHERE origin = 'pk'",
+                                      statement));
     KT_TRY(client_connection__bind_text(ctx, run.database, statement, 1, name));
     KT_TRY(client_connection__step(ctx, run.database, statement, has));
     if (found.has_rowid && pk.size() == 1 && !has)

@@ -91,10 +91,9 @@ static void my_has_duplicates(KT_context *ctx, client_verify &run, const client_
     kt_owned_statement statement{run.database.functions};
     bool ok = false;
     has = false;
-    KT_TRY(client_verify__prepare(ctx, run, tbl,
-                                  "SELECT 1 FROM " + tbl.source + where + " GROUP BY " + parts +
-                                      " HAVING count(*) > 1 LIMIT 1",
-                                  statement, ok));
+    KT_TRY(client_verify__prepare(
+        ctx, run, tbl, "SELECT 1 FROM " + tbl.source + where + " GROUP BY " + parts + " HAVING count(*) > 1 LIMIT 1",
+        statement, ok));
     if (ok)
         KT_TRY(client_verify__step(ctx, run, tbl, statement, has));
 }

@@ -98,7 +98,8 @@ static const char *my_text(const std::string &text) noexcept
     return text.empty() ? nullptr : text.c_str();
 }
 
-static void my_report(KT_context *ctx, client_verify &run, const client_finding &finding, tov_client_violation violation)
+static void my_report(KT_context *ctx, client_verify &run, const client_finding &finding,
+                      tov_client_violation violation)
 {
     run.is_whole = run.options.max == 0 || run.count < run.options.max;
     if (!run.is_whole)

@@ -5,6 +5,7 @@
 #include "verify/client_value_conditions.hpp"
 
 #include <algorithm>
+#include <regex>
 
 namespace {
 
@@ -129,7 +130,8 @@ TEST_F(ClientVerify, ComparesReferencesAsTheServerDoes)
     set_fk("1", "3", "1", "2", "NO ACTION");
     fill(std::string(plain_tables) +
          "INSERT INTO Customers VALUES(1, 'abc', 'ABC', NULL), (2, 'ab', 'AB ', NULL), (3, 'z', 'abd', NULL)");
-    EXPECT_EQ(check(), "Customers 3 | Id=3 | Code | 'abd' | no-such-row: no row of \"Customers\" has this key (Name)\n");
+    EXPECT_EQ(check(),
+              "Customers 3 | Id=3 | Code | 'abd' | no-such-row: no row of \"Customers\" has this key (Name)\n");
 }
 
 TEST_F(ClientVerify, ADatabaseOfOurOwnMakingIsFoundInOrder)
@@ -151,12 +153,13 @@ TEST_F(ClientVerify, TablesWithoutRowidAreToldByTheirKeys)
          "PRIMARY KEY(\"a\"\"b\")) WITHOUT ROWID;"
          "INSERT INTO Customers(Id, Born, Code) VALUES(1, '2024-01-01', 'A'), (1, '2024-01-02', 'A  ');"
          "INSERT INTO \"Sales.Orders\" VALUES(NULL, 7, -1, '', 'it''s')");
-    EXPECT_EQ(check(), "Customers | Id=1 | Code | 'A' | not-filled: width not filled with blanks: 3\n"
-                       "Customers | Id=1 | Id | 1 | duplicate-key: an earlier row has the same key\n"
-                       "Sales.Orders | a\"b | column-unknown: A table has a column that the schema does not have\n"
-                       "Sales.Orders | Id=NULL | Id | NULL | null: must not be NULL\n"
-                       "Sales.Orders | Id=NULL | check: check \"c\": \"Price\" >= 0\n"
-                       "Sales.Orders | Id=NULL | Customer | 7 | no-such-row: no row of \"Customers\" has this key (Id)\n");
+    EXPECT_EQ(check(),
+              "Customers | Id=1 | Code | 'A' | not-filled: width not filled with blanks: 3\n"
+              "Customers | Id=1 | Id | 1 | duplicate-key: an earlier row has the same key\n"
+              "Sales.Orders | a\"b | column-unknown: A table has a column that the schema does not have\n"
+              "Sales.Orders | Id=NULL | Id | NULL | null: must not be NULL\n"
+              "Sales.Orders | Id=NULL | check: check \"c\": \"Price\" >= 0\n"
+              "Sales.Orders | Id=NULL | Customer | 7 | no-such-row: no row of \"Customers\" has this key (Id)\n");
     fill("CREATE TABLE Customers(Name TEXT, \"a\"\"b\" TEXT PRIMARY KEY) WITHOUT ROWID;"
          "INSERT INTO Customers VALUES('Ada Lovelace', 'it''s')");
     EXPECT_NE(check().find("Customers | a\"b='it''s' | Name | 'Ada Lovelace' | too-long: "), std::string::npos);
@@ -236,8 +239,9 @@ TEST_F(ClientVerify, ACheckThatFailsForARowIsThatRowsViolation)
 // Texts of the database that SQLite would run, or that make it refuse a statement.
 TEST_F(ClientVerify, NothingInADatabaseIsTrusted)
 {
-    fill("CREATE TABLE hidden(a); CREATE VIEW Customers AS SELECT 1 AS Id FROM hidden;"
-         "CREATE VIRTUAL TABLE \"Sales.Orders\" USING fts5(Id, Price)");
+    fill("CREATE TABLE hidden(a); CREATE VIEW Customers AS SELECT 1 AS Id FROM hidden; PRAGMA writable_schema=ON;"
+         "INSERT INTO sqlite_master VALUES('table', 'Sales.Orders', 'Sales.Orders', 0,"
+         "'CREATE VIRTUAL TABLE \"Sales.Orders\" USING strange(Id, Price)')");
     EXPECT_EQ(check(), "Customers | not-a-table: A view or virtual table has the name of a table, and its rows are not "
                        "looked at\n"
                        "Sales.Orders | not-a-table: A view or virtual table has the name of a table, and its rows are "
@@ -272,9 +276,10 @@ TEST_F(ClientVerify, ACollationThatIsNotKnownDoesNotMatter)
                         "INSERT INTO \"Sales.Orders\" VALUES(1, 2, -5, '')"),
               "");
     sqlite3_close(file);
-    EXPECT_EQ(check(), "Customers 1 | Id=1 | Born | '2024-02-30' | wrong-form: invalid date (YYYY-MM-DD)\n"
-                       "Sales.Orders 1 | Id=1 | check: check \"c\": \"Price\" >= 0\n"
-                       "Sales.Orders 1 | Id=1 | Customer | 2 | no-such-row: no row of \"Customers\" has this key (Id)\n");
+    EXPECT_EQ(check(),
+              "Customers 1 | Id=1 | Born | '2024-02-30' | wrong-form: invalid date (YYYY-MM-DD)\n"
+              "Sales.Orders 1 | Id=1 | check: check \"c\": \"Price\" >= 0\n"
+              "Sales.Orders 1 | Id=1 | Customer | 2 | no-such-row: no row of \"Customers\" has this key (Id)\n");
 }
 
 TEST_F(ClientVerify, AnotherEncodingChangesNothing)
@@ -292,9 +297,8 @@ TEST_F(ClientVerify, AnotherEncodingChangesNothing)
 
 TEST_F(ClientVerify, LongValuesAreShortened)
 {
-    fill(std::string(plain_tables) +
-         "INSERT INTO Customers VALUES(1, printf('%.1000c', 'x'), zeroblob(1000), NULL),"
-         "(2, 'it''s ' || char(10) || CAST(x'FF' AS TEXT) || '         ', NULL, NULL)");
+    fill(std::string(plain_tables) + "INSERT INTO Customers VALUES(1, printf('%.1000c', 'x'), zeroblob(1000), NULL),"
+                                     "(2, 'it''s ' || char(10) || CAST(x'FF' AS TEXT) || '         ', NULL, NULL)");
     const std::string all = check();
     EXPECT_NE(all.find("| '" + std::string(60, 'x') + "…' | too-long"), std::string::npos) << all;
     EXPECT_NE(all.find("| x'" + std::string(60, '0') + "…' | storage-class"), std::string::npos) << all;
@@ -328,6 +332,21 @@ TEST_F(ClientVerify, EveryRuleOfATypeHasACode)
         for (const client_rule &rule : client_rules_of(type.type, "v"))
             EXPECT_STRNE(client_kind_of_message(rule.message)->code, "refused") << rule.message;
     }
+}
+
+TEST_F(ClientVerify, CodesAreDocumentedAsTheyAre)
+{
+    std::ostringstream page;
+    page << std::ifstream(TOV_CHECK_PAGE).rdbuf();
+    const std::string text = page.str();
+    const std::regex row(R"(\n\| `([a-z-]+)` \| (error|note) \|)");
+    std::string documented;
+    std::string known;
+    for (std::sregex_iterator match(text.begin(), text.end(), row), end; match != end; ++match)
+        documented += (*match)[1].str() + " " + (*match)[2].str() + "\n";
+    for (uint32_t n = 0; const tov_client_violation_kind *kind = tov_client__get_nth_violation_kind(n); n++)
+        known += std::string(kind->code) + " " + kind->severity + "\n";
+    EXPECT_EQ(documented, known);
 }
 
 } // namespace
