@@ -40,6 +40,13 @@ static int32_t my_kind(const std::string &name)
     return TOV_HOST_SOURCE_AUTO;
 }
 
+static int32_t my_clock(const std::string &name)
+{
+    if (name == "utc")
+        return TOV_HOST_CLOCK_UTC;
+    return name == "local" ? TOV_HOST_CLOCK_LOCAL : TOV_HOST_CLOCK_LOCAL_REPORTED;
+}
+
 static std::vector<tov_host_file> my_files(const std::vector<cli_source> &sources)
 {
     std::vector<tov_host_file> files;
@@ -68,7 +75,8 @@ void cli_import(KT_context *ctx, const cli_import_options &options, const std::v
                 cli_schema *schema, cli_findings *findings)
 {
     const std::vector<tov_host_file> files = my_files(sources);
-    const string_list only(options.only), skip(options.skip), renames(options.renames), defines(options.defines);
+    const string_list only(options.only), skip(options.skip), renames(options.renames), defines(options.defines),
+        constants(options.constants);
     tov_host_options host_options{};
     host_options.txid = options.txid;
     host_options.verbose = options.is_verbose;
@@ -78,6 +86,8 @@ void cli_import(KT_context *ctx, const cli_import_options &options, const std::v
     host_options.skip = skip;
     host_options.renames = renames;
     host_options.defines = defines;
+    host_options.clock = my_clock(options.clock);
+    host_options.constants = constants;
     {
         const cli_waiting waiting("importing");
         tov_host__import_files(ctx, files.data(), files.size(), &host_options, &schema->schema, &findings->list);
@@ -99,6 +109,14 @@ void cli_add_source_options(const cli_command &command, cli_import_options &opti
     command.option("--encoding", options.encoding, "the encoding of scripts that are not Unicode, e.g. windows-1252",
                    "NAME");
     command.option("--define", options.defines, "the value of a variable $(NAME) in scripts", "NAME=VALUE");
+    command
+        .option("--clock", options.clock,
+                "what getdate() and other local clocks become in defaults: local (the default, with a finding) or utc",
+                "KIND")
+        .one_of({"utc", "local"});
+    command.option("--constant", options.constants,
+                   "what a function such as db_name() or suser_sname() gives in defaults; may be repeated",
+                   "NAME=VALUE");
     command.option("--txid", options.txid, "the transaction id of every table (default: 0)");
     command.flag("--verbose", options.is_verbose, "also report fields of an export that are not known");
 }

@@ -13,7 +13,8 @@ struct cli_import_options {
     std::vector<std::string> sources;
     std::string kind = "auto";
     std::string encoding;
-    std::vector<std::string> defines, only, skip, renames;
+    std::string clock;
+    std::vector<std::string> defines, only, skip, renames, constants;
     int64_t txid = 0;
     bool is_verbose = false;
 };

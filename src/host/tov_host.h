@@ -30,6 +30,13 @@ typedef struct tov_host_list {
     size_t count;
 } tov_host_list;
 
+/** What the server's local clock, such as getdate(), becomes in a default. */
+enum {
+    TOV_HOST_CLOCK_LOCAL_REPORTED = 0, /**< local time, with a finding (default-clock) for each such column */
+    TOV_HOST_CLOCK_UTC = 1,
+    TOV_HOST_CLOCK_LOCAL = 2 /**< the local time of the machine where a row is written */
+};
+
 /** How to import. A field that is 0 or null has its default, so start from an empty structure. */
 typedef struct tov_host_options {
     /** The transaction id of every table. */
@@ -55,6 +62,10 @@ typedef struct tov_host_options {
     tov_host_list renames;
     /** Values of variables in scripts, each as NAME=VALUE. */
     tov_host_list defines;
+    /** One of TOV_HOST_CLOCK_... */
+    int32_t clock;
+    /** What functions such as db_name() and suser_sname() give in defaults, each as NAME=VALUE. */
+    tov_host_list constants;
 } tov_host_options;
 
 /** One of several files that are read together. */

@@ -6,8 +6,8 @@
 namespace {
 
 constexpr const char *script =
-    "CREATE TABLE dbo.T (Id int NOT NULL PRIMARY KEY, At datetime NOT NULL DEFAULT getdate(),\n"
-    "  Twice AS (Id * 2), Till datetime NOT NULL DEFAULT getdate())\nGO\n"
+    "CREATE TABLE dbo.T (Id int NOT NULL PRIMARY KEY, At datetime NOT NULL DEFAULT dbo.f(),\n"
+    "  Twice AS (Id * 2), Till datetime NOT NULL DEFAULT dbo.f())\nGO\n"
     "IF @@SERVERNAME = 'x'\n  ALTER TABLE dbo.T ADD Further int\n";
 
 class CliFindings : public CommandTest {
@@ -72,7 +72,7 @@ TEST_F(CliFindings, OfTheBaselineAreExpectedEachOnce)
     EXPECT_EXIT_CODE(import({"--strict", "--baseline", path("base.json")}), 0);
     // The lines move, another default of the same text comes, and another statement that is not followed.
     write("t.sql", std::string("-- first\n\n") + script +
-                       "GO\nCREATE TABLE dbo.U (Id int, At datetime DEFAULT getdate())\n" +
+                       "GO\nCREATE TABLE dbo.U (Id int, At datetime DEFAULT dbo.f())\n" +
                        "IF @@SERVERNAME = 'x'\n  ALTER TABLE dbo.T ADD Further int\n");
     const command_result result = import({"--strict", "--baseline", path("base.json"), "--findings", path("f.json")});
     EXPECT_EXIT_CODE(result, 1);

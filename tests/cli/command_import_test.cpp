@@ -37,7 +37,7 @@ TEST_F(CommandImportTest, WritesTheSchemaAndPrintsFindings)
     EXPECT_NE(result.out.find("\"name\":\"Customers\""), std::string::npos);
     EXPECT_NE(result.out.find("\"expr\":\"'nobody'\""), std::string::npos) << "the default came over";
     EXPECT_EQ(result.err.find("default-dropped: dbo.Orders.Placed: "), 0u) << result.err;
-    EXPECT_NE(result.err.find("(getdate())"), std::string::npos);
+    EXPECT_NE(result.err.find("([dbo].[f]())"), std::string::npos);
 }
 
 TEST_F(CommandImportTest, WritesFindingsAsJson)
@@ -46,7 +46,7 @@ TEST_F(CommandImportTest, WritesFindingsAsJson)
     EXPECT_EXIT_CODE(result, 0);
     EXPECT_EQ(read("f.json").find("{\"findings\":[\n{\"code\":\"default-dropped\",\"severity\":\"warning\","), 0u)
         << read("f.json");
-    EXPECT_NE(read("f.json").find("\"host_text\":\"(getdate())\""), std::string::npos);
+    EXPECT_NE(read("f.json").find("\"host_text\":\"([dbo].[f]())\""), std::string::npos);
 }
 
 TEST_F(CommandImportTest, StrictRefusesAnyFindingAndWritesNoSchema)

@@ -24,7 +24,7 @@ inline const std::string sample_catalogue = R"json({
 "precision":9,"scale":2,"is_nullable":true},
 {"id":4,"name":"Placed","system_type_id":61,"system_type":"datetime","user_type":"datetime","max_length":8,
 "precision":23,"scale":3,"is_nullable":true,
-"default":{"kind":"constraint","id":2,"name":"DF_Placed","definition":"(getdate())"}}],
+"default":{"kind":"constraint","id":2,"name":"DF_Placed","definition":"([dbo].[f]())"}}],
 "pk":{"name":"PK_Orders","columns":[{"name":"OrderId"}]},
 "fks":[{"name":"FK_Orders_Customers","id":201,"ref_table_id":101,"ref_schema":"dbo","ref_table":"Customers",
 "ref_key":"PK_Customers","on_delete":"CASCADE","on_update":"NO_ACTION",

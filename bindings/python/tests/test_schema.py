@@ -28,6 +28,16 @@ def test_only_skip_and_rename(script):
     assert names(renames=["sales.Orders=Orders"]) == ["Customers", "Orders"]
 
 
+def test_clocks_and_constants(tmp_path):
+    script = tmp_path / "clock.sql"
+    script.write_text("CREATE TABLE T (At datetime2(0) DEFAULT getdate(), By_ nvarchar(50) DEFAULT suser_sname())")
+    schema, findings = tov_schema.import_source(script, clock="utc", constants=["suser_sname=app"])
+    assert findings == []
+    assert "(datetime('now'))" in schema.to_json() and "'app'" in schema.to_json()
+    assert [finding.code for finding in tov_schema.import_source(script).findings] == [
+        "default-clock", "default-dropped"]
+
+
 def test_json_is_read_back(schema):
     text = schema.to_json()
     assert json.loads(text)["tbls"]

@@ -40,7 +40,7 @@ class HostList(ctypes.Structure):
 class HostOptions(ctypes.Structure):
     _fields_ = [("txid", ctypes.c_int64), ("verbose", ctypes.c_int32), ("source", ctypes.c_int32),
                 ("encoding", ctypes.c_char_p), ("only", HostList), ("skip", HostList), ("renames", HostList),
-                ("defines", HostList)]
+                ("defines", HostList), ("clock", ctypes.c_int32), ("constants", HostList)]
 
 
 class HostFile(ctypes.Structure):

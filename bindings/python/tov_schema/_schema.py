@@ -9,6 +9,7 @@ from . import _library as c
 from . import _values
 
 Path = Union[str, "os.PathLike[str]"]
+_CLOCKS = {"reported": 0, "utc": 1, "local": 2}
 _KINDS = {"auto": 0, "json": 1, "package": 2, "script": 3}
 _RULES = {"server": 0, "basic": 1}
 _INDEXES = {"all": 0, "references": 1, "none": 2}
@@ -285,11 +286,14 @@ def _sources(paths: Union[Path, Iterable[Path]]) -> List[Tuple[str, bytes]]:
 
 def import_source(source: Union[bytes, Path, Iterable[Path]], *, kind: str = "auto", encoding: Optional[str] = None,
                   only: Iterable[str] = (), skip: Iterable[str] = (), renames: Iterable[str] = (),
-                  defines: Iterable[str] = (), txid: int = 0) -> Imported:
+                  defines: Iterable[str] = (), txid: int = 0, clock: str = "reported",
+                  constants: Iterable[str] = ()) -> Imported:
     """Makes a schema of a package, scripts (files or folders of them) or a catalogue export, by path or as bytes.
 
     kind: "auto" looks at the content; "json", "package" or "script" says what it is.
     only, skip: patterns of SCHEMA.TABLE with * and ?.  renames: OLD=NEW.  defines: NAME=VALUE of script variables.
+    clock: what getdate() becomes in defaults: "local", "utc", or "reported", which is local with a finding for each.
+    constants: NAME=VALUE of functions such as db_name and suser_sname.
 
     >>> schema, findings = tov_schema.import_source("Shop.bacpac")
     """
@@ -297,8 +301,10 @@ def import_source(source: Union[bytes, Path, Iterable[Path]], *, kind: str = "au
     files = (c.HostFile * len(sources))(*(c.HostFile(os.fsencode(name) or None, content, len(content))
                                           for name, content in sources))
     lists = {name: c.strings(words) for name, words in
-             (("only", only), ("skip", skip), ("renames", renames), ("defines", defines))}
+             (("only", only), ("skip", skip), ("renames", renames), ("defines", defines),
+              ("constants", constants))}
     options = c.HostOptions(txid=txid, source=_choice("kind", _KINDS, kind), encoding=c.encoded(encoding),
+                            clock=_choice("clock", _CLOCKS, clock),
                             **{name: c.HostList(words, len(words)) for name, words in lists.items()})
     handle, findings = ctypes.c_void_p(), ctypes.c_void_p()
     with c.Call() as call:

@@ -1,5 +1,6 @@
 #include "steps/host_default_form.hpp"
 
+#include "defaults/host_clock.hpp"
 #include "kt_string.h"
 #include "steps/host_import.hpp"
 #include "steps/host_moment_literal.hpp"
@@ -19,38 +20,6 @@ static bool my_is_clock(std::string_view expr)
 static bool my_is_literal(std::string_view expr)
 {
     return expr.size() >= 2 && expr.front() == '\'' && expr.back() == '\'';
-}
-
-static std::string my_quoted(std::string_view text)
-{
-    std::string literal = "'";
-    for (const char c : text)
-        literal += c == '\'' ? std::string("''") : std::string(1, c);
-    return literal + "'";
-}
-
-// SQLite's clock has milliseconds: what a type has fewer of is cut, what it has more of are zeros. A datetime ends in
-// 0, 3 or 7, and a smalldatetime is rounded to the minute.
-static std::string my_clock(std::string_view type, int64_t scale)
-{
-    if (type == "date")
-        return "(date('now'))";
-    if (type == "smalldatetime")
-        return "(strftime('%Y-%m-%d %H:%M:00','now','+30 seconds'))";
-    if (type == "datetime")
-        return "(substr(strftime('%Y-%m-%d %H:%M:%f','now'),1,22)||"
-               "substr('0033377777',substr(strftime('%f','now'),-1)+1,1))";
-    const bool is_time = type == "time";
-    if (scale == 0)
-        return is_time ? "(time('now'))" : "(datetime('now'))";
-    const std::string clock = is_time ? "strftime('%H:%M:%f','now')" : "strftime('%Y-%m-%d %H:%M:%f','now')";
-    if (scale == 3)
-        return "(" + clock + ")";
-    const int digits = host_fraction_digits(type, scale);
-    const auto zeros = static_cast<size_t>(digits > scale ? digits - scale : std::max<int64_t>(scale - 3, 0));
-    const int64_t kept = std::min<int64_t>(scale, 3) + (is_time ? 9 : 20);
-    const std::string cut = scale < 3 ? "substr(" + clock + ",1," + std::to_string(kept) + ")" : clock;
-    return "(" + cut + (zeros ? "||'" + std::string(zeros, '0') + "'" : "") + ")";
 }
 
 static bool my_is_moment(std::string_view type)
@@ -126,13 +95,13 @@ static host_stored_default my_store_text(const host_column &col, std::string_vie
     if (text.empty() && !is_literal)
         return {"", "it is a floating-point number, which only the server writes as a string"};
     if (col.max_length <= 0)
-        return {my_quoted(text), ""};
+        return {host_quoted(text), ""};
     const int64_t size = my_measure(col, text, is_unicode);
     if (size > width)
         return {"", "it is longer than the column"};
     if (is_fixed)
         text.append(static_cast<size_t>(width - size), ' ');
-    return {my_quoted(text), ""};
+    return {host_quoted(text), ""};
 }
 
 // x'0A' of a binary(4) gets its zeros, as on the server.
@@ -172,7 +141,7 @@ host_stored_default host_store_default(const host_column &col, std::string_view 
     if (KT_stricmp(std::string(expr).c_str(), "NULL") == 0)
         return {std::string(expr), ""};
     if (my_is_moment(type) && my_is_clock(expr))
-        return {my_clock(type, col.scale), ""};
+        return {host_clock_expression(type, col.scale, ""), ""};
     if (my_is_moment(type) && my_is_literal(expr))
         return host_store_moment(col, host_unquoted_literal(expr));
     if (type == "datetimeoffset") // to the schema module it is a text, which may be anything

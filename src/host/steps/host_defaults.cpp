@@ -1,6 +1,7 @@
 // Column defaults: the server's text is always kept, and its SQLite form where there is one.
 #include "steps/host_import.hpp"
 
+#include "defaults/host_second_default.hpp"
 #include "steps/host_bound_default.hpp"
 #include "steps/host_default_form.hpp"
 
@@ -56,6 +57,25 @@ static std::string my_translation_key(const host_column &col, const std::string 
     return key + host_text;
 }
 
+// The schema module reads literals and the UTC clocks. What it drops or refuses gets a second reading, whose constants
+// it reads again: the column's checks have the last word.
+static void my_translate_again(KT_context *ctx, host_import &import, const host_table &table, const host_column &col,
+                               const std::string &host_text, host_translation &translation)
+{
+    const bool is_utc = import.options.clock == TOV_HOST_CLOCK_UTC;
+    const host_second_default second = host_read_second_default(col, host_text, {is_utc, import.options.constants});
+    host_translation again;
+    if (!second.host_text.empty()) {
+        KT_TRY(my_translate(ctx, import, table, col, second.host_text.c_str(), again));
+        my_store(col, again);
+    } else if (!second.expr.empty()) {
+        again.expr = second.expr;
+        again.is_local = second.is_local;
+    }
+    if (again.expr)
+        translation = std::move(again);
+}
+
 static void my_find_translation(KT_context *ctx, host_import &import, const host_table &table, const host_column &col,
                                 const std::string &host_text, host_translation &translation)
 {
@@ -67,6 +87,8 @@ static void my_find_translation(KT_context *ctx, host_import &import, const host
     }
     KT_TRY(my_translate(ctx, import, table, col, host_text.c_str(), translation));
     my_store(col, translation);
+    if (!translation.expr || translation.refused)
+        KT_TRY(my_translate_again(ctx, import, table, col, host_text, translation));
     if (import.translations.size() < most)
         import.translations.emplace(key, translation);
 }
@@ -76,6 +98,16 @@ std::string host_default_expression(const host_default &defval)
 {
     const bool is_bound = defval.kind && std::string_view(defval.kind) == "bound";
     return std::string(is_bound ? host_bound_default_expression(defval.definition) : defval.definition);
+}
+
+static void my_report_dropped(KT_context *ctx, host_import &import, const host_table &table, const host_column &col)
+{
+    std::string_view sequence;
+    const bool is_sequence = host_is_sequence_default(host_default_expression(col.defval), sequence);
+    KT_TRY(import.findings.add(
+        ctx, "default-dropped", &table, &col, col.defval.definition,
+        (is_sequence ? "left out: SQLite has no sequences" : "left out: SQLite has no default that means the same") +
+            host_must_give_value(col)));
 }
 
 void host_add_default(KT_context *ctx, host_import &import, const host_table &table, const host_column &col)
@@ -89,7 +121,7 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
         return;
     }
     KT_TRY(tov_schema__set_host_defval(ctx, import.schema, table.id_text.c_str(), col.id_text, defval.definition));
-    if (!col.prepared)
+    if (!col.prepared || col.rowid_key) // SQLite numbers the rows
         return;
     host_translation translation;
     KT_TRY(my_find_translation(ctx, import, table, col, host_default_expression(defval), translation));
@@ -100,10 +132,13 @@ void host_add_default(KT_context *ctx, host_import &import, const host_table &ta
         return;
     }
     if (!translation.expr) {
-        KT_TRY(import.findings.add(ctx, "default-dropped", &table, &col, defval.definition,
-                                   "left out: SQLite has no default that means the same" + host_must_give_value(col)));
+        KT_TRY(my_report_dropped(ctx, import, table, col));
         return;
     }
+    if (translation.is_local && import.options.clock == TOV_HOST_CLOCK_LOCAL_REPORTED)
+        KT_TRY(import.findings.add(ctx, "default-clock", &table, &col, defval.definition,
+                                   "kept: it is the local time of the machine where the row is written, not of the "
+                                   "server"));
     const bool has_name = !defval.kind || std::string_view(defval.kind) == "constraint";
     KT_TRY(tov_schema__set_colcon_defval(ctx, import.schema, table.id_text.c_str(), col.id_text, 1,
                                          has_name ? defval.name : nullptr, translation.expr->c_str()));

@@ -52,6 +52,8 @@ inline constexpr tov_host_finding_kind host_finding_kinds[] = {
     // Defaults, keys, references, checks.
     {"default-hidden", host_error, "The login of the export could not see a default"},
     {"default-dropped", host_warning, "A default is left out, since SQLite has none that means the same"},
+    {"default-clock", host_warning,
+     "A default of the server's local time gives that of the machine where a row is written"},
     {"default-refused", host_warning, "A default is left out, since it is not a value of the column's type"},
     {"key-disabled", host_note, "A disabled key is left out"},
     {"key-unprepared-column", host_warning, "A key is left out with a column of it"},

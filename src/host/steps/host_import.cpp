@@ -5,6 +5,7 @@
 // compiles against complete tables.
 #include "steps/host_import.hpp"
 
+#include "defaults/host_constant.hpp"
 #include "steps/host_source.hpp"
 
 #define KT_HERE "src/host/steps/host_import"
@@ -112,9 +113,21 @@ static void my_report_source(KT_context *ctx, host_findings &findings, const hos
         KT_TRY(findings.add(ctx, "no-tables", nullptr, nullptr, nullptr, "the source holds no tables"));
 }
 
+static void my_check_constants(KT_context *ctx, const tov_host_list &constants)
+{
+    for (size_t n = 0; n < constants.count; n++) {
+        const std::string_view item = constants.items[n];
+        const size_t equals = item.find('=');
+        if (equals == std::string_view::npos || !host_is_session_name(item.substr(0, equals)))
+            KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "'%s' is not of the form NAME=VALUE with a function such as db_name",
+                    constants.items[n]);
+    }
+}
+
 static void my_import(KT_context *ctx, std::span<const tov_host_file> files, const tov_host_options &options,
                       tov_schema **result, KT_varray **result_findings)
 {
+    KT_TRY(my_check_constants(ctx, options.constants));
     host_findings findings{ctx};
     host_source source{ctx};
     KT_TRY(host_read_source(ctx, files, options, findings, source));
@@ -124,7 +137,7 @@ static void my_import(KT_context *ctx, std::span<const tov_host_file> files, con
     KT_TRY(host_link_catalogue(ctx, source.catalogue));
     host_owned_schema schema{ctx};
     KT_TRY(my_new_schema(ctx, schema));
-    host_import import{schema, source.catalogue, findings};
+    host_import import{schema, source.catalogue, findings, options};
     KT_TRY(host_add_database_facts(ctx, import));
     KT_TRY(my_build(ctx, import, options.txid));
     schema.move_to(result);

@@ -13,6 +13,7 @@ struct host_translation {
     std::optional<std::string> expr;
     bool refused = false;
     std::string message;
+    bool is_local = false; // it is the server's local time
 };
 
 // Where conditions are tried: a connection to an empty database, on which statements are compiled and never run, and
@@ -28,6 +29,7 @@ struct host_import {
     tov_schema *schema;
     host_catalogue &catalogue;
     host_findings &findings;
+    const tov_host_options &options;
     // By type and text: a database repeats a few defaults many thousand times, and each is tried in SQLite.
     std::unordered_map<std::string, host_translation> translations = {};
     host_condition_trial trial = {};

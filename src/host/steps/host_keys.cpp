@@ -6,6 +6,9 @@
 // constraint.
 #include "steps/host_import.hpp"
 
+#include "defaults/host_second_default.hpp"
+#include "tsql/host_server_spelling.hpp"
+
 #include <algorithm>
 #include <string_view>
 
@@ -51,6 +54,50 @@ static void my_report_numbering(KT_context *ctx, host_import &import, const host
                                "SQLite numbers rows from 1, each with one more than the greatest"));
 }
 
+static const host_sequence *my_find_sequence(const host_catalogue &catalogue, std::string_view name)
+{
+    const auto &all = catalogue.sequences;
+    const auto found = std::find_if(all.begin(), all.end(), [name](const host_sequence &sequence) {
+        return host_same_text(host_bracketed(sequence.schema_name ? sequence.schema_name : "") + '.' +
+                                  host_bracketed(sequence.name ? sequence.name : ""),
+                              name);
+    });
+    return found == all.end() ? nullptr : &*found;
+}
+
+// The sole column of the primary key that takes its numbers from a sequence, null when there is none.
+static host_column *my_find_sequence_key(host_table &table, std::string &expression, std::string_view &sequence)
+{
+    if (!table.has_pk || table.pk.cols.size() != 1 || !my_is_kept(table.pk))
+        return nullptr;
+    for (host_column &col : table.cols) {
+        if (&col != table.pk.cols.front() || !col.defval.definition || !host_is_rowid_type(col))
+            continue;
+        expression = host_default_expression(col.defval);
+        return host_is_sequence_default(expression, sequence) ? &col : nullptr;
+    }
+    return nullptr;
+}
+
+// SQLite's own numbering takes the place of the sequence, as it does of an identity.
+static void my_choose_sequence(KT_context *ctx, host_import &import, host_table &table)
+{
+    std::string expression;
+    std::string_view name;
+    host_column *col = my_find_sequence_key(table, expression, name);
+    if (!col)
+        return;
+    col->rowid_key = &table.pk;
+    table.has_rowid = true;
+    const host_sequence *sequence = my_find_sequence(import.catalogue, name);
+    std::string host_text = "SEQUENCE " + std::string(name);
+    if (sequence && sequence->start && sequence->increment)
+        host_text += std::string(" START WITH ") + sequence->start + " INCREMENT BY " + sequence->increment;
+    KT_TRY(import.findings.add(ctx, "identity-numbering", &table, col, host_text.c_str(),
+                               "SQLite numbers the rows of this table by themselves, from 1, each with one more than "
+                               "the greatest"));
+}
+
 void host_choose_rowid(KT_context *ctx, host_import &import, host_table &table)
 {
     for (host_column &col : table.cols) {
@@ -67,6 +114,8 @@ void host_choose_rowid(KT_context *ctx, host_import &import, host_table &table)
                                    "kept as an ordinary number that SQLite does not fill in: only a column that is "
                                    "the whole of a key can number the rows"));
     }
+    if (!table.has_rowid)
+        KT_TRY(my_choose_sequence(ctx, import, table));
 }
 
 // Reports a key that cannot be carried over, and says whether it was one. One with a filter is an index, and reported

@@ -17,6 +17,14 @@ std::string host_unquoted_literal(std::string_view literal)
     return text;
 }
 
+std::string host_quoted(std::string_view text)
+{
+    std::string literal = "'";
+    for (const char byte : text)
+        literal += byte == '\'' ? "''" : std::string_view(&byte, 1);
+    return literal + '\'';
+}
+
 std::string host_bracketed(std::string_view name)
 {
     std::string text = "[";

@@ -22,3 +22,6 @@ std::string host_bracketed(std::string_view name);
 
 // What is between the quotes of a string literal of SQL, doubled quotes taken for one.
 std::string host_unquoted_literal(std::string_view literal);
+
+// The text as a string literal, quotes doubled.
+std::string host_quoted(std::string_view text);

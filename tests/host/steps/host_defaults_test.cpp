@@ -63,18 +63,21 @@ TEST_F(HostDefaultsTest, LeftOut)
         std::string defval;
         const char *line;
     } cases[] = {
-        {"datetime", constraint("(getdate())"),
+        {"datetime", constraint("(dbo.f())"),
          "default-dropped: dbo.T.C: left out: SQLite has no default that means the same; the column is NOT NULL, so "
          "inserts must give a value: "
-         "(getdate())"},
+         "(dbo.f())"},
+        {"int", constraint("(NEXT VALUE FOR [dbo].[Numbers])"),
+         "default-dropped: dbo.T.C: left out: SQLite has no sequences; the column is NOT NULL, so inserts must give a "
+         "value: (NEXT VALUE FOR [dbo].[Numbers])"},
         {"tinyint", constraint("((256))"),
          "default-dropped: dbo.T.C: left out: SQLite has no default that means the same; the column is NOT NULL, so "
          "inserts must give a value: "
          "((256))"},
-        {"uniqueidentifier", constraint("('00000000-0000-0000-0000-000000000000')"),
+        {"uniqueidentifier", constraint("('00000000-0000-0000-0000-00000000000')"),
          "default-dropped: dbo.T.C: left out: SQLite has no default that means the same; the column is NOT NULL, so "
          "inserts must give a value: "
-         "('00000000-0000-0000-0000-000000000000')"},
+         "('00000000-0000-0000-0000-00000000000')"},
         {"int", R"({"kind":"bound","id":5,"definition":"CREATE DEFAULT d"})",
          "default-dropped: dbo.T.C: left out: SQLite has no default that means the same; the column is NOT NULL, so "
          "inserts must give a value: "
@@ -94,9 +97,9 @@ TEST_F(HostDefaultsTest, LeftOut)
 
 TEST_F(HostDefaultsTest, LeftOutOfAColumnThatMayBeNull)
 {
-    const std::string more = R"("is_nullable":true,"default":)" + constraint("(getdate())");
+    const std::string more = R"("is_nullable":true,"default":)" + constraint("(dbo.f())");
     import_tables(a_table(7, "T", a_col(1, "C", "datetime", more)));
-    EXPECT_EQ(lines(), "default-dropped: dbo.T.C: left out: SQLite has no default that means the same: (getdate())");
+    EXPECT_EQ(lines(), "default-dropped: dbo.T.C: left out: SQLite has no default that means the same: (dbo.f())");
 }
 
 TEST_F(HostDefaultsTest, WhatTheTypeCheckRefusesIsAFindingAndTheImportGoesOn)
@@ -140,14 +143,14 @@ TEST_F(HostDefaultsTest, AnUnpreparedColumnKeepsTheHostsTextOnly)
 TEST_F(HostDefaultsTest, WhatIsNotADateIsNotADefault)
 {
     const std::pair<const char *, const char *> cases[] = {
-        {"date", "01/01/1900"},
+        {"date", "01/02/1900"},
         {"date", "1900-13-01"},
         {"date", "1900-01-32"},
         {"date", "aaaaaaaaaa"},
         {"time", "aaaaaaaa"},
         {"time", "25:00:00"},
         {"time", "12:60:00"},
-        {"datetime", "01/01/1900 00:00:00"},
+        {"datetime", "01/02/1900 00:00:00"},
         {"datetime", "1900-01-01 24:00:61"},
         {"datetime", "1900-01-01x00:00:00"},
         {"datetime", "aaaaaaaaaa"},
@@ -158,11 +161,11 @@ TEST_F(HostDefaultsTest, WhatIsNotADateIsNotADefault)
         EXPECT_EQ(codes(), "default-refused dbo.T.C");
         EXPECT_FALSE(has(R"("defval":)")) << document();
     }
-    import_default("date", constraint("('01/01/1900')"));
+    import_default("date", constraint("('01/02/1900')"));
     EXPECT_EQ(
         lines(),
         "default-refused: dbo.T.C: left out: it is not a value of the column's type: it is not a moment of "
-        "the calendar in a form that is known; the column is NOT NULL, so inserts must give a value: ('01/01/1900')");
+        "the calendar in a form that is known; the column is NOT NULL, so inserts must give a value: ('01/02/1900')");
 }
 
 // What the database itself makes has the form of what is loaded.

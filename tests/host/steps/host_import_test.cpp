@@ -205,7 +205,7 @@ TEST_F(HostImportTest, TheSampleCatalogue)
     EXPECT_EQ(codes(), "column-computed dbo.Products.Margin\n"
                        "type-unsupported dbo.Warehouses.Notes\n"
                        "column-computed sales.OrderLines.LineTotal\n"
-                       "default-dropped dbo.ProductPrices.SetAt\n"
+                       "default-clock dbo.ProductPrices.SetAt\n"
                        "rowversion-as-bytes dbo.Products.Changed\n"
                        "type-as-text sales.Shipments.LastSeen\n"
                        "unique-nullable dbo.Customers.Email\n"
