@@ -33,15 +33,13 @@ static void my_refuse_source(const std::string &bytes, const std::string &path)
         throw cli_failure("this is not a schema; tov-schema import makes one from packages, scripts and exports", path);
 }
 
-void cli_load_schema(KT_context *ctx, const std::string &path, cli_schema *schema)
+static bool my_is_export(KT_context *ctx, const KT_vhash *file)
 {
-    const std::string text = cli_read_file(path);
-    my_refuse_source(text, path);
-    cli_refuse_nul(text, path);
-    cli_map file(ctx, text, path);
-    if (my_has_key(ctx, file, "format") || (my_has_key(ctx, file, "tables") && !my_has_key(ctx, file, "tbls")))
-        throw cli_failure("this is a catalogue export; tov-schema import makes a schema from it", path);
+    return my_has_key(ctx, file, "format") || (my_has_key(ctx, file, "tables") && !my_has_key(ctx, file, "tbls"));
+}
 
+static void my_take_schema(KT_context *ctx, cli_map &file, const std::string &path, cli_schema *schema)
+{
     kt_owned_vhash document{ctx}, host_internals{ctx};
     if (my_has_key(ctx, file, "schema")) {
         my_copy_child(ctx, file, "schema", path, document.out());
@@ -54,6 +52,36 @@ void cli_load_schema(KT_context *ctx, const std::string &path, cli_schema *schem
     cli_check(ctx, path);
     tov_schema__check_shape(ctx, schema->schema);
     cli_check(ctx, path);
+}
+
+void cli_load_schema(KT_context *ctx, const std::string &path, cli_schema *schema)
+{
+    const std::string text = cli_read_file(path);
+    my_refuse_source(text, path);
+    cli_refuse_nul(text, path);
+    cli_map file(ctx, text, path);
+    if (my_is_export(ctx, file))
+        throw cli_failure("this is a catalogue export; tov-schema import makes a schema from it", path);
+    my_take_schema(ctx, file, path, schema);
+}
+
+bool cli_take_schema(KT_context *ctx, const std::string &text, const std::string &path, cli_schema *schema)
+{
+    if (!text.starts_with('{') || text.find('\0') != std::string::npos)
+        return false;
+    cli_map file(ctx);
+    KT_vhash__free(ctx, std::exchange(file.map, nullptr));
+    KT_vhash__alloc__from_json__sz(ctx, &file.map, text.c_str());
+    // Import takes exports that are not quite JSON, and has the better message for what is none.
+    if (KT_context__err_code(ctx) == KT_ERR_BAD_JSON) {
+        KT_context__err_reset(ctx);
+        return false;
+    }
+    cli_check(ctx, path);
+    if (my_is_export(ctx, file))
+        return false;
+    my_take_schema(ctx, file, path, schema);
+    return true;
 }
 
 std::string cli_table_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
