@@ -76,15 +76,17 @@ static bool my_is_number(std::string_view text, size_t at)
     return digit < text.size() && std::isdigit(static_cast<unsigned char>(text[digit]));
 }
 
-static size_t my_add_mark(std::string_view text, size_t at, std::vector<client_token> &tokens)
+static size_t my_add_mark(std::string_view text, size_t at, std::vector<client_expression_token> &tokens)
 {
     const auto known = std::find(std::begin(long_marks), std::end(long_marks), text.substr(at, 2));
     const std::string_view mark = known == std::end(long_marks) ? text.substr(at, 1) : *known;
-    tokens.push_back({client_token_kind::mark, std::string(mark == "!=" ? "<>" : mark == "==" ? "=" : mark)});
+    tokens.push_back({client_expression_token_kind::mark, std::string(mark == "!="   ? "<>"
+                                                                      : mark == "==" ? "="
+                                                                                     : mark)});
     return at + mark.size();
 }
 
-static size_t my_add_word(std::string_view text, size_t at, std::vector<client_token> &tokens)
+static size_t my_add_word(std::string_view text, size_t at, std::vector<client_expression_token> &tokens)
 {
     size_t end = at + 1;
     while (end < text.size() && my_is_in_word(text[end]))
@@ -94,38 +96,39 @@ static size_t my_add_word(std::string_view text, size_t at, std::vector<client_t
     // N'...', X'...': a string of another kind.
     if (word.size() == 1 && end < text.size() && text[end] == '\'') {
         const size_t past = my_end_of_quoted(text, end, '\'');
-        tokens.push_back({client_token_kind::string, word + std::string(text.substr(end, past - end))});
+        tokens.push_back({client_expression_token_kind::string, word + std::string(text.substr(end, past - end))});
         return past;
     }
-    tokens.push_back({is_keyword ? client_token_kind::word : client_token_kind::name, std::move(word)});
+    tokens.push_back(
+        {is_keyword ? client_expression_token_kind::word : client_expression_token_kind::name, std::move(word)});
     return end;
 }
 
-static size_t my_add_token(std::string_view text, size_t at, std::vector<client_token> &tokens)
+static size_t my_add_token(std::string_view text, size_t at, std::vector<client_expression_token> &tokens)
 {
     const char c = text[at];
     if (c == '\'') {
         const size_t end = my_end_of_quoted(text, at, c);
-        tokens.push_back({client_token_kind::string, std::string(text.substr(at, end - at))});
+        tokens.push_back({client_expression_token_kind::string, std::string(text.substr(at, end - at))});
         return end;
     }
     if (c == '[' || c == '"' || c == '`') {
         const char close = c == '[' ? ']' : c;
         const size_t end = my_end_of_quoted(text, at, close);
-        tokens.push_back({client_token_kind::name, my_unquoted(text.substr(at, end - at), close)});
+        tokens.push_back({client_expression_token_kind::name, my_unquoted(text.substr(at, end - at), close)});
         return end;
     }
     if (my_is_number(text, at)) {
         const size_t end = my_end_of_number(text, at);
-        tokens.push_back({client_token_kind::number, kt_folded(text.substr(at, end - at))});
+        tokens.push_back({client_expression_token_kind::number, kt_folded(text.substr(at, end - at))});
         return end;
     }
     return my_begins_word(c) ? my_add_word(text, at, tokens) : my_add_mark(text, at, tokens);
 }
 
-std::vector<client_token> client_expression_tokens(std::string_view expression)
+std::vector<client_expression_token> client_expression_tokens(std::string_view expression)
 {
-    std::vector<client_token> tokens;
+    std::vector<client_expression_token> tokens;
     for (size_t at = 0; at < expression.size();) {
         const std::string_view rest = expression.substr(at);
         if (rest.starts_with("--") || rest.starts_with("/*"))
@@ -136,9 +139,9 @@ std::vector<client_token> client_expression_tokens(std::string_view expression)
             at = my_add_token(expression, at, tokens);
     }
     for (size_t n = 0; n + 1 < tokens.size(); n++) {
-        if (tokens[n].kind == client_token_kind::name && tokens[n + 1].text == "(" &&
-            tokens[n + 1].kind == client_token_kind::mark)
-            tokens[n].kind = client_token_kind::call;
+        if (tokens[n].kind == client_expression_token_kind::name && tokens[n + 1].text == "(" &&
+            tokens[n + 1].kind == client_expression_token_kind::mark)
+            tokens[n].kind = client_expression_token_kind::call;
     }
     return tokens;
 }

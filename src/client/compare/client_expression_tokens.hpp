@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-enum class client_token_kind : uint8_t {
+enum class client_expression_token_kind : uint8_t {
     name,   // text without quotes, in lower case
     word,   // a keyword, in lower case
     call,   // a name that "(" follows, in lower case
@@ -15,10 +15,10 @@ enum class client_token_kind : uint8_t {
     mark,   // an operator, parenthesis or comma
 };
 
-struct client_token {
-    client_token_kind kind;
+struct client_expression_token {
+    client_expression_token_kind kind;
     std::string text;
 };
 
 // The tokens. What has no end goes on to the end of the expression.
-std::vector<client_token> client_expression_tokens(std::string_view expression);
+std::vector<client_expression_token> client_expression_tokens(std::string_view expression);

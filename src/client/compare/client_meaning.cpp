@@ -17,16 +17,16 @@ struct enclosed {
 
 // An expression while its parentheses are looked at.
 struct paren_work {
-    const std::vector<client_token> &tokens;
+    const std::vector<client_expression_token> &tokens;
     std::vector<bool> dropped;
     std::vector<enclosed> open; // the outermost first
 };
 
 } // namespace
 
-static bool my_is_mark(const client_token &token, std::string_view text)
+static bool my_is_mark(const client_expression_token &token, std::string_view text)
 {
-    return token.kind == client_token_kind::mark && token.text == text;
+    return token.kind == client_expression_token_kind::mark && token.text == text;
 }
 
 // Whether the parentheses at a position hold arguments or a list rather than an operand.
@@ -34,21 +34,22 @@ static bool my_is_list(const paren_work &work, size_t open)
 {
     if (open == 0)
         return false;
-    const client_token &before = work.tokens[open - 1];
-    return before.kind == client_token_kind::call || (before.kind == client_token_kind::word && before.text == "in");
+    const client_expression_token &before = work.tokens[open - 1];
+    return before.kind == client_expression_token_kind::call ||
+           (before.kind == client_expression_token_kind::word && before.text == "in");
 }
 
 // A number with its sign is one operand, unless an operator that may bind to the sign stands before.
 static bool my_is_signed_number(const paren_work &work, const enclosed &inner)
 {
     if (inner.count != 2 || work.tokens[inner.first].text != "-" ||
-        work.tokens[inner.first + 1].kind != client_token_kind::number)
+        work.tokens[inner.first + 1].kind != client_expression_token_kind::number)
         return false;
     static constexpr std::string_view after[] = {"(", ",", "=", "<>", "<", ">", "<=", ">="};
     if (inner.open == 0)
         return true;
-    const client_token &before = work.tokens[inner.open - 1];
-    return before.kind == client_token_kind::word ||
+    const client_expression_token &before = work.tokens[inner.open - 1];
+    return before.kind == client_expression_token_kind::word ||
            std::find(std::begin(after), std::end(after), before.text) != std::end(after);
 }
 
@@ -86,7 +87,7 @@ static void my_drop_outer(paren_work &work)
     }
 }
 
-static std::vector<bool> my_dropped_parens(const std::vector<client_token> &tokens)
+static std::vector<bool> my_dropped_parens(const std::vector<client_expression_token> &tokens)
 {
     paren_work work{tokens, std::vector<bool>(tokens.size()), {{}}};
     for (size_t n = 0; n < tokens.size(); n++) {
@@ -105,18 +106,18 @@ static std::vector<bool> my_dropped_parens(const std::vector<client_token> &toke
 }
 
 // Only a name that could not be a word is told from one by its quotes.
-static std::string my_spelled(const client_token &token, const client_name_meaning &rename)
+static std::string my_spelled(const client_expression_token &token, const client_name_meaning &rename)
 {
-    if (token.kind == client_token_kind::name && token.text == "current_timestamp")
+    if (token.kind == client_expression_token_kind::name && token.text == "current_timestamp")
         return "getdate ( )";
-    if (token.kind != client_token_kind::name)
+    if (token.kind != client_expression_token_kind::name)
         return token.text;
     return '[' + (rename ? rename(token.text) : token.text) + ']';
 }
 
 std::string client_meaning(std::string_view expression, const client_name_meaning &rename)
 {
-    const std::vector<client_token> tokens = client_expression_tokens(expression);
+    const std::vector<client_expression_token> tokens = client_expression_tokens(expression);
     const std::vector<bool> dropped = my_dropped_parens(tokens);
     std::string meaning;
     for (size_t n = 0; n < tokens.size(); n++) {
@@ -129,8 +130,9 @@ std::string client_meaning(std::string_view expression, const client_name_meanin
 std::vector<std::string> client_names_in(std::string_view expression)
 {
     std::vector<std::string> names;
-    for (const client_token &token : client_expression_tokens(expression)) {
-        if (token.kind == client_token_kind::name && std::find(names.begin(), names.end(), token.text) == names.end())
+    for (const client_expression_token &token : client_expression_tokens(expression)) {
+        if (token.kind == client_expression_token_kind::name &&
+            std::find(names.begin(), names.end(), token.text) == names.end())
             names.push_back(token.text);
     }
     return names;
