@@ -18,7 +18,7 @@ LIBRARIES = ("libtov_schema.so.0", "libtov_schema_tools.so.0")
 def build_libraries(folder):
     """Builds both libraries and gives the folder that they are in. Each finds the other beside itself."""
     options = {"CMAKE_BUILD_TYPE": "Release", "BUILD_SHARED_LIBS": "ON", "TOV_SCHEMA_BUILD_TOOLS": "ON",
-               "TOV_SCHEMA_BUILD_COMMAND": "OFF", "TOV_SCHEMA_BUILD_TESTS": "OFF",
+               "TOV_SCHEMA_BUILD_COMMAND": "OFF", "TOV_SCHEMA_BUILD_EXTENSION": "OFF", "TOV_SCHEMA_BUILD_TESTS": "OFF",
                "CMAKE_BUILD_RPATH_USE_ORIGIN": "ON", "CMAKE_BUILD_RPATH": "$ORIGIN"}
     subprocess.run(["cmake", "-S", ROOT, "-B", folder, *(f"-D{name}={value}" for name, value in options.items())],
                    check=True)

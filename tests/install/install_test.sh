@@ -26,8 +26,8 @@ if [[ -z $build ]]; then
     cmake --build "$build" >>"$work.log" || { cat "$work.log" && exit 1; }
 fi
 
-rm -rf "$prefix" "$work/c" "$work/cxx" "$work/tools"
-for component in library development; do
+rm -rf "$prefix" "$work/c" "$work/cxx" "$work/tools" "$work/extension"
+for component in library development extension; do
     cmake --install "$build" --prefix "$prefix" --component $component >/dev/null
 done
 
@@ -73,6 +73,13 @@ cmake -S "$here/tools" -B "$work/tools" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCM
 cmake --build "$work/tools" >/dev/null
 check "$tools_print" "$work/tools/consumer"
 
+# The SQLite extension: linked, and loaded at run time.
+cmake -S "$here/extension" -B "$work/extension" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$work/extension" >/dev/null
+check "equal: 1" "$work/extension/consumer"
+extension=$(find "$prefix"/lib* -name libtov_sqlite.so)
+check "É" sqlite3 :memory: ".load ${extension%.so}" "SELECT upper('é')"
+
 # The libraries that stand in a directory of their own are found at run time as they are by a packaged program.
 libdir=$(dirname "$(find "$prefix" -name 'libtov_schema.*' | head -n 1)")
 export PKG_CONFIG_PATH=$libdir/pkgconfig
@@ -86,6 +93,10 @@ check "$module_prints" "$work/cxx/with_pkg_config"
 read -r -a flags <<<"$(pkg-config --cflags --libs tov_schema_tools)"
 "$CC" -std=c99 -Wall -Wextra -Werror "$here/tools/main.c" "${flags[@]}" -o "$work/tools/with_pkg_config"
 check "$tools_print" "$work/tools/with_pkg_config"
+
+read -r -a flags <<<"$(pkg-config --cflags --libs tov_sqlite)"
+"$CC" -std=c99 -Wall -Wextra -Werror "$here/extension/main.c" "${flags[@]}" -o "$work/extension/with_pkg_config"
+check "equal: 1" "$work/extension/with_pkg_config"
 
 # The same, after the tree has moved.
 mv "$prefix" "$prefix.moved"

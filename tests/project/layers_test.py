@@ -21,7 +21,8 @@ LAYERS = {
     "module": ("src/core/common", ["runtime"]),
     "host": ("src/host", ["module", "runtime"]),
     "client": ("src/client", ["module", "runtime"]),
-    "cli": ("src/cli", ["host", "client", "module", "runtime"]),
+    "sqlite": ("src/sqlite", ["runtime"]),
+    "cli": ("src/cli", ["host", "client", "sqlite", "module", "runtime"]),
 }
 PUBLIC_PATTERNS = ("*.h", "*_*.hpp")
 
