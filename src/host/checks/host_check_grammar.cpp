@@ -5,72 +5,83 @@
 //   sum         + -
 //   product     * / %
 //   sign        + -
-//   primary     (condition), [column], number, 'text', CASE WHEN, ABS
+//   primary     (condition), [column], number, 'text', CASE WHEN, a function (host_check_calls)
 //
 // Everything else is refused. The server and SQLite bind these alike. Each step of the reader answers with a value;
-// what is wrong with it is decided where two values meet (host_check_values).
+// what is wrong with it, and what has to be written differently, is decided where two values meet (host_check_values).
 #include "checks/host_check_reader.hpp"
 
-// Reads the other side of a comparison.
-static host_value my_read_compared(host_check_reader &reader, const host_value &left, bool is_equality)
+static host_value my_truth()
 {
-    const host_value right = host_read_check_sum(reader);
-    if (host_check_failed(right))
-        return right;
-    if (const char *refusal = host_refuse_comparison(left, right, is_equality))
-        return host_check_refuse(reader, refusal);
-    return {host_value_kind::truth, nullptr, {}};
+    return {host_value_kind::truth};
 }
 
-static host_value my_read_between(host_check_reader &reader, const host_value &left)
+// Reads the other side of a comparison; the sign is IN or BETWEEN when there are more of these.
+static host_value my_read_compared(host_check_reader &reader, host_value &left, std::string_view sign)
 {
-    if (host_check_failed(my_read_compared(reader, left, false)))
+    host_value right = host_read_check_sum(reader);
+    if (host_check_failed(right))
+        return right;
+    if (const char *refusal = host_compare(reader.reading.changes, left, right, sign))
+        return host_check_refuse(reader, refusal);
+    return my_truth();
+}
+
+static host_value my_read_between(host_check_reader &reader, host_value &left)
+{
+    if (host_check_failed(my_read_compared(reader, left, "BETWEEN")))
         return {};
     if (!host_check_take(reader, "AND"))
         return host_check_refuse_token(reader);
-    return my_read_compared(reader, left, false);
+    return my_read_compared(reader, left, "BETWEEN");
 }
 
-static host_value my_read_in(host_check_reader &reader, const host_value &left)
+static host_value my_read_in(host_check_reader &reader, host_value &left)
 {
     if (!host_check_take(reader, host_token_kind::left))
         return host_check_refuse_token(reader);
     do {
-        if (host_check_failed(my_read_compared(reader, left, true)))
+        if (host_check_failed(my_read_compared(reader, left, "IN")))
             return {};
     } while (host_check_take(reader, host_token_kind::comma));
     if (!host_check_take(reader, host_token_kind::right))
         return host_check_refuse_token(reader);
-    return {host_value_kind::truth, nullptr, {}};
+    return my_truth();
 }
 
-static host_value my_read_like(host_check_reader &reader, const host_value &left)
+static host_value my_read_like(host_check_reader &reader, const host_value &left, std::string_view word)
 {
     const host_value pattern = host_read_check_sum(reader);
     if (host_check_failed(pattern))
         return pattern;
-    if (const char *refusal = host_refuse_like(left, pattern))
+    host_value escape;
+    const bool has_escape = host_check_take(reader, "ESCAPE");
+    if (has_escape)
+        escape = host_read_check_sum(reader);
+    if (has_escape && host_check_failed(escape))
+        return escape;
+    if (const char *refusal = host_match(reader.reading.changes, left, pattern, has_escape ? &escape : nullptr, word))
         return host_check_refuse(reader, refusal);
-    return {host_value_kind::truth, nullptr, {}};
+    return my_truth();
 }
 
 static host_value my_read_is_null(host_check_reader &reader, const host_value &left)
 {
     host_check_take(reader, "NOT");
-    if (left.kind == host_value_kind::truth || !host_check_take(reader, "NULL"))
+    if (left.kind == host_value_kind::truth || left.kind == host_value_kind::units || !host_check_take(reader, "NULL"))
         return host_check_refuse_token(reader);
-    return {host_value_kind::truth, nullptr, {}};
+    return my_truth();
 }
 
 static host_value my_read_predicate(host_check_reader &reader)
 {
-    const host_value left = host_read_check_sum(reader);
+    host_value left = host_read_check_sum(reader);
     if (host_check_failed(left))
         return left;
     if (reader.token.kind == host_token_kind::comparison) {
         const std::string_view sign = reader.token.text;
         host_check_advance(reader);
-        return my_read_compared(reader, left, sign == "=" || sign == "<>" || sign == "!=");
+        return my_read_compared(reader, left, sign);
     }
     if (host_check_take(reader, "IS"))
         return my_read_is_null(reader, left);
@@ -79,8 +90,9 @@ static host_value my_read_predicate(host_check_reader &reader)
         return my_read_between(reader, left);
     if (host_check_take(reader, "IN"))
         return my_read_in(reader, left);
+    const std::string_view word = reader.token.text;
     if (host_check_take(reader, "LIKE"))
-        return my_read_like(reader, left);
+        return my_read_like(reader, left, word);
     return is_negated ? host_check_refuse_token(reader) : left;
 }
 
@@ -130,13 +142,15 @@ static bool my_is_enclosed(std::string_view definition)
 
 host_check_reading host_read_check(const host_table &table, std::string_view definition)
 {
-    host_check_reader reader{table, definition, {}, 0, {}};
+    host_check_reader reader{table, definition, {}};
     host_check_advance(reader);
     const host_value value = host_read_check_condition(reader);
     if (!host_check_failed(value) && reader.token.kind != host_token_kind::end)
         host_check_refuse_token(reader);
     else if (!host_check_failed(value) && value.kind != host_value_kind::truth)
         host_check_refuse(reader, "it is not a condition");
+    if (!reader.reading.refusal)
+        reader.reading.condition = host_changed_text(reader.reading.changes, definition);
     reader.reading.is_enclosed = my_is_enclosed(definition);
     return std::move(reader.reading);
 }

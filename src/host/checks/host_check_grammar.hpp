@@ -1,13 +1,16 @@
-// Reads a check of the server and says whether SQLite would read the same out of the same text.
+// Reads a check of the server and says whether SQLite has a condition that means the same for every value that a column
+// may hold under the server's rules.
 #pragma once
 
+#include "checks/host_check_changes.hpp"
 #include "records/host_catalogue.hpp"
 
-#include <string_view>
-
 struct host_check_reading {
-    // Null when the check means the same in SQLite.
+    // Null when SQLite has such a condition.
     const char *refusal = nullptr;
+    // The condition: the check, with what SQLite would read differently written for it.
+    std::string condition;
+    host_check_changes changes;
     // What the refusal is about, as written; may be empty.
     std::string detail;
     // Whether that is a column that is left out of the table.

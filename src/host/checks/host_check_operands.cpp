@@ -8,9 +8,25 @@
 // Deeper nesting is refused: the reader calls itself for each level.
 static constexpr int max_depth = 100;
 
+const char *host_check_begin(const host_token &token)
+{
+    return token.text.data() - (token.kind == host_token_kind::name ? 1 : 0);
+}
+
+static const char *my_end(const host_token &token)
+{
+    return token.text.data() + token.text.size() + (token.kind == host_token_kind::name ? 1 : 0);
+}
+
 void host_check_advance(host_check_reader &reader)
 {
+    reader.last_end = my_end(reader.token);
     reader.token = host_take_token(reader.rest);
+}
+
+std::string_view host_check_since(const host_check_reader &reader, const char *begin)
+{
+    return {begin, reader.last_end};
 }
 
 host_value host_check_refuse(host_check_reader &reader, const char *refusal, std::string_view detail)
@@ -50,7 +66,7 @@ bool host_check_take(host_check_reader &reader, std::string_view upper)
     return true;
 }
 
-static host_value my_read_column(host_check_reader &reader)
+host_value host_read_check_column(host_check_reader &reader)
 {
     const std::string_view name = reader.token.text;
     const auto &cols = reader.table.cols;
@@ -65,77 +81,72 @@ static host_value my_read_column(host_check_reader &reader)
     auto &used = reader.reading.cols;
     if (std::find(used.begin(), used.end(), &*found) == used.end())
         used.push_back(&*found);
+    const char *begin = host_check_begin(reader.token);
     host_check_advance(reader);
-    return host_column_value(*found);
+    host_value value = host_column_value(*found);
+    value.place = host_check_since(reader, begin);
+    value.expr = value.place;
+    return value;
 }
 
-// A value that is a whole number, whatever it was before.
-static host_value my_as_whole_number(host_check_reader &reader, const host_value &value)
+host_value host_check_as_whole_number(host_check_reader &reader, const host_value &value)
 {
+    host_value whole = host_integer_value();
     switch (value.kind) {
     case host_value_kind::failed:
         return value;
     case host_value_kind::integer:
     case host_value_kind::tinyint:
     case host_value_kind::whole_literal:
-        return {host_value_kind::integer, nullptr, {}};
+        whole.place = value.place;
+        whole.extent = value.extent;
+        return whole;
     default:
         return host_check_refuse(reader, "CASE or ABS is used with values other than whole numbers of up to 32 bits");
     }
 }
 
-// After CASE: WHEN condition THEN value ... [ELSE value] END.
-static host_value my_read_case(host_check_reader &reader)
-{
-    if (!host_is_word(reader.token, "WHEN"))
-        return host_check_refuse_token(reader);
-    while (host_check_take(reader, "WHEN")) {
-        const host_value condition = host_read_check_condition(reader);
-        if (!host_check_failed(condition) && condition.kind != host_value_kind::truth)
-            return host_check_refuse(reader, "a value is used as a condition");
-        if (host_check_failed(condition) || !host_check_take(reader, "THEN"))
-            return host_check_refuse_token(reader);
-        if (host_check_failed(my_as_whole_number(reader, host_read_check_sum(reader))))
-            return {};
-    }
-    if (host_check_take(reader, "ELSE") && host_check_failed(my_as_whole_number(reader, host_read_check_sum(reader))))
-        return {};
-    if (!host_check_take(reader, "END"))
-        return host_check_refuse_token(reader);
-    return {host_value_kind::integer, nullptr, {}};
-}
-
 static host_value my_read_enclosed(host_check_reader &reader)
 {
-    if (!host_check_take(reader, host_token_kind::left))
-        return host_check_refuse_token(reader);
-    const host_value value = host_read_check_condition(reader);
+    host_check_advance(reader);
+    host_value value = host_read_check_condition(reader);
     if (host_check_failed(value) || host_check_take(reader, host_token_kind::right))
         return value;
     return host_check_refuse_token(reader);
 }
 
-static host_value my_read_primary(host_check_reader &reader)
+static host_value my_read_literal(host_check_reader &reader)
 {
     const host_token token = reader.token;
-    switch (token.kind) {
-    case host_token_kind::left:
-        return my_read_enclosed(reader);
-    case host_token_kind::name:
-        return my_read_column(reader);
-    case host_token_kind::number:
-        host_check_advance(reader);
+    host_check_advance(reader);
+    if (token.kind == host_token_kind::number)
         return host_number_value(token.text);
+    return {host_value_kind::text_literal, nullptr, token.text, token.text};
+}
+
+static host_value my_read_primary(host_check_reader &reader)
+{
+    const char *begin = host_check_begin(reader.token);
+    host_value value;
+    switch (reader.token.kind) {
+    case host_token_kind::left:
+        value = my_read_enclosed(reader);
+        break;
+    case host_token_kind::name:
+        value = host_read_check_column(reader);
+        break;
+    case host_token_kind::number:
     case host_token_kind::text:
-        host_check_advance(reader);
-        return {host_value_kind::text_literal, nullptr, token.text};
+        value = my_read_literal(reader);
+        break;
     default:
-        if (host_check_take(reader, "CASE"))
-            return my_read_case(reader);
-        if (host_check_take(reader, "ABS"))
-            return my_as_whole_number(reader, my_read_enclosed(reader));
-        return host_check_refuse_token(reader);
+        value = host_read_check_call(reader);
+        break;
     }
+    value.extent = host_check_since(reader, begin);
+    if (value.place.empty())
+        value.place = value.extent;
+    return value;
 }
 
 static bool my_is_operator(const host_check_reader &reader, std::string_view operators)
@@ -144,22 +155,27 @@ static bool my_is_operator(const host_check_reader &reader, std::string_view ope
            operators.find(reader.token.text.front()) != std::string_view::npos;
 }
 
-// A sign before a literal leaves it a literal, before a column a computed number.
+// A sign before a literal leaves it a literal, before a decimal a decimal, and before a whole number a computed one.
 static host_value my_read_signed(host_check_reader &reader)
 {
-    bool has_sign = false;
-    while (my_is_operator(reader, "+-")) {
-        has_sign = true;
+    const char *begin = host_check_begin(reader.token);
+    while (my_is_operator(reader, "+-"))
         host_check_advance(reader);
-    }
+    const bool has_sign = host_check_begin(reader.token) != begin;
     if (reader.depth == max_depth)
         return host_check_refuse(reader, "it is nested too deep");
     reader.depth++;
-    const host_value value = my_read_primary(reader);
+    host_value value = my_read_primary(reader);
     reader.depth--;
-    const bool is_literal =
-        value.kind == host_value_kind::whole_literal || value.kind == host_value_kind::number_literal;
-    return !has_sign || is_literal ? value : my_as_whole_number(reader, value);
+    if (!has_sign || host_check_failed(value))
+        return value;
+    value.extent = host_check_since(reader, begin);
+    if (host_is_number_literal(value.kind)) {
+        value.is_signed = true;
+        return value;
+    }
+    value.place = value.extent;
+    return value.kind == host_value_kind::scaled ? value : host_check_as_whole_number(reader, value);
 }
 
 // Reads operands of one level of binding, joined by some of the operators.
@@ -169,13 +185,16 @@ static host_value my_read_joined(host_check_reader &reader, std::string_view ope
     host_value left = read_operand(reader);
     while (!host_check_failed(left) && my_is_operator(reader, operators)) {
         const char operation = reader.token.text.front();
+        const char *begin = left.extent.data();
         host_check_advance(reader);
-        const host_value right = read_operand(reader);
+        host_value right = read_operand(reader);
         if (host_check_failed(right))
             return right;
-        if (const char *refusal = host_refuse_arithmetic(left, right, operation))
+        const char *refusal = nullptr;
+        left = host_compute(reader.reading.changes, left, right, operation, refusal);
+        if (refusal)
             return host_check_refuse(reader, refusal);
-        left = {host_value_kind::integer, nullptr, {}};
+        left.place = left.extent = host_check_since(reader, begin);
     }
     return left;
 }

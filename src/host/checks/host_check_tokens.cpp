@@ -117,7 +117,10 @@ host_token host_take_token(std::string_view &rest)
         return my_take(rest, host_token_kind::number, my_number_length(rest));
     if (my_is_letter(first)) {
         const size_t length = my_word_length(rest);
-        return my_take(rest, host_token_kind::word, my_at(rest, length) == '\'' ? 0 : length);
+        if (my_at(rest, length) != '\'')
+            return my_take(rest, host_token_kind::word, length);
+        const size_t quoted = first == 'N' && length == 1 ? my_text_length(rest.substr(1)) : 0;
+        return my_take(rest, host_token_kind::text, quoted ? quoted + 1 : 0);
     }
     return my_take_operator(rest);
 }

@@ -9,13 +9,13 @@ static void my_add_check(KT_context *ctx, host_import &import, host_table &table
 {
     if (reading.cols.size() != 1) {
         const std::string id = host_constraint_id(table, check.name, "CK", reading.cols);
-        KT_TRY(
-            tov_schema__add_check_constraint(ctx, import.schema, table.id_text.c_str(), id.c_str(), check.definition));
+        KT_TRY(tov_schema__add_check_constraint(ctx, import.schema, table.id_text.c_str(), id.c_str(),
+                                                reading.condition.c_str()));
         return;
     }
-    const std::string enclosed = '(' + std::string(check.definition) + ')';
+    const std::string enclosed = reading.is_enclosed ? reading.condition : '(' + reading.condition + ')';
     KT_TRY(tov_schema__add_colcon_check(ctx, import.schema, table.id_text.c_str(), reading.cols.front()->id_text,
-                                        check.name, reading.is_enclosed ? check.definition : enclosed.c_str()));
+                                        check.name, enclosed.c_str()));
 }
 
 static void my_report(KT_context *ctx, host_import &import, const host_table &table, const host_check &check,
@@ -37,7 +37,7 @@ static void my_add_or_report(KT_context *ctx, host_import &import, host_table &t
         return;
     }
     std::string message;
-    KT_TRY(host_try_condition(ctx, import, table, check.definition, message));
+    KT_TRY(host_try_condition(ctx, import, table, reading.condition, message));
     if (!message.empty()) {
         KT_TRY(my_report(ctx, import, table, check, "check-left-out", "left out: " + message));
         return;

@@ -33,7 +33,7 @@ static void my_open(KT_context *ctx, host_condition_trial &trial)
 }
 
 // Any other code than those for what is wrong with a statement says that SQLite could not work.
-void host_try_condition(KT_context *ctx, host_import &import, const host_table &table, const char *definition,
+void host_try_condition(KT_context *ctx, host_import &import, const host_table &table, const std::string &condition,
                         std::string &message)
 {
     host_condition_trial &trial = import.trial;
@@ -42,7 +42,7 @@ void host_try_condition(KT_context *ctx, host_import &import, const host_table &
     if (trial.table != &table)
         KT_TRY(my_write_columns(ctx, import, table, trial.columns));
     trial.table = &table;
-    const std::string sql = trial.columns + "CHECK (" + definition + "))";
+    const std::string sql = trial.columns + "CHECK (" + condition + "))";
     kt_owned_statement statement{trial.functions};
     const int rc = trial.functions->prepare(trial.connection, sql.c_str(), statement.out());
     if (rc != 0 && rc != sqlite_error && rc != sqlite_toobig)

@@ -1,4 +1,4 @@
-// Conditions of the server, of checks and of indexes: whether one means the same in SQLite, as it is written.
+// Conditions of the server, of checks and of indexes: whether SQLite has one that means the same.
 #pragma once
 
 #include "checks/host_check_grammar.hpp"
@@ -9,5 +9,5 @@ std::string host_refusal_text(const host_check_reading &reading);
 
 // Compiles the table, as it will be created, with a condition that was read and not refused. The message stays empty
 // when SQLite takes it.
-void host_try_condition(KT_context *ctx, host_import &import, const host_table &table, const char *definition,
+void host_try_condition(KT_context *ctx, host_import &import, const host_table &table, const std::string &condition,
                         std::string &message);

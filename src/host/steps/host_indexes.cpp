@@ -20,8 +20,8 @@ struct host_any_index {
     bool is_unique;
     std::vector<const host_column *> included = {}; // those that the table has
     bool is_left_out = false;
-    const char *where = nullptr; // the condition, when SQLite reads it alike
-    std::string flaw = {};       // of a filter that SQLite would read differently
+    std::string where = {}; // the condition in SQLite; empty when there is none
+    std::string flaw = {};  // of a filter that SQLite would read differently
 };
 
 struct host_index_work {
@@ -80,19 +80,20 @@ static void my_check_columns(host_index_work &work, host_any_index &any)
                      unprepared);
 }
 
-// A filter is kept as it is written, or not at all: then a unique index, which would hold for other rows, is left out.
+// A filter is kept with the same meaning, or not at all: then a unique index, which would hold for other rows, is left
+// out.
 static void my_check_filter(host_index_work &work, host_any_index &any)
 {
     KT_context *ctx = work.ctx;
     const char *filter = any.index.filter;
     if (!filter || any.is_left_out)
         return;
-    const host_check_reading reading = host_read_check(work.table, filter);
+    host_check_reading reading = host_read_check(work.table, filter);
     any.flaw = reading.refusal ? host_refusal_text(reading) : "";
     if (any.flaw.empty())
-        KT_TRY(host_try_condition(ctx, work.import, work.table, filter, any.flaw));
+        KT_TRY(host_try_condition(ctx, work.import, work.table, reading.condition, any.flaw));
     if (any.flaw.empty())
-        any.where = filter;
+        any.where = std::move(reading.condition);
     else if (any.is_unique)
         my_leave_out(work, any, "unique-filtered", "it holds for some of the rows only, and of its filter " + any.flaw);
 }
@@ -105,7 +106,7 @@ static bool my_is_ascending(const host_index &index)
 // Whether something else holds the rows in the same order. The rowid tells them apart by itself.
 static void my_check_redundancy(host_index_work &work, host_any_index &any)
 {
-    if (any.is_left_out || any.is_unique || any.where)
+    if (any.is_left_out || any.is_unique || !any.where.empty())
         return;
     std::vector<const host_column *> cols = any.index.cols;
     cols.insert(cols.end(), any.included.begin(), any.included.end());
@@ -136,7 +137,7 @@ static void my_report_losses(host_index_work &work, const host_any_index &any)
     const auto &descending = any.index.descending;
     const bool is_mixed =
         std::adjacent_find(descending.begin(), descending.end(), std::not_equal_to<>()) != descending.end();
-    if (any.is_unique && !any.where && is_mixed)
+    if (any.is_unique && any.where.empty() && is_mixed)
         my_report(work, any, "index-order", "kept as a constraint, which has all of its columns in ascending order");
 }
 
@@ -176,7 +177,7 @@ static void my_add_facts(host_index_work &work, const host_any_index &any)
     KT_TRY(my_add_order(ctx, facts, index));
     KT_TRY(my_add_col_ids(ctx, facts, "included", index.included_cols));
     KT_TRY(host_add_text(ctx, facts, "filter", index.filter));
-    KT_TRY(host_add_text(ctx, facts, "where", any.where));
+    KT_TRY(host_add_text(ctx, facts, "where", any.where.empty() ? nullptr : any.where.c_str()));
     KT_TRY(host_add_flag(ctx, facts, "left_out", any.is_left_out));
 }
 

@@ -16,8 +16,11 @@ class HostCheckGrammarTest : public ::testing::Test {
         add("Bit", "bit");
         add("F", "float");
         add("R", "real");
-        add("D", "decimal");
+        add_decimal("D", 9, 2);
+        add_decimal("D4", 9, 4);
+        add_decimal("Wide", 38, 2);
         add("M", "money");
+        add("Sm", "smallmoney");
         add("V", "varchar").max_length = 20;
         add("C", "char").max_length = 2;
         add("N", "nchar").max_length = 4;
@@ -25,12 +28,22 @@ class HostCheckGrammarTest : public ::testing::Test {
         add("Cs", "char").comparison_style = 196608;
         add("Ai", "char").comparison_style = 196611;
         add("VCs", "varchar").comparison_style = 196608;
+        add("Bin2", "varchar").collation = "Latin1_General_BIN2";
+        add("Tr", "varchar").collation = "Turkish_CI_AS";
+        add("Sc", "nvarchar").collation = "Latin1_General_100_CI_AS_SC";
+        add("Utf", "varchar").code_page = 65001;
+        add("Unknown", "varchar").comparison_style = -1;
+        add("Jp", "varchar").code_page = 932;
         add("VAi", "varchar").comparison_style = 196611;
         add("Day", "date");
         add("Day2", "date");
-        add("At", "datetime");
-        add("At2", "datetime");
-        add("Clock", "time");
+        add("At", "datetime").scale = 3;
+        add("At2", "datetime").scale = 3;
+        add("Small", "smalldatetime");
+        add("Since", "datetime2");
+        add("Till", "datetime2").scale = 7;
+        add("Clock", "time").scale = 7;
+        add("Off", "datetimeoffset").scale = 7;
         add("G", "uniqueidentifier");
         add("G2", "uniqueidentifier");
         add("Bin", "varbinary");
@@ -44,6 +57,13 @@ class HostCheckGrammarTest : public ::testing::Test {
         col.max_length = 2;
         col.comparison_style = 196609;
         return col;
+    }
+
+    void add_decimal(const char *name, int64_t precision, int64_t scale)
+    {
+        host_column &col = add(name, "decimal");
+        col.precision = precision;
+        col.scale = scale;
     }
 
     host_table table;
@@ -115,31 +135,116 @@ TEST_F(HostCheckGrammarTest, Kept)
     for (const char *definition : cases) {
         const host_check_reading reading = host_read_check(table, definition);
         EXPECT_EQ(reading.refusal, nullptr) << definition << ": " << reading.refusal << " " << reading.detail;
+        EXPECT_EQ(reading.condition, definition) << "as it is written";
+    }
+}
+
+TEST_F(HostCheckGrammarTest, WrittenDifferently)
+{
+    const struct {
+        const char *definition;
+        const char *condition;
+    } cases[] = {
+        // decimals
+        {"([M]>(1))", "([M]>(10000))"},
+        {"([M]>=(6.50) AND [M]<=(200.00))", "([M]>=(65000) AND [M]<=(2000000))"},
+        {"([D]<=(-0.5))", "([D]<=(-50))"},
+        {"([D]<(0.125))", "([D]<(12.5))"},
+        {"([D] BETWEEN (1) AND (99.99))", "([D] BETWEEN (100) AND (9999))"},
+        {"((0.5)<[D4])", "((5000)<[D4])"},
+        {"([D]<[D4])", "(([D])*100<[D4])"},
+        {"([D]>=[I])", "([D]>=([I])*100)"},
+        {"([D]+[D]<=[M])", "(([D]+[D])*100<=[M])"},
+        {"([D]+(1)<=(2))", "([D]+(100)<=(200))"},
+        {"([D]*[J]<=(2))", "([D]*[J]<=(200))"},
+        {"([D]*[D4]<=(2))", "([D]*[D4]<=(2000000))"},
+        {"(-[M]<(2))", "(-[M]<(20000))"},
+        {"(abs([M])<(2))", "(abs([M])<(20000))"},
+        {"([Wide]<(99999999999999999999))", "([Wide]<(9999999999999999999900))"},
+        {"([D]<(0.0000000000000001))", "([D]<(0.00000000000001))"},
+        // dates
+        {"([Till] BETWEEN '2020-01-02' AND [Since])",
+         "(substr([Till]||'0000',1,27) BETWEEN '2020-01-02 00:00:00.0000000' AND [Since]||'.0000000')"},
+        {"([Day]>'20200131')", "([Day]>'2020-01-31')"},
+        {"([At]>='1753-01-01')", "([At]>='1753-01-01 00:00:00.000')"},
+        {"([At] BETWEEN '1/1/2000' AND '20991231')",
+         "([At] BETWEEN '2000-01-01 00:00:00.000' AND '2099-12-31 00:00:00.000')"},
+        {"('20200102'<[Small])", "('2020-01-02 00:00:00'<[Small])"},
+        {"([Clock]>'12:00')", "(substr([Clock]||'0000',1,16)>'12:00:00.0000000')"},
+        {"([Till]<'2020-02-01')", "(substr([Till]||'0000',1,27)<'2020-02-01 00:00:00.0000000')"},
+        {"([Since]<[Till])", "([Since]||'.0000000'<substr([Till]||'0000',1,27))"},
+        {"([Small]<=[At])", "([Small]||'.000'<=[At])"},
+        {"([Day]<=[Since])", "([Day]||' 00:00:00'<=[Since])"},
+        {"(year([At])>=(2000) AND month([Day])<>(12))",
+         "(CAST(substr([At],1,4) AS INTEGER)>=(2000) AND CAST(substr([Day],6,2) AS INTEGER)<>(12))"},
+        // guids
+        {"([G]<>'00000000-0000-0000-0000-000000000001')", "([G]<>x'00000000000000000000000000000001')"},
+        // texts
+        {"([V]<>'')", "(rtrim([V]) COLLATE NOCASE<>'')"},
+        {"([V]=N'x ')", "(rtrim([V]) COLLATE NOCASE='x')"},
+        {"([C]='A' OR [C]='AB')", "(rtrim([C]) COLLATE NOCASE='A' OR [C]='AB')"},
+        {"([V] IN ('a','b'))", "(rtrim([V]) COLLATE NOCASE IN ('a','b'))"},
+        {"([VCs]='Ab')", "(rtrim([VCs])='Ab')"},
+        {"(upper([V])='A' OR [V] IS NULL)", "(rtrim([V]) COLLATE NOCASE='A' OR [V] IS NULL)"},
+        {"(lower([VCs])='a')", "(rtrim([VCs]) COLLATE NOCASE='a')"},
+        {"(ltrim(rtrim([V]))<>'')", "(rtrim(ltrim(rtrim([V]))) COLLATE NOCASE<>'')"},
+        {"(isnull([V],'')<>'')", "(rtrim(ifnull([V],'')) COLLATE NOCASE<>'')"},
+        {"(coalesce([I],(0))>=(0))", "(ifnull([I],(0))>=(0))"},
+        {"([Bin2]='a')", "(rtrim([Bin2])='a')"},
+        // lengths
+        {"(len([V])>=(3))", "(length(rtrim([V]))>=(3))"},
+        {"(len([Sc])>=(3))", "(length(rtrim([Sc]))>=(3))"},
+        {"(datalength([V])>(3))", "(length([V])>(3))"},
+        {"(datalength([Utf])>(3))", "(length(CAST([Utf] AS BLOB))>(3))"},
+        {"(datalength([Bin])>(3))", "(length([Bin])>(3))"},
+        {"(isjson([W])>(0))",
+         "((CASE WHEN [W] IS NOT NULL THEN json_valid([W]) AND ltrim([W],char(9,10,13,32)) GLOB '[[{]*' END)>(0))"},
+        // LIKE
+        {"([V] LIKE '[0-9]%')", "([V] GLOB '[0123456789]*')"},
+        {"([V] NOT like '%[^0-9]%')", "([V] NOT GLOB '*[^0123456789]*')"},
+        {"([V] like 'a[xy]')", "(rtrim([V]) GLOB '[aA][XYxy]')"},
+        {"([VCs] LIKE 'a%')", "([VCs] GLOB 'a*')"},
+        {"([V] like '%.com')", "(rtrim([V]) like '%.com')"},
+        {"([V] like '___')", "(substr([V],1,3)||rtrim(substr([V],4)) like '___')"},
+        {"([V] like '!%*%' escape '!')", "([V] GLOB '%[*]*')"},
+        {"([W] like N'%@%')", "([W] like '%@%')"},
+        {"([N] like '12')", "([N] like '12')"},
+        {"(upper([VCs]) like 'A[12]')", "(rtrim([VCs]) GLOB '[Aa][12]')"},
+        {"([Bin2] like '[a-c]%')", "([Bin2] GLOB '[abc]*')"},
+    };
+    for (const auto &c : cases) {
+        const host_check_reading reading = host_read_check(table, c.definition);
+        EXPECT_EQ(reading.refusal, nullptr) << c.definition << ": " << reading.refusal << " " << reading.detail;
+        EXPECT_EQ(reading.condition, c.condition);
     }
 }
 
 TEST_F(HostCheckGrammarTest, Refused)
 {
     const char *const unread = "SQLite lacks this or reads it differently";
-    const char *const scaled =
-        "a decimal or money value, which is a scaled integer here, is compared with something other than 0";
-    const char *const blanks =
-        "a text is compared that may end in blanks: they do not count on the server, and count in SQLite";
-    const char *const literal = "a date, time or guid is compared with a literal";
-    const char *const computed = "it computes with values other than whole numbers of up to 32 bits";
+    const char *const types =
+        "dates or times of different types are compared, of which the server may round one or have none";
+    const char *const literal =
+        "a date or time is compared with a literal that is not a value of its type in a form that is known";
+    const char *const language =
+        "a text is compared without regard to accents, or by the rules of a language, which SQLite does not know";
+    const char *const letters = "LIKE is used with letters where case or accents count in another way than in SQLite";
+    const char *const units =
+        "LIKE is used with _ or [^...], which count code units on the server and characters in SQLite";
+    const char *const brackets = "LIKE is used with brackets whose meaning is not clear";
+    const char *const wide = "decimals are compared or computed that may not fit 64 bits with one scale";
+    const char *const length = "the length of a Unicode text is compared with something other than a number";
+    const char *const computed = "it computes with values other than whole numbers of up to 32 bits, or decimals";
     const struct {
         const char *definition;
         const char *refusal;
         const char *detail = "";
     } cases[] = {
         // words that SQLite lacks or reads differently
-        {"([At]<getdate())", unread, "getdate"},
-        {"(len([V])>(5))", unread, "len"},
         {"(CONVERT([int],[V])>(5))", unread, "CONVERT"},
         {"(CAST([V] AS int)>(5))", unread, "CAST"},
         {"([dbo].[f]([I])=(1))", "it names a column that the table lacks", "dbo"},
         {"(I>(0))", unread, "I"},
-        {"([V]=N'x')", unread, "N'x'"},
         {"([V]=\"x\")", unread, "\"x\""},
         {"([I]&(1)=(1))", unread, "&"},
         {"([I]!<(1))", unread, "!<"},
@@ -147,7 +252,6 @@ TEST_F(HostCheckGrammarTest, Refused)
         {"([I]=0x10)", unread, "0x10"},
         {"([I]=NULL)", unread, "NULL"},
         {"([I] IN (select [J]))", unread, "select"},
-        {"([V] LIKE 'a%' ESCAPE '!')", unread, "ESCAPE"},
         {"([I]>(0)) -- positive", unread, "--"},
         {"(CASE [I] WHEN (1) THEN (1) END=(1))", unread, "I"},
         // no whole condition
@@ -186,7 +290,6 @@ TEST_F(HostCheckGrammarTest, Refused)
         {"([I]%(0)=(1))", "it divides by something that may be 0, which is NULL in SQLite"},
         {"([I]='1')", "a text is compared with something that is not a string"},
         {"(abs([Big])<(5))", "CASE or ABS is used with values other than whole numbers of up to 32 bits"},
-        {"(-[M]<(0))", "CASE or ABS is used with values other than whole numbers of up to 32 bits"},
         // reals
         {"([R]<(0.1))", "a 32-bit real is compared with a number that it does not hold exactly"},
         {"([R]<(16777217))", "a 32-bit real is compared with a number that it does not hold exactly"},
@@ -195,38 +298,84 @@ TEST_F(HostCheckGrammarTest, Refused)
         {"([R]<[F])", "values of different types are compared"},
         {"([R]<[I])", "values of different types are compared"},
         // scaled integers
-        {"([M]>(1))", scaled},
-        {"([D]<=(0.5))", scaled},
-        {"([D]<[D])", scaled},
-        {"([D]<[I])", "values of different types are compared"},
+        {"([Wide]<[D4])", wide},
+        {"([Wide]+(1)<(2))", wide},
+        {"([Wide]*[I]<(2))", wide},
+        {"([M]*[M]<(2))", "decimals are multiplied in a way that the server rounds"},
+        {"([D]/(2)<(2))", "it divides decimals, which the server rounds"},
+        {"([D]<[Big])", "a decimal or money value, which is a scaled integer here, meets something that is not one"},
+        {"([D]<[F])", "a decimal or money value, which is a scaled integer here, meets something that is not one"},
+        {"([Sm]<[I])", "a smallmoney is compared with numbers beyond its range, which is an error on the server"},
+        {"([Sm]<(214749))", "a smallmoney is compared with a number beyond its range, which is an error on the server"},
+        {"([Sm]+[Sm]<(2))", "it computes with smallmoney, whose result has to be one on the server"},
+        {"([D] BETWEEN [D] AND [D4])", "decimals of several scales are compared in one BETWEEN or IN"},
+        {"([D]<(99999999999999.0001))", "a number has more digits than SQLite compares exactly"},
         // dates and guids
-        {"([Day]>'2020-01-01')", literal},
-        {"('20200101'<[At])", literal},
-        {"([Clock]>'12:00')", literal},
-        {"([G]<>'00000000-0000-0000-0000-000000000000')", literal},
-        {"([At]<=[At2])", "dates with a time, or times, are compared, which are texts of several forms in SQLite"},
-        {"([Day]<=[At])", "values of different types are compared"},
+        {"([Day]<=[At])", types},
+        {"([At]<=[Till])", types},
+        {"([Day]<=[Small])", types},
+        {"([Clock]<=[At])", types},
+        {"([Off]<=[Off])", "values of a type are compared that SQLite compares differently"},
+        {"([At]<[I])", "values of different types are compared"},
+        {"([At]>'2020-01-02')",
+         "a datetime is compared with a date that the server reads by the language of the session"},
+        {"([At]>'1/2/2020')", literal},
+        {"([At]>'1752-12-31')", literal},
+        {"([Day]>'2020-02-30')", literal},
+        {"([Since]>'2020-01-01 12:00:00.5')", literal},
+        {"([Since] BETWEEN [Day] AND [Till])", "dates or times of several forms are compared in one BETWEEN or IN"},
+        {"([G]='x')", "a guid is compared with something that is not one"},
+        {"([G]<'00000000-0000-0000-0000-000000000000')", "guids are ordered, which SQLite does by other bytes first"},
+        {"([At]<getdate())", "it asks for the time, which SQLite does not tell a check", "getdate"},
+        {"([Day]<dateadd(day,(1),[Day2]))", unread, "dateadd"},
         {"([G]<[G2])", "guids are ordered, which SQLite does by other bytes first"},
         // texts
         {"([V]+[W]='ab')", "texts are joined by +"},
         {"('a'+[V]='ab')", "texts are joined by +"},
-        {"([V]<>'')", blanks},
-        {"([C]='A')", blanks},
-        {"([Ai]='AB')", "a text is compared without regard to accents, which SQLite does not know"},
+        {"([Ai]='AB')", language},
         {"([C]='\xC3\xA4')", "a text is compared with letters beyond ASCII, which SQLite compares by their bytes"},
         {"([C]>'AB')", "texts are ordered, which SQLite does by their bytes"},
-        {"([C]=[Cs])", "texts are compared with one another: the server ignores blanks at their end, SQLite does not"},
+        {"([C]=[Cs])", "texts are compared with one another, of which SQLite knows the letters of ASCII only"},
+        {"([Tr]='i')", language},
+        {"([Unknown]='i')", "a text is compared with letters, and its collation is not known"},
+        {"([Unknown] LIKE 'i%')", letters},
+        {"(upper([VCs])='a')", "UPPER() or LOWER() is compared with letters of the other case"},
+        {"(upper([I])='a')", "a function is used on something other than a text", "UPPER or LOWER"},
+        {"(isnull([V],[W])='a')", "ISNULL or COALESCE is used with values that the server may convert"},
+        {"(isnull([Tiny],(0))=(1))", "ISNULL or COALESCE is used with values that the server may convert"},
+        {"(isnull([C],'')='a')", "ISNULL or COALESCE is used with a text that the server may change"},
+        {"(len([W])>[I])", length},
+        {"((3)<len([W]))", length},
+        {"(len([W])>(-1))", length},
+        {"(datalength([W])=(3))", length},
+        {"(len([W]) BETWEEN (1) AND (2))", "the length of a Unicode text is used in BETWEEN or IN"},
+        {"(len([W]) IS NULL)", unread, "NULL"},
+        {"(len([W])+(1)>(3))", computed},
+        {"(datalength([Jp])>(3))", "DATALENGTH is used where SQLite counts other bytes"},
+        {"(isjson([I])>(0))", "a function is used on something other than a text", "ISJSON"},
         {"([V]>(0))", "a number is compared with something that is not a number"},
         {"([Bin]=[Bin])", "values of a type are compared that SQLite compares differently"},
         // LIKE
-        {"([V] LIKE '[0-9]%')", "LIKE is used with brackets, which SQLite takes for themselves"},
-        {"([V] LIKE '\xC3\xA4%')", "LIKE is used with letters beyond ASCII, whose case SQLite does not know"},
-        {"([VCs] LIKE 'a%')", "LIKE is used with letters where case or accents count in another way than in SQLite"},
+        {"([V] LIKE '\xC3\xA4%')",
+         "LIKE is used with characters beyond ASCII, whose case and order SQLite does not know"},
         {"([VAi] LIKE 'a%')", "LIKE is used with letters where case or accents count in another way than in SQLite"},
-        {"([W] LIKE '_%')", "LIKE is used with _, which counts code units on the server and characters in SQLite"},
-        {"([V] LIKE '%.com')",
-         "LIKE is used on a text that may end in blanks: they do not count on the server, and count in SQLite"},
         {"([I] LIKE '1%')", "LIKE is used on something other than a text column, or without a literal"},
+        {"([VAi] LIKE '[ab]%')", letters},
+        {"([Tr] LIKE 'i%')", letters},
+        {"([V] LIKE '[a-z]%')", "LIKE is used with a range of letters, which holds accented ones too on the server"},
+        {"([V] LIKE '[0-z]%')", "LIKE is used with a range other than of digits, whose order depends on the collation"},
+        {"([V] LIKE '[9-0]%')", "LIKE is used with a range other than of digits, whose order depends on the collation"},
+        {"([V] LIKE '[]%')", brackets},
+        {"([V] LIKE '[a%')", brackets},
+        {"([V] LIKE '[0-9-x]%')", brackets},
+        {"([V] LIKE '[a!b]' ESCAPE '!')", brackets},
+        {"([V] LIKE 'a!' ESCAPE '!')", "LIKE is used with a pattern that ends in its escape character"},
+        {"([V] LIKE 'a%' ESCAPE '')", "LIKE is used with an escape that is not one character"},
+        {"([V] LIKE '%_')",
+         "LIKE is used on a text that may end in blanks: they do not count on the server, and count in SQLite"},
+        {"([W] LIKE '__%')", units},
+        {"([W] LIKE '[^0-9]')", units},
+        {"(upper([VCs]) LIKE 'a%')", "UPPER() or LOWER() is compared with letters of the other case"},
         {"([V] LIKE [W])", "LIKE is used on something other than a text column, or without a literal"},
         {"([V] LIKE 'a'+'%')", "texts are joined by +"},
     };

@@ -59,10 +59,12 @@ TEST_F(HostChecksTest, LeftOutOrDoubtful)
          "check-unprepared-column: dbo.T: left out: it uses a column that is left out of the table (X): CONSTRAINT "
          "[CK] CHECK ([A]>[X])"},
         {"of another meaning", a_check("([A]>getdate())"),
-         "check-left-out: dbo.T: left out: SQLite lacks this or reads it differently (getdate): CONSTRAINT [CK] CHECK "
+         "check-left-out: dbo.T: left out: it asks for the time, which SQLite does not tell a check (getdate): "
+         "CONSTRAINT [CK] CHECK "
          "([A]>getdate())"},
         {"declared on a column", a_check("([A]>getdate())", R"(,"column":"A")"),
-         "check-left-out: dbo.T.A: left out: SQLite lacks this or reads it differently (getdate): CONSTRAINT [CK] "
+         "check-left-out: dbo.T.A: left out: it asks for the time, which SQLite does not tell a check (getdate): "
+         "CONSTRAINT [CK] "
          "CHECK "
          "([A]>getdate())"},
         {"untrusted", a_check("([A]>(0))", R"(,"is_not_trusted":true)"),
