@@ -12,7 +12,7 @@ static bool my_is_database(const std::string &bytes)
     return bytes.starts_with("SQLite format 3\0"sv);
 }
 
-void cli_load_any_schema(KT_context *ctx, const std::string &path, cli_schema *schema)
+void cli_load_any_schema(KT_context *ctx, const std::string &path, cli_schema *schema, cli_findings *findings)
 {
     const std::vector<cli_source> sources = cli_read_sources({path});
     const cli_source &first = sources.front();
@@ -22,6 +22,6 @@ void cli_load_any_schema(KT_context *ctx, const std::string &path, cli_schema *s
         sources.size() == 1 && tov_host__recognise(first.bytes.data(), first.bytes.size()) == TOV_HOST_SOURCE_JSON;
     if (is_json && cli_take_schema(ctx, first.bytes, first.name, schema))
         return;
-    cli_findings findings(ctx);
-    cli_import(ctx, {}, sources, schema, &findings);
+    cli_findings unwanted(ctx);
+    cli_import(ctx, {}, sources, schema, findings ? findings : &unwanted);
 }

@@ -38,6 +38,7 @@ static void my_add_commands(cli_arguments &arguments)
     cli_add_default(arguments);
     cli_add_refs(arguments);
     cli_add_graph(arguments);
+    cli_add_report(arguments);
     cli_add_select(arguments);
     cli_add_diff(arguments);
     cli_add_lite(arguments);

@@ -16,6 +16,7 @@ void cli_add_columns(cli_arguments &arguments);
 void cli_add_default(cli_arguments &arguments);
 void cli_add_refs(cli_arguments &arguments);
 void cli_add_graph(cli_arguments &arguments);
+void cli_add_report(cli_arguments &arguments);
 void cli_add_select(cli_arguments &arguments);
 void cli_add_diff(cli_arguments &arguments);
 void cli_add_lite(cli_arguments &arguments);

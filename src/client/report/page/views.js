@@ -1,0 +1,82 @@
+// The views: overview, findings, one table, all tables. The part of the address after # says which one is shown.
+
+function overview() {
+    const shown = tables.filter(isShown);
+    const withRows = shown.some((table) => table.rows !== undefined);
+    const rows = shown.map((table) => row(null, linkTo(table), number(table.columns.length),
+        number(table.references.length), number(table.referredBy.length), number(table.findings.length || undefined),
+        withRows ? number(table.rows) : [], element('div', {class: 'text'}, table.description ?? '')));
+    if (!withRows) rows.forEach((line) => line.children[5].remove());
+    const headings = ['Table', 'Columns', 'Refers to', 'Referred to by', 'Findings', 'Rows', 'Description'];
+    return [element('h2', {tabindex: -1}, 'Overview'),
+        grid('Tables', headings.filter((heading) => withRows || heading !== 'Rows'), rows)];
+}
+
+function findingsView() {
+    const byCode = new Map();
+    for (const finding of findings) {
+        if (finding.about && !isShown(finding.about)) continue;
+        byCode.set(finding.code, [...(byCode.get(finding.code) ?? []), finding]);
+    }
+    const ofCode = ([kind, list]) => [element('h3', null, kind + ' (' + list.length + ')'),
+        list.map((finding) => {
+            const note = noteOf(finding, true);
+            if (finding.about) note.append(' ', linkTo(finding.about, 'See ' + finding.about.table));
+            return note;
+        })];
+    return [element('h2', {tabindex: -1}, 'Findings'),
+        element('p', {class: 'quiet'}, report.findings ? 'What the import approximated or left out.' :
+            'This report was made without the findings of the import.'),
+        findings.length || !report.findings ? '' : element('p', null, 'There are none.'),
+        [...byCode].map(ofCode)];
+}
+
+function tableView(name, columnName) {
+    const table = findTable(name);
+    if (!table) return [element('h2', {tabindex: -1}, 'There is no such table'), element('p', null, name)];
+    const section = tableSection(table);
+    const heading = element('h3', null, 'Neighbourhood');
+    if (neighboursOf(table).size) section.append(heading, diagram(table, false));
+    const line = columnName && [...section.querySelectorAll('tr[data-column]')]
+        .find((candidate) => candidate.dataset.column === columnName);
+    if (line) queueMicrotask(() => line.scrollIntoView({block: 'center'}));
+    return [section];
+}
+
+function allTables() {
+    return tables.filter(isShown).map(tableSection);
+}
+
+const views = {
+    overview: () => overview(),
+    findings: () => findingsView(),
+    all: () => allTables(),
+    diagram: (name) => [element('h2', {tabindex: -1}, 'Diagram'), diagram(name ? findTable(name) : null, true)],
+    table: (name, column) => tableView(name, column),
+};
+
+function currentAddress() {
+    const parts = location.hash.slice(1).split('/');
+    try {
+        return parts.map(decodeURIComponent);
+    } catch {
+        return parts;
+    }
+}
+
+function markCurrent() {
+    const [view, name] = currentAddress();
+    for (const link of document.querySelectorAll('header nav a, #tables a')) {
+        const isCurrent = link.dataset.table ? view === 'table' && link.dataset.table === name :
+            link.getAttribute('href') === '#' + (view || 'overview');
+        if (isCurrent) link.setAttribute('aria-current', 'page');
+        else link.removeAttribute('aria-current');
+    }
+}
+
+function showView() {
+    const [view, ...rest] = currentAddress();
+    const make = Object.hasOwn(views, view) ? views[view] : views.overview;
+    document.getElementById('main').replaceChildren(...make(...rest).flat(Infinity).filter(Boolean));
+    markCurrent();
+}
