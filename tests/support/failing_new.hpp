@@ -2,11 +2,10 @@
 // see. It replaces the operator of the whole program, so one source of it includes this.
 #pragma once
 
+#include "allocations_to_failure.hpp"
+
 #include <cstdlib>
 #include <new>
-
-// How many allocations are left until one fails; 0: none fails.
-inline size_t allocations_to_failure = 0;
 
 void *operator new(size_t size)
 {

@@ -81,9 +81,11 @@ void client_verify__prepare(KT_context *ctx, client_verify &run, const client_ve
 void client_verify__step(KT_context *ctx, client_verify &run, const client_verify_tbl &tbl, sqlite3_stmt *statement,
                          bool &has);
 
-// The same without a report: whether it compiles, and SQLite's code.
-bool client_verify__try(client_verify &run, const std::string &sql, kt_owned_statement &statement);
+// The same without a report; the codes are SQLite's.
+int client_verify__try(client_verify &run, const std::string &sql, kt_owned_statement &statement) noexcept;
 int client_verify__step_raw(client_verify &run, sqlite3_stmt *statement) noexcept;
+// Whether SQLite refused because of what a database or a schema holds, so that the rest can still be looked at.
+bool client_is_refusal(int code) noexcept;
 // Reports what SQLite said last of a table, or fails where nothing else can be looked at either.
 void client_verify__report_refusal(KT_context *ctx, client_verify &run, const client_verify_tbl &tbl, int code);
 

@@ -4,6 +4,8 @@
 // From the last row that was reported on, the rows are looked at one by one then, for each check by itself.
 #include "verify/client_verify.hpp"
 
+#include "kt_folded.hpp"
+
 #define KT_HERE "src/client/verify/client_verify_checks"
 
 // A number has room for a bit of each.
@@ -92,7 +94,7 @@ static void my_list_checks(KT_context *ctx, const client_verify &run, const clie
     KT_vhash *map = nullptr;
     KT_TRY(tov_schema__get_document(ctx, run.schema, &document));
     KT_TRY(KT_vhash__get__vhash(ctx, document, "tbls", &tbls));
-    KT_TRY(KT_vhash__get__vhash(ctx, tbls, tbl.tbl.id.c_str(), &record));
+    KT_TRY(KT_vhash__get__vhash(ctx, tbls, kt_folded(tbl.tbl.id).c_str(), &record)); // ids are in lower case there
     KT_TRY(KT_vhash__check__vhash(ctx, record, "cols", &cols));
     KT_TRY(KT_vhash__check__vhash(ctx, record, "check", &map));
     if (cols)
@@ -155,7 +157,7 @@ static void my_look(KT_context *ctx, client_verify &run, check_work &work, bool 
     }
     if (code == SQLITE_ROW || code == SQLITE_DONE)
         return;
-    is_done = !has_rowid;
+    is_done = !has_rowid || !client_is_refusal(code);
     if (is_done)
         KT_TRY(client_verify__report_refusal(ctx, run, work.tbl, code));
 }
@@ -170,6 +172,8 @@ static void my_look_at_row(KT_context *ctx, client_verify &run, const check_work
     const int code = client_verify__step_raw(run, verdict);
     if (code == SQLITE_DONE || (code == SQLITE_ROW && functions->column_int64(verdict, 0) == 0))
         return;
+    if (code != SQLITE_ROW && !client_is_refusal(code))
+        CLIENT_FAIL_AT(run.database, code);
     client_finding finding{client_violation_code("check").kind, check.message, "", ""};
     if (code != SQLITE_ROW) {
         finding.kind = client_violation_code("check-fails").kind;
@@ -215,10 +219,13 @@ static void my_leave_out(KT_context *ctx, client_verify &run, const client_verif
     std::vector<asked_check> kept;
     for (asked_check &check : checks) {
         kt_owned_statement statement{run.database.functions};
-        if (client_verify__try(run, "SELECT " + check.expression + " FROM " + tbl.source, statement)) {
+        const int code = client_verify__try(run, "SELECT " + check.expression + " FROM " + tbl.source, statement);
+        if (code == SQLITE_OK) {
             kept.push_back(std::move(check));
             continue;
         }
+        if (!client_is_refusal(code))
+            CLIENT_FAIL_AT(run.database, code);
         const std::string reason = run.database.functions->message(run.database.connection);
         KT_TRY(client_verify__report_tbl(
             ctx, run, tbl.tbl.name.c_str(),

@@ -43,6 +43,17 @@ static void my_find_encoding(KT_context *ctx, client_verify &run)
                                                                             1, flags, nullptr, my_utf8_size, nullptr)));
 }
 
+// The name in a row's first column.
+static void my_read_name(KT_context *ctx, const client_verify &run, sqlite3_stmt *statement, std::string &name)
+{
+    const KT_sqlite_functions *functions = run.database.functions;
+    const bool is_null = functions->column_type(statement, 0) == SQLITE_NULL;
+    const char *text = functions->column_text(statement, 0);
+    if (!text && !is_null)
+        KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
+    name = text ? text : "";
+}
+
 // A table with rows of its own has a page where they begin.
 static void my_list_tbls(KT_context *ctx, client_verify &run)
 {
@@ -53,7 +64,8 @@ static void my_list_tbls(KT_context *ctx, client_verify &run)
         "SELECT name, type = 'table' AND rootpage > 0 FROM sqlite_schema WHERE type IN ('table', 'view')", statement));
     KT_TRY(client_connection__step(ctx, run.database, statement, has));
     while (has) {
-        const std::string name(client_column_text(run.database, statement, 0));
+        std::string name;
+        KT_TRY(my_read_name(ctx, run, statement, name));
         run.found[kt_folded(name)].is_tbl = run.database.functions->column_int64(statement, 1) != 0;
         KT_TRY(client_connection__step(ctx, run.database, statement, has));
     }
@@ -84,7 +96,8 @@ static void my_list_cols(KT_context *ctx, client_verify &run, const std::string 
     KT_TRY(client_connection__bind_text(ctx, run.database, statement, 1, name));
     KT_TRY(client_connection__step(ctx, run.database, statement, has));
     while (has) {
-        const std::string col(client_column_text(run.database, statement, 0));
+        std::string col;
+        KT_TRY(my_read_name(ctx, run, statement, col));
         found.cols.push_back(kt_folded(col));
         if (run.database.functions->column_int64(statement, 1) > 0)
             pk.push_back(col);
@@ -102,7 +115,7 @@ static void my_list_pk(KT_context *ctx, client_verify &run, const std::string &n
     KT_TRY(client_connection__bind_text(ctx, run.database, statement, 1, name));
     KT_TRY(client_connection__step(ctx, run.database, statement, has));
     while (has) {
-        found.pk.emplace_back(client_column_text(run.database, statement, 0));
+        KT_TRY(my_read_name(ctx, run, statement, found.pk.emplace_back()));
         KT_TRY(client_connection__step(ctx, run.database, statement, has));
     }
     found.has_rowid = found.pk.empty();
@@ -149,34 +162,31 @@ void client_verify__find_tbl(KT_context *ctx, client_verify &run, const std::str
     tbl.rowid = my_rowid_name(tbl);
 }
 
-// Whether SQLite refused because of what a database or a schema holds, so that the rest can still be looked at.
-static bool my_is_refusal(int code) noexcept
+bool client_is_refusal(int code) noexcept
 {
     return code == SQLITE_ERROR || code == SQLITE_AUTH || code == SQLITE_TOOBIG || code == SQLITE_MISMATCH;
 }
 
 void client_verify__report_refusal(KT_context *ctx, client_verify &run, const client_verify_tbl &tbl, int code)
 {
-    if (!my_is_refusal(code))
+    if (!client_is_refusal(code))
         CLIENT_FAIL_AT(run.database, code);
     const std::string message = run.database.functions->message(run.database.connection);
     KT_TRY(client_verify__report_tbl(ctx, run, tbl.tbl.name.c_str(),
                                      {client_violation_code("table-unreadable").kind, message, "", ""}));
 }
 
-bool client_verify__try(client_verify &run, const std::string &sql, kt_owned_statement &statement)
+int client_verify__try(client_verify &run, const std::string &sql, kt_owned_statement &statement) noexcept
 {
     const client_on_duty duty(run.guard, {client_duty::reading});
     statement.close();
-    return run.database.functions->prepare(run.database.connection, sql.c_str(), statement.out()) == SQLITE_OK;
+    return run.database.functions->prepare(run.database.connection, sql.c_str(), statement.out());
 }
 
 void client_verify__prepare(KT_context *ctx, client_verify &run, const client_verify_tbl &tbl, const std::string &sql,
                             kt_owned_statement &statement, bool &ok)
 {
-    const client_on_duty duty(run.guard, {client_duty::reading});
-    statement.close();
-    const int code = run.database.functions->prepare(run.database.connection, sql.c_str(), statement.out());
+    const int code = client_verify__try(run, sql, statement);
     ok = code == SQLITE_OK;
     if (!ok)
         KT_TRY(client_verify__report_refusal(ctx, run, tbl, code));

@@ -38,7 +38,7 @@ static std::string my_blob_literal(const unsigned char *bytes, int size)
 {
     static constexpr char digits[] = "0123456789ABCDEF";
     std::string literal = "x'";
-    for (int n = 0; n < size && n < shown_bytes; n++)
+    for (int n = 0; bytes && n < size && n < shown_bytes; n++)
         literal += {digits[bytes[n] >> 4], digits[bytes[n] & 15]};
     return literal + (size > shown_bytes ? "…'" : "'");
 }

@@ -18,16 +18,34 @@ static const char *my_storage_of(const char *abstract_type) noexcept
     return type ? type->sqlite_typeof : "";
 }
 
-// The collation stands in the column's definition, after its name and type.
+// The record of the column's type. Ids are in lower case there.
+static void my_find_type(KT_context *ctx, tov_schema *schema, const client_row_tbl &tbl, const client_verify_col &col,
+                         KT_vhash **type)
+{
+    const KT_vhash *document = nullptr;
+    KT_vhash *record = nullptr;
+    KT_TRY(tov_schema__get_document(ctx, schema, &document));
+    KT_TRY(KT_vhash__get__vhash(ctx, document, "tbls", &record));
+    KT_TRY(KT_vhash__get__vhash(ctx, record, kt_folded(tbl.id).c_str(), &record));
+    KT_TRY(KT_vhash__get__vhash(ctx, record, "cols", &record));
+    KT_TRY(KT_vhash__get__vhash(ctx, record, kt_folded(col.row_col->col_id).c_str(), &record));
+    KT_TRY(KT_vhash__get__vhash(ctx, record, "type", type));
+}
+
+// As the schema module declares it.
 static void my_read_collation(KT_context *ctx, tov_schema *schema, const client_row_tbl &tbl, client_verify_col &col)
 {
-    static constexpr std::string_view before = " text COLLATE ";
-    const char *defin = nullptr;
-    KT_TRY(tov_schema__get_col_defin(ctx, schema, tbl.id.c_str(), col.row_col->col_id.c_str(), nullptr, &defin));
-    const std::string_view rest = std::string_view(defin).substr(client_quoted(col.row_col->name).size());
+    KT_vhash *type = nullptr;
+    KT_bool nocase = 0;
+    KT_bool is_fixed = 0;
     col.collation = "BINARY";
-    if (rest.starts_with(before))
-        col.collation = rest.substr(before.size(), rest.find(' ', before.size()) - before.size());
+    if (KT_stricmp(col.type, "text") != 0)
+        return;
+    KT_TRY(my_find_type(ctx, schema, tbl, col, &type));
+    KT_TRY(KT_vhash__check__bool(ctx, type, "nocase", &nocase));
+    KT_TRY(KT_vhash__check__bool(ctx, type, "fixed_width", &is_fixed));
+    if (nocase || is_fixed)
+        col.collation = nocase ? "NOCASE" : "RTRIM";
 }
 
 static void my_read_col(KT_context *ctx, client_verify &run, const client_row_col &row_col, client_verify_tbl &tbl)
