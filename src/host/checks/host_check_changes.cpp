@@ -17,6 +17,19 @@ void host_change(host_check_changes &changes, std::string_view place, std::strin
     changes.insert(next, {place, std::move(text)});
 }
 
+static bool my_is_word_byte(char byte)
+{
+    return (byte >= '0' && byte <= '9') || (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_';
+}
+
+// A name in brackets may stand beside a word, which a word that is written for it may not.
+static void my_append(std::string &text, std::string_view more)
+{
+    if (!text.empty() && !more.empty() && my_is_word_byte(text.back()) && my_is_word_byte(more.front()))
+        text += ' ';
+    text += more;
+}
+
 std::string host_changed_text(const host_check_changes &changes, std::string_view place)
 {
     std::string text;
@@ -24,9 +37,10 @@ std::string host_changed_text(const host_check_changes &changes, std::string_vie
     for (const host_check_change &one : changes) {
         if (one.place.data() < at || my_end(one.place) > my_end(place))
             continue;
-        text.append(at, one.place.data());
-        text += one.text;
+        my_append(text, {at, one.place.data()});
+        my_append(text, one.text);
         at = my_end(one.place);
     }
-    return text.append(at, my_end(place));
+    my_append(text, {at, my_end(place)});
+    return text;
 }

@@ -143,8 +143,8 @@ const char *host_match(host_check_changes &changes, const host_value &left, cons
     if (left.kind != kind::text || pattern.kind != kind::text_literal)
         return "LIKE is used on something other than a text column, or without a literal";
     const std::string text = host_literal_text(pattern.literal);
-    const std::string mark = escape ? host_literal_text(escape->literal) : "";
-    if (escape && (escape->kind != kind::text_literal || mark.size() != 1))
+    const std::string mark = escape && escape->kind == kind::text_literal ? host_literal_text(escape->literal) : "";
+    if (escape && mark.size() != 1)
         return "LIKE is used with an escape that is not one character";
     const bool is_unicode = host_is_unicode(*left.col) || my_is_national(pattern.literal);
     host_like_rules rules = my_rules(left);
