@@ -88,6 +88,82 @@ TEST_F(CommandGraphTest, EscapesABackslashAtTheEndOfAnId)
     EXPECT_NE(dot.find(R"("a&#92;" [label=)"), std::string::npos) << dot;
 }
 
+// a -> b -> c -> d, and e on its own.
+const std::string chain = R"({"compat_level":1,"tbls":{)" + tbl_text("a", {"b"}) + "," + tbl_text("b", {"c"}) + "," +
+                          tbl_text("c", {"d"}) + "," + tbl_text("d", {}) + "," + tbl_text("e", {}) + "}}";
+
+// The boxes of a picture, by their tables' names.
+std::string boxes(const std::string &dot)
+{
+    std::string names;
+    for (const char *name : {"a", "b", "c", "d", "e"})
+        names += dot.find("<b>" + std::string(name) + "</b>") == std::string::npos ? "" : name;
+    return names;
+}
+
+TEST_F(CommandGraphTest, DrawsAPart)
+{
+    const struct {
+        const char *name;
+        std::vector<std::string> options;
+        const char *expected;
+    } cases[] = {
+        {"all tables", {}, "abcde"},
+        {"a table and its neighbours, whichever way the references go", {"--around", "b"}, "abc"},
+        {"a name in another letter case", {"--around", "B"}, "abc"},
+        {"further away", {"--around", "a", "--depth", "2"}, "abc"},
+        {"the table alone", {"--around", "c", "--depth", "0"}, "c"},
+        {"a table without references", {"--around", "e", "--depth", "9"}, "e"},
+        {"all that can be reached", {"--around", "d", "--depth", "9"}, "abcd"},
+        {"no more than the nearest", {"--around", "d", "--depth", "9", "--limit", "2"}, "cd"},
+        {"no more than those with the most neighbours", {"--limit", "2"}, "bc"},
+        {"no limit", {"--limit", "0"}, "abcde"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        std::vector<std::string> words = {"graph", "-"};
+        words.insert(words.end(), c.options.begin(), c.options.end());
+        const command_result result = run(words, chain);
+        EXPECT_EXIT_CODE(result, 0);
+        EXPECT_EQ(boxes(result.out), c.expected) << result.out;
+        const bool is_cut = words.size() > 3 && words[words.size() - 1] == "2" && words[words.size() - 2] == "--limit";
+        EXPECT_EQ(result.err.find("tables are drawn") != std::string::npos, is_cut) << result.err;
+    }
+}
+
+TEST_F(CommandGraphTest, DrawsNoReferenceToATableThatIsLeftOut)
+{
+    const std::string dot = run({"graph", "-", "--around", "a"}, chain).out;
+    EXPECT_NE(dot.find("\"a\" -> \"b\""), std::string::npos) << dot;
+    EXPECT_EQ(dot.find("-> \"c\""), std::string::npos) << dot;
+}
+
+TEST_F(CommandGraphTest, RefusesAPartThatCannotBe)
+{
+    EXPECT_EXIT_CODE(run({"graph", "-", "--around", "x"}, chain), 2);
+    EXPECT_EXIT_CODE(run({"graph", "-", "--depth", "2"}, chain), 2) << "of what?";
+}
+
+TEST_F(CommandGraphTest, DrawsSchemasTogether)
+{
+    std::string schema = chain;
+    for (const auto &[id, name] : {std::pair("a", "x"), std::pair("b", "<y>"), std::pair("c", "x")}) {
+        const std::string begin = R"("name":")" + std::string(id) + R"(","txid":1,)";
+        schema.replace(schema.find(begin), 0, R"("server":{"schema":")" + std::string(name) + R"("},)");
+    }
+    const std::string dot = run({"graph", "-", "--around", "b"}, schema).out;
+    const size_t first = dot.find("subgraph cluster_0 {\n        label=<x>");
+    const size_t second = dot.find("subgraph cluster_1 {\n        label=<&lt;y&gt;>");
+    ASSERT_NE(first, std::string::npos) << dot;
+    ASSERT_NE(second, std::string::npos) << dot;
+    EXPECT_LT(dot.find("<b>c</b>"), second) << dot;
+    EXPECT_GT(dot.find("<b>b</b>"), second) << dot;
+    const std::string mermaid = run({"graph", "-", "--around", "b", "--format", "mermaid"}, schema).out;
+    EXPECT_NE(mermaid.find("    subgraph s0[\"x\"]\n        t0[\"<b>a</b>"), std::string::npos) << mermaid;
+    EXPECT_NE(mermaid.find("    end\n    subgraph s1[\"&lt;y&gt;\"]\n"), std::string::npos) << mermaid;
+    EXPECT_EQ(run({"graph", "-"}, chain).out.find("subgraph"), std::string::npos) << "all in one schema";
+}
+
 TEST_F(CommandGraphTest, EscapesNames)
 {
     std::string schema = sample_schema;

@@ -15,7 +15,8 @@ std::string client_markdown_text(std::string_view text)
     static constexpr std::string_view special_at_first = "#+-=:";
     std::string escaped;
     for (const char c : text) {
-        if (special.find(c) != special.npos || (escaped.empty() && special_at_first.find(c) != special.npos))
+        if (special.find(c) != std::string_view::npos ||
+            (escaped.empty() && special_at_first.find(c) != std::string_view::npos))
             escaped.push_back('\\');
         escaped.push_back(my_ends_line(c) ? ' ' : c);
     }
@@ -54,7 +55,7 @@ std::string client_mermaid_text(std::string_view text)
     static constexpr std::string_view special = "&<>\"\\#`;";
     std::string escaped;
     for (const char c : text) {
-        if (special.find(c) != special.npos)
+        if (special.find(c) != std::string_view::npos)
             escaped += "&#" + std::to_string(static_cast<unsigned char>(c)) + ";";
         else
             escaped.push_back(my_ends_line(c) ? ' ' : c);
@@ -84,7 +85,7 @@ std::string client_markdown_file(std::string_view tbl, std::vector<std::string> 
     constexpr size_t most = 100;
     std::string stem;
     for (const char c : tbl.substr(0, most))
-        stem.push_back(kept.find(c) == kept.npos ? '_' : c);
+        stem.push_back(kept.find(c) == std::string_view::npos ? '_' : c);
     const auto is_taken = [&](const std::string &name) {
         return std::find(taken.begin(), taken.end(), kt_folded(name)) != taken.end();
     };

@@ -161,13 +161,13 @@ static std::string my_diagram(KT_context *ctx, const page &it)
                 return "t" + std::to_string(n);
         }
         names.push_back(name);
-        const std::string made = "t" + std::to_string(names.size() - 1);
+        std::string made = "t" + std::to_string(names.size() - 1);
         boxes += "    " + made + "[\"" + client_mermaid_text(name) + "\"]\n";
         return made;
     };
     const auto arrow = [&](const std::string &from, const std::string &to) {
         const std::string line = "    " + from + " --> " + to + "\n";
-        if (arrows.find(line) == arrows.npos)
+        if (arrows.find(line) == std::string::npos)
             arrows += line;
     };
     for (const KT_vhash *reference : client_report_maps(ctx, it.record, "references"))

@@ -61,12 +61,13 @@ static bool my_has_flag(KT_context *ctx, const KT_vhash *index, const char *key)
 // unique, clustered, XML
 static std::string my_kind_of(KT_context *ctx, const KT_vhash *index)
 {
-    std::string kind = client_report_text(ctx, index, "kind");
-    for (const char *flag : {"disabled", "clustered", "unique"}) {
+    std::string kind;
+    for (const char *flag : {"unique", "clustered", "disabled"}) {
         if (my_has_flag(ctx, index, flag))
-            kind = flag + (kind.empty() ? "" : ", " + kind);
+            kind += (kind.empty() ? "" : ", ") + std::string(flag);
     }
-    return kind;
+    const std::string other = client_report_text(ctx, index, "kind");
+    return kind + (kind.empty() || other.empty() ? "" : ", ") + other;
 }
 
 static void my_add_index_cols(KT_context *ctx, const client_report_tbl &tbl, const KT_vhash *index, const char *key,
