@@ -25,24 +25,19 @@ static bool my_has_letter(std::string_view text)
     return my_has_letter(text, 'a', 'z') || my_has_letter(text, 'A', 'Z');
 }
 
-// In other languages two letters may count as one, or i may not be the small letter of I.
+// In other languages two letters may count as one, or i may not be the small letter of I, which is so in code page
+// 1254.
 static bool my_has_plain_letters(std::string_view locale)
 {
-    static constexpr std::string_view plain[] = {"Latin1_General",
-                                                 "SQL_Latin1_General",
-                                                 "French",
-                                                 "German_PhoneBook",
-                                                 "Modern_Spanish",
-                                                 "Finnish_Swedish",
-                                                 "Polish",
-                                                 "Japanese",
-                                                 "Chinese",
-                                                 "Korean",
-                                                 "Greek",
-                                                 "Cyrillic_General",
-                                                 "Hebrew",
-                                                 "Arabic",
-                                                 "Thai"};
+    static constexpr std::string_view plain[] = {"Latin1_General", "SQL_Latin1_General",
+                                                 "French",         "German_PhoneBook",
+                                                 "Modern_Spanish", "Polish",
+                                                 "Japanese",       "Chinese",
+                                                 "Korean",         "Greek",
+                                                 "Hebrew",         "Cyrillic_General",
+                                                 "Arabic",         "Thai"};
+    if (locale.ends_with("1254"))
+        return false;
     return locale.empty() || std::any_of(std::begin(plain), std::end(plain),
                                          [locale](std::string_view name) { return locale.starts_with(name); });
 }

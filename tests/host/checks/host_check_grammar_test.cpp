@@ -30,6 +30,7 @@ class HostCheckGrammarTest : public ::testing::Test {
         add("VCs", "varchar").comparison_style = 196608;
         add("Bin2", "varchar").collation = "Latin1_General_BIN2";
         add("Tr", "varchar").collation = "Turkish_CI_AS";
+        add("Tr2", "varchar").collation = "SQL_Latin1_General_CP1254_CI_AS";
         add("Sc", "nvarchar").collation = "Latin1_General_100_CI_AS_SC";
         add("Utf", "varchar").code_page = 65001;
         add("Unknown", "varchar").comparison_style = -1;
@@ -338,6 +339,7 @@ TEST_F(HostCheckGrammarTest, Refused)
         {"([C]>'AB')", "texts are ordered, which SQLite does by their bytes"},
         {"([C]=[Cs])", "texts are compared with one another, of which SQLite knows the letters of ASCII only"},
         {"([Tr]='i')", language},
+        {"([Tr2]='i')", language},
         {"([Unknown]='i')", "a text is compared with letters, and its collation is not known"},
         {"([Unknown] LIKE 'i%')", letters},
         {"(upper([VCs])='a')", "UPPER() or LOWER() is compared with letters of the other case"},
