@@ -160,9 +160,11 @@ void cli_add_default(cli_arguments &arguments)
 {
     auto options = std::make_shared<default_options>();
     const cli_command command = arguments.add("default", "Show what a SQL Server default becomes in SQLite");
-    command.details("Prints kept and the SQLite default, dropped or refused and the reason, with a tab between.\n"
-                    "Without TYPE and TEXT, reads lines TYPE<tab>SCALE<tab>TEXT from standard input.\n\n"
-                    "Example: tov-schema default money \"((2.5))\"");
+    command.details(
+        "Prints kept and the SQLite default, dropped or refused and the reason, with a tab between.\n"
+        "An import keeps some of those that are dropped here: local clocks, computed constants and others.\n"
+        "Without TYPE and TEXT, reads lines TYPE<tab>SCALE<tab>TEXT from standard input.\n\n"
+        "Example: tov-schema default money \"((2.5))\"");
     const cli_option type =
         command.argument("TYPE", options->type, "an abstract type (sint32) or SQL Server's (int, \"decimal(9,2)\")");
     const cli_option text =

@@ -102,7 +102,7 @@ static bool my_convert_whole(host_constant &value)
     static constexpr struct {
         std::string_view type;
         int64_t least, most;
-    } ranges[] = {{"tinyint", 0, 255}, {"smallint", -32768, 32767}};
+    } ranges[] = {{"tinyint", 0, 255}, {"smallint", -32768, 32767}, {"int", INT32_MIN, INT32_MAX}};
     const std::string_view type = value.type;
     value.type = {};
     value.kind = kind::number;

@@ -58,6 +58,7 @@ TEST_F(HostSecondDefaultTest, Constants)
         {"int", "", "(CONVERT([bit],(7)))", "1"},
         {"int", "", "(CONVERT([int],'42'))", "42"},
         {"int", "", "(CONVERT([tinyint],(256)))", ""},
+        {"bigint", "", "(CONVERT([int],(2147483648)))", ""},
         {"int", "", "(CONVERT([int],(1.5)))", ""},
         {"int", "", "(CAST(5 AS int))", "5"},
         {"int", "", "((60)*(60)*(24))", "86400"},
@@ -232,10 +233,10 @@ TEST_F(HostSecondDefaultTest, ASequenceThatNumbersTheKeyBecomesTheRowid)
     const std::string defval =
         R"x("default":{"kind":"constraint","id":5,"name":"DF","definition":"(NEXT VALUE FOR [dbo].[S])"})x";
     import_tables(a_table(7, "T", a_col(1, "C", "int", defval) + ',' + a_col(2, "D", "int"), a_pk("PK", "C")));
-EXPECT_EQ(codes(), "identity-numbering dbo.T.C");
-EXPECT_EQ(defin("7", "1"), R"("C" integer primary key NOT NULL)");
-import_tables(a_table(7, "T", a_col(1, "C", "int", defval) + ',' + a_col(2, "D", "int"), a_pk("PK", "C D")));
-EXPECT_EQ(codes(), "default-dropped dbo.T.C");
-import_tables(a_table(7, "T", a_col(1, "C", "nvarchar", defval), a_pk("PK", "C")));
-EXPECT_EQ(codes(), "default-dropped dbo.T.C");
+    EXPECT_EQ(codes(), "identity-numbering dbo.T.C");
+    EXPECT_EQ(defin("7", "1"), R"("C" integer primary key NOT NULL)");
+    import_tables(a_table(7, "T", a_col(1, "C", "int", defval) + ',' + a_col(2, "D", "int"), a_pk("PK", "C D")));
+    EXPECT_EQ(codes(), "default-dropped dbo.T.C");
+    import_tables(a_table(7, "T", a_col(1, "C", "nvarchar", defval), a_pk("PK", "C")));
+    EXPECT_EQ(codes(), "default-dropped dbo.T.C");
 }
