@@ -25,9 +25,9 @@ struct host_reader {
     KT_vhash *unknown_fields;
 };
 
-// A whole number with the bounds that its use asks for.
+// A whole number with the bounds that its use asks for, and that its member can hold.
 template <class T> struct host_int_field {
-    int64_t T::*member;
+    std::variant<int64_t T::*, int32_t T::*, uint8_t T::*> member;
     int64_t low;
     int64_t high;
 };
@@ -61,6 +61,20 @@ void host_refuse_missing(KT_context *ctx, const host_place &place);
 #define KT_HERE "src/host/json/host_fields"
 
 template <class T>
+void host_read_int_field(KT_context *ctx, const host_place &place, const KT_variant &value,
+                         const host_int_field<T> &field, T &record)
+{
+    int64_t number = 0;
+    KT_TRY(host_read_int(ctx, place, value, field.low, field.high, &number));
+    std::visit(
+        [&](auto member) {
+            using held = std::remove_reference_t<decltype(record.*member)>;
+            record.*member = static_cast<held>(number);
+        },
+        field.member);
+}
+
+template <class T>
 void host_read_field(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
                      const host_field<T> &field, T &record)
 {
@@ -69,7 +83,7 @@ void host_read_field(KT_context *ctx, host_reader &reader, const host_place &pla
     else if (const auto *flag = std::get_if<bool T::*>(&field.target))
         KT_TRY(host_read_flag(ctx, place, value, &(record.**flag)));
     else if (const auto *number = std::get_if<host_int_field<T>>(&field.target))
-        KT_TRY(host_read_int(ctx, place, value, number->low, number->high, &(record.*number->member)));
+        KT_TRY(host_read_int_field(ctx, place, value, *number, record));
     else if (const auto *child = std::get_if<host_child_field<T>>(&field.target))
         KT_TRY((*child)(ctx, reader, place, value, record));
 }

@@ -84,7 +84,9 @@ static void my_read_plain_col(KT_context *ctx, host_model &model, const host_nod
     for (const auto &[property, flag] : col_flags)
         col.*flag = host_is_true(element, property);
     my_read_identity(model, element, col);
-    KT_TRY(host_number(ctx, element, "GeneratedAlwaysType", 0, &col.generated_always_type));
+    int64_t generated = 0;
+    KT_TRY(host_number(ctx, element, "GeneratedAlwaysType", 0, &generated));
+    col.generated_always_type = static_cast<uint8_t>(std::clamp<int64_t>(generated, 0, UINT8_MAX));
     col.encryption_type = host_related(element, "ColumnEncryptionKey") ? 1 : 0;
     col.collation = host_keep_text(model, host_property(element, "Collation"));
     KT_TRY(my_read_column_type(ctx, model, element, place, col));

@@ -38,13 +38,17 @@ struct host_column {
     const char *system_type = nullptr; // absent for a CLR type
     const char *user_type = nullptr;   // as declared, perhaps an alias
     const char *user_type_schema = nullptr;
-    int64_t max_length = 0; // bytes; -1: no limit
-    int64_t precision = 0;
-    int64_t scale = 0;
     const char *collation = nullptr;
-    int64_t code_page = 0;
-    int64_t comparison_style = -1; // -1: absent
-    // All together, since a large database has very many of these records.
+    // The numbers and flags are together and no wider than they must be: a large database has very many of these
+    // records.
+    int32_t max_length = 0; // bytes; -1: no limit
+    int32_t code_page = 0;
+    int32_t comparison_style = -1; // -1: absent
+    uint8_t precision = 0;
+    uint8_t scale = 0;
+    uint8_t generated_always_type = 0;
+    uint8_t encryption_type = 0;
+    uint8_t graph_type = 0; // as the server numbers it; above 0 for the pseudo columns of a graph table
     bool is_assembly_type = false;
     bool is_nullable = false;
     bool is_identity = false;
@@ -57,14 +61,11 @@ struct host_column {
     bool is_persisted = false; // of a computed column
     // Decided by host_names and host_types: what is prepared takes part in the schema's tables.
     bool prepared = true;
-    int64_t generated_always_type = 0;
-    int64_t encryption_type = 0;
     host_identity identity;
     host_default defval;
     const char *computed = nullptr;
     const char *rule = nullptr;
     const char *description = nullptr;
-    int64_t graph_type = 0; // as the server numbers it; above 0 for the pseudo columns of a graph table
 
     // Decided by host_select: the name in SQLite, the server's own unless the caller gave another.
     const char *sqlite_name = nullptr;

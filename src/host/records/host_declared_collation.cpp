@@ -8,7 +8,7 @@
 // Those of languages that have none are not in the list.
 struct host_language {
     std::string_view name;
-    int64_t code_page;
+    int32_t code_page;
 };
 
 static constexpr host_language languages[] = {
@@ -126,19 +126,19 @@ static bool my_has_option(std::string_view collation, std::string_view option)
 }
 
 // The old collations name their code page: SQL_Latin1_General_CP1_CI_AS, where CP1 stands for 1252.
-static int64_t my_named_code_page(std::string_view collation)
+static int32_t my_named_code_page(std::string_view collation)
 {
     while (!collation.empty()) {
         const std::string_view part = my_take_last(collation);
         if (part.starts_with("CP") && my_is_number(part.substr(2)) && part.size() <= 7)
-            return part == "CP1" ? 1252 : std::stoll(std::string(part.substr(2)));
+            return part == "CP1" ? 1252 : std::stoi(std::string(part.substr(2)));
         if (part.empty())
             return 0;
     }
     return 0;
 }
 
-int64_t host_code_page(const char *collation)
+int32_t host_code_page(const char *collation)
 {
     std::string_view name = collation ? collation : "";
     if (my_has_option(name, "UTF8"))
@@ -156,9 +156,9 @@ int64_t host_code_page(const char *collation)
     return 0;
 }
 
-int64_t host_comparison_style(const char *collation)
+int32_t host_comparison_style(const char *collation)
 {
-    constexpr int64_t ignore_case = 1, ignore_accent = 2, ignore_kana = 65536, ignore_width = 131072;
+    constexpr int32_t ignore_case = 1, ignore_accent = 2, ignore_kana = 65536, ignore_width = 131072;
     if (!collation)
         return -1;
     if (my_has_option(collation, "BIN") || my_has_option(collation, "BIN2"))

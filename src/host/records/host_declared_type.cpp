@@ -1,7 +1,9 @@
 // The sizes that the server records for its types.
 #include "records/host_declared_type.hpp"
 
+#include <algorithm>
 #include <array>
+#include <limits>
 
 enum class host_sizes {
     fixed,   // as in the table
@@ -99,41 +101,50 @@ static int64_t my_decimal_bytes(int64_t precision)
     return precision <= 28 ? 13 : 17;
 }
 
-// Two more bytes at most, and a point with so many digits.
-static void my_set_seconds(const host_type_sizes &sizes, int64_t scale, host_column &col)
+// What a declaration says may be absurd; a record holds the nearest number that it can.
+template <class Held> static Held my_held(int64_t number)
 {
-    col.scale = scale;
-    col.precision = sizes.precision + (scale > 0 ? scale + 1 : 0);
-    col.max_length = sizes.max_length + (scale > 2 ? 1 : 0) + (scale > 4 ? 1 : 0);
+    constexpr int64_t low = std::numeric_limits<Held>::min(), high = std::numeric_limits<Held>::max();
+    return static_cast<Held>(std::clamp(number, low, high));
 }
 
-static void my_set_sizes(const host_type_sizes &sizes, const host_declared_type &type, host_column &col)
+// Two more bytes at most, and a point with so many digits.
+static host_type_sizes my_second_sizes(host_type_sizes sizes, int64_t scale)
 {
-    col.max_length = sizes.max_length;
-    col.precision = sizes.precision;
-    col.scale = sizes.scale;
+    sizes.scale = scale;
+    sizes.precision += scale > 0 ? scale + 1 : 0;
+    sizes.max_length += (scale > 2 ? 1 : 0) + (scale > 4 ? 1 : 0);
+    return sizes;
+}
+
+static host_type_sizes my_decimal_sizes(host_type_sizes sizes, const host_declared_type &type)
+{
+    sizes.precision = type.precision.value_or(sizes.precision);
+    sizes.scale = type.scale.value_or(sizes.scale);
+    sizes.max_length = my_decimal_bytes(sizes.precision);
+    return sizes;
+}
+
+static host_type_sizes my_declared_sizes(host_type_sizes sizes, const host_declared_type &type)
+{
     const int64_t length = type.length.value_or(1);
     switch (sizes.sizes) {
     case host_sizes::fixed:
     case host_sizes::clr:
-        return;
-    case host_sizes::bytes:
-        col.max_length = length;
-        return;
-    case host_sizes::pairs:
-        col.max_length = length < 0 ? length : 2 * length;
-        return;
-    case host_sizes::decimal:
-        col.precision = type.precision.value_or(sizes.precision);
-        col.scale = type.scale.value_or(sizes.scale);
-        col.max_length = my_decimal_bytes(col.precision);
-        return;
     case host_sizes::real:
-        return;
+        return sizes;
+    case host_sizes::bytes:
+        sizes.max_length = length;
+        return sizes;
+    case host_sizes::pairs:
+        sizes.max_length = length < 0 || length > INT32_MAX ? length : 2 * length;
+        return sizes;
+    case host_sizes::decimal:
+        return my_decimal_sizes(sizes, type);
     case host_sizes::seconds:
-        my_set_seconds(sizes, type.scale.value_or(sizes.scale), col);
-        return;
+        return my_second_sizes(sizes, type.scale.value_or(sizes.scale));
     }
+    return sizes;
 }
 
 // The name under which the server's catalogue has the type.
@@ -175,7 +186,10 @@ void host_set_declared_type(host_texts &texts, const host_declared_type &type, h
     }
     if (!sizes)
         return;
-    my_set_sizes(*sizes, full, col);
+    const host_type_sizes declared = my_declared_sizes(*sizes, full);
+    col.max_length = my_held<int32_t>(declared.max_length);
+    col.precision = my_held<uint8_t>(declared.precision);
+    col.scale = my_held<uint8_t>(declared.scale);
     if (sizes->sizes == host_sizes::clr) {
         col.is_assembly_type = true;
         col.system_type = nullptr;

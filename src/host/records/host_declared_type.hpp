@@ -24,5 +24,5 @@ void host_set_collation(const char *collation, host_column &col);
 
 // What follows from a collation's name: the code page (0 where texts are Unicode only, and for a name that is not
 // known) and the comparison style (negative without a name).
-int64_t host_code_page(const char *collation);
-int64_t host_comparison_style(const char *collation);
+int32_t host_code_page(const char *collation);
+int32_t host_comparison_style(const char *collation);

@@ -79,8 +79,7 @@ static std::vector<const host_script_object *> my_find_objects(host_script_reade
         }
         return found;
     }
-    for (const auto &[key, object] : reader.state.objects)
-        add(&object);
+    reader.state.objects.each([&add](const host_script_object &object) { add(&object); });
     return found;
 }
 

@@ -67,8 +67,11 @@ static void my_add_key(host_application &application, const host_script_constrai
     key.kind = is_primary ? host_script_key_kind::primary : host_script_key_kind::unique;
     if (is_primary) {
         key.is_clustered |= !constraint.is_nonclustered && !table.is_memory_optimized && !my_has_clustered(table);
-        for (const std::string_view name : constraint.cols)
-            table.find_col(name)->record.change().is_nullable = false;
+        for (const std::string_view name : constraint.cols) {
+            host_script_record &record = table.find_col(name)->record;
+            if (record->is_nullable)
+                record.change().is_nullable = false;
+        }
     }
     table.keys.push_back(std::move(key));
 }
@@ -164,7 +167,7 @@ static void my_add_period(host_application &application, const host_script_const
 {
     for (size_t n = 0; n < constraint.cols.size() && n < 2; n++) {
         if (host_script_column *col = application.table.find_col(constraint.cols[n]))
-            col->record.change().generated_always_type = static_cast<int64_t>(n) + 1;
+            col->record.change().generated_always_type = static_cast<uint8_t>(n + 1);
     }
 }
 

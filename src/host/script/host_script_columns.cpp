@@ -98,7 +98,7 @@ static void my_read_generated(host_script_reader &reader, host_column &record)
     cursor.expect(host_word::as, "AS");
     struct host_generated {
         std::string_view word;
-        int64_t start;
+        uint8_t start;
     };
     static constexpr host_generated kinds[] = {{"ROW", 1}, {"TRANSACTION_ID", 7}, {"SEQUENCE_NUMBER", 9}};
     for (const host_generated &kind : kinds) {

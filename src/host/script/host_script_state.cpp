@@ -69,16 +69,14 @@ std::vector<const char *> host_script_table::constraint_names() const
 
 host_script_object *host_script_state::find_object(std::string_view schema, std::string_view name)
 {
-    const auto found = objects.find({schema, name});
-    return found == objects.end() ? nullptr : &found->second;
+    return objects.find(schema, name);
 }
 
 std::vector<const host_script_object *> host_script_state::find_objects(std::string_view name)
 {
     if (!names_) {
         names_.emplace();
-        for (const auto &[key, object] : objects)
-            names_->emplace(key.name, &object);
+        objects.each([this](const host_script_object &object) { names_->emplace(object.name, &object); });
     }
     std::vector<const host_script_object *> found;
     const auto [begin, end] = names_->equal_range(name);
@@ -95,22 +93,22 @@ host_script_table *host_script_state::find_table(std::string_view schema, std::s
 
 bool host_script_state::add_object(const char *kind, const char *schema, const char *name, host_script_table *table)
 {
-    const auto [found, is_new] = objects.try_emplace({schema, name}, host_script_object{kind, schema, name, table});
-    if (is_new && names_)
-        names_->emplace(found->first.name, &found->second);
-    return is_new;
+    const host_script_object *object = objects.add({kind, schema, name, table});
+    if (object && names_)
+        names_->emplace(object->name, object);
+    return object != nullptr;
 }
 
 void host_script_state::forget_object(std::string_view schema, std::string_view name)
 {
-    const auto found = objects.find({schema, name});
-    if (found == objects.end())
+    host_script_object *found = objects.find(schema, name);
+    if (!found)
         return;
     if (names_) {
         const auto [begin, end] = names_->equal_range(name);
-        names_->erase(std::find_if(begin, end, [&](const auto &entry) { return entry.second == &found->second; }));
+        names_->erase(std::find_if(begin, end, [found](const auto &entry) { return entry.second == found; }));
     }
-    objects.erase(found);
+    objects.forget(*found);
 }
 
 void host_script_state::move_object(host_script_object object, const char *schema, const char *name)

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "records/host_catalogue.hpp"
-#include "script/host_script_names.hpp"
+#include "script/host_script_objects.hpp"
 
 #include <memory>
 #include <optional>
@@ -156,16 +156,6 @@ struct host_script_table {
     std::vector<const char *> constraint_names() const;
 };
 
-// What a name within a schema stands for, by the letters of the server's catalogue: U a table, PK, UQ, F, C and D
-// constraints (D also a default object), R a rule, V a view, P a procedure, FN a function, TR a trigger, SN a synonym,
-// SO a sequence.
-struct host_script_object {
-    const char *kind = nullptr;
-    const char *schema = nullptr;
-    const char *name = nullptr;
-    host_script_table *table = nullptr; // the table, or that of the constraint
-};
-
 struct host_script_state {
     explicit host_script_state(host_texts &kept) : texts(kept)
     {
@@ -197,7 +187,7 @@ struct host_script_state {
     const char *collation = nullptr;
     std::vector<std::unique_ptr<host_script_table>> tables;
     host_pool<host_script_column> cols; // of all tables, dropped ones too: keys that went with them may point there
-    host_name_map<host_script_object> objects;
+    host_script_objects objects;
     host_name_map<std::unique_ptr<host_script_type>> types;
     std::vector<std::unique_ptr<host_script_type>> retired_types;
     host_name_map<std::unique_ptr<host_script_bound>> bounds;
