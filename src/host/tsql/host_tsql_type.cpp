@@ -117,6 +117,48 @@ static std::optional<int64_t> my_read_size(host_tsql_cursor &cursor)
     return size;
 }
 
+namespace {
+// What a size may be.
+struct host_size_limits {
+    std::string_view type;
+    int64_t low;
+    int64_t high;
+};
+} // namespace
+
+static constexpr int64_t most_digits = 38; // of decimals alone
+
+static constexpr host_size_limits size_limits[] = {
+    {"decimal", 1, most_digits},
+    {"numeric", 1, most_digits},
+    {"char", 1, 8000},
+    {"varchar", 1, 8000},
+    {"binary", 1, 8000},
+    {"varbinary", 1, 8000},
+    {"nchar", 1, 4000},
+    {"nvarchar", 1, 4000},
+    {"float", 1, 53},
+    {"time", 0, 7},
+    {"datetime2", 0, 7},
+    {"datetimeoffset", 0, 7},
+};
+
+// The server has no type of other sizes, and takes no statement that names one.
+static void my_check_sizes(host_tsql_cursor &cursor, const host_tsql_type &type)
+{
+    for (const host_size_limits &limits : size_limits) {
+        if (type.system_name != limits.type || !type.first)
+            continue;
+        const std::string name(limits.type), size = std::to_string(*type.first);
+        if (*type.first < limits.low || *type.first > limits.high)
+            cursor.fail(name + " takes a size from " + std::to_string(limits.low) + " to " +
+                        std::to_string(limits.high) + ", not " + size);
+        else if (limits.high == most_digits && type.second && *type.second > *type.first)
+            cursor.fail(name + '(' + size + ',' + std::to_string(*type.second) +
+                        ") has more digits after the point than digits");
+    }
+}
+
 static void my_read_sizes(host_tsql_cursor &cursor, host_tsql_type &type)
 {
     if (!cursor.token.is('('))
@@ -131,6 +173,8 @@ static void my_read_sizes(host_tsql_cursor &cursor, host_tsql_type &type)
         type.second = my_read_size(cursor);
     else if (cursor.token.kind == host_tsql_kind::word) // vector(3, float16)
         cursor.advance();
+    if (!cursor.failed())
+        my_check_sizes(cursor, type);
     cursor.expect(')');
 }
 
