@@ -44,16 +44,11 @@ void client_find_index_cols(KT_context *ctx, tov_schema *schema, const char *tbl
     }
 }
 
-static std::string my_quoted(const client_index_col &col)
-{
-    return std::string("\"") + col.name + '"';
-}
-
 std::string client_index_col_list(const client_index_cols &cols)
 {
     std::string list;
     for (const client_index_col &col : cols)
-        list += (list.empty() ? "" : ", ") + my_quoted(col) + (col.descending ? " DESC" : "");
+        list += (list.empty() ? "" : ", ") + client_quoted(col.name) + (col.descending ? " DESC" : "");
     return list;
 }
 
@@ -119,14 +114,35 @@ void client_read_server_index(KT_context *ctx, tov_schema *schema, const char *t
     KT_TRY(my_is_for_sqlite(ctx, facts, index, &is_for_sqlite));
     if (is_for_sqlite)
         KT_TRY(my_read_cols(ctx, schema, tbl_id, facts, index));
-    if (index.name && (tov_find_name_flaw(index.name) || KT_strnicmp(index.name, "sqlite_", 7) == 0))
+    if (index.name && !client_may_name_index(index.name))
         index.name = nullptr;
+}
+
+bool client_may_name_index(const char *name) noexcept
+{
+    return !tov_find_name_flaw(name) && KT_strnicmp(name, "sqlite_", 7) != 0;
+}
+
+// A condition without the strings in it, which may look like anything.
+static std::string my_without_strings(const std::string &where)
+{
+    std::string rest;
+    for (size_t at = 0; at < where.size();) {
+        const char first = where[at];
+        size_t last = at;
+        if (first == '[' || first == '\'')
+            last = std::min(where.find(first == '[' ? ']' : '\'', at + 1), where.size() - 1);
+        if (first != '\'')
+            rest.append(where, at, last + 1 - at);
+        at = last + 1;
+    }
+    return rest;
 }
 
 // The server's conditions are comparisons joined by AND, and none of them is true of NULL but IS NULL.
 static bool my_excludes_null(const std::string &where, const client_index_col &col)
 {
-    const std::string folded = kt_folded(where);
+    const std::string folded = kt_folded(my_without_strings(where));
     const std::string name = kt_folded('[' + std::string(col.name) + ']');
     return folded.find(name) != std::string::npos && folded.find(name + " is null") == std::string::npos &&
            folded.find(" or ") == std::string::npos;
@@ -140,7 +156,7 @@ static void my_find_collation(KT_context *ctx, tov_schema *schema, const char *t
     const char *defin = nullptr;
     KT_TRY(tov_schema__get_col_defin(ctx, schema, tbl_id, col.id, nullptr, &defin));
     kt_contain(ctx, [&] {
-        const std::string_view rest = std::string_view(defin).substr(my_quoted(col).size());
+        const std::string_view rest = std::string_view(defin).substr(client_quoted(col.name).size());
         const std::string_view before = " text COLLATE ";
         if (!rest.starts_with(before))
             return;
@@ -156,7 +172,7 @@ static void my_append_parts(KT_context *ctx, tov_schema *schema, const char *tbl
 {
     kt_contain(ctx, [&] {
         for (const client_index_col &col : key) {
-            const std::string name = my_quoted(col);
+            const std::string name = client_quoted(col.name);
             std::string collation;
             if (col.nullable && nullable_count == 1 && key.size() > 1)
                 continue;
@@ -183,7 +199,7 @@ void client_make_null_index(KT_context *ctx, tov_schema *schema, const char *tbl
             if (!col.nullable)
                 continue;
             nullable_count++;
-            condition += (condition.empty() ? "" : " OR ") + my_quoted(col) + " IS NULL";
+            condition += (condition.empty() ? "" : " OR ") + client_quoted(col.name) + " IS NULL";
         }
         if (nullable_count == 0)
             return;

@@ -2,7 +2,8 @@
 //
 // On the server an index's name belongs to its table; in SQLite tables, indexes, triggers and views share one space of
 // names. An index keeps its name where nothing else wants it; otherwise all that want it get the table's name before
-// it, so that names do not depend on the order of the tables.
+// it, so that names do not depend on the order of the tables. Only where that is taken too does a number after it tell
+// them apart, in their order.
 #include "create/client_indexes.hpp"
 
 #include "create/client_index_parts.hpp"
@@ -115,9 +116,11 @@ static void my_take_key(KT_context *ctx, tbl_work &work, const KT_vhash *key, cl
 {
     const char *id = nullptr;
     KT_TRY(KT_vhash__check__sz(ctx, key, "id", &id)); // of a unique key
-    if (id)
-        KT_TRY(kt_contain(ctx, [&] { KT_TRY(my_add_null_index(ctx, work, cols, "", id)); }));
-    KT_TRY(kt_contain(ctx, [&] { work.whole.push_back(std::move(cols)); }));
+    kt_contain(ctx, [&] {
+        if (id)
+            KT_TRY(my_add_null_index(ctx, work, cols, "", client_may_name_index(id) ? id : my_made_name(work, cols)));
+        work.whole.push_back(std::move(cols));
+    });
 }
 
 static void my_take_reference(KT_context *ctx, tbl_work &work, const KT_vhash *, client_index_cols &cols) noexcept
@@ -226,6 +229,6 @@ void client_add_indexes(KT_context *ctx, tov_schema *schema, client_plan &plan) 
 
 std::string client_index_statement(const client_tbl &tbl, const client_index &index)
 {
-    return std::string("CREATE ") + (index.is_unique ? "UNIQUE " : "") + "INDEX \"" + index.name + "\" ON \"" +
-           tbl.name + "\" (" + index.parts + ')' + (index.where.empty() ? "" : " WHERE " + index.where);
+    return std::string("CREATE ") + (index.is_unique ? "UNIQUE " : "") + "INDEX " + client_quoted(index.name) + " ON " +
+           client_quoted(tbl.name) + " (" + index.parts + ')' + (index.where.empty() ? "" : " WHERE " + index.where);
 }
