@@ -62,7 +62,10 @@ enum tov_client_indexes {
     TOV_CLIENT_INDEXES_NONE = 2
 };
 
-/** What is created besides tables and triggers. All zero is all indexes and no views, with the server's rules. */
+/**
+ * What is created besides tables and triggers. All zero is all indexes and no views, with the server's rules.
+ * Numbers of rules and indexes that are not listed fail with KT_ERR_UNEXPECTED_VALUE.
+ */
 typedef struct tov_client_create_options {
     /**
      * Whether each table gets a view of its name after "v_", which shows decimals, money, guids and moments as the
@@ -106,8 +109,8 @@ TOV_API void tov_client__creation_order(KT_context *ctx, tov_schema *schema, KT_
  * - actions other than NO ACTION, CASCADE, SET NULL and SET DEFAULT; abstract types that are not known;
  * - keys without columns, and keys that use a table that is absent or a column that is absent or unprepared;
  * - default and check expressions, and conditions of indexes, that are not one expression: each is split into tokens,
- * must keep to its place, and is compiled in a scratch database where only harmless functions and the table's own
- * columns are allowed.
+ *   must keep to its place, and is compiled in a scratch database where only harmless functions and the table's own
+ *   columns are allowed.
  */
 TOV_API void tov_client__check_texts(KT_context *ctx, tov_schema *schema) KT_NOEXCEPT;
 

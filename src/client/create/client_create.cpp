@@ -63,10 +63,8 @@ void tov_client__create_database__with(KT_context *ctx, tov_schema *schema, cons
                                        const tov_client_create_options *options) noexcept
 {
     const tov_client_create_options chosen = options ? *options : tov_client_create_options{};
-    client_plan plan{ctx};
-    plan.with_views = chosen.views;
-    plan.with_rules = chosen.rules == TOV_CLIENT_RULES_SERVER;
-    plan.indexes = chosen.indexes;
+    client_plan plan;
+    KT_TRY(client_apply_options(ctx, options, plan));
     KT_TRY(client_make_plan(ctx, schema, plan));
     client_file file;
     my_create_all(ctx, schema, plan, file_name, file,

@@ -7,17 +7,39 @@
 
 #define KT_HERE "src/client/create/client_plan"
 
+void client_apply_options(KT_context *ctx, const tov_client_create_options *options, client_plan &plan) noexcept
+{
+    const tov_client_create_options wanted = options ? *options : tov_client_create_options{};
+    if (wanted.rules < TOV_CLIENT_RULES_SERVER || wanted.rules > TOV_CLIENT_RULES_BASIC)
+        KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "the option \"rules\" cannot be %d", static_cast<int>(wanted.rules));
+    if (wanted.indexes < TOV_CLIENT_INDEXES_ALL || wanted.indexes > TOV_CLIENT_INDEXES_NONE)
+        KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "the option \"indexes\" cannot be %d", static_cast<int>(wanted.indexes));
+    plan.with_views = wanted.views;
+    plan.with_rules = wanted.rules == TOV_CLIENT_RULES_SERVER;
+    plan.indexes = wanted.indexes;
+}
+
+static void my_read_tbl(KT_context *ctx, tov_schema *schema, const char *id, client_tbl &tbl) noexcept
+{
+    KT_TRY(client_read_row_tbl(ctx, schema, id, tbl.rows));
+    tbl.id = tbl.rows.id.c_str();
+    KT_TRY(tov_schema__get_tbl_name(ctx, schema, id, &tbl.name));
+    KT_TRY(kt_contain(ctx, [&] { tbl.versioned = client_find_version(tbl.rows); }));
+}
+
+// The tables stay where they are from here on, since they lend out their ids.
 static void my_add_tbls(KT_context *ctx, tov_schema *schema, client_plan &plan) noexcept
 {
+    kt_owned_varray ids{ctx};
     kt_owned_varray remarks{ctx};
-    KT_TRY(tov_client__creation_order(ctx, schema, plan.tbl_ids.out(), remarks.out()));
     uint32_t count = 0;
-    KT_TRY(KT_varray__count(ctx, plan.tbl_ids, &count));
+    KT_TRY(tov_client__creation_order(ctx, schema, ids.out(), remarks.out()));
+    KT_TRY(KT_varray__count(ctx, ids, &count));
     KT_TRY(kt_contain(ctx, [&] { plan.tbls.resize(count); }));
     for (uint32_t n = 0; n < count; n++) {
-        client_tbl &tbl = plan.tbls[n];
-        KT_TRY(KT_varray__get__sz(ctx, plan.tbl_ids, n, &tbl.id));
-        KT_TRY(tov_schema__get_tbl_name(ctx, schema, tbl.id, &tbl.name));
+        const char *id = nullptr;
+        KT_TRY(KT_varray__get__sz(ctx, ids, n, &id));
+        KT_TRY(my_read_tbl(ctx, schema, id, plan.tbls[n]));
     }
 }
 
@@ -42,15 +64,6 @@ static void my_choose_trigger_prefix(KT_context *ctx, client_plan &plan) noexcep
     });
 }
 
-static void my_find_versions(KT_context *ctx, tov_schema *schema, client_plan &plan) noexcept
-{
-    for (client_tbl &tbl : plan.tbls) {
-        client_row_tbl row_tbl;
-        KT_TRY(client_read_row_tbl(ctx, schema, tbl.id, row_tbl));
-        KT_TRY(kt_contain(ctx, [&] { tbl.versioned = client_find_version(row_tbl); }));
-    }
-}
-
 void client_make_plan(KT_context *ctx, tov_schema *schema, client_plan &plan) noexcept
 {
     KT_TRY(tov_client__check_texts(ctx, schema));
@@ -58,7 +71,6 @@ void client_make_plan(KT_context *ctx, tov_schema *schema, client_plan &plan) no
     KT_TRY(my_choose_trigger_prefix(ctx, plan));
     KT_TRY(client_add_delete_actions(ctx, schema, plan));
     KT_TRY(client_add_indexes(ctx, schema, plan));
-    KT_TRY(my_find_versions(ctx, schema, plan));
     if (plan.with_views)
         KT_TRY(client_check_views(ctx, plan));
 }

@@ -1,7 +1,6 @@
 // What will be created: the tables in their order, their indexes, and what deleting a row of each must do to others.
 #pragma once
 
-#include "kt_owned.hpp"
 #include "rules/client_rowversion.hpp"
 #include "tov_client.h"
 
@@ -10,16 +9,17 @@
 
 // An index of the plan.
 struct client_index {
-    std::string name;       // that nothing else in the database has
-    bool is_unique = false; //
-    std::string parts;      // what stands between the parentheses
-    std::string where;      // its condition; empty when it holds all rows
+    std::string name; // that nothing else in the database has
+    bool is_unique = false;
+    std::string parts; // what stands between the parentheses
+    std::string where; // its condition; empty when it holds all rows
 };
 
 // A table of the plan.
 struct client_tbl {
-    const char *id;                    // borrowed from the plan
+    const char *id;                    // borrowed from the rows
     const char *name;                  // borrowed from the schema
+    client_row_tbl rows;               // what they are made of
     std::string cascades;              // statements that delete the rows that refer to a deleted one
     std::string resets;                // statements that make such rows refer to nothing, or to their default
     std::vector<client_index> indexes; // in the order of their creation, after the table
@@ -27,16 +27,17 @@ struct client_tbl {
 };
 
 struct client_plan {
-    explicit client_plan(KT_context *ctx) noexcept : tbl_ids(ctx)
-    {
-    }
-    kt_owned_varray tbl_ids;
+    // What is wanted, which is set before the plan is made.
+    bool with_views = false; // whether each table gets one
+    bool with_rules = true;  // whether values have to obey the server's rules
+    int32_t indexes = TOV_CLIENT_INDEXES_ALL;
+
     std::vector<client_tbl> tbls; // in creation order
-    bool with_views = false;      // whether each table gets one; set before the plan is made
-    bool with_rules = true;       // whether values have to obey the server's rules; set before the plan is made
-    int32_t indexes = TOV_CLIENT_INDEXES_ALL; // which ones; set before the plan is made
-    std::string trigger_prefix;               // what the name of every trigger, and of no table, begins with
+    std::string trigger_prefix;   // what the name of every trigger, and of no table, begins with
 };
+
+// Takes over what the options say is wanted; null for all of them zero.
+void client_apply_options(KT_context *ctx, const tov_client_create_options *options, client_plan &plan) noexcept;
 
 // Checks the schema's texts and makes the plan. The schema must outlive it.
 void client_make_plan(KT_context *ctx, tov_schema *schema, client_plan &plan) noexcept;

@@ -17,10 +17,8 @@ static void my_append_statement(KT_context *ctx, void *script, const client_stat
 void tov_client__write_script__with(KT_context *ctx, tov_schema *schema, const tov_client_create_options *options,
                                     KT_string **script) noexcept
 {
-    client_plan plan{ctx};
-    plan.with_views = options && options->views;
-    plan.with_rules = !options || options->rules == TOV_CLIENT_RULES_SERVER;
-    plan.indexes = options ? options->indexes : TOV_CLIENT_INDEXES_ALL;
+    client_plan plan;
+    KT_TRY(client_apply_options(ctx, options, plan));
     KT_TRY(client_make_plan(ctx, schema, plan));
     kt_owned_string text{ctx};
     KT_TRY(KT_string__alloc(ctx, text.out()));

@@ -3,12 +3,12 @@
 #include "create/client_statements.hpp"
 
 #include "create/client_indexes.hpp"
+#include "create/client_tbl_statement.hpp"
 #include "create/client_views.hpp"
-#include "rows/table/client_row_tbl.hpp"
 #include "rules/client_rules.hpp"
 
 #include <algorithm>
-#include <cstring>
+#include <unordered_map>
 
 #define KT_HERE "src/client/create/client_statements"
 
@@ -18,116 +18,23 @@ static constexpr client_kind kinds_on_tbls[] = {client_kind::insert_trigger,    
                                                 client_kind::new_version_trigger, client_kind::view};
 
 namespace {
-using id_getter = void (*)(KT_context *, tov_schema *, const char *tbl_id, uint32_t n, const char **id) noexcept;
-using defin_getter = void (*)(KT_context *, tov_schema *, const char *tbl_id, const char *id,
-                              const char **defin) noexcept;
-using counter = void (*)(KT_context *, tov_schema *, const char *tbl_id, uint32_t *count) noexcept;
-
-// A kind of constraint of which a table can have several.
-struct constraint_kind {
-    counter count;
-    id_getter get_nth_id;
-    defin_getter get_defin;
+// What statements are made from, and whom they are handed to.
+struct writing {
+    tov_schema *schema; // without one the statements have no text
+    const client_plan &plan;
+    bool with_rules;
+    client_sink sink;
+    void *data;
+    client_code_pages pages = {};
+    std::unordered_map<const client_tbl *, std::string> checks = {}; // the body of both checking triggers of a table
 };
 } // namespace
 
-static constexpr constraint_kind constraint_kinds[] = {
-    {tov_schema__count_uniques, tov_schema__get_nth_unique_id, tov_schema__get_unique_defin},
-    {tov_schema__count_foreignkeys, tov_schema__get_nth_foreignkey_id, tov_schema__get_foreignkey_defin},
-    {tov_schema__count_checks, tov_schema__get_nth_check_id, tov_schema__get_check_defin},
-};
-
-static void my_append_cols(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, bool with_rules,
-                           KT_string *sql) noexcept
-{
-    const char *tbl_id = tbl.id;
-    uint32_t count = 0;
-    KT_TRY(tov_schema__count_cols(ctx, schema, tbl_id, &count));
-    for (uint32_t n = 0; n < count; n++) {
-        const char *col_id = nullptr;
-        const char *defin = nullptr;
-        KT_TRY(tov_schema__get_nth_col_id(ctx, schema, tbl_id, n, &col_id));
-        KT_TRY(tov_schema__get_col_defin(ctx, schema, tbl_id, col_id, nullptr, &defin));
-        KT_TRY(KT_string__append__sz(ctx, sql, n ? ",\n    " : "\n    "));
-        KT_TRY(KT_string__append__sz(ctx, sql, defin));
-        // So that a row may come without a version; a definition begins with the column's name in quotes.
-        const std::string &version = tbl.versioned.col;
-        if (with_rules && !version.empty() && std::strncmp(defin, version.c_str(), version.size()) == 0)
-            KT_TRY(KT_string__append__format(ctx, sql, " DEFAULT %s", client_no_version));
-    }
-}
-
-static void my_append_constraint(KT_context *ctx, KT_string *sql, const char *defin) noexcept
-{
-    KT_TRY(KT_string__append__sz(ctx, sql, ",\n    "));
-    KT_TRY(KT_string__append__sz(ctx, sql, defin));
-}
-
-// An integer primary key is declared by its column already.
-static void my_append_pk(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_string *sql) noexcept
-{
-    const char *ipk_col_id = nullptr;
-    uint32_t count = 0;
-    KT_TRY(tov_schema__has_integer_primary_key(ctx, schema, tbl_id, &ipk_col_id));
-    KT_TRY(tov_schema__count_pk_cols(ctx, schema, tbl_id, &count));
-    if (ipk_col_id || count == 0)
-        return;
-    const char *defin = nullptr;
-    KT_TRY(tov_schema__get_pk_defin(ctx, schema, tbl_id, &defin));
-    KT_TRY(my_append_constraint(ctx, sql, defin));
-}
-
-static void my_append_constraints(KT_context *ctx, tov_schema *schema, const char *tbl_id, const constraint_kind &kind,
-                                  KT_string *sql) noexcept
-{
-    uint32_t count = 0;
-    KT_TRY(kind.count(ctx, schema, tbl_id, &count));
-    for (uint32_t n = 0; n < count; n++) {
-        const char *id = nullptr;
-        const char *defin = nullptr;
-        KT_TRY(kind.get_nth_id(ctx, schema, tbl_id, n, &id));
-        KT_TRY(kind.get_defin(ctx, schema, tbl_id, id, &defin));
-        KT_TRY(my_append_constraint(ctx, sql, defin));
-    }
-}
-
-// SQLite numbers rows after the triggers ran, so the limits of these numbers are the table's own check.
-static void my_append_rowid_rules(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_string *sql) noexcept
-{
-    client_row_tbl tbl;
-    KT_TRY(client_read_row_tbl(ctx, schema, tbl_id, tbl));
-    if (!tbl.has_facts)
-        return;
-    kt_contain(ctx, [&] {
-        for (const client_row_col &col : tbl.cols) {
-            const client_rowid_limits limits = client_rowid_limits_of(col.type);
-            if (!col.stored || !col.rowid || limits.range.empty())
-                continue;
-            const std::string check = "CONSTRAINT \"[" + col.name + "] constraint violation: " + limits.message +
-                                      "\" CHECK (" + client_quoted(col.name) + " BETWEEN " + limits.range + ")";
-            KT_TRY(my_append_constraint(ctx, sql, check.c_str()));
-        }
-    });
-}
-
-static void my_write_tbl(KT_context *ctx, tov_schema *schema, const client_plan &plan, const client_tbl &tbl,
-                         KT_string *sql) noexcept
-{
-    KT_TRY(KT_string__append__format(ctx, sql, "CREATE TABLE \"%s\" (", tbl.name));
-    KT_TRY(my_append_cols(ctx, schema, tbl, plan.with_rules, sql));
-    KT_TRY(my_append_pk(ctx, schema, tbl.id, sql));
-    for (const constraint_kind &kind : constraint_kinds)
-        KT_TRY(my_append_constraints(ctx, schema, tbl.id, kind, sql));
-    if (plan.with_rules)
-        KT_TRY(my_append_rowid_rules(ctx, schema, tbl.id, sql));
-    KT_TRY(KT_string__append__sz(ctx, sql, "\n)"));
-}
-
 // What the server's rules for a column add to its own statement.
-static std::string my_rules_text(const client_row_col &col)
+static std::string my_rules_text(const client_row_col &col, client_code_pages &pages)
 {
     std::string text;
-    for (const client_rule &rule : client_rules_of(col.type, "NEW." + client_quoted(col.name)))
+    for (const client_rule &rule : client_rules_of(col.type, "NEW." + client_quoted(col.name), pages))
         text += "WHEN (" + rule.refused + ") THEN RAISE(ABORT, '[" + col.name +
                 "] constraint violation: " + rule.message + "')\n";
     return text.empty() ? text : "SELECT CASE\n" + text + "ELSE 1\nEND;\n";
@@ -142,31 +49,31 @@ static const client_row_col *my_find_col(const client_row_tbl &tbl, const char *
     return nullptr;
 }
 
-static void my_append_rules(KT_context *ctx, const client_row_tbl &tbl, const char *col_id, KT_string *sql) noexcept
+// Each column's statements, which raise an error or do nothing.
+static void my_write_checks(KT_context *ctx, writing &w, const client_tbl &tbl, std::string &checks)
 {
-    const client_row_col *col = tbl.has_facts ? my_find_col(tbl, col_id) : nullptr;
-    if (col && !col->rowid)
-        KT_TRY(kt_contain(ctx, [&] { KT_TRY(KT_string__append__sz(ctx, sql, my_rules_text(*col).c_str())); }));
-}
-
-// The body of both checking triggers: each column's statements, which raise an error or do nothing.
-static void my_append_validation(KT_context *ctx, tov_schema *schema, const char *tbl_id, bool with_rules,
-                                 KT_string *sql) noexcept
-{
-    client_row_tbl tbl;
-    if (with_rules)
-        KT_TRY(client_read_row_tbl(ctx, schema, tbl_id, tbl));
     uint32_t count = 0;
-    KT_TRY(tov_schema__count_cols(ctx, schema, tbl_id, &count));
+    KT_TRY(tov_schema__count_cols(ctx, w.schema, tbl.id, &count));
     for (uint32_t n = 0; n < count; n++) {
         const char *col_id = nullptr;
         kt_owned_string expression{ctx};
-        KT_TRY(tov_schema__get_nth_col_id(ctx, schema, tbl_id, n, &col_id));
-        KT_TRY(tov_schema__get_col_validation_expression(ctx, schema, tbl_id, col_id, expression.out()));
-        KT_TRY(KT_string__append__string(ctx, sql, expression));
-        KT_TRY(KT_string__append__sz(ctx, sql, ";\n"));
-        KT_TRY(my_append_rules(ctx, tbl, col_id, sql));
+        KT_TRY(tov_schema__get_nth_col_id(ctx, w.schema, tbl.id, n, &col_id));
+        KT_TRY(tov_schema__get_col_validation_expression(ctx, w.schema, tbl.id, col_id, expression.out()));
+        checks.append(KT_string__sz(expression)).append(";\n");
+        const client_row_col *col = w.with_rules && tbl.rows.has_facts ? my_find_col(tbl.rows, col_id) : nullptr;
+        if (col && !col->rowid)
+            checks += my_rules_text(*col, w.pages);
     }
+}
+
+static void my_append_checks(KT_context *ctx, writing &w, const client_tbl &tbl, KT_string *sql) noexcept
+{
+    kt_contain(ctx, [&] {
+        std::string &checks = w.checks[&tbl];
+        if (checks.empty())
+            KT_TRY(my_write_checks(ctx, w, tbl, checks));
+        KT_TRY(KT_string__append__sz(ctx, sql, checks.c_str()));
+    });
 }
 
 static const char *my_event(client_kind kind) noexcept
@@ -185,13 +92,13 @@ static const char *my_event(client_kind kind) noexcept
     }
 }
 
-static std::string my_counter_name(const client_plan &plan)
+std::string client_counter_name(const client_plan &plan)
 {
     return plan.trigger_prefix + "rowversion";
 }
 
-static void my_write_trigger(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_kind kind,
-                             const client_tbl &tbl, const char *name, KT_string *sql) noexcept
+static void my_write_trigger(KT_context *ctx, writing &w, client_kind kind, const client_tbl &tbl, const char *name,
+                             KT_string *sql) noexcept
 {
     const char *event = my_event(kind);
     KT_TRY(KT_string__append__format(ctx, sql, "CREATE TRIGGER \"%s\" %s ON \"%s\"\nBEGIN\n", name, event, tbl.name));
@@ -200,22 +107,22 @@ static void my_write_trigger(KT_context *ctx, tov_schema *schema, const client_p
         KT_TRY(KT_string__append__sz(ctx, sql, tbl.resets.c_str()));
     } else if (kind == client_kind::version_trigger || kind == client_kind::new_version_trigger) {
         KT_TRY(kt_contain(ctx, [&] {
-            const std::string body = client_version_body(tbl.versioned, tbl.name, my_counter_name(plan),
+            const std::string body = client_version_body(tbl.versioned, tbl.name, client_counter_name(w.plan),
                                                          kind == client_kind::version_trigger);
             KT_TRY(KT_string__append__sz(ctx, sql, body.c_str()));
         }));
     } else {
-        KT_TRY(my_append_validation(ctx, schema, tbl.id, plan.with_rules, sql));
+        KT_TRY(my_append_checks(ctx, w, tbl, sql));
     }
     KT_TRY(KT_string__append__sz(ctx, sql, "END"));
 }
 
-static bool my_is_needed(const client_plan &plan, client_kind kind, const client_tbl &tbl) noexcept
+static bool my_is_needed(const client_plan &plan, bool with_rules, client_kind kind, const client_tbl &tbl) noexcept
 {
     if (kind == client_kind::view)
         return plan.with_views;
     if (kind == client_kind::version_trigger || kind == client_kind::new_version_trigger)
-        return plan.with_rules && !tbl.versioned.col.empty();
+        return with_rules && !tbl.versioned.col_id.empty();
     return kind != client_kind::delete_trigger || !tbl.cascades.empty() || !tbl.resets.empty();
 }
 
@@ -229,33 +136,30 @@ static void my_append_name(KT_context *ctx, const client_plan &plan, client_kind
     KT_TRY(KT_string__append__format(ctx, name, "%s%s%s", prefix, words[static_cast<int>(kind)], tbl.name));
 }
 
-// Without a schema the statements have no text.
-static void my_hand_out(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_kind kind,
-                        const client_tbl &tbl, client_sink sink, void *data) noexcept
+static void my_hand_out(KT_context *ctx, writing &w, client_kind kind, const client_tbl &tbl) noexcept
 {
     kt_owned_string name{ctx};
     kt_owned_string sql{ctx};
     KT_TRY(KT_string__alloc(ctx, name.out()));
     KT_TRY(KT_string__alloc(ctx, sql.out()));
-    KT_TRY(my_append_name(ctx, plan, kind, tbl, name));
-    if (schema && kind == client_kind::tbl)
-        KT_TRY(my_write_tbl(ctx, schema, plan, tbl, sql));
-    else if (schema && kind == client_kind::view)
-        KT_TRY(client_write_view(ctx, schema, tbl, sql));
-    else if (schema)
-        KT_TRY(my_write_trigger(ctx, schema, plan, kind, tbl, KT_string__sz(name), sql));
-    KT_TRY(sink(ctx, data, {kind, tbl.name, KT_string__sz(name), KT_string__sz(sql)}));
+    KT_TRY(my_append_name(ctx, w.plan, kind, tbl, name));
+    if (w.schema && kind == client_kind::tbl)
+        KT_TRY(client_write_tbl(ctx, w.schema, tbl, w.with_rules, sql));
+    else if (w.schema && kind == client_kind::view)
+        KT_TRY(client_write_view(ctx, tbl, sql));
+    else if (w.schema)
+        KT_TRY(my_write_trigger(ctx, w, kind, tbl, KT_string__sz(name), sql));
+    KT_TRY(w.sink(ctx, w.data, {kind, tbl.name, KT_string__sz(name), KT_string__sz(sql)}));
 }
 
 // A table and its indexes, which SQLite makes more quickly while it does not know many other tables.
-static void my_hand_out_tbl(KT_context *ctx, tov_schema *schema, const client_plan &plan, const client_tbl &tbl,
-                            client_sink sink, void *data) noexcept
+static void my_hand_out_tbl(KT_context *ctx, writing &w, const client_tbl &tbl) noexcept
 {
-    KT_TRY(my_hand_out(ctx, schema, plan, client_kind::tbl, tbl, sink, data));
+    KT_TRY(my_hand_out(ctx, w, client_kind::tbl, tbl));
     kt_contain(ctx, [&] {
         for (const client_index &index : tbl.indexes) {
             const std::string sql = client_index_statement(tbl, index);
-            KT_TRY(sink(ctx, data, {client_kind::index, tbl.name, index.name.c_str(), sql.c_str()}));
+            KT_TRY(w.sink(ctx, w.data, {client_kind::index, tbl.name, index.name.c_str(), sql.c_str()}));
         }
     });
 }
@@ -263,28 +167,28 @@ static void my_hand_out_tbl(KT_context *ctx, tov_schema *schema, const client_pl
 static bool my_needs_counter(const client_plan &plan) noexcept
 {
     return std::any_of(plan.tbls.begin(), plan.tbls.end(),
-                       [&](const client_tbl &tbl) { return my_is_needed(plan, client_kind::version_trigger, tbl); });
+                       [&](const client_tbl &tbl) { return plan.with_rules && !tbl.versioned.col_id.empty(); });
 }
 
-static void my_hand_out_counter(KT_context *ctx, const client_plan &plan, client_sink sink, void *data) noexcept
+static void my_hand_out_counter(KT_context *ctx, const writing &w) noexcept
 {
     kt_contain(ctx, [&] {
-        const std::string name = my_counter_name(plan);
+        const std::string name = client_counter_name(w.plan);
         const std::string sql = client_version_counter(name);
-        KT_TRY(sink(ctx, data, {client_kind::counter, name.c_str(), name.c_str(), sql.c_str()}));
+        KT_TRY(w.sink(ctx, w.data, {client_kind::counter, name.c_str(), name.c_str(), sql.c_str()}));
     });
 }
 
-static void my_each(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink, void *data) noexcept
+static void my_each(KT_context *ctx, writing &w) noexcept
 {
-    for (const client_tbl &tbl : plan.tbls)
-        KT_TRY(my_hand_out_tbl(ctx, schema, plan, tbl, sink, data));
-    if (my_needs_counter(plan))
-        KT_TRY(my_hand_out_counter(ctx, plan, sink, data));
+    for (const client_tbl &tbl : w.plan.tbls)
+        KT_TRY(my_hand_out_tbl(ctx, w, tbl));
+    if (my_needs_counter(w.plan))
+        KT_TRY(my_hand_out_counter(ctx, w));
     for (client_kind kind : kinds_on_tbls) {
-        for (const client_tbl &tbl : plan.tbls) {
-            if (my_is_needed(plan, kind, tbl))
-                KT_TRY(my_hand_out(ctx, schema, plan, kind, tbl, sink, data));
+        for (const client_tbl &tbl : w.plan.tbls) {
+            if (my_is_needed(w.plan, w.with_rules, kind, tbl))
+                KT_TRY(my_hand_out(ctx, w, kind, tbl));
         }
     }
 }
@@ -295,18 +199,36 @@ uint32_t client_count_statements(const client_plan &plan) noexcept
     for (const client_tbl &tbl : plan.tbls) {
         count += static_cast<uint32_t>(tbl.indexes.size());
         for (client_kind kind : kinds_on_tbls)
-            count += my_is_needed(plan, kind, tbl);
+            count += my_is_needed(plan, plan.with_rules, kind, tbl);
     }
     return count;
 }
 
 void client_each_name(KT_context *ctx, const client_plan &plan, client_sink sink, void *data) noexcept
 {
-    KT_TRY(my_each(ctx, nullptr, plan, sink, data));
+    kt_contain(ctx, [&] {
+        writing w{nullptr, plan, plan.with_rules, sink, data};
+        KT_TRY(my_each(ctx, w));
+    });
 }
 
 void client_each_statement(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink,
                            void *data) noexcept
 {
-    KT_TRY(my_each(ctx, schema, plan, sink, data));
+    kt_contain(ctx, [&] {
+        writing w{schema, plan, plan.with_rules, sink, data};
+        KT_TRY(my_each(ctx, w));
+    });
+}
+
+void client_each_trigger(KT_context *ctx, tov_schema *schema, const client_plan &plan, const client_tbl &tbl,
+                         bool with_rules, client_sink sink, void *data) noexcept
+{
+    kt_contain(ctx, [&] {
+        writing w{schema, plan, with_rules, sink, data};
+        for (client_kind kind : kinds_on_tbls) {
+            if (kind != client_kind::view && my_is_needed(plan, with_rules, kind, tbl))
+                KT_TRY(my_hand_out(ctx, w, kind, tbl));
+        }
+    });
 }

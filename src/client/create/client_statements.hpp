@@ -38,7 +38,14 @@ uint32_t client_count_statements(const client_plan &plan) noexcept;
 // Hands the name of each thing that is created to a sink, without its statement.
 void client_each_name(KT_context *ctx, const client_plan &plan, client_sink sink, void *data) noexcept;
 
+// The name of the table of the last rowversion.
+std::string client_counter_name(const client_plan &plan);
+
 // Hands each statement to a sink: all tables, each with its indexes, since a trigger needs those that it names, then
 // all triggers and views.
 void client_each_statement(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink,
                            void *data) noexcept;
+
+// Hands the statements of one table's triggers to a sink, as they are with the server's rules or without.
+void client_each_trigger(KT_context *ctx, tov_schema *schema, const client_plan &plan, const client_tbl &tbl,
+                         bool with_rules, client_sink sink, void *data) noexcept;

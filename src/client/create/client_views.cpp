@@ -3,7 +3,6 @@
 
 #include "create/client_place.hpp"
 #include "guide/client_guide.hpp"
-#include "rows/table/client_row_tbl.hpp"
 
 #define KT_HERE "src/client/create/client_views"
 
@@ -40,13 +39,11 @@ static std::string my_select_list(const client_row_tbl &tbl)
     return list;
 }
 
-void client_write_view(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, KT_string *sql) noexcept
+void client_write_view(KT_context *ctx, const client_tbl &tbl, KT_string *sql) noexcept
 {
     kt_contain(ctx, [&] {
-        client_row_tbl row_tbl;
-        KT_TRY(client_read_row_tbl(ctx, schema, tbl.id, row_tbl));
         const std::string text = std::string("CREATE VIEW \"") + client_view_prefix + tbl.name + "\" AS SELECT" +
-                                 my_select_list(row_tbl) + "\nFROM \"" + tbl.name + '"';
+                                 my_select_list(tbl.rows) + "\nFROM \"" + tbl.name + '"';
         KT_TRY(KT_string__append__sz(ctx, sql, text.c_str()));
     });
 }

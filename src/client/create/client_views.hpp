@@ -9,4 +9,4 @@ inline constexpr const char *client_view_prefix = "v_";
 void client_check_views(KT_context *ctx, const client_plan &plan) noexcept;
 
 // Appends the statement that creates the view of a table.
-void client_write_view(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, KT_string *sql) noexcept;
+void client_write_view(KT_context *ctx, const client_tbl &tbl, KT_string *sql) noexcept;

@@ -17,7 +17,7 @@ client_versioned client_find_version(const client_row_tbl &tbl)
         return {};
     for (const char *name : {"rowid", "oid", "_rowid_"}) {
         if (client_find_row_col(tbl, name) == tbl.cols.size())
-            return {client_quoted(version->name), name};
+            return {version->col_id, client_quoted(version->name), name};
     }
     return {};
 }

@@ -13,8 +13,9 @@ inline constexpr const char *client_no_version = "x'0000000000000000'";
 
 // A table's column that is filled in.
 struct client_versioned {
-    std::string col;   // empty when the table has none
-    std::string rowid; // the name by which a row is known
+    std::string col_id; // in the document; empty when the table has none
+    std::string col;    // in quotes
+    std::string rowid;  // the name by which a row is known
 };
 client_versioned client_find_version(const client_row_tbl &tbl);
 

@@ -9,4 +9,5 @@
 std::string client_about(const std::string &value, std::string_view condition);
 
 void client_add_moment_rules(const client_server_type &type, const std::string &value, std::vector<client_rule> &rules);
-void client_add_text_rules(const client_server_type &type, const std::string &value, std::vector<client_rule> &rules);
+void client_add_text_rules(const client_server_type &type, const std::string &value, client_code_pages &pages,
+                           std::vector<client_rule> &rules);

@@ -20,7 +20,8 @@ static std::string my_out_of_range(const client_server_type &type)
     return "out of range: " + client_declared_type_text({type, ""});
 }
 
-std::vector<client_rule> client_rules_of(const client_server_type &type, const std::string &value)
+std::vector<client_rule> client_rules_of(const client_server_type &type, const std::string &value,
+                                         client_code_pages &pages)
 {
     std::vector<client_rule> rules;
     switch (type.base) {
@@ -40,7 +41,7 @@ std::vector<client_rule> client_rules_of(const client_server_type &type, const s
         break;
     default:
         if (client_is_text(type.base))
-            client_add_text_rules(type, value, rules);
+            client_add_text_rules(type, value, pages, rules);
         else if (type.base >= client_base::date && type.base <= client_base::datetimeoffset)
             client_add_moment_rules(type, value, rules);
     }

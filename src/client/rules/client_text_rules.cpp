@@ -7,7 +7,8 @@
 //
 // SQLite takes patterns of 50,000 bytes. Those of the class fit where the width is 4,000, but not where it is 8,000:
 // the fewer of the two are counted there, those that count twice or the others.
-#include "rows/convert/client_code_page.hpp"
+//
+// To length() and GLOB a text ends at a NUL: what is after one is measured and looked at only when it is loaded.
 #include "rows/convert/client_utf8.hpp"
 #include "rules/client_rule_parts.hpp"
 
@@ -63,7 +64,7 @@ static bool my_is_known_page(uint16_t page) noexcept
 }
 
 // The width of a page that is not known is taken for one of UTF-16, as conversion does.
-static width_unit my_unit_of(const client_server_type &type)
+static width_unit my_unit_of(const client_server_type &type, client_code_pages &pages)
 {
     static constexpr client_char_range bmp{0, 0xFFFF};
     if (client_is_unicode(type.base) || !my_is_known_page(type.code_page))
@@ -72,7 +73,7 @@ static width_unit my_unit_of(const client_server_type &type)
         return {"", "", true, " (bytes of UTF-8)"};
     if (client_is_single_byte_page(type.code_page))
         return {};
-    const std::vector<client_char_range> singles = client_single_bytes_of(type.code_page);
+    const std::vector<client_char_range> &singles = pages.single_bytes(type.code_page);
     return {my_class_of_others(0x80, singles), my_class_of_singles(singles), false,
             " (bytes of code page " + std::to_string(type.code_page) + ")"};
 }
@@ -124,9 +125,10 @@ static void my_add_fill(const width_unit &unit, const std::string &width, const 
 }
 
 // Texts of ASCII, which have as many bytes as characters, are in every code page.
-static void my_add_page(uint16_t page, const std::string &value, std::vector<client_rule> &rules)
+static void my_add_page(uint16_t page, const std::string &value, client_code_pages &pages,
+                        std::vector<client_rule> &rules)
 {
-    const std::vector<client_char_range> chars = client_single_bytes_of(page);
+    const std::vector<client_char_range> &chars = pages.single_bytes(page);
     if (chars.empty())
         return;
     const std::string others = my_class_of_others(0x80, chars);
@@ -134,15 +136,16 @@ static void my_add_page(uint16_t page, const std::string &value, std::vector<cli
                      "a character that code page " + std::to_string(page) + " lacks"});
 }
 
-void client_add_text_rules(const client_server_type &type, const std::string &value, std::vector<client_rule> &rules)
+void client_add_text_rules(const client_server_type &type, const std::string &value, client_code_pages &pages,
+                           std::vector<client_rule> &rules)
 {
     if (!client_is_unicode(type.base) && client_is_single_byte_page(type.code_page))
-        my_add_page(type.code_page, value, rules);
+        my_add_page(type.code_page, value, pages, rules);
     const bool is_counted =
         client_is_unicode(type.base) || my_is_known_page(type.code_page) || !client_is_wide_page(type.code_page);
     if (type.length <= 0 || !is_counted)
         return;
-    const width_unit unit = my_unit_of(type);
+    const width_unit unit = my_unit_of(type, pages);
     const std::string width = std::to_string(type.length);
     my_add_width(unit, width, value, rules);
     if (type.base == client_base::fixed_char || type.base == client_base::fixed_nchar)

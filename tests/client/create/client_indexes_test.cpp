@@ -9,7 +9,7 @@ class ClientIndexes : public ClientTest {
     // The statements that create indexes, a line for each.
     std::string indexes(int32_t which = TOV_CLIENT_INDEXES_ALL, bool with_rules = true)
     {
-        client_plan plan{ctx};
+        client_plan plan;
         plan.indexes = which;
         plan.with_rules = with_rules;
         client_make_plan(ctx, schema, plan);

@@ -8,7 +8,7 @@ class ClientStatements : public ClientTest {
     // The text of each statement, in order, whose name is given; "" when there is none.
     std::string statement(const char *name)
     {
-        client_plan plan{ctx};
+        client_plan plan;
         client_make_plan(ctx, schema, plan);
         EXPECT_OK(ctx);
         search_ = name;
@@ -20,7 +20,7 @@ class ClientStatements : public ClientTest {
     // Kinds and names of all statements in order, as "kind name" joined by commas.
     std::string names()
     {
-        client_plan plan{ctx};
+        client_plan plan;
         client_make_plan(ctx, schema, plan);
         EXPECT_OK(ctx);
         names_ = "";
@@ -42,6 +42,34 @@ class ClientStatements : public ClientTest {
     std::string search_, found_, names_;
     uint32_t count_ = 0;
 };
+
+TEST_F(ClientStatements, KnowTheOptionsThatTheyAreMadeWith)
+{
+    make_one_tbl();
+    const struct {
+        int32_t rules;
+        int32_t indexes;
+        const char *message;
+    } cases[] = {
+        {2, TOV_CLIENT_INDEXES_ALL, "the option \"rules\" cannot be 2"},
+        {-1, TOV_CLIENT_INDEXES_ALL, "the option \"rules\" cannot be -1"},
+        {TOV_CLIENT_RULES_BASIC, 3, "the option \"indexes\" cannot be 3"},
+        {TOV_CLIENT_RULES_BASIC, -1, "the option \"indexes\" cannot be -1"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.message);
+        const tov_client_create_options options = {0, nullptr, nullptr, c.rules, c.indexes};
+        KT_string *text = nullptr;
+        tov_client__write_script__with(ctx, schema, &options, &text);
+        EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
+        EXPECT_STREQ(KT_context__err_description(ctx), c.message);
+        EXPECT_EQ(text, nullptr);
+        KT_context__err_reset(ctx);
+        tov_client__create_database__with(ctx, schema, "/nowhere/db", &options);
+        EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
+        KT_context__err_reset(ctx);
+    }
+}
 
 TEST_F(ClientStatements, LayATableOutForAReader)
 {

@@ -97,4 +97,34 @@ TEST_F(ClientRowversion, FollowsThoseThatAreLoaded)
     sqlite3_close(other);
 }
 
+// As on the server, where all tables of a database share the numbers.
+TEST_F(ClientRowversion, OfALoadIsGivenOnceWhateverTheTable)
+{
+    const std::string script = write("rows.sql", "INSERT T (Id, rowid) VALUES (1, 1)\n"
+                                                 "INSERT tov_U (k) VALUES (1)\n"
+                                                 "INSERT T (Id, rowid) VALUES (2, 1)\n"
+                                                 "INSERT T (Id, rowid, V) VALUES (3, 1, 0x00000000000007D4)\n"
+                                                 "INSERT T (Id, rowid) VALUES (4, 1)\n"
+                                                 "INSERT tov_U (k) VALUES (2)\n");
+    for (const int32_t rules : {TOV_CLIENT_RULES_SERVER, TOV_CLIENT_RULES_BASIC}) {
+        SCOPED_TRACE(rules);
+        const tov_client_create_options options = {0, nullptr, nullptr, rules, TOV_CLIENT_INDEXES_ALL};
+        std::remove(path("db").c_str());
+        tov_client__create_database__with(ctx, schema, path("db").c_str(), &options);
+        EXPECT_EQ(load({script}), "T 4 4 0; tov_U 2 2 0") << shown_remarks;
+        EXPECT_EQ(query("SELECT hex(V) FROM T ORDER BY Id"),
+                  "00000000000007D1 00000000000007D3 00000000000007D4 00000000000007D5");
+        EXPECT_EQ(query("SELECT hex(V) FROM tov_U ORDER BY k"), "00000000000007D2 00000000000007D6");
+    }
+}
+
+TEST_F(ClientRowversion, OfARefusedRowIsNotTheLast)
+{
+    create();
+    const std::string file = write("T.dat", "1\t5\t0000000000001000\n1\t6\t000000000000FFFF\n");
+    EXPECT_EQ(load({file}), "T 2 1 1");
+    EXPECT_EQ(load({write("tov_U.csv", "k\n7\n")}), "tov_U 1 1 0");
+    EXPECT_EQ(query("SELECT hex(V) FROM tov_U"), "0000000000001001");
+}
+
 } // namespace

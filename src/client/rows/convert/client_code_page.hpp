@@ -23,13 +23,15 @@ class client_code_pages {
     // The same as the server's rules count: in a double-byte page each character takes two bytes but those that are
     // known to take one, whether the page has it or not.
     size_t count_by_rule(uint16_t page, std::string_view text, size_t units);
+
     // Whether the text has a character that a single-byte page lacks.
     bool lacks(uint16_t page, std::string_view text);
 
-  private:
-    struct wide_page;
+    // What client_single_bytes_of() says, which is kept.
     const std::vector<client_char_range> &single_bytes(uint16_t page);
 
+  private:
+    struct wide_page;
     std::map<uint16_t, std::unique_ptr<wide_page>> pages_;
     std::map<uint16_t, std::vector<client_char_range>> single_bytes_;
 };

@@ -17,13 +17,13 @@ static void my_end(KT_context *ctx, tov_client_loader &loader)
         for (client_load_part &part : job.parts) {
             if (!loader.settings.skip_references)
                 part.progress.state = client_load_state::done;
-            KT_TRY(client_progress__save(ctx, loader.database, loader.prefix, part.progress));
+            KT_TRY(client_progress__save(ctx, loader.database, loader.plan.trigger_prefix, part.progress));
         }
     }
     if (loader.settings.is_scratch) // nothing can go on in it, so nothing has to be known of how it was made
         KT_TRY(client_connection__run(ctx, loader.database,
-                                      "DROP TABLE \"" + loader.prefix + "load_progress\"; DROP TABLE \"" +
-                                          loader.prefix + "load_runs\""));
+                                      "DROP TABLE \"" + loader.plan.trigger_prefix + "load_progress\"; DROP TABLE \"" +
+                                          loader.plan.trigger_prefix + "load_runs\""));
     KT_TRY(client_connection__run(ctx, loader.database, "COMMIT"));
     loader.in_transaction = false;
 }

@@ -57,9 +57,9 @@ void client_loader__begin_part(KT_context *ctx, tov_client_loader &loader, clien
         part.keeps_runs = count > 0;
     }
     if (!loader.settings.again)
-        KT_TRY(client_progress__find(ctx, loader.database, loader.prefix, part.progress));
+        KT_TRY(client_progress__find(ctx, loader.database, loader.plan.trigger_prefix, part.progress));
     if (part.progress.id == 0)
-        KT_TRY(client_progress__begin(ctx, loader.database, loader.prefix, part.progress));
+        KT_TRY(client_progress__begin(ctx, loader.database, loader.plan.trigger_prefix, part.progress));
     part.was_loaded = part.progress.state != client_load_state::loading;
     part.shortened = client_unpack_counts(part.progress.shortened);
     *result = &part;

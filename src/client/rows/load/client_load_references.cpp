@@ -47,7 +47,7 @@ void client_row_search::prepare(KT_context *ctx, tov_client_loader &loader)
     const client_row_tbl &tbl = part_.target->tbl;
     client_connection &database = loader.database;
     KT_TRY(client_connection__prepare(ctx, database,
-                                      "SELECT first_row, rows, first_rowid FROM \"" + loader.prefix +
+                                      "SELECT first_row, rows, first_rowid FROM \"" + loader.plan.trigger_prefix +
                                           "load_runs\" WHERE load = ?1 ORDER BY first_row",
                                       runs_));
     KT_TRY(client_connection__bind_int64(ctx, database, runs_, 1, part_.progress.id));
@@ -241,7 +241,7 @@ void client_loader__check_references(KT_context *ctx, tov_client_loader &loader)
         for (client_load_part &part : job.parts) {
             if (part.keeps_runs)
                 KT_TRY(client_connection__run(ctx, loader.database,
-                                              "DELETE FROM \"" + loader.prefix +
+                                              "DELETE FROM \"" + loader.plan.trigger_prefix +
                                                   "load_runs\" WHERE load = " + std::to_string(part.progress.id)));
         }
     }

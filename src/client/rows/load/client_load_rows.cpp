@@ -73,7 +73,7 @@ void client_loader__refuse(KT_context *ctx, tov_client_loader &loader, client_lo
 static void my_end_run(KT_context *ctx, tov_client_loader &loader, client_load_part &part)
 {
     if (part.keeps_runs && part.run.count > 0)
-        KT_TRY(client_progress__add_run(ctx, loader.database, loader.prefix, part.progress, part.run));
+        KT_TRY(client_progress__add_run(ctx, loader.database, loader.plan.trigger_prefix, part.progress, part.run));
     part.run = {};
 }
 
@@ -190,11 +190,10 @@ void client_loader__commit(KT_context *ctx, tov_client_loader &loader, client_lo
         for (client_load_part &part : job->parts) {
             KT_TRY(my_end_run(ctx, loader, part));
             part.progress.shortened = client_pack_counts(part.shortened);
-            KT_TRY(client_progress__save(ctx, loader.database, loader.prefix, part.progress));
+            KT_TRY(client_progress__save(ctx, loader.database, loader.plan.trigger_prefix, part.progress));
         }
     }
-    for (auto &[id, target] : loader.targets)
-        KT_TRY(client_target__note_version(ctx, loader.database, target));
+    KT_TRY(client_versions__tell(ctx, loader.database, loader.versions));
     loader.in_batch = 0;
     if (loader.settings.all_or_nothing)
         return;

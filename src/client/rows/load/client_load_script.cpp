@@ -10,7 +10,8 @@ static void my_take_up_parts(KT_context *ctx, tov_client_loader &loader, client_
     const std::string fingerprint = job.parts.front().progress.fingerprint;
     if (loader.settings.again)
         return;
-    KT_TRY(client_progress__list_tbls(ctx, loader.database, loader.prefix, job.parts.front().progress, tbls));
+    KT_TRY(
+        client_progress__list_tbls(ctx, loader.database, loader.plan.trigger_prefix, job.parts.front().progress, tbls));
     for (const std::string &name : tbls) {
         std::string tbl_id;
         client_target *target = nullptr;

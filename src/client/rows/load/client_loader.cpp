@@ -1,8 +1,6 @@
 // Opening a load, and the tables that its rows may go into.
 #include "rows/load/client_loader.hpp"
 
-#include "create/client_plan.hpp"
-
 #include <algorithm>
 #include <sys/stat.h>
 
@@ -53,11 +51,9 @@ static void my_list_names(KT_context *ctx, tov_client_loader &loader)
 static void my_open(KT_context *ctx, tov_schema *schema, const char *database, const tov_client_load_options &options,
                     tov_client_loader &loader)
 {
-    client_plan plan{ctx};
     KT_TRY(my_read_settings(ctx, options, loader.settings));
-    KT_TRY(client_make_plan(ctx, schema, plan));
+    KT_TRY(client_make_plan(ctx, schema, loader.plan));
     loader.schema = schema;
-    loader.prefix = plan.trigger_prefix;
     loader.converter.exact = options.exact;
     KT_TRY(my_list_names(ctx, loader));
     KT_TRY(client_connection__open(ctx, loader.database, database, false));
@@ -69,7 +65,7 @@ static void my_open(KT_context *ctx, tov_schema *schema, const char *database, c
             KT_FAIL(KT_ERR_NOT_FOUND, "%s: not a directory, and cannot be made", loader.settings.rejects.c_str());
     }
     KT_TRY(client_loader__begin(ctx, loader));
-    KT_TRY(client_progress__prepare(ctx, loader.database, loader.prefix));
+    KT_TRY(client_progress__prepare(ctx, loader.database, loader.plan.trigger_prefix));
     KT_TRY(client_loader__commit(ctx, loader, nullptr));
 }
 
@@ -96,8 +92,11 @@ void client_loader__get_target(KT_context *ctx, tov_client_loader &loader, const
     *target = &place->second;
     if (!is_new)
         return;
-    KT_TRY(client_read_row_tbl(ctx, loader.schema, tbl_id, place->second.tbl));
-    KT_TRY(client_target__look_at_triggers(ctx, loader.database, loader.schema, place->second));
+    const auto tbl = std::find_if(loader.plan.tbls.begin(), loader.plan.tbls.end(),
+                                  [&](const client_tbl &planned) { return KT_stricmp(planned.id, tbl_id) == 0; });
+    place->second.tbl = tbl->rows;
+    place->second.versions = &loader.versions;
+    KT_TRY(client_target__look_at_triggers(ctx, loader.database, loader.schema, loader.plan, *tbl, place->second));
     place->second.with_triggers |= loader.settings.with_triggers;
 }
 

@@ -76,7 +76,8 @@ struct tov_client_loader {
     client_connection database;
     client_load_settings settings;
     client_converter converter;
-    std::string prefix;                           // of the names of our own tables
+    client_plan plan; // of a database that has all there may be
+    client_versions versions;
     std::vector<client_tbl_names> names;          // of all tables
     std::map<std::string, client_target> targets; // by table id
     std::deque<client_load_job> jobs;

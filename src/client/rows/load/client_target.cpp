@@ -13,47 +13,35 @@
 namespace {
 // What the triggers of one table should be.
 struct trigger_texts {
-    std::string insert; // with the server's rules
-    std::string basic;  // and without
+    bool with_rules = false; // which of them are being listed
+    std::string insert;      // with the server's rules
+    std::string basic;       // and without
     std::vector<std::string> others;
-    std::string counter; // the table of the last rowversion
 };
 } // namespace
-
-static uint64_t my_version_number(std::string_view bytes) noexcept
-{
-    uint64_t number = 0;
-    for (const char byte : bytes)
-        number = number << 8 | static_cast<unsigned char>(byte);
-    return number;
-}
 
 static void my_note_text(KT_context *ctx, void *data, const client_statement &statement) noexcept
 {
     auto &texts = *static_cast<trigger_texts *>(data);
     kt_contain(ctx, [&] {
         if (statement.kind == client_kind::insert_trigger)
-            (texts.insert.empty() ? texts.insert : texts.basic) = statement.sql;
-        else if (statement.kind == client_kind::counter)
-            texts.counter = statement.name;
-        else if (statement.kind != client_kind::tbl)
+            (texts.with_rules ? texts.insert : texts.basic) = statement.sql;
+        else
             texts.others.emplace_back(statement.sql);
     });
 }
 
-static void my_list_texts(KT_context *ctx, tov_schema *schema, const client_row_tbl &tbl, trigger_texts &texts)
+static void my_list_texts(KT_context *ctx, tov_schema *schema, const client_plan &plan, const client_tbl &tbl,
+                          trigger_texts &texts)
 {
-    client_plan plan{ctx};
-    KT_TRY(client_make_plan(ctx, schema, plan));
-    std::erase_if(plan.tbls, [&](const client_tbl &other) { return KT_stricmp(other.id, tbl.id.c_str()) != 0; });
     for (const bool with_rules : {true, false}) {
-        plan.with_rules = with_rules;
-        KT_TRY(client_each_statement(ctx, schema, plan, my_note_text, &texts));
+        texts.with_rules = with_rules;
+        KT_TRY(client_each_trigger(ctx, schema, plan, tbl, with_rules, my_note_text, &texts));
     }
 }
 
 void client_target__look_at_triggers(KT_context *ctx, client_connection &database, tov_schema *schema,
-                                     client_target &target) noexcept
+                                     const client_plan &plan, const client_tbl &tbl, client_target &target) noexcept
 {
     static constexpr const char *sql =
         "SELECT sql FROM sqlite_master WHERE type = 'trigger' AND tbl_name = ?1 COLLATE NOCASE";
@@ -61,7 +49,7 @@ void client_target__look_at_triggers(KT_context *ctx, client_connection &databas
         trigger_texts texts;
         kt_owned_statement handle{tov__get_sqlite_functions()};
         bool has = false;
-        KT_TRY(my_list_texts(ctx, schema, target.tbl, texts));
+        KT_TRY(my_list_texts(ctx, schema, plan, tbl, texts));
         KT_TRY(client_connection__prepare(ctx, database, sql, handle));
         KT_TRY(client_connection__bind_text(ctx, database, handle, 1, target.tbl.name));
         target.with_triggers = false;
@@ -74,27 +62,9 @@ void client_target__look_at_triggers(KT_context *ctx, client_connection &databas
             target.with_rules |= text == texts.insert;
             KT_TRY(client_connection__step(ctx, database, handle, has));
         }
-        if (target.with_rules)
-            target.counter = texts.counter;
+        if (target.with_rules && !tbl.versioned.col_id.empty())
+            target.versions->counter = client_counter_name(plan);
     });
-}
-
-void client_target__note_version(KT_context *ctx, client_connection &database, client_target &target)
-{
-    if (target.counter.empty() || target.last_version.empty())
-        return;
-    const KT_sqlite_functions *functions = database.functions;
-    kt_owned_statement handle{functions};
-    bool has = false;
-    KT_TRY(client_connection__prepare(
-        ctx, database, "UPDATE " + client_quoted(target.counter) + " SET last = ?1, stored = ?2 WHERE ?2 > stored",
-        handle));
-    const auto number = static_cast<int64_t>(my_version_number(target.last_version));
-    const auto size = static_cast<int>(target.last_version.size());
-    KT_TRY(client_connection__bind_int64(ctx, database, handle, 1, number));
-    KT_TRY(client_connection__check(ctx, database, functions->bind_blob(handle, 2, target.last_version.data(), size)));
-    KT_TRY(client_connection__step(ctx, database, handle, has));
-    target.last_version.clear();
 }
 
 static std::string my_insert_text(const client_row_tbl &tbl, const std::vector<size_t> &cols)
@@ -175,46 +145,18 @@ static int my_bind(const client_connection &database, sqlite3_stmt *statement, i
     return database.functions->bind_null(statement, index);
 }
 
-// The database's last version may be another table's.
-static void my_follow_counter(KT_context *ctx, client_connection &database, client_target &target)
-{
-    int64_t last = 0;
-    if (!target.counter.empty())
-        KT_TRY(client_connection__ask(ctx, database, "SELECT last FROM " + client_quoted(target.counter), last));
-    target.next_version = std::max(target.next_version, last + 1);
-}
-
-static void my_note_version(client_target &target, std::string_view bytes)
-{
-    if (!target.counter.empty() && bytes > target.last_version)
-        target.last_version = bytes;
-}
-
-// A rowversion that rows come without: the next after those that are there.
+// A rowversion that the row comes without.
 static void my_bind_version(KT_context *ctx, client_connection &database, client_target &target, size_t col,
-                            sqlite3_stmt *statement, int index)
+                            sqlite3_stmt *statement, int index, client_verdict &verdict)
 {
-    static constexpr int64_t first_version = 2001;
-    if (target.next_version == 0) {
-        kt_owned_statement handle{tov__get_sqlite_functions()};
-        bool has = false;
-        const std::string name = client_quoted(target.tbl.cols[col].name);
-        KT_TRY(client_connection__prepare(ctx, database,
-                                          "SELECT max(" + name + ") FROM " + client_quoted(target.tbl.name), handle));
-        KT_TRY(client_connection__step(ctx, database, handle, has));
-        const int size = database.functions->column_bytes(handle, 0);
-        const void *bytes = database.functions->column_blob(handle, 0);
-        target.next_version = first_version;
-        if (has && size == 8)
-            target.next_version = static_cast<int64_t>(my_version_number({static_cast<const char *>(bytes), 8}) + 1);
-        KT_TRY(my_follow_counter(ctx, database, target));
-    }
-    char bytes[8];
-    for (int n = 0; n < 8; n++)
-        bytes[n] = static_cast<char>(target.next_version >> (56 - 8 * n) & 0xFF);
-    target.next_version++;
-    my_note_version(target, {bytes, 8});
-    KT_TRY(client_connection__check(ctx, database, database.functions->bind_blob(statement, index, bytes, 8)));
+    if (!target.has_version)
+        KT_TRY(client_versions__follow(ctx, database, target.tbl.name, target.tbl.cols[col].name, *target.versions));
+    target.has_version = true;
+    verdict.version = std::max(target.versions->last, verdict.version) + 1;
+    const client_version_bytes bytes = client_bytes_of_version(verdict.version);
+    const auto size = static_cast<int>(bytes.size());
+    KT_TRY(
+        client_connection__check(ctx, database, database.functions->bind_blob(statement, index, bytes.data(), size)));
 }
 
 static client_reject my_constraint(int code) noexcept
@@ -264,12 +206,11 @@ static void my_bind_all(KT_context *ctx, client_connection &database, client_con
         const auto index = static_cast<int>(n + 1);
         const size_t field = layout.places[n];
         if (field == client_no_field) {
-            KT_TRY(my_bind_version(ctx, database, target, col, statement, index));
+            KT_TRY(my_bind_version(ctx, database, target, col, statement, index, verdict));
             continue;
         }
         client_value value;
         converter.room = &layout.rooms[n];
-        converter.with_rules = target.with_rules;
         verdict.reject = client_convert(converter, target.tbl.cols[col].type, row.fields[field], value);
         if (verdict.reject == client_reject::none) {
             const int code = my_bind(database, statement, index, value);
@@ -284,7 +225,7 @@ static void my_bind_all(KT_context *ctx, client_connection &database, client_con
             return;
         }
         if (target.tbl.cols[col].type.base == client_base::rowversion)
-            my_note_version(target, value.bytes);
+            verdict.version = std::max(verdict.version, client_number_of_version(value.bytes));
         if (value.shortened)
             verdict.shortened.push_back(col);
     }
@@ -314,6 +255,7 @@ void client_target__put(KT_context *ctx, client_connection &database, client_con
         return;
     }
     KT_TRY(client_connection__run_triggers(ctx, database, target.with_triggers));
+    converter.with_rules = target.with_rules;
     my_bind_all(ctx, database, converter, target, *layout, row, verdict);
     converter.room = &converter.scratch;
     if (kt_failed_at(ctx, KT_HERE, __LINE__))
@@ -321,4 +263,6 @@ void client_target__put(KT_context *ctx, client_connection &database, client_con
     if (verdict.reject != client_reject::none)
         return;
     KT_TRY(my_insert(ctx, database, layout->insert, verdict));
+    if (verdict.reject == client_reject::none)
+        client_versions__note(*target.versions, verdict.version);
 }

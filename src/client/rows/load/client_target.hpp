@@ -1,10 +1,10 @@
 // A table that rows are put into: converts their fields, inserts them, and gives the verdict on each.
 #pragma once
 
+#include "create/client_plan.hpp"
 #include "rows/convert/client_convert.hpp"
-#include "rows/load/client_connection.hpp"
+#include "rows/load/client_versions.hpp"
 #include "rows/read/client_reader.hpp"
-#include "rows/table/client_row_tbl.hpp"
 
 #include <map>
 #include <memory>
@@ -24,11 +24,10 @@ inline constexpr size_t client_no_field = SIZE_MAX;
 
 struct client_target {
     client_row_tbl tbl;
-    bool with_triggers = true; // whether the checks of the triggers have to run
-    bool with_rules = false;   // whether they hold the server's rules, which say more of code pages
-    std::string counter;       // the table of the database's last rowversion, if it keeps one for this table
-    std::string last_version;  // the greatest that rows came with since it was told
-    int64_t next_version = 0;  // of a rowversion that rows come without; 0 while it is not known
+    client_versions *versions = nullptr; // of the load
+    bool has_version = false;            // whether the greatest of the table's own is known among them
+    bool with_triggers = true;           // whether the checks of the triggers have to run
+    bool with_rules = false;             // whether they hold the server's rules, which say more of code pages
     std::map<std::vector<size_t>, client_layout> layouts; // by cols
 };
 
@@ -38,16 +37,14 @@ struct client_verdict {
     size_t field = SIZE_MAX;       // of the row
     std::string message;           // what SQLite said, if it was asked
     std::vector<size_t> shortened; // columns of the table
+    uint64_t version = 0;          // the greatest rowversion of the row
     int64_t rowid = 0;             // of a row that was inserted
 };
 
 // Whether what a table's triggers do to an inserted row is done as well by converting its fields: when the schema's own
 // check is the only trigger for insertions, word for word. Sets with_triggers and with_rules.
 void client_target__look_at_triggers(KT_context *ctx, client_connection &database, tov_schema *schema,
-                                     client_target &target) noexcept;
-
-// Tells the table of the last rowversion of those that were put in.
-void client_target__note_version(KT_context *ctx, client_connection &database, client_target &target);
+                                     const client_plan &plan, const client_tbl &tbl, client_target &target) noexcept;
 
 // The layout for rows whose n-th field belongs to the column cols[n] of the table, or to none that is stored. Borrowed
 // from the target.

@@ -63,15 +63,14 @@ static bool my_is_wanted(const tov_client_unload_options &options, const client_
     return false;
 }
 
-static void my_list_wanted(KT_context *ctx, tov_schema *schema, const client_plan &plan,
-                           const tov_client_unload_options &options, std::vector<client_row_tbl> &tbls)
+static std::vector<client_row_tbl> my_list_wanted(const client_plan &plan, const tov_client_unload_options &options)
 {
+    std::vector<client_row_tbl> tbls;
     for (const client_tbl &planned : plan.tbls) {
-        client_row_tbl tbl;
-        KT_TRY(client_read_row_tbl(ctx, schema, planned.id, tbl));
-        if (my_is_wanted(options, tbl))
-            tbls.push_back(std::move(tbl));
+        if (my_is_wanted(options, planned.rows))
+            tbls.push_back(planned.rows);
     }
+    return tbls;
 }
 
 // Whether a table refers to itself, or to a table that is not among those before it.
@@ -161,10 +160,9 @@ static void my_write_script(KT_context *ctx, const client_unload_run &run, tov_s
 static void my_unload(KT_context *ctx, tov_schema *schema, const char *database_name, const std::string &folder,
                       const tov_client_unload_options &options, KT_varray *report)
 {
-    client_plan plan{ctx};
+    client_plan plan;
     client_connection database;
     client_unload_run run{database, folder, {}, report};
-    std::vector<client_row_tbl> tbls;
     KT_TRY(my_read_form(ctx, options, run.form));
     KT_TRY(client_make_plan(ctx, schema, plan));
     KT_TRY(client_connection__open(ctx, database, database_name, true));
@@ -172,7 +170,7 @@ static void my_unload(KT_context *ctx, tov_schema *schema, const char *database_
     struct stat file {};
     if (mkdir(folder.c_str(), 0777) != 0 && (stat(folder.c_str(), &file) != 0 || !S_ISDIR(file.st_mode)))
         KT_FAIL(KT_ERR_NOT_FOUND, "%s: not a folder, and cannot be made", folder.c_str());
-    KT_TRY(my_list_wanted(ctx, schema, plan, options, tbls));
+    const std::vector<client_row_tbl> tbls = my_list_wanted(plan, options);
     if (options.query) {
         KT_TRY(client_unload__query(ctx, run, options.query, tbls, options.tbl_count > 0));
         return;
