@@ -1,7 +1,7 @@
 // The guide to the columns of tables, as maps: everything that a program which reads and writes rows has to know.
 #include "guide/client_col_keys.hpp"
 #include "guide/client_guide.hpp"
-#include "rows/table/client_row_tbl.hpp"
+#include "rules/client_rowversion.hpp"
 
 #define KT_HERE "src/client/guide/client_describe"
 
@@ -9,6 +9,7 @@ namespace {
 
 // A column while it is described.
 struct col_description {
+    const client_versioned &versioned; // of its table
     const client_row_col &col;
     client_declared_type declared; // on the server
     const KT_vhash *facts;         // about the server; null where the document has none
@@ -103,11 +104,10 @@ static void my_add_keys(KT_context *ctx, const client_col_keys &keys, KT_vhash *
     }
 }
 
-// Whether each INSERT has to give a value: the database has none of its own, and NULL does not do. A database with the
-// server's rules numbers rows itself.
-static bool my_is_required(const client_row_col &col) noexcept
+// Whether each INSERT has to give a value: the database has none of its own, and NULL does not do.
+static bool my_is_required(const client_row_col &col, const client_versioned &versioned) noexcept
 {
-    return !col.type.nullable && !col.has_default && !col.rowid && col.type.base != client_base::rowversion;
+    return !col.type.nullable && !col.has_default && !col.rowid && col.col_id != versioned.col_id;
 }
 
 static void my_add_why_left_out(KT_context *ctx, const col_description &it)
@@ -137,7 +137,7 @@ static void my_describe_col(KT_context *ctx, tov_schema *schema, const client_ro
     }
     KT_TRY(my_add_form(ctx, it));
     KT_TRY(KT_vhash__add__bool(ctx, it.record, "nullable", it.col.type.nullable));
-    KT_TRY(KT_vhash__add__bool(ctx, it.record, "required", my_is_required(it.col)));
+    KT_TRY(KT_vhash__add__bool(ctx, it.record, "required", my_is_required(it.col, it.versioned)));
     KT_TRY(my_add_default(ctx, schema, tbl, it));
     KT_TRY(my_add_keys(ctx, keys[it.col.col_id], it.record));
 }
@@ -171,6 +171,7 @@ static void my_find_facts(KT_context *ctx, tov_schema *schema, const client_row_
 static void my_describe_cols(KT_context *ctx, tov_schema *schema, const client_row_tbl &tbl, KT_varray *cols)
 {
     std::map<std::string, client_col_keys> keys;
+    const client_versioned versioned = client_find_version(tbl);
     KT_varray *facts = nullptr;
     KT_TRY(client_read_col_keys(ctx, schema, tbl.id.c_str(), keys));
     KT_TRY(my_find_facts(ctx, schema, tbl, &facts));
@@ -183,7 +184,8 @@ static void my_describe_cols(KT_context *ctx, tov_schema *schema, const client_r
             KT_TRY(KT_vhash__get__sz(ctx, of_col, "type", &type_name));
         }
         KT_TRY(KT_varray__appendnew__vhash(ctx, cols, &record));
-        KT_TRY(my_describe_col(ctx, schema, tbl, keys, {tbl.cols[n], {tbl.cols[n].type, type_name}, of_col, record}));
+        KT_TRY(my_describe_col(ctx, schema, tbl, keys,
+                               {versioned, tbl.cols[n], {tbl.cols[n].type, type_name}, of_col, record}));
     }
 }
 

@@ -110,6 +110,58 @@ TEST_F(DescribeTest, WithoutFactsTheAbstractTypesSay)
     EXPECT_NE(text.find(R"json("name":"B","server_type":"datetime2(7)")json"), std::string::npos) << text;
 }
 
+// A document of one table with columns of integers, and others of versions, which are NOT NULL.
+std::string versioned_document(const std::vector<std::string> &numbers, const std::vector<std::string> &versions,
+                               bool has_facts)
+{
+    std::string cols;
+    std::string facts;
+    int count = 0;
+    const auto add = [&](const std::string &name, const std::string &type, const std::string &server_type) {
+        const std::string id = std::to_string(++count);
+        const std::string comma = count > 1 ? "," : "";
+        cols += comma + '"' + id + R"json(":{"name":")json" + name + R"json(","notnull":{},)json" + type + '}';
+        facts += comma + R"json({"name":")json" + name + R"json(","id":")json" + id + R"json(","type":")json" +
+                 server_type + R"json("})json";
+    };
+    for (const std::string &name : numbers)
+        add(name, R"json("type":{"name":"sint32"})json", "int");
+    for (const std::string &name : versions)
+        add(name, R"json("type":{"name":"blob","fixed_width":true,"width":8},"mssql_col_data_type":"timestamp")json",
+            "timestamp");
+    return R"json({"compat_level":1,"backend":{},"tbls":{"1":{"name":"T","txid":0,"cols":{)json" + cols + "}" +
+           (has_facts ? R"json(,"server":{"schema":"dbo","name":"T","cols":[)json" + facts + "]}" : "") + "}}}";
+}
+
+TEST_F(DescribeTest, OnlyTheVersionThatTheDatabaseGivesIsNotRequired)
+{
+    const struct {
+        const char *name;
+        std::vector<std::string> numbers;
+        std::vector<std::string> versions;
+        bool has_facts;
+        std::vector<bool> required; // the versions
+    } cases[] = {
+        {"the only one", {}, {"V"}, true, {false}},
+        {"a second one", {}, {"V", "W"}, true, {false, true}},
+        {"of a table without facts", {}, {"V"}, false, {true}},
+        {"where a name for the row is left", {"rowid", "oid"}, {"V"}, true, {false}},
+        {"where none is left", {"rowid", "oid", "_rowid_"}, {"V"}, true, {true}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        reset_schema_to(versioned_document(c.numbers, c.versions, c.has_facts).c_str());
+        const std::string text = describe();
+        size_t at = 0;
+        for (const bool required : c.required) {
+            at = text.find(R"json("server_type":"rowversion")json", at + 1);
+            ASSERT_NE(at, std::string::npos) << text;
+            const std::string expected = R"json("required":)json" + std::string(required ? "true" : "false");
+            EXPECT_EQ(text.find(expected, at), text.find(R"json("required":)json", at)) << text;
+        }
+    }
+}
+
 // The insert of the description takes each type's example, with its triggers, and the view shows it again.
 TEST_F(DescribeTest, ItsInsertTakesValuesOfEveryTypeAndViewsShowThem)
 {
