@@ -53,6 +53,12 @@ client_base client_find_base(std::string_view name) noexcept
     return client_base::clr;
 }
 
+bool client_is_server_type(std::string_view name) noexcept
+{
+    return client_find_base(name) != client_base::clr || name == "geography" || name == "geometry" ||
+           name == "hierarchyid";
+}
+
 const char *client_base_name(client_base base) noexcept
 {
     for (const named_base &known : my_bases) {

@@ -49,6 +49,9 @@ struct client_server_type {
 // The type of a name in lower case, e.g. "nvarchar"; a name that is not known is a type of a program library (clr).
 client_base client_find_base(std::string_view name) noexcept;
 
+// Whether a name in lower case is that of a type that every server has, one with methods (geography) included.
+bool client_is_server_type(std::string_view name) noexcept;
+
 // The server's name for it; "clr" for types that have names of their own.
 const char *client_base_name(client_base base) noexcept;
 

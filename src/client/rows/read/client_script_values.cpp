@@ -61,11 +61,11 @@ static int my_number(const client_token &t, int otherwise)
     return number;
 }
 
-// The type of a CAST, up to the parenthesis that ends it. The server's own defaults come first, then what is written.
-static client_server_type my_type(client_token_stream &tokens)
+// A type of a CAST, up to the parenthesis that ends it. The server's own defaults come first, then what is written.
+static client_server_type my_type(client_token_stream &tokens, std::string_view name)
 {
     client_server_type type;
-    type.base = client_find_base(my_type_name(tokens));
+    type.base = client_find_base(name);
     int first = type.base == client_base::decimal ? 18 : -1;
     int second = 0;
     const bool is_moment = type.base == client_base::time || type.base == client_base::datetime2 ||
@@ -87,7 +87,8 @@ static client_server_type my_type(client_token_stream &tokens)
     return type;
 }
 
-// CAST(literal AS type): the value of that type, if it holds the literal.
+// CAST(literal AS type): the value of that type, if it holds the literal. A type of the database's own, of which the
+// script does not say what it is, is taken for the column's: such casts are written for columns of these types.
 static client_field my_read_cast(client_token_stream &tokens, client_converter &converter, client_row &row)
 {
     constexpr client_field servers{client_form::server, {}};
@@ -97,9 +98,11 @@ static client_field my_read_cast(client_token_stream &tokens, client_converter &
     const client_field inner = my_literal(tokens, row);
     if (inner.form == client_form::server || inner.form == client_form::absent || !client_is_word(tokens.next(), "as"))
         return servers;
-    const client_server_type type = my_type(tokens);
-    const bool ends = client_is_mark(tokens.next(), ')');
-    return ends ? client_cast(converter, type, inner, row.made) : servers;
+    const std::string name = my_type_name(tokens);
+    const client_server_type type = my_type(tokens, name);
+    if (!client_is_mark(tokens.next(), ')'))
+        return servers;
+    return client_is_server_type(name) ? client_cast(converter, type, inner, row.made) : inner;
 }
 
 // Passes over an expression, up to the comma or parenthesis after it; false when the data ends before.

@@ -134,6 +134,15 @@ const struct {
      sized(base::varchar, 40), "server-value"},
     {"what is too long is cut by the server only", sized(base::varchar, 3), quoted("abcd"), sized(base::varchar, 9),
      "server-value"},
+    {"bytes of a type with methods", simple(base::clr), {client_form::hex, "0x58"}, simple(base::clr), "x58"},
+    {"its text form is the server's to read", simple(base::clr), quoted("/1/"), simple(base::clr), "not-binary"},
+    {"its string is the server's",
+     simple(base::clr),
+     {client_form::hex, "0x58"},
+     sized(base::nvarchar, 9),
+     "server-value"},
+    {"what a sql_variant comes to is the server's affair", simple(base::variant), number("1"), simple(base::integer),
+     "server-value"},
     {"NULL", simple(base::money), {client_form::null, {}}, sized(base::varchar, 9), "NULL"},
 };
 

@@ -43,6 +43,12 @@ const script_case script_cases[] = {
      "Sales.Orders 5 2 3", "3|NULL|250 4|NULL|NULL"},
     {"a cast fills up, and what it makes is the value", "INSERT Customers (Id, Name) VALUES (1, CAST('ab' AS char(4)))",
      "Customers 1 1 0", "1|'ab  '|NULL|NULL"},
+    {"a cast to a type of the database's own is to the column's",
+     "INSERT Customers (Id, Name, Code) VALUES (CAST(1 AS dbo.Key), CAST(N'Ada' AS [dbo].[Name]), CAST(NULL AS Code))",
+     "Customers 1 1 0", "1|'Ada'|NULL|NULL"},
+    {"a cast to a type with methods is not a string",
+     "INSERT Customers (Id, Name) VALUES (1, CAST(N'/1/' AS [sys].[hierarchyid])), (2, CAST(0x58 AS geography))",
+     "Customers 2 0 2", ""},
     {"expressions in parentheses",
      "INSERT Sales.Orders (Id, Price) VALUES (1, (2)), ((2), 3), (3, -(4)), (4, (SELECT 1, 2)), (5, f((1), 2) + 1), "
      "(6, 7)",
