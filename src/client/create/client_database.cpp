@@ -136,13 +136,22 @@ static int my_compile(client_database &database, const client_guard &guard, cons
     return code == SQLITE_DONE ? SQLITE_OK : code;
 }
 
+static void my_check(KT_context *ctx, const client_database &database, const client_statement &statement,
+                     int code) noexcept
+{
+    if (code == SQLITE_OK)
+        return;
+    client_place place{statement.tbl};
+    if (statement.kind != client_kind::tbl)
+        place = {statement.tbl, my_kind_word(statement.kind), statement.name};
+    CLIENT_FAIL(KT_ERR_SQLITE(code), place, "%s", database.functions->message(database.connection));
+}
+
 static void my_create_tbl(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
 {
     KT_TRY(client_schema_rows__begin_tbl(ctx, database));
     const int code = my_compile(database, {client_duty::tbl, statement.tbl}, statement.sql, true);
-    if (code != SQLITE_OK)
-        CLIENT_FAIL(KT_ERR_SQLITE(code), client_place{statement.tbl}, "%s",
-                    database.functions->message(database.connection));
+    KT_TRY(my_check(ctx, database, statement, code));
 }
 
 // Its text is our own but for the beginning of its name.
@@ -155,9 +164,7 @@ static void my_create_counter(KT_context *ctx, client_database &database, const 
 static void my_create_index(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
 {
     const int code = my_compile(database, {client_duty::index, statement.tbl, statement.name}, statement.sql, true);
-    const client_place place{statement.tbl, my_kind_word(statement.kind), statement.name};
-    if (code != SQLITE_OK)
-        CLIENT_FAIL(KT_ERR_SQLITE(code), place, "%s", database.functions->message(database.connection));
+    KT_TRY(my_check(ctx, database, statement, code));
 }
 
 // A trigger or a view.
@@ -169,9 +176,7 @@ static void my_create_on_tbl(KT_context *ctx, client_database &database, const c
     int code = my_compile(database, {duty, statement.tbl, statement.name}, statement.sql, !insert);
     if (code == SQLITE_OK && insert)
         code = client_schema_rows__insert(database, statement);
-    const client_place place{statement.tbl, my_kind_word(statement.kind), statement.name};
-    if (code != SQLITE_OK)
-        CLIENT_FAIL(KT_ERR_SQLITE(code), place, "%s", database.functions->message(database.connection));
+    KT_TRY(my_check(ctx, database, statement, code));
 }
 
 void client_database__create(KT_context *ctx, client_database &database, const client_statement &statement) noexcept

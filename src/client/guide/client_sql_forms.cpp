@@ -96,7 +96,7 @@ std::string client_showing_expression(const client_server_type &type, const std:
         return my_show_guid(value);
     if (client_is_binary(type.base))
         return fill("CASE WHEN @ IS NOT NULL THEN '0x' || hex(@) END", value);
-    if (type.base >= client_base::date && type.base <= client_base::datetimeoffset)
+    if (client_is_moment(type.base))
         return my_show_moment(type, value);
     return my_show_scaled(my_scale(type), value);
 }

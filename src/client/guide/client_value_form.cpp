@@ -73,12 +73,6 @@ static constexpr bool my_is_in_order() noexcept
 }
 static_assert(my_is_in_order());
 
-static bool my_has_length(client_base base) noexcept
-{
-    return base == client_base::fixed_char || base == client_base::varchar || base == client_base::fixed_nchar ||
-           base == client_base::nvarchar || base == client_base::binary || base == client_base::varbinary;
-}
-
 static bool my_has_digits(client_base base) noexcept
 {
     return base == client_base::time || base == client_base::datetime2 || base == client_base::datetimeoffset;
@@ -92,7 +86,7 @@ std::string client_declared_type_text(const client_declared_type &declared)
     const std::string name = type.base == client_base::rowversion ? "rowversion" : client_base_name(type.base);
     if (type.base == client_base::decimal)
         return name + "(" + std::to_string(type.precision) + "," + std::to_string(type.scale) + ")";
-    if (my_has_length(type.base))
+    if (client_has_length(type.base))
         return name + "(" + (type.length > 0 ? std::to_string(type.length) : "max") + ")";
     return my_has_digits(type.base) ? name + "(" + std::to_string(type.scale) + ")" : name;
 }

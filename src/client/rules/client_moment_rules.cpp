@@ -3,6 +3,7 @@
 #include "rules/client_rule_parts.hpp"
 
 static constexpr const char *day_pattern = "[0-9][0-9][0-9][0-9]-[01][0-9]-[0-3][0-9]";
+static constexpr const char *minute_pattern = "[0-2][0-9]:[0-5][0-9]";
 static constexpr const char *time_pattern = "[0-2][0-9]:[0-5][0-9]:[0-5][0-9]";
 
 static std::string my_fraction_pattern(int digits)
@@ -30,7 +31,7 @@ static std::string my_pattern(const client_server_type &type)
     case client_base::time:
         return time_pattern + my_scale_pattern(type);
     case client_base::smalldatetime:
-        return moment.substr(0, moment.size() - 10) + "00";
+        return std::string(day_pattern) + " " + minute_pattern + ":00";
     case client_base::datetime:
         return moment + ".[0-9][0-9][037]";
     case client_base::datetimeoffset:

@@ -1,5 +1,6 @@
 #include "rules/client_rowversion.hpp"
 
+#include "rows/convert/client_bytes.hpp"
 #include "rules/client_rule_parts.hpp"
 
 #include <algorithm>
@@ -24,12 +25,11 @@ client_versioned client_find_version(const client_row_tbl &tbl)
 
 std::string client_version_counter(const std::string &counter)
 {
-    static constexpr char digits[] = "0123456789ABCDEF";
+    std::string all;
+    for (int byte = 0; byte < 256; byte++)
+        all.push_back(static_cast<char>(byte));
     std::string bytes;
-    for (const char high : std::string_view(digits, 16)) {
-        for (const char low : std::string_view(digits, 16))
-            bytes += {high, low};
-    }
+    client_append_hex(bytes, all);
     return "CREATE TABLE " + client_quoted(counter) + " AS SELECT " + number_before + " AS last, " + bytes_before +
            " AS stored, x'" + bytes + "' AS bytes";
 }

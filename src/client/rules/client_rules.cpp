@@ -42,7 +42,7 @@ std::vector<client_rule> client_rules_of(const client_server_type &type, const s
     default:
         if (client_is_text(type.base))
             client_add_text_rules(type, value, pages, rules);
-        else if (type.base >= client_base::date && type.base <= client_base::datetimeoffset)
+        else if (client_is_moment(type.base))
             client_add_moment_rules(type, value, rules);
     }
     return rules;

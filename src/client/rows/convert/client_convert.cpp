@@ -1,7 +1,7 @@
 #include "rows/convert/client_convert.hpp"
 
 #include "rows/convert/client_bytes.hpp"
-#include "rows/convert/client_cast.hpp"
+#include "rows/convert/client_cast_use.hpp"
 #include "rows/convert/client_numbers.hpp"
 #include "rows/convert/client_utf8.hpp"
 
@@ -22,18 +22,16 @@ static void my_pad(client_converter &converter, size_t missing, client_value &va
     value.bytes = room;
 }
 
-// The bytes of a text that is not ASCII alone. Where the server's rules are kept, conversion counts as they do.
-static client_reject my_measure_in_page(client_converter &converter, uint16_t page, std::string_view text, size_t units,
-                                        size_t &length)
+static bool my_lacks(client_converter &converter, uint16_t page, std::string_view text)
 {
-    if (!converter.with_rules) {
-        length = converter.pages.count_bytes(page, text, units);
-        return client_reject::none;
-    }
-    if (client_is_single_byte_page(page) && converter.pages.lacks(page, text))
-        return client_reject::not_in_page;
-    length = converter.pages.count_by_rule(page, text, units);
-    return client_reject::none;
+    return client_is_single_byte_page(page) && converter.pages.lacks(page, text);
+}
+
+// The bytes of a text that is not ASCII alone. Where the server's rules are kept, conversion counts as they do.
+static size_t my_measure_in_page(client_converter &converter, uint16_t page, std::string_view text, size_t units)
+{
+    return converter.with_rules ? converter.pages.count_by_rule(page, text, units)
+                                : converter.pages.count_bytes(page, text, units);
 }
 
 static client_reject my_take_measured(client_converter &converter, const client_server_type &type,
@@ -43,12 +41,12 @@ static client_reject my_take_measured(client_converter &converter, const client_
         return size.flaw == client_utf8_flaw::not_utf_8 ? client_reject::not_utf_8 : client_reject::half_surrogate;
     value.storage = client_storage::text;
     value.bytes = text;
-    size_t length = size.units;
-    client_reject reject = client_reject::none;
-    if (!size.ascii && !client_is_unicode(type.base))
-        reject = my_measure_in_page(converter, type.code_page, text, size.units, length);
-    if (reject != client_reject::none || type.length <= 0)
-        return reject;
+    const bool is_in_page = !size.ascii && !client_is_unicode(type.base);
+    if (is_in_page && converter.with_rules && my_lacks(converter, type.code_page, text))
+        return client_reject::not_in_page;
+    if (type.length <= 0)
+        return client_reject::none;
+    const size_t length = is_in_page ? my_measure_in_page(converter, type.code_page, text, size.units) : size.units;
     const auto most = static_cast<size_t>(type.length);
     if (length > most)
         return client_reject::too_long;
@@ -110,7 +108,7 @@ static bool my_may_mean_other(const client_server_type &type, std::string_view b
     return is_hex || (type.base == client_base::clr && base64.starts_with('/') && base64.ends_with('/'));
 }
 
-// Decodes hexadecimal digits to bytes.
+// Decodes hexadecimal digits or Base64 to bytes.
 static client_reject my_decode(client_converter &converter, const client_field &field)
 {
     std::string &room = converter.room->large;
@@ -227,7 +225,8 @@ client_reject client_convert(client_converter &converter, const client_server_ty
         value.storage = client_storage::null;
         return type.nullable ? client_reject::none : client_reject::null_not_allowed;
     }
-    if (field.form == client_form::server || !client_is_decided(field, type))
+    const bool is_cast = field.cast != client_base::variant;
+    if (field.form == client_form::server || (is_cast && !client_is_decided(field, type)))
         return client_reject::server_value;
     if (client_is_text(type.base))
         return my_convert_text(converter, type, field, value);
@@ -235,7 +234,7 @@ client_reject client_convert(client_converter &converter, const client_server_ty
         return my_convert_binary(converter, type, field, value);
     if (type.base == client_base::guid)
         return my_convert_guid(converter, field, value);
-    if (type.base >= client_base::date && type.base <= client_base::datetimeoffset)
+    if (client_is_moment(type.base))
         return my_convert_moment(converter, type, field, value);
     return my_convert_number(type, field, value);
 }

@@ -82,3 +82,19 @@ bool client_is_binary(client_base base) noexcept
 {
     return (base >= client_base::binary && base <= client_base::rowversion) || base == client_base::clr;
 }
+
+bool client_is_number(client_base base) noexcept
+{
+    return base <= client_base::floating;
+}
+
+bool client_is_moment(client_base base) noexcept
+{
+    return base >= client_base::date && base <= client_base::datetimeoffset;
+}
+
+bool client_has_length(client_base base) noexcept
+{
+    return base == client_base::fixed_char || base == client_base::varchar || base == client_base::fixed_nchar ||
+           base == client_base::nvarchar || base == client_base::binary || base == client_base::varbinary;
+}

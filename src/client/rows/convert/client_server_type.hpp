@@ -59,3 +59,11 @@ const char *client_base_name(client_base base) noexcept;
 bool client_is_text(client_base base) noexcept;
 bool client_is_unicode(client_base base) noexcept;
 bool client_is_binary(client_base base) noexcept;
+
+bool client_is_number(client_base base) noexcept;
+
+// Whether values are dates, times of day or both.
+bool client_is_moment(client_base base) noexcept;
+
+// Whether types of the base are declared with a length, which may be max.
+bool client_has_length(client_base base) noexcept;

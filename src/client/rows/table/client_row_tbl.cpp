@@ -80,10 +80,10 @@ static void my_read_abstract_type(KT_context *ctx, tov_schema *schema, const cha
     if (type.base == client_base::varbinary && fixed)
         type.base = client_base::binary;
     KT_TRY(my_read_named_base(ctx, schema, tbl_id, col_id, type.base));
-    const bool is_moment = type.base >= client_base::time && type.base <= client_base::datetimeoffset;
+    const bool is_moment = client_is_moment(type.base) && type.base != client_base::date;
     type.precision = static_cast<uint8_t>(is_moment || precision < 0 ? 0 : precision);
     type.scale = static_cast<uint8_t>(is_moment && precision >= 0 ? precision : std::max(scale, 0));
-    if (type.base >= client_base::date && type.base <= client_base::datetimeoffset && type.scale > 7)
+    if (client_is_moment(type.base) && type.scale > 7)
         type.scale = 7;
     if (type.base == client_base::datetimeoffset) // a text, of which only the width is known
         type.scale = static_cast<uint8_t>(std::clamp(type.length - 27, 0, 7));
@@ -141,12 +141,6 @@ static bool my_is_counted_in_units(client_base base) noexcept
     return base == client_base::fixed_nchar || base == client_base::nvarchar;
 }
 
-static bool my_is_limited(client_base base) noexcept
-{
-    return base == client_base::fixed_char || base == client_base::varchar || base == client_base::binary ||
-           base == client_base::varbinary || my_is_counted_in_units(base);
-}
-
 static void my_read_fact_type(KT_context *ctx, const KT_vhash *facts, client_server_type &type) noexcept
 {
     const char *name = nullptr;
@@ -162,14 +156,13 @@ static void my_read_fact_type(KT_context *ctx, const KT_vhash *facts, client_ser
     KT_TRY(my_read_number(ctx, facts, "code_page", 0, 65535, code_page));
     KT_TRY(KT_vhash__check__bool(ctx, facts, "nullable", &nullable));
     type.base = client_find_base(name);
-    const bool is_moment = type.base >= client_base::date && type.base <= client_base::datetimeoffset;
-    if (is_moment && scale > 7)
+    if (client_is_moment(type.base) && scale > 7)
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "\"scale\" of a column's facts about the server is out of range");
     type.precision = static_cast<uint8_t>(precision);
     type.scale = static_cast<uint8_t>(scale);
     type.code_page = static_cast<uint16_t>(code_page);
     type.nullable = nullable;
-    if (length > 0 && my_is_limited(type.base))
+    if (length > 0 && client_has_length(type.base))
         type.length = static_cast<int32_t>(my_is_counted_in_units(type.base) ? length / 2 : length);
 }
 

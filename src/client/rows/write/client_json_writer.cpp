@@ -53,11 +53,6 @@ class json_writer final : public client_row_writer {
 
 } // namespace
 
-static bool my_is_moment(client_base base) noexcept
-{
-    return base >= client_base::date && base <= client_base::datetimeoffset;
-}
-
 // A T between date and time, no zeros at the end of the fraction, the offset directly after it.
 static std::string my_json_moment(std::string moment)
 {
@@ -103,7 +98,7 @@ void json_writer::append_value(std::string &text, const client_server_type &type
     }
     text.push_back('"');
     append_string(text,
-                  value.storage == client_storage::text && my_is_moment(type.base) ? my_json_moment(form_) : form_);
+                  value.storage == client_storage::text && client_is_moment(type.base) ? my_json_moment(form_) : form_);
     text.push_back('"');
 }
 
