@@ -30,6 +30,8 @@ class ClientLoadFailures : public LoadTest {
                        "INSERT Customers (Id, Name) VALUES (4, N'Mia')\nGO\nINSERT Sales.Orders (Id, Price) "
                        "VALUES (4, 1.5)\nINSERT Nobody VALUES (1)\n")};
         start_anew();
+        expected_rows = rows();
+        start_anew();
         expected = state();
         ASSERT_EQ(expected.substr(0, expected.find('\n')),
                   "Customers 3 1 2; Sales.Orders 3 1 2;  1 0 1; Customers 1 1 0; Sales.Orders 1 1 0");
@@ -109,6 +111,7 @@ class ClientLoadFailures : public LoadTest {
     std::string out;
     std::vector<std::string> files;
     std::string expected;
+    std::string expected_rows;
 };
 
 TEST_F(ClientLoadFailures, OfTheRuntimesMemory)
@@ -174,14 +177,15 @@ TEST_F(ClientLoadFailures, OfSqlite)
                 EXPECT_EQ(KT_context__err_code(ctx), KT_ERR_SQLITE(code)) << KT_context__err_description(ctx);
             }
             KT_context__err_reset(ctx);
-            const std::string left = is_survived ? rows() : state(); // words about a refused row may be missing
-            EXPECT_EQ(left, expected.substr(0, left.size()));
+            if (is_survived)
+                EXPECT_EQ(rows(), expected_rows); // words about a refused row may be missing
+            else
+                EXPECT_EQ(state(), expected);
             KT_context__err_reset(ctx);
         }
     }
     EXPECT_GT(failed_calls, 60u);
     RecordProperty("failed calls", static_cast<int>(failed_calls));
-    std::printf("%zu failed calls\n", failed_calls);
 }
 
 // A failed unload says so, whatever it has written; the next one writes all.
