@@ -24,9 +24,11 @@ inline void check(bool holds, const char *why)
 
 // What SQLite is asked to do, and whether a statement of the schema's own choosing is among it.
 struct watch {
-    std::set<std::string> tbls;  // in lower case
-    bool is_creating = true;     // else: statements on the tables, which bring their triggers with them
-    bool may_be_refused = false; // by SQLite, which then has created nothing
+    std::set<std::string> tbls;    // in lower case
+    std::set<std::string> indexes; // that were created, in lower case
+    bool is_creating = true;       // else: statements on the tables, which bring their triggers with them
+    bool may_select = false;       // the table of versions is being created
+    bool may_be_refused = false;   // by SQLite, which then has created nothing
 };
 
 inline std::string lower(const char *text)
@@ -46,27 +48,37 @@ inline bool is_harmful_function(const char *name)
     return sqlite3_strnicmp(name, "sqlite_", 7) == 0;
 }
 
-// The table of the client's own, which numbers the rows of tables with a rowversion.
-inline constexpr const char *version_tbl = "tov_rowversion";
+// The table of the client's own, which numbers the rows of tables with a rowversion: tov_rowversion, with a number
+// after tov where the schema has tables whose names begin like that.
+inline bool is_version_tbl(const watch &w, const std::string &name)
+{
+    const size_t end = name.find_first_not_of("0123456789", 3);
+    return name.rfind("tov", 0) == 0 && end != name.npos && name.substr(end) == "_rowversion" &&
+           w.tbls.count(name) == 0;
+}
 
-inline bool may_create(const watch &w, int action, const std::string &first, const std::string &second)
+inline bool may_create(watch &w, int action, const std::string &first, const std::string &second)
 {
     const bool is_schema_tbl = first == "sqlite_master";
     switch (action) {
     case SQLITE_CREATE_TABLE:
-        return w.tbls.count(first) == 1 || first == version_tbl;
+        w.may_select = is_version_tbl(w, first);
+        return w.tbls.count(first) == 1 || w.may_select;
     case SQLITE_CREATE_INDEX:
+        w.indexes.insert(first);
         return w.tbls.count(second) == 1;
-    case SQLITE_REINDEX: // of an index that was just created
-    case SQLITE_SELECT:  // of constants, into the table of versions
-        return true;
+    case SQLITE_REINDEX:
+        return w.indexes.count(first) == 1;
+    case SQLITE_SELECT: // of constants
+        return w.may_select;
     case SQLITE_CREATE_TRIGGER:
+        w.may_select = false;
         return first.rfind("tov", 0) == 0 && w.tbls.count(second) == 1;
     case SQLITE_INSERT:
     case SQLITE_UPDATE:
-        return is_schema_tbl || first == version_tbl;
+        return is_schema_tbl || is_version_tbl(w, first);
     case SQLITE_READ:
-        return is_schema_tbl || first == version_tbl || w.tbls.count(first) == 1;
+        return is_schema_tbl || is_version_tbl(w, first) || w.tbls.count(first) == 1;
     case SQLITE_PRAGMA:
         return first == "foreign_keys" || first == "recursive_triggers";
     case SQLITE_TRANSACTION:
@@ -81,7 +93,7 @@ inline bool may_use(const watch &w, int action, const std::string &first)
     switch (action) {
     case SQLITE_UPDATE:
     case SQLITE_READ:
-        return w.tbls.count(first) == 1 || first == version_tbl;
+        return w.tbls.count(first) == 1 || is_version_tbl(w, first);
     case SQLITE_INSERT:
     case SQLITE_DELETE:
         return w.tbls.count(first) == 1;
@@ -97,7 +109,7 @@ inline bool may_use(const watch &w, int action, const std::string &first)
 extern "C" inline int authorize(void *data, int action, const char *first, const char *second, const char *database,
                                 const char *)
 {
-    const auto &w = *static_cast<const watch *>(data);
+    auto &w = *static_cast<watch *>(data);
     check(!database || std::strcmp(database, "main") == 0, "another database");
     if (action == SQLITE_FUNCTION)
         check(!is_harmful_function(second), second);
