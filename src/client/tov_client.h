@@ -127,8 +127,8 @@ TOV_API void tov_client__check_texts(KT_context *ctx, tov_schema *schema) KT_NOE
  * - "show": the expression that shows the column's value as the server does
  * - "store": the expression that makes the stored value of a parameter, ?1, and "bind": what the parameter takes;
  *   "store_text": the same of a text that "show" gives, where "store" takes bytes (from SQLite 3.41 on)
- * - "nullable", "required": whether NULL is allowed, and whether each INSERT must give the column a value: in a database
- *   with the server's rules, which numbers rowversions itself
+ * - "nullable", "required": whether NULL is allowed, and whether each INSERT must give the column a value: in a
+ *   database with the server's rules, which numbers rowversions itself
  * - "default" and "server_default", "identity", "computed": the expressions; the seed and increment
  * - "primary_key": the column's position in the key, counted from 1; "unique": true where it is part of another key
  * - "references": a list of maps with "table" and "column"

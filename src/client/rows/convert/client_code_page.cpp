@@ -5,17 +5,6 @@
 #include <iconv.h>
 #include <vector>
 
-namespace {
-struct wide_name {
-    uint16_t page;
-    const char *name; // as iconv knows it
-};
-} // namespace
-
-static constexpr wide_name wide_names[] = {
-    {932, "CP932"}, {936, "GBK"}, {949, "CP949"}, {950, "CP950"}, {1361, "JOHAB"}, {54936, "GB18030"},
-};
-
 struct client_code_pages::wide_page {
     explicit wide_page(const char *name) : sizes(0x10000), encoder(iconv_open(name, "UTF-8"))
     {
@@ -68,30 +57,15 @@ size_t client_code_pages::wide_page::size_of(uint32_t character)
 client_code_pages::client_code_pages() = default;
 client_code_pages::~client_code_pages() = default;
 
-static const char *my_wide_name(uint16_t page) noexcept
-{
-    for (const wide_name &wide : wide_names) {
-        if (wide.page == page)
-            return wide.name;
-    }
-    return nullptr;
-}
-
-bool client_is_wide_page(uint16_t page) noexcept
-{
-    return page == client_utf_8_page || my_wide_name(page);
-}
-
 size_t client_code_pages::count_bytes(uint16_t page, std::string_view text, size_t units)
 {
     if (page == client_utf_8_page)
         return text.size();
-    const char *name = my_wide_name(page);
-    if (!name)
+    if (!client_is_wide_page(page))
         return units;
     std::unique_ptr<wide_page> &wide = pages_[page];
     if (!wide)
-        wide = std::make_unique<wide_page>(name);
+        wide = std::make_unique<wide_page>(client_page_name(page));
     if (!wide->is_known())
         return units;
     size_t bytes = 0;

@@ -35,6 +35,3 @@ class client_code_pages {
     std::map<uint16_t, std::unique_ptr<wide_page>> pages_;
     std::map<uint16_t, std::vector<client_char_range>> single_bytes_;
 };
-
-// Whether characters of the page may take more than a byte.
-bool client_is_wide_page(uint16_t page) noexcept;

@@ -6,10 +6,38 @@
 #include <algorithm>
 #include <iconv.h>
 #include <memory>
-#include <string>
 
-static constexpr uint16_t single_byte_pages[] = {437, 850, 874, 1250, 1251, 1252, 1253, 1254, 1255, 1256, 1257, 1258};
-static constexpr uint16_t double_byte_pages[] = {932, 936, 949, 950};
+namespace {
+enum class page_kind : uint8_t { unknown, single_byte, double_byte, other_wide };
+
+struct code_page {
+    uint16_t number;
+    page_kind kind;
+    const char *name; // as iconv knows it
+};
+} // namespace
+
+static constexpr code_page pages[] = {
+    {437, page_kind::single_byte, "CP437"},
+    {850, page_kind::single_byte, "CP850"},
+    {874, page_kind::single_byte, "CP874"},
+    {932, page_kind::double_byte, "CP932"},
+    {936, page_kind::double_byte, "CP936"},
+    {949, page_kind::double_byte, "CP949"},
+    {950, page_kind::double_byte, "CP950"},
+    {1250, page_kind::single_byte, "CP1250"},
+    {1251, page_kind::single_byte, "CP1251"},
+    {1252, page_kind::single_byte, "CP1252"},
+    {1253, page_kind::single_byte, "CP1253"},
+    {1254, page_kind::single_byte, "CP1254"},
+    {1255, page_kind::single_byte, "CP1255"},
+    {1256, page_kind::single_byte, "CP1256"},
+    {1257, page_kind::single_byte, "CP1257"},
+    {1258, page_kind::single_byte, "CP1258"},
+    {1361, page_kind::other_wide, "JOHAB"},
+    {54936, page_kind::other_wide, "GB18030"},
+    {client_utf_8_page, page_kind::other_wide, "UTF-8"},
+};
 
 // U+FFFD stands for a character that was lost on the way: refusing the row would not bring it back. SQLite reads the
 // two after it, which are no characters, as U+FFFD.
@@ -18,14 +46,33 @@ static constexpr client_char_range lost_chars{0xFFFD, 0xFFFF};
 // Where the server puts the undefined bytes from A0 on.
 static constexpr client_char_range private_chars{0xF880, 0xF8FF};
 
+static code_page my_find_page(uint16_t number) noexcept
+{
+    for (const code_page &page : pages) {
+        if (page.number == number)
+            return page;
+    }
+    return {number, page_kind::unknown, nullptr};
+}
+
 bool client_is_single_byte_page(uint16_t page) noexcept
 {
-    return std::find(std::begin(single_byte_pages), std::end(single_byte_pages), page) != std::end(single_byte_pages);
+    return my_find_page(page).kind == page_kind::single_byte;
 }
 
 bool client_is_double_byte_page(uint16_t page) noexcept
 {
-    return std::find(std::begin(double_byte_pages), std::end(double_byte_pages), page) != std::end(double_byte_pages);
+    return my_find_page(page).kind == page_kind::double_byte;
+}
+
+bool client_is_wide_page(uint16_t page) noexcept
+{
+    return my_find_page(page).kind >= page_kind::double_byte;
+}
+
+const char *client_page_name(uint16_t page) noexcept
+{
+    return my_find_page(page).name;
 }
 
 // The character of one byte; 0 when the page has none for it.
@@ -76,8 +123,7 @@ static std::vector<client_char_range> my_decode_bytes(uint16_t page, iconv_t dec
 
 std::vector<client_char_range> client_single_bytes_of(uint16_t page)
 {
-    const std::string name = "CP" + std::to_string(page);
-    iconv_t opened = iconv_open("UTF-8", name.c_str());
+    iconv_t opened = iconv_open("UTF-8", client_page_name(page));
     if (opened == reinterpret_cast<iconv_t>(-1)) // NOLINT(performance-no-int-to-ptr)
         return {};
     const auto close = [](iconv_t used) { iconv_close(used); };
