@@ -15,6 +15,7 @@ CREATE TABLE sales.Orders (
     Token uniqueidentifier NULL, Hash binary(4) NULL,
     Day date NULL, At time(3) NULL, Fine time(7) NULL, Placed datetime NULL, Rough smalldatetime NULL,
     Sent datetime2(1) NULL, Exact datetime2(7) NULL, Stamp datetimeoffset(3) NULL,
+    Four time(4) NULL, FourToo datetime2(4) NULL, FineStamp datetimeoffset(7) NULL, Light real NULL, Wide nchar(4) NULL,
     Twice AS (Total * 2))
 GO
 INSERT dbo.Customers (Name, Code) VALUES (N'Ada', 'A'), (N'Bob', NULL)

@@ -12,7 +12,8 @@ def test_a_script_becomes_a_schema_with_findings(script):
     assert [table.server_name for table in schema.tables()] == ["dbo.Customers", "sales.Orders"]
     assert [(finding.code, finding.table, finding.column, finding.severity) for finding in findings] == [
         ("column-computed", "sales.Orders", "Twice", "warning"),
-        ("type-as-text", "sales.Orders", "Stamp", "warning")]
+        ("type-as-text", "sales.Orders", "Stamp", "warning"),
+        ("type-as-text", "sales.Orders", "FineStamp", "warning")]
 
 
 def test_sources_may_be_bytes_and_folders(script, schema):
@@ -97,7 +98,7 @@ def test_connections_have_the_two_settings(database):
 
 def test_convert_loads_the_rows_and_keeps_the_refused_ones_apart(script, tmp_path):
     schema, findings, loaded = tov_schema.convert(script, tmp_path / "all.db")
-    assert (loaded.loaded, loaded.rejected, len(findings)) == (3, 1, 2)
+    assert (loaded.loaded, loaded.rejected, len(findings)) == (3, 1, 3)
     assert len(loaded.remarks) == 1 and "row 2" in loaded.remarks[0]
     rows = tov_schema.connect(tmp_path / "all.db").execute("SELECT Name, Code FROM Customers").fetchall()
     assert [tuple(row) for row in rows] == [("Ada", "A   "), ("Bob", None)]

@@ -1,13 +1,17 @@
 """Python's values of a column's, both ways: Decimal, UUID, date, time, datetime, bool, int, float, str, bytes.
 
-A rounded value is never stored: what the column cannot hold exactly raises ValueError. The one exception is what the
-server rounds as well, the microseconds of a datetime, time or datetime2: they are rounded to the column's fraction.
+A rounded value is never stored: what the column cannot hold exactly raises ValueError. The exceptions are what the
+server rounds as well: the microseconds of a datetime, time or datetime2 are rounded to the column's fraction, and the
+float of a real to 32 bits. And the times that SQLite would round are cut to three digits, as the loader does it:
+docs/values.md says which.
 """
 import datetime
 import decimal
+import math
 import re
+import struct
 import uuid
-from typing import Any, Callable, Dict, NamedTuple, Tuple
+from typing import Any, Callable, Dict, NamedTuple, Optional, Tuple
 
 _MOMENT = re.compile(r"(?:(\d{4})-(\d\d)-(\d\d))?[ T]?(?:(\d\d):(\d\d):(\d\d)(?:\.(\d+))?)?(?: ([+-])(\d\d):(\d\d))?")
 
@@ -80,21 +84,43 @@ def load(type_: Type, stored: Any) -> Any:
     return stored if stored is None or convert is None else convert(type_, stored)
 
 
+_EXACT = decimal.Context(prec=60, traps=[decimal.Inexact])
+
+
+def _scaled(number: decimal.Decimal, scale: int) -> Optional[int]:
+    """The number as a whole one of so many digits after the point; None when it has more of them."""
+    if not number or number.adjusted() + scale < 0:
+        return None if number else 0
+    try:
+        return int(number.scaleb(scale, _EXACT).to_integral_exact(context=_EXACT))
+    except decimal.Inexact:
+        return None
+
+
 def _dump_decimal(type_: Type, value: Any) -> int:
     if isinstance(value, float):
         raise ValueError(f"a float is not exact; give a Decimal or a str: {value!r}")
     number = decimal.Decimal(value)
     if not number.is_finite():
         raise ValueError(f"not a finite number: {value!r}")
-    with decimal.localcontext() as context:
-        context.prec = 60
-        scaled = number.scaleb(type_.scale)
-        if scaled != scaled.to_integral_value():
-            raise ValueError(f"more than {type_.scale} digits after the point: {value!r}")
-    stored = int(scaled)
+    if number.adjusted() + type_.scale > 18 and number:  # an integer of so many digits is not even made
+        raise ValueError(f"more than 63 bits: {value!r}")
+    stored = _scaled(number, type_.scale)
+    if stored is None:
+        raise ValueError(f"more than {type_.scale} digits after the point: {value!r}")
     if not -(2**63) <= stored < 2**63:
         raise ValueError(f"more than 63 bits: {value!r}")
     return stored
+
+
+def _dump_float(_: Type, value: Any) -> float:
+    if not math.isfinite(value):
+        raise ValueError(f"not a finite number: {value!r}")
+    return value
+
+
+def _dump_real(type_: Type, value: Any) -> float:
+    return struct.unpack("<f", struct.pack("<f", _dump_float(type_, value)))[0]
 
 
 def _rounded(value: Any, step: int, base: int = 1_000_000) -> Any:
@@ -123,17 +149,19 @@ def _fraction(ticks: int, scale: int) -> str:
 
 
 def _dump_time(type_: Type, value: datetime.time) -> str:
-    if type_.scale == 7:
-        return _clock(_rounded(value, 10**6), 10**6, 6) + "0"
-    ticks = _rounded(value, 10**type_.scale)
-    return _fraction(min(ticks, 86_400 * 10**type_.scale - 1), type_.scale)
+    scale = min(type_.scale, 6)
+    ticks = min(_rounded(value, 10**scale), 86_400 * 10**scale - 1)
+    if scale >= 4 and ticks * 2000 // 10**scale % 2:  # half a millisecond or more beside the whole ones
+        return _clock(ticks // 10**(scale - 3), 1000, 3)
+    return _fraction(ticks, scale) + "0" * (type_.scale - scale)
 
 
 def _dump_datetime2(type_: Type, value: datetime.datetime) -> str:
-    if type_.scale == 7:
-        return f"{value.date().isoformat()} {_dump_time(type_, value.time())}"
-    day, ticks = _date_and_clock(value, 10**type_.scale)
-    return f"{day.isoformat()} {_fraction(ticks, type_.scale)}"
+    scale = min(type_.scale, 6)
+    day, ticks = _date_and_clock(value, 10**scale)
+    if scale >= 4 and ticks * 2000 // 10**scale == 86_400 * 2000 - 1 and type_.name == "datetime2":
+        return f"{day.isoformat()} 23:59:59.999"
+    return f"{day.isoformat()} {_fraction(ticks, scale)}" + "0" * (type_.scale - scale)
 
 
 def _dump_datetime(_: Type, value: datetime.datetime) -> str:
@@ -153,7 +181,9 @@ def _dump_datetimeoffset(type_: Type, value: datetime.datetime) -> str:
     offset = value.utcoffset()
     if offset is None:
         raise ValueError(f"a datetimeoffset needs a datetime with an offset: {value!r}")
-    minutes = int(offset.total_seconds() // 60)
+    minutes, seconds = divmod(offset, datetime.timedelta(minutes=1))
+    if seconds:
+        raise ValueError(f"seconds in the offset: {value!r}")
     sign, minutes = ("-", -minutes) if minutes < 0 else ("+", minutes)
     return f"{_dump_datetime2(type_, value.replace(tzinfo=None))} {sign}{minutes // 60:02}:{minutes % 60:02}"
 
@@ -166,7 +196,9 @@ def _naive(dump: Callable[[Type, Any], str]) -> Callable[[Type, Any], str]:
     return checked
 
 
-_DUMP: Dict[str, Tuple[type, Callable[[Type, Any], Any]]] = {
+_DUMP: Dict[str, Tuple[Any, Callable[[Type, Any], Any]]] = {
+    "real": ((float, int), _dump_real),
+    "float": ((float, int), _dump_float),
     "bit": (bool, lambda _, value: int(value)),
     "uniqueidentifier": (uuid.UUID, lambda _, value: value.bytes_le),
     "date": (datetime.date, lambda _, value: value.isoformat()),
@@ -180,13 +212,25 @@ _NUMBERS = ("decimal", "numeric", "money", "smallmoney")
 
 
 def dump(type_: Type, value: Any) -> Any:
-    """What the database is to have for Python's value. A str for a moment or the like is stored as it is."""
-    if value is None:
-        return None
+    """What the database is to have for Python's value. A str for a moment or the like is stored as it is.
+
+    A char is filled up to so many characters. In UTF-8 or a double-byte code page the server counts bytes: there a str
+    with other characters than ASCII has to be filled up before.
+    """
+    try:
+        return None if value is None else _dump(type_, value)
+    except ArithmeticError as error:
+        raise ValueError(f"not a value of a {type_.name}: {value!r}") from error
+
+
+def _dump(type_: Type, value: Any) -> Any:
     if type_.name in _NUMBERS:
         return _dump_decimal(type_, value)
-    if type_.name in ("char", "nchar") and isinstance(value, str) and type_.sizes:
+    if type_.name == "char" and isinstance(value, str) and type_.sizes:
         return value.ljust(type_.sizes[0])
+    if type_.name == "nchar" and isinstance(value, str) and type_.sizes:
+        units = len(value.encode("utf-16-le")) // 2
+        return value + " " * (type_.sizes[0] - units)
     if type_.name == "binary" and isinstance(value, (bytes, bytearray)) and type_.sizes:
         return bytes(value).ljust(type_.sizes[0], b"\0")
     expected, convert = _DUMP.get(type_.name, (None, None))
