@@ -1,10 +1,13 @@
 """The whole way: sources, schemas, databases, rows."""
 import json
 import sqlite3
+import sys
+import zipfile
 
 import pytest
 
 import tov_schema
+from tov_schema import _library
 
 
 def test_a_script_becomes_a_schema_with_findings(script):
@@ -46,7 +49,7 @@ def test_json_is_read_back(schema):
 
 
 def test_errors_have_code_text_and_frames(tmp_path):
-    with pytest.raises(tov_schema.Error, match="unexpected|expected|JSON|end") as caught:
+    with pytest.raises(tov_schema.Error, match=r"line 1, column 9: expected a value, found the end") as caught:
         tov_schema.Schema.from_json('{"tbls":')
     assert caught.value.code == 0x200000005
     assert not caught.value.is_sqlite
@@ -96,6 +99,34 @@ def test_connections_have_the_two_settings(database):
     connection.close()
 
 
+def test_connect_makes_no_file(tmp_path):
+    with pytest.raises(sqlite3.OperationalError, match="unable to open"):
+        tov_schema.connect(tmp_path / "absent.db")
+    assert not (tmp_path / "absent.db").exists()
+
+
+def test_connect_takes_names_that_a_uri_would_not(schema, tmp_path):
+    for name in ("a b.db", "50%.db", "what?.db", "x#y.db"):
+        schema.create_database(tmp_path / name)
+        assert tov_schema.connect(tmp_path / name).execute("SELECT count(*) FROM Customers").fetchone()[0] == 0
+
+
+def test_a_connection_that_cannot_check_references_is_refused(database):
+    class Begun(sqlite3.Connection):
+        """What autocommit=False is from Python 3.12 on."""
+
+        def __init__(self, *arguments, **options):
+            super().__init__(*arguments, **options)
+            self.execute("BEGIN")
+    with pytest.raises(ValueError, match="references would not be checked"):
+        tov_schema.connect(database, factory=Begun)
+
+
+def test_convert_takes_any_iterable(script, tmp_path):
+    _, _, loaded = tov_schema.convert((path for path in [script]), tmp_path / "all.db")
+    assert (loaded.loaded, loaded.rejected) == (3, 1)
+
+
 def test_convert_loads_the_rows_and_keeps_the_refused_ones_apart(script, tmp_path):
     schema, findings, loaded = tov_schema.convert(script, tmp_path / "all.db")
     assert (loaded.loaded, loaded.rejected, len(findings)) == (3, 1, 3)
@@ -122,9 +153,61 @@ def test_a_package_is_converted(tmp_path, package):
                                 for table in schema.tables()) > 500
 
 
-def test_no_file_is_left_open_or_half_made(schema, tmp_path):
+def test_no_file_is_made_by_what_fails(schema, tmp_path):
     with pytest.raises(tov_schema.Error):
         schema.create_database(tmp_path / "no" / "such" / "folder.db")
     with pytest.raises(tov_schema.Error):
         schema.load(tmp_path / "absent.db", [])
     assert not (tmp_path / "absent.db").exists()
+
+
+@pytest.fixture
+def incomplete(tmp_path, package):
+    """The package without the rows of one table, so that those that refer to them are refused after all parts."""
+    path = tmp_path / "incomplete.bacpac"
+    with zipfile.ZipFile(package) as whole, zipfile.ZipFile(path, "w") as part:
+        for entry in whole.namelist():
+            if not entry.startswith("Data/dbo.Customers/"):
+                part.writestr(entry, whole.read(entry))
+    return path
+
+
+@pytest.mark.parametrize("time", [1, 2])
+@pytest.mark.parametrize("where", ["before the rows", "in the rows"])
+def test_an_exception_while_rows_are_passed_on_is_not_lost(tmp_path, incomplete, monkeypatch, where, time):
+    """Such as that of Ctrl-C. The rows are read a second time to find those that are refused after all parts."""
+    schema, _ = tov_schema.import_source(incomplete)
+    schema.create_database(tmp_path / "shop.db")
+    read_row_parts, times = _library.read_row_parts, 0
+
+    def read(*arguments):
+        nonlocal times
+        times += 1
+        if times == time and where == "before the rows":
+            raise KeyboardInterrupt
+        read_row_parts(*arguments)
+
+    def trace(frame, _event, _argument):
+        if frame.f_code.co_name != "pass_on":
+            return None
+        if times == time and where == "in the rows" and "described" in frame.f_locals:
+            raise KeyboardInterrupt
+        return trace
+    monkeypatch.setattr(_library, "read_row_parts", read)
+    sys.settrace(trace)
+    try:
+        with pytest.raises(KeyboardInterrupt):
+            schema.load_package(tmp_path / "shop.db", incomplete)
+    finally:
+        sys.settrace(None)
+    assert times == time
+
+
+def test_names_are_utf_8_and_hold_no_nul(schema, database, script, tmp_path):
+    for call in (lambda: schema.load(database, [], table="a\0b"), lambda: schema.load(database, ["a\0b"]),
+                 lambda: tov_schema.import_source(script, only=["a\0b"]),
+                 lambda: tov_schema.Schema.from_json(schema.to_json() + "\0")):
+        with pytest.raises(ValueError, match="NUL"):
+            call()
+    with pytest.raises(UnicodeEncodeError):
+        schema.load(database, [], table="\udcff")  # half of a character, which a path may be

@@ -10,6 +10,7 @@
     row = connection.execute('SELECT * FROM "sales.Orders"').fetchone()
     orders.load_row(row)["Total"]       # Decimal('47.42')
 """
+import pathlib
 import sqlite3
 from typing import Any
 
@@ -23,12 +24,18 @@ __version__ = "0.1.0"
 
 def connect(database: Path, **options: Any) -> sqlite3.Connection:
     """Opens a created database with the two settings that its rules need and a database does not keep: references are
-    checked, and triggers run for rows that an action of a reference or REPLACE deletes. Rows are sqlite3.Row.
+    checked, and triggers run for rows that an action of a reference or REPLACE deletes. Rows are sqlite3.Row. A file
+    that is not there is not made.
 
-    options: those of sqlite3.connect().
+    options: those of sqlite3.connect(), but for autocommit=False, which takes the settings no longer: set
+    connection.autocommit afterwards.
     """
+    if not options.get("uri"):
+        database, options = pathlib.Path(database).absolute().as_uri() + "?mode=rw", {**options, "uri": True}
     connection = sqlite3.connect(database, **options)
-    connection.execute("PRAGMA foreign_keys = ON")
     connection.execute("PRAGMA recursive_triggers = ON")
+    if connection.execute("PRAGMA foreign_keys = ON").execute("PRAGMA foreign_keys").fetchone() != (1,):
+        connection.close()
+        raise ValueError("references would not be checked: the connection is in a transaction from the beginning")
     connection.row_factory = sqlite3.Row
     return connection

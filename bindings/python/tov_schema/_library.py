@@ -7,6 +7,8 @@ import pathlib
 from typing import Any, Iterable, List, NamedTuple, Optional
 
 _POINTER = ctypes.c_void_p
+_SQLITE_DOMAIN = 8  # the upper 32 bits of KT_ERR_SQLITE()
+_UNEXPECTED_VALUE = 0x1000001F4
 
 
 class Frame(NamedTuple):
@@ -30,7 +32,7 @@ class Error(Exception):
 
     @property
     def is_sqlite(self) -> bool:
-        return self.code >> 32 == 8
+        return self.code >> 32 == _SQLITE_DOMAIN
 
 
 class HostList(ctypes.Structure):
@@ -111,6 +113,7 @@ _OUT = ctypes.POINTER(_POINTER)
 _alloc_context = _declare("KT_context__alloc", _OUT)
 _free_context = _declare("KT_context__free", _POINTER)
 _has_err = _declare("KT_context__has_err", _POINTER, result=ctypes.c_int32)
+_set_err = _declare("KT_context__err", _POINTER, ctypes.c_uint64, ctypes.c_char_p, ctypes.c_int32, ctypes.c_char_p)
 _err_code = _declare("KT_context__err_code", _POINTER, result=ctypes.c_uint64)
 _err_description = _declare("KT_context__err_description", _POINTER, result=ctypes.c_char_p)
 _count_frames = _declare("KT_context__count_err_stackframes", _POINTER, result=ctypes.c_uint32)
@@ -147,6 +150,11 @@ finish_load = _declare("tov_client__finish_load", _POINTER, _POINTER, _OUT, _OUT
 free_loader = _declare("tov_client__free_loader", _POINTER, _POINTER)
 unload = _declare("tov_client__unload", _POINTER, _POINTER, ctypes.c_char_p, ctypes.c_char_p,
                   ctypes.POINTER(UnloadOptions), _OUT)
+
+
+def fail(context: ctypes.c_void_p) -> None:
+    """Makes the library end what it does: ctypes drops the exceptions of the functions that it is called back with."""
+    _set_err(context, _UNEXPECTED_VALUE, b"a function of Python's", 0, b"an exception in Python")
 
 
 class Call:
@@ -228,10 +236,21 @@ class Call:
 
 
 def encoded(text: Optional[str]) -> Optional[bytes]:
-    return None if text is None else os.fsencode(text)
+    """Text as a C string; None, which leaves the choice to the library, as null."""
+    return None if text is None else _c_string(text.encode())
 
 
 def strings(texts: Iterable[str]) -> Any:
     """Texts as an array of C strings, which has to stay while the library uses it."""
-    items = [text.encode() for text in texts]
+    items = [_c_string(text.encode()) for text in texts]
     return (ctypes.c_char_p * len(items))(*items)
+
+
+def encoded_path(path: Any) -> Optional[bytes]:
+    return None if path is None else _c_string(os.fsencode(path))
+
+
+def _c_string(text: bytes) -> bytes:
+    if b"\0" in text:  # where C takes it for the end
+        raise ValueError(f"a NUL in {text!r}")
+    return text

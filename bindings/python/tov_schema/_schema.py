@@ -119,6 +119,7 @@ class Schema:
 
     def __init__(self, handle: ctypes.c_void_p):
         self._handle = handle
+        self._tables: Optional[List[Table]] = None  # once asked for: nothing changes a schema
 
     def __del__(self) -> None:
         if getattr(self, "_handle", None):
@@ -130,7 +131,7 @@ class Schema:
         """Reads a document as to_json() or `tov-schema import` writes it. Raises Error when it is not one."""
         handle = ctypes.c_void_p()
         with c.Call() as call:
-            call(c.schema_from_json, text.encode(), ctypes.byref(handle))
+            call(c.schema_from_json, c.encoded(text), ctypes.byref(handle))
         return cls(handle)
 
     def to_json(self) -> str:
@@ -142,11 +143,13 @@ class Schema:
 
     def tables(self) -> List[Table]:
         """All tables in schema order, with how their values are kept."""
-        guide = ctypes.c_void_p()
-        with c.Call() as call:
-            call(c.describe_columns, self._handle, None, ctypes.byref(guide))
-            described = call.take_map(guide)
-        return [_table(table) for table in described["tables"]]
+        if self._tables is None:
+            guide = ctypes.c_void_p()
+            with c.Call() as call:
+                call(c.describe_columns, self._handle, None, ctypes.byref(guide))
+                described = call.take_map(guide)
+            self._tables = [_table(table) for table in described["tables"]]
+        return list(self._tables)
 
     def table(self, name: str) -> Table:
         """The table of a name, as SQLite or the server has it, in any case; KeyError when there is none."""
@@ -177,7 +180,7 @@ class Schema:
         """
         options = _create_options(views, rules, indexes)
         with c.Call() as call:
-            call(c.create_database, self._handle, os.fsencode(path), ctypes.byref(options))
+            call(c.create_database, self._handle, c.encoded_path(path), ctypes.byref(options))
 
     def script(self, *, views: bool = False, rules: str = "server", indexes: str = "all") -> str:
         """The script that create_database() runs."""
@@ -200,32 +203,18 @@ class Schema:
         options = c.LoadOptions(
             tbl=c.encoded(table), format=c.encoded(format), encoding=c.encoded(encoding), field_end=c.encoded(field_end),
             row_end=c.encoded(row_end), null_word=c.encoded(null_word), header=0 if header is None else 1 if header else -1,
-            rejects=None if rejects is None else os.fsencode(rejects), max_rejects=max_rejects, batch=batch, exact=exact,
+            rejects=c.encoded_path(rejects), max_rejects=max_rejects, batch=batch, exact=exact,
             all_or_nothing=all_or_nothing, again=again, skip_references=not check_references)
 
         def load_all(call: c.Call, loader: ctypes.c_void_p) -> None:
             for file in files:
-                call(c.load_file, loader, os.fsencode(file))
+                call(c.load_file, loader, c.encoded_path(file))
         return self._load(database, options, load_all)
 
     def load_package(self, database: Path, package: Path, *, rejects: Optional[Path] = None, exact: bool = False,
                      all_or_nothing: bool = False) -> Loaded:
         """Loads the rows that a package (.bacpac) carries into a created database; see load()."""
-        content = pathlib.Path(package).read_bytes()
-        options = c.LoadOptions(rejects=None if rejects is None else os.fsencode(rejects), exact=exact,
-                                all_or_nothing=all_or_nothing)
-
-        @c.ReadParts
-        def read(context: Any, _: Any, take: Any, take_data: Any) -> None:
-            @c.TakeRows
-            def pass_on(context: Any, _: Any, part: Any, data: Any, size: int) -> None:
-                described = part.contents
-                take(context, take_data, described.schema_name, described.tbl_name, described.number, data, size)
-            c.read_row_parts(context, content, len(content), pass_on, None)
-
-        def load_all(call: c.Call, loader: ctypes.c_void_p) -> None:
-            call(c.load_parts, loader, os.fsencode(package), read, None)
-        return self._load(database, options, load_all)
+        return self._load_package(database, package, pathlib.Path(package).read_bytes(), rejects, exact, all_or_nothing)
 
     def unload(self, database: Path, folder: Path, *, tables: Sequence[str] = (), query: Optional[str] = None,
                format: Optional[str] = None, encoding: Optional[str] = None, field_end: Optional[str] = None,
@@ -238,14 +227,46 @@ class Schema:
         options = c.UnloadOptions(format=c.encoded(format), encoding=c.encoded(encoding), field_end=c.encoded(field_end),
                                   row_end=c.encoded(row_end), tbls=names, tbl_count=len(names), query=c.encoded(query))
         with c.Call() as call:
-            call(c.unload, self._handle, os.fsencode(database), os.fsencode(folder), ctypes.byref(options),
+            call(c.unload, self._handle, c.encoded_path(database), c.encoded_path(folder), ctypes.byref(options),
                  ctypes.byref(report))
             return call.take_maps(report)
+
+    def _load_package(self, database: Path, package: Path, content: bytes, rejects: Optional[Path] = None,
+                      exact: bool = False, all_or_nothing: bool = False) -> Loaded:
+        options = c.LoadOptions(rejects=c.encoded_path(rejects), exact=exact, all_or_nothing=all_or_nothing)
+        raised: List[BaseException] = []
+
+        def fail(context: Any, error: BaseException) -> None:
+            raised.append(error)
+            c.fail(context)
+
+        @c.ReadParts
+        def read(context: Any, _: Any, take: Any, take_data: Any) -> None:
+            @c.TakeRows
+            def pass_on(context: Any, _: Any, part: Any, data: Any, size: int) -> None:
+                try:
+                    described = part.contents
+                    take(context, take_data, described.schema_name, described.tbl_name, described.number, data, size)
+                except BaseException as error:
+                    fail(context, error)
+            try:
+                c.read_row_parts(context, content, len(content), pass_on, None)
+            except BaseException as error:
+                fail(context, error)
+
+        def load_all(call: c.Call, loader: ctypes.c_void_p) -> None:
+            call(c.load_parts, loader, c.encoded_path(package), read, None)
+        try:
+            return self._load(database, options, load_all)
+        except c.Error:
+            if raised:
+                raise raised[0] from None
+            raise
 
     def _load(self, database: Path, options: c.LoadOptions, load_all: Any) -> Loaded:
         loader, report, remarks = ctypes.c_void_p(), ctypes.c_void_p(), ctypes.c_void_p()
         with c.Call() as call:
-            call(c.open_loader, self._handle, os.fsencode(database), ctypes.byref(options), ctypes.byref(loader))
+            call(c.open_loader, self._handle, c.encoded_path(database), ctypes.byref(options), ctypes.byref(loader))
             try:
                 load_all(call, loader)
                 call(c.finish_load, loader, ctypes.byref(report), ctypes.byref(remarks))
@@ -272,7 +293,13 @@ def _table(described: Mapping[str, Any]) -> Table:
     return Table(described["table"], described.get("server_table", described["table"]), columns)
 
 
-def _sources(paths: Union[Path, Iterable[Path]]) -> List[Tuple[str, bytes]]:
+class _Sources(List[Tuple[str, bytes]]):
+    """The names and contents of files that were read."""
+
+
+def _sources(paths: Union[_Sources, Path, Iterable[Path]]) -> _Sources:
+    if isinstance(paths, _Sources):
+        return paths
     if isinstance(paths, (str, os.PathLike)):
         paths = [paths]
     files: List[pathlib.Path] = []
@@ -281,7 +308,7 @@ def _sources(paths: Union[Path, Iterable[Path]]) -> List[Tuple[str, bytes]]:
             files += sorted(file for file in path.rglob("*") if file.suffix.lower() in (".sql", ".sqlproj"))
         else:
             files.append(path)
-    return [(str(file), file.read_bytes()) for file in files]
+    return _Sources((str(file), file.read_bytes()) for file in files)
 
 
 def import_source(source: Union[bytes, Path, Iterable[Path]], *, kind: str = "auto", encoding: Optional[str] = None,
@@ -298,7 +325,7 @@ def import_source(source: Union[bytes, Path, Iterable[Path]], *, kind: str = "au
     >>> schema, findings = tov_schema.import_source("Shop.bacpac")
     """
     sources = [("", source)] if isinstance(source, bytes) else _sources(source)
-    files = (c.HostFile * len(sources))(*(c.HostFile(os.fsencode(name) or None, content, len(content))
+    files = (c.HostFile * len(sources))(*(c.HostFile(c.encoded_path(name) or None, content, len(content))
                                           for name, content in sources))
     lists = {name: c.strings(words) for name, words in
              (("only", only), ("skip", skip), ("renames", renames), ("defines", defines),
@@ -319,13 +346,12 @@ def convert(source: Union[Path, Iterable[Path]], database: Path, *, views: bool 
 
     options: those of import_source().
     """
-    schema, findings = import_source(source, **options)
+    files = _sources(source)
+    schema, findings = import_source(files, **options)
     schema.create_database(database, views=views, rules=rules, indexes=indexes)
-    paths = [source] if isinstance(source, (str, os.PathLike)) else list(source)
-    files = _sources(paths)
     kinds = {c.recognise(content, len(content)) for _, content in files}
     if kinds == {_KINDS["package"]}:
-        return schema, findings, schema.load_package(database, files[0][0])
+        return schema, findings, schema._load_package(database, *files[0])
     if kinds == {_KINDS["script"]}:
         loaded = schema.load(database, [name for name, _ in files], format="insert", encoding=options.get("encoding"))
         return schema, findings, loaded
