@@ -1,7 +1,9 @@
 # Completion of tov-schema for fish; the command itself says what may follow.
 function __tov_schema_complete
     set -l words (commandline -opc) (commandline -ct)
-    for line in ($words[1] __complete $words[2..] 2>/dev/null)
+    set -l command (string replace -r '^~/' "$HOME/" -- $words[1]) # as it was typed, without its quotes
+    type -q -- $command; or set command tov-schema
+    for line in ($command __complete $words[2..] 2>/dev/null)
         if test "$line" = :files
             __fish_complete_path (commandline -ct)
         else

@@ -50,14 +50,39 @@ static std::string my_values(const cli_known_option &option, const std::string &
     return option.word == "FILE" || option.word == "FOLDER" ? ":files\n" : answer;
 }
 
+// --format=c, where the shell leaves it one word.
+static std::string my_joined_values(const cli_known_command &command, const std::string &beginning)
+{
+    const size_t equals = beginning.find('=');
+    const cli_known_option *option = my_find(command, beginning.substr(0, equals));
+    std::string answer;
+    if (!option)
+        return answer;
+    for (const std::string &word : option->words)
+        my_offer(answer, beginning, beginning.substr(0, equals + 1) + word, "");
+    return answer;
+}
+
 static std::string my_options(const cli_known_command &command, const std::string &beginning)
 {
+    if (beginning.find('=') != std::string::npos)
+        return my_joined_values(command, beginning);
     std::string answer;
     for (const cli_known_option &option : command.options) {
         if (!option.names.empty())
             my_offer(answer, beginning, option.names.front(), option.help);
     }
     return answer;
+}
+
+// bash makes three words of --format=csv, and two of --format= before there is a value.
+static std::vector<std::string> my_without_equals(std::vector<std::string> words)
+{
+    if (words.back() == "=")
+        words.back() = "";
+    else if (words.size() > 2 && words[words.size() - 2] == "=")
+        words.erase(words.end() - 2);
+    return words;
 }
 
 static std::string my_answer(const std::vector<cli_known_command> &commands, const std::vector<std::string> &words)
@@ -79,6 +104,6 @@ static std::string my_answer(const std::vector<cli_known_command> &commands, con
 
 int cli_complete(const std::vector<cli_known_command> &commands, const std::vector<std::string> &words)
 {
-    cli_print(my_answer(commands, words.empty() ? std::vector<std::string>{""} : words));
+    cli_print(my_answer(commands, words.empty() ? std::vector<std::string>{""} : my_without_equals(words)));
     return cli_done;
 }

@@ -30,6 +30,14 @@ const completion_case completion_cases[] = {
     {{"help", "sel"}, "select\tPrint SQL Server's select list and key join for a table\n"},
     {{"help", "select", ""}, ""},
     {{"unload", "--format", "c"}, "csv\t\n"},
+    {{"unload", "--format", "=", "c"}, "csv\t\n"}, // --format=c as bash takes it apart
+    {{"convert", "--rules", "="}, "server\t\nbasic\t\n"},
+    {{"import", "--findings", "="}, ":files\n"},
+    {{"import", "--define", "=", "x"}, ""},
+    {{"unload", "--format=c"}, "--format=csv\t\n"}, // and as other shells leave it
+    {{"convert", "--rules="}, "--rules=server\t\n--rules=basic\t\n"},
+    {{"convert", "--no-such="}, ""},
+    {{"import", "=", ""}, ":files\n"},
     {{"import", "-o", ""}, ":files\n"},
     {{"import", "--define", ""}, ""},
     {{"import", "--verb"}, "--verbose\talso report fields of an export that are not known\n"},

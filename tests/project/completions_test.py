@@ -22,6 +22,14 @@ CASES = [
     ("tov-schema load --forma", ["--format"]),
     ("tov-schema create schema.j", ["schema.json"]),
 ]
+# What the shells themselves take apart, and the word that it ends with.
+TYPED = [
+    ("~/bin/tov-schema im", "import"),
+    ("./my\\ folder/tov-schema im", "import"),
+    ("'my folder'/tov-schema im", "import"),
+    ("$HOME/bin/tov-schema im", "import"),
+    ("tov-schema unload --format=c", "csv"),
+]
 
 BASH = """
 source "$1/tov-schema.bash"
@@ -41,20 +49,21 @@ def ask_bash(line):
 
 
 def ask_fish(line):
-    script = f"source {completions}/tov-schema.fish; complete -C '{line}'"
+    quoted = line.replace("\\", "\\\\").replace("'", "\\'")
+    script = f"source {completions}/tov-schema.fish; complete -C '{quoted}'"
     answer = subprocess.run(["fish", "--no-config", "-c", script], capture_output=True, text=True, check=True).stdout
     return sorted(row.split("\t")[0] for row in answer.splitlines())
 
 
-class Zsh:
-    """An interactive zsh on a terminal, since its completion works in the line editor only."""
+class Shell:
+    """An interactive shell on a terminal, since completion works in the line editor only."""
 
-    def __init__(self):
+    def __init__(self, words, preparation):
+        self.name = words[0]
         self.pid, self.terminal = pty.fork()
         if self.pid == 0:
-            os.execvp("zsh", ["zsh", "-f", "-i"])
-        self.type(f"fpath=({completions} $fpath); autoload -Uz compinit; compinit -u -D; unsetopt list_beep; "
-                  "zstyle ':completion:*' list-prompt ''; LISTMAX=1000; PS1='PROMPT-> '; echo RE''ADY\n")
+            os.execvp(words[0], words)
+        self.type(f"{preparation}; PS1='PROMPT-> '; echo RE''ADY\n")
         self.read_until("READY.*PROMPT-> ")
 
     def type(self, text):
@@ -64,7 +73,7 @@ class Zsh:
         seen, end = "", time.monotonic() + 120
         while not re.search(pattern, seen, re.DOTALL):
             if time.monotonic() > end:
-                sys.exit(f"zsh: waited in vain for {pattern!r}; it shows {seen!r}")
+                sys.exit(f"{self.name}: waited in vain for {pattern!r}; it shows {seen!r}")
             if select.select([self.terminal], [], [], 1)[0]:
                 seen += re.sub(r"\x1b\[[0-9;?]*[A-Za-z]|\x1b[=>]|[\r\b\a]", "", os.read(self.terminal, 65536).decode())
         return seen
@@ -79,7 +88,10 @@ class Zsh:
 
 def main():
     failed = False
-    zsh = Zsh()
+    zsh = Shell(["zsh", "-f", "-i"],
+                f"fpath=({completions} $fpath); autoload -Uz compinit; compinit -u -D; unsetopt list_beep; "
+                "zstyle ':completion:*' list-prompt ''; LISTMAX=1000")
+    bash = Shell(["bash", "--norc", "--noprofile", "-i"], f"source {completions}/tov-schema.bash")
     for line, words in CASES:
         for name, ask in (("bash", ask_bash), ("fish", ask_fish)):
             answer = ask(line)
@@ -87,6 +99,13 @@ def main():
                 print(f"{name}: {line!r} goes on with {answer}, not {words}", file=sys.stderr)
                 failed = True
         zsh.expect(line, words)
+    for line, word in TYPED:
+        zsh.expect(line, [word])
+        bash.expect(line, [word])
+        answer = [offered.split("=")[-1] for offered in ask_fish(line)]
+        if answer != [word]:
+            print(f"fish: {line!r} goes on with {answer}, not {word}", file=sys.stderr)
+            failed = True
     return failed
 
 
@@ -96,4 +115,7 @@ with tempfile.TemporaryDirectory() as folder:
     os.environ["HOME"] = folder
     os.chdir(folder)
     open("schema.json", "w", encoding="utf-8").close()
+    for place in ("bin", "my folder"):
+        os.mkdir(place)
+        os.symlink(command, f"{place}/tov-schema")
     sys.exit(main())
