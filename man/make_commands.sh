@@ -8,6 +8,7 @@ export LC_ALL=C SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-0}
 command=$1
 folder=$2
 mkdir -p "$folder"
+rm -f "$folder"/*.1 # of commands that are no more
 extra=$(mktemp)
 trap 'rm -f "$extra"' EXIT
 
