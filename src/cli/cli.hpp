@@ -12,7 +12,7 @@
 
 // Exit codes.
 inline constexpr int cli_done = 0;
-inline constexpr int cli_found = 1;    // findings or differences, where they were asked for
+inline constexpr int cli_found = 1;    // findings or differences, where they were asked for; rows refused
 inline constexpr int cli_refused = 2;  // the command line is wrong, or a file cannot be used
 inline constexpr int cli_internal = 3; // out of memory, or a mistake of the program
 

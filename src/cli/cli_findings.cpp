@@ -5,6 +5,7 @@
 #include "cli_json.hpp"
 #include "cli_layout.hpp"
 #include "cli_nearest.hpp"
+#include "cli_place.hpp"
 #include "cli_sarif.hpp"
 #include "tov_host.h"
 
@@ -15,8 +16,7 @@
 // What a finding is about. Reasons may be worded anew and lines of scripts move, so neither is part of it.
 static std::string my_identity(KT_context *ctx, const KT_vhash *finding)
 {
-    const std::string place = cli_text_of(ctx, finding, "place");
-    const std::string file = place.substr(0, place.rfind(':', place.rfind(':') - 1));
+    const std::string file = cli_place_of(cli_text_of(ctx, finding, "place")).file;
     std::string identity;
     for (const std::string &part : {cli_text_of(ctx, finding, "code"), file, cli_text_of(ctx, finding, "table"),
                                     cli_text_of(ctx, finding, "column"), cli_text_of(ctx, finding, "host_text")})
@@ -138,27 +138,25 @@ static std::vector<cli_sarif_rule> my_rules()
     return rules;
 }
 
-static std::string my_text(const cli_findings &findings, const std::string &format, const std::string &first_source)
+static std::string my_text(const cli_findings &findings, const std::string &format, const std::string &source)
 {
     if (format == "text")
         return my_lines(findings);
-    return format == "sarif" ? cli_sarif(findings.ctx, my_rules(), findings.list, first_source) : my_json(findings);
+    return format == "sarif" ? cli_sarif(findings.ctx, my_rules(), findings.list, source) : my_json(findings);
 }
 
-void cli_report_findings(const cli_findings &findings, const cli_findings_options &options,
-                         const std::string &first_source)
+void cli_report_findings(const cli_findings &findings, const cli_findings_options &options, const std::string &source)
 {
     const uint32_t unexpected = my_mark_expected(findings, options);
     const bool has_file = !options.output.empty();
     const std::string shown = has_file || options.format.empty() ? "text" : options.format;
     if (!options.is_quiet) {
-        cli_tell("%s", my_text(findings, shown, first_source).c_str());
+        cli_tell("%s", my_text(findings, shown, source).c_str());
         if (shown == "text" && findings.count)
             cli_tell("%s", my_summary(findings, unexpected).c_str());
     }
     if (has_file)
-        cli_write_file(options.output,
-                       my_text(findings, options.format.empty() ? "json" : options.format, first_source));
+        cli_write_file(options.output, my_text(findings, options.format.empty() ? "json" : options.format, source));
     if (options.is_strict && unexpected)
         throw cli_failure(std::to_string(unexpected) + " findings, and --strict allows none", "", cli_found);
 }
@@ -168,8 +166,8 @@ void cli_add_findings_options(const cli_command &command, cli_findings_options &
     command.option("--findings", options.output, "write the findings to this file, as JSON or in the --format");
     command.option("--format", options.format, "the form of the findings: text, json or sarif", "FORM")
         .one_of({"text", "json", "sarif"});
-    command.option("--allow", options.allowed, "expect findings of this code: do not print them; may be repeated",
-                   "CODE");
+    command.option("--allow", options.allowed,
+                   "expect findings of this code, and print no lines for them; may be repeated", "CODE");
     command.option("--baseline", options.baseline, "expect the findings in this file, which --findings wrote as JSON");
     command.flag("--strict", options.is_strict, "fail, and write nothing else, when a finding is not expected");
 }

@@ -3,6 +3,7 @@
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
 #include "cli_json.hpp"
+#include "cli_paths.hpp"
 #include "cli_progress.hpp"
 #include "tov_host.h"
 
@@ -26,6 +27,19 @@ class string_list {
 };
 
 } // namespace
+
+void cli_keep_import_inputs(const cli_import_options &options, const std::vector<cli_source> &sources,
+                            const cli_findings_options &findings, std::vector<std::string> outputs)
+{
+    std::vector<std::string> inputs = options.sources;
+    for (const cli_source &source : sources)
+        if (source.is_file)
+            inputs.push_back(source.name);
+    if (!findings.baseline.empty())
+        inputs.push_back(findings.baseline);
+    outputs.push_back(findings.output);
+    cli_keep_apart(std::move(outputs), inputs);
+}
 
 static int32_t my_kind(const std::string &name)
 {

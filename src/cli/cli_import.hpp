@@ -22,6 +22,11 @@ struct cli_import_options {
 // Adds the options that say what of a source is imported, and how.
 void cli_add_source_options(const cli_command &command, cli_import_options &options);
 
+// Refuses outputs, the file of findings too, that are one another or something that is read: a source, a script in a
+// folder, the baseline.
+void cli_keep_import_inputs(const cli_import_options &options, const std::vector<cli_source> &sources,
+                            const cli_findings_options &findings, std::vector<std::string> outputs);
+
 // Imports sources that were read.
 void cli_import(KT_context *ctx, const cli_import_options &options, const std::vector<cli_source> &sources,
                 cli_schema *schema, cli_findings *findings);

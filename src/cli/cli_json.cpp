@@ -22,17 +22,24 @@ std::string cli_json_text(KT_context *ctx, const KT_vhash *map)
 
 std::vector<std::string> cli_take_texts(KT_context *ctx, KT_varray *list)
 {
-    std::vector<std::string> texts;
     if (!list)
-        return texts;
+        return {};
+    kt_owned_varray owned{ctx};
+    *owned.out() = list;
+    return cli_texts_of(ctx, owned);
+}
+
+std::vector<std::string> cli_texts_of(KT_context *ctx, const KT_varray *list)
+{
     uint32_t count = 0;
-    KT_varray__count(ctx, list, &count);
+    if (list)
+        KT_varray__count(ctx, list, &count);
+    std::vector<std::string> texts;
     for (uint32_t n = 0; n < count; n++) {
         const char *text = "";
         KT_varray__get__sz(ctx, list, n, &text);
         texts.emplace_back(text);
     }
-    KT_varray__free(ctx, list);
     cli_check(ctx, "");
     return texts;
 }
@@ -82,6 +89,14 @@ void cli_add_number(KT_context *ctx, KT_vhash *map, const char *key, int64_t num
 {
     KT_vhash__add__int64(ctx, map, key, number);
     cli_check(ctx, key);
+}
+
+KT_vhash *cli_add_map(KT_context *ctx, KT_vhash *map, const char *key)
+{
+    KT_vhash *inner = nullptr;
+    KT_vhash__addnew__vhash(ctx, map, key, &inner);
+    cli_check(ctx, key);
+    return inner;
 }
 
 KT_varray *cli_add_list(KT_context *ctx, KT_vhash *map, const char *key)

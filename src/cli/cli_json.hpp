@@ -40,7 +40,8 @@ std::string cli_take(KT_context *ctx, KT_string *string);
 // Takes over a list of texts; null is an empty one.
 std::vector<std::string> cli_take_texts(KT_context *ctx, KT_varray *list);
 
-// The maps of a list, which they belong to; null is an empty one.
+// The texts of a list, and the maps of one, which they belong to; null is an empty one.
+std::vector<std::string> cli_texts_of(KT_context *ctx, const KT_varray *list);
 std::vector<KT_vhash *> cli_maps_of(KT_context *ctx, const KT_varray *list);
 
 // A member of a map: a string as it is, or as a line for people has it, "" where it is absent; a flag, false where it
@@ -53,5 +54,6 @@ bool cli_flag_of(KT_context *ctx, const KT_vhash *map, const char *key);
 void cli_add_text(KT_context *ctx, KT_vhash *map, const char *key, const char *text);
 void cli_add_number(KT_context *ctx, KT_vhash *map, const char *key, int64_t number);
 void cli_add_texts(KT_context *ctx, KT_vhash *map, const char *key, const std::vector<std::string> &texts);
+KT_vhash *cli_add_map(KT_context *ctx, KT_vhash *map, const char *key);
 KT_varray *cli_add_list(KT_context *ctx, KT_vhash *map, const char *key);
 KT_vhash *cli_append_map(KT_context *ctx, KT_varray *list);

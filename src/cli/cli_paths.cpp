@@ -58,7 +58,10 @@ std::string cli_behind_links(const std::string &path)
             return at;
         if (!my_may_follow(at, link))
             my_fail(path, std::errc::permission_denied);
-        at = my_folder_of(at) / fs::read_symlink(at);
+        std::error_code error;
+        at = my_folder_of(at) / fs::read_symlink(at, error);
+        if (error)
+            throw cli_failure("cannot write (" + error.message() + ")", path);
     }
     my_fail(path, std::errc::too_many_symbolic_link_levels);
 }
@@ -79,11 +82,6 @@ static identity my_identity_of(const std::string &path)
     return {status.st_dev, status.st_ino, target.filename(), true};
 }
 
-bool cli_is_one_file(const std::string &a, const std::string &b)
-{
-    return my_identity_of(a) == my_identity_of(b);
-}
-
 static bool my_is_standard_input(const std::string &path)
 {
     struct stat input;
@@ -95,7 +93,23 @@ void cli_keep_inputs(const std::string &output, const std::vector<std::string> &
     if (output == "-")
         return;
     for (const std::string &input : inputs) {
-        if (input == "-" ? my_is_standard_input(output) : cli_is_one_file(output, input))
+        if (input == "-" ? my_is_standard_input(output) : my_identity_of(output) == my_identity_of(input))
             throw cli_failure("the output is the input too", output);
+    }
+}
+
+static bool my_is_one_output(const std::string &a, const std::string &b)
+{
+    return a == b || (a != "-" && b != "-" && my_identity_of(a) == my_identity_of(b));
+}
+
+void cli_keep_apart(std::vector<std::string> outputs, const std::vector<std::string> &inputs)
+{
+    std::erase(outputs, "");
+    for (auto output = outputs.begin(); output != outputs.end(); ++output) {
+        cli_keep_inputs(*output, inputs);
+        for (auto before = outputs.begin(); before != output; ++before)
+            if (my_is_one_output(*before, *output))
+                throw cli_usage_failure("two outputs would be written there", *output);
     }
 }

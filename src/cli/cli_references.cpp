@@ -12,22 +12,6 @@ static std::string my_column_name(KT_context *ctx, tov_schema *schema, const std
     return name ? name : col_id;
 }
 
-static uint32_t my_count(KT_context *ctx, const KT_varray *list)
-{
-    uint32_t count = 0;
-    if (list)
-        KT_varray__count(ctx, list, &count);
-    return count;
-}
-
-static KT_vhash *my_record(KT_context *ctx, const KT_varray *list, uint32_t n)
-{
-    KT_vhash *record = nullptr;
-    KT_varray__get__vhash(ctx, list, n, &record);
-    cli_check(ctx, "");
-    return record;
-}
-
 static KT_varray *my_list_in(KT_context *ctx, const KT_vhash *record, const char *key)
 {
     KT_varray *list = nullptr;
@@ -36,20 +20,12 @@ static KT_varray *my_list_in(KT_context *ctx, const KT_vhash *record, const char
     return list;
 }
 
-static const char *my_text(KT_context *ctx, const KT_varray *list, uint32_t n)
-{
-    const char *text = nullptr;
-    KT_varray__get__sz(ctx, list, n, &text);
-    cli_check(ctx, "");
-    return text;
-}
-
 static std::vector<std::string> my_column_names(KT_context *ctx, tov_schema *schema, const std::string &tbl_id,
                                                 const KT_varray *col_ids)
 {
     std::vector<std::string> names;
-    for (uint32_t n = 0; n < my_count(ctx, col_ids); n++)
-        names.push_back(my_column_name(ctx, schema, tbl_id, my_text(ctx, col_ids, n)));
+    for (const std::string &col_id : cli_texts_of(ctx, col_ids))
+        names.push_back(my_column_name(ctx, schema, tbl_id, col_id));
     return names;
 }
 
@@ -74,8 +50,7 @@ std::vector<cli_reference> cli_references_of(KT_context *ctx, tov_schema *schema
     tov_schema__list_keys(ctx, schema, tbl_id.c_str(), TOV_KEYS_FOREIGN, keys.out());
     cli_check(ctx, tbl_id);
     std::vector<cli_reference> references;
-    for (uint32_t n = 0; n < my_count(ctx, keys); n++) {
-        const KT_vhash *key = my_record(ctx, keys, n);
+    for (const KT_vhash *key : cli_maps_of(ctx, keys)) {
         cli_reference reference;
         reference.name = cli_text_of(ctx, key, "name");
         reference.from_table = tbl_id;
@@ -95,12 +70,8 @@ std::vector<std::vector<std::string>> cli_table_cycles(KT_context *ctx, tov_sche
     tov_schema__find_reference_cycles(ctx, schema, cycles.out(), nullptr);
     cli_check(ctx, "");
     std::vector<std::vector<std::string>> result;
-    for (uint32_t n = 0; n < my_count(ctx, cycles); n++) {
-        const KT_varray *tbl_ids = my_list_in(ctx, my_record(ctx, cycles, n), "tbls");
-        result.emplace_back();
-        for (uint32_t i = 0; i < my_count(ctx, tbl_ids); i++)
-            result.back().emplace_back(my_text(ctx, tbl_ids, i));
-    }
+    for (const KT_vhash *cycle : cli_maps_of(ctx, cycles))
+        result.push_back(cli_texts_of(ctx, my_list_in(ctx, cycle, "tbls")));
     return result;
 }
 
@@ -110,11 +81,9 @@ std::vector<std::vector<std::string>> cli_column_cycles(KT_context *ctx, tov_sch
     tov_schema__find_reference_cycles(ctx, schema, nullptr, cycles.out());
     cli_check(ctx, "");
     std::vector<std::vector<std::string>> result;
-    for (uint32_t n = 0; n < my_count(ctx, cycles); n++) {
-        const KT_varray *cols = my_list_in(ctx, my_record(ctx, cycles, n), "cols");
+    for (const KT_vhash *cycle : cli_maps_of(ctx, cycles)) {
         result.emplace_back();
-        for (uint32_t i = 0; i < my_count(ctx, cols); i++) {
-            const KT_vhash *col = my_record(ctx, cols, i);
+        for (const KT_vhash *col : cli_maps_of(ctx, my_list_in(ctx, cycle, "cols"))) {
             const std::string tbl_id = cli_text_of(ctx, col, "tbl");
             result.back().push_back(cli_table_name(ctx, schema, tbl_id) + "." +
                                     my_column_name(ctx, schema, tbl_id, cli_text_of(ctx, col, "col")));

@@ -18,8 +18,9 @@ constexpr const char *about =
     "  tov-schema create schema.json shop.db\n"
     "\n"
     "tov-schema help COMMAND describes a command. A file named - is standard input or output.\n"
-    "Exit codes: 0 done; 1 findings (import --strict), rows that are refused (check, load) or differences\n"
-    "(diff); 2 wrong usage, or a file that cannot be used; 3 out of memory or an internal error.";
+    "Exit codes: 0 done; 1 findings (import, convert --strict), differences (diff), or rows that are\n"
+    "refused (check) or were refused or are missing (load, convert); 2 wrong usage, or a file that cannot\n"
+    "be used; 3 out of memory or an internal error.";
 
 } // namespace
 

@@ -1,54 +1,10 @@
 #include "cli_sarif.hpp"
 
 #include "cli_json.hpp"
+#include "cli_place.hpp"
 #include "tov_version.h"
 
-#include <charconv>
 #include <cstring>
-
-namespace {
-
-// "orders.sql:12:5", taken apart.
-struct place {
-    std::string file;
-    int64_t line = 0; // 0: none
-    int64_t column = 0;
-};
-
-} // namespace
-
-// Takes ":NUMBER" off the end of a place; 0 when it does not end so.
-static int64_t my_take_number(std::string &text)
-{
-    const size_t colon = text.rfind(':');
-    int64_t number = 0;
-    if (colon == std::string::npos)
-        return 0;
-    const char *end = text.data() + text.size();
-    if (std::from_chars(text.data() + colon + 1, end, number).ptr != end)
-        return 0;
-    text.erase(colon);
-    return number;
-}
-
-static place my_place(const std::string &text, const std::string &first_source)
-{
-    place result;
-    result.file = text.empty() ? first_source : text;
-    if (!text.empty()) {
-        result.column = my_take_number(result.file);
-        result.line = my_take_number(result.file);
-    }
-    return result;
-}
-
-static KT_vhash *my_add_map(KT_context *ctx, KT_vhash *map, const char *key)
-{
-    KT_vhash *inner = nullptr;
-    KT_vhash__addnew__vhash(ctx, map, key, &inner);
-    cli_check(ctx, key);
-    return inner;
-}
 
 // A path as the URI that SARIF asks for, relative as it was given.
 static std::string my_uri(const std::string &path)
@@ -72,19 +28,20 @@ static void my_add_rules(KT_context *ctx, const std::vector<cli_sarif_rule> &kin
     for (const cli_sarif_rule &kind : kinds) {
         KT_vhash *rule = cli_append_map(ctx, rules);
         cli_add_text(ctx, rule, "id", kind.code);
-        cli_add_text(ctx, my_add_map(ctx, rule, "shortDescription"), "text", kind.meaning);
-        cli_add_text(ctx, my_add_map(ctx, rule, "defaultConfiguration"), "level", kind.severity);
+        cli_add_text(ctx, cli_add_map(ctx, rule, "shortDescription"), "text", kind.meaning);
+        cli_add_text(ctx, cli_add_map(ctx, rule, "defaultConfiguration"), "level", kind.severity);
     }
 }
 
-static void my_add_location(KT_context *ctx, KT_vhash *result, const KT_vhash *finding, const std::string &first_source)
+static void my_add_location(KT_context *ctx, KT_vhash *result, const KT_vhash *finding, const std::string &source)
 {
-    const place where = my_place(cli_text_of(ctx, finding, "place"), first_source);
+    const std::string text = cli_text_of(ctx, finding, "place");
+    const cli_place where = text.empty() ? cli_place{source} : cli_place_of(text);
     KT_vhash *location = cli_append_map(ctx, cli_add_list(ctx, result, "locations"));
-    KT_vhash *physical = my_add_map(ctx, location, "physicalLocation");
-    cli_add_text(ctx, my_add_map(ctx, physical, "artifactLocation"), "uri", my_uri(where.file).c_str());
+    KT_vhash *physical = cli_add_map(ctx, location, "physicalLocation");
+    cli_add_text(ctx, cli_add_map(ctx, physical, "artifactLocation"), "uri", my_uri(where.file).c_str());
     if (where.line > 0) {
-        KT_vhash *region = my_add_map(ctx, physical, "region");
+        KT_vhash *region = cli_add_map(ctx, physical, "region");
         cli_add_number(ctx, region, "startLine", where.line);
         cli_add_number(ctx, region, "startColumn", where.column);
     }
@@ -97,15 +54,15 @@ static void my_add_location(KT_context *ctx, KT_vhash *result, const KT_vhash *f
     cli_add_text(ctx, logical, "kind", column.empty() ? "type" : "member");
 }
 
-static void my_add_result(KT_context *ctx, KT_varray *results, const KT_vhash *finding, const std::string &first_source)
+static void my_add_result(KT_context *ctx, KT_varray *results, const KT_vhash *finding, const std::string &source)
 {
     KT_vhash *result = cli_append_map(ctx, results);
     cli_add_text(ctx, result, "ruleId", cli_text_of(ctx, finding, "code").c_str());
     cli_add_text(ctx, result, "level", cli_text_of(ctx, finding, "severity").c_str());
     const std::string host_text = cli_text_of(ctx, finding, "host_text");
     const std::string message = cli_text_of(ctx, finding, "reason") + (host_text.empty() ? "" : ": " + host_text);
-    cli_add_text(ctx, my_add_map(ctx, result, "message"), "text", message.c_str());
-    my_add_location(ctx, result, finding, first_source);
+    cli_add_text(ctx, cli_add_map(ctx, result, "message"), "text", message.c_str());
+    my_add_location(ctx, result, finding, source);
     const std::string expected = cli_text_of(ctx, finding, cli_expected);
     if (expected.empty())
         return;
@@ -115,19 +72,19 @@ static void my_add_result(KT_context *ctx, KT_varray *results, const KT_vhash *f
 }
 
 std::string cli_sarif(KT_context *ctx, const std::vector<cli_sarif_rule> &rules, const KT_varray *findings,
-                      const std::string &first_source)
+                      const std::string &source)
 {
     const cli_map log(ctx);
     cli_add_text(ctx, log, "$schema", "https://json.schemastore.org/sarif-2.1.0.json");
     cli_add_text(ctx, log, "version", "2.1.0");
     KT_vhash *run = cli_append_map(ctx, cli_add_list(ctx, log, "runs"));
-    KT_vhash *driver = my_add_map(ctx, my_add_map(ctx, run, "tool"), "driver");
+    KT_vhash *driver = cli_add_map(ctx, cli_add_map(ctx, run, "tool"), "driver");
     cli_add_text(ctx, driver, "name", "tov-schema");
     cli_add_text(ctx, driver, "version", TOV_SCHEMA_VERSION);
     my_add_rules(ctx, rules, driver);
     cli_add_text(ctx, run, "columnKind", "unicodeCodePoints");
     KT_varray *results = cli_add_list(ctx, run, "results");
     for (const KT_vhash *finding : cli_maps_of(ctx, findings))
-        my_add_result(ctx, results, finding, first_source);
+        my_add_result(ctx, results, finding, source);
     return cli_json_text(ctx, log) + "\n";
 }

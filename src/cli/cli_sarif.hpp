@@ -15,6 +15,6 @@ struct cli_sarif_rule {
     const char *meaning;
 };
 
-// The first source is where findings are that name no file.
+// source is the file or folder where findings are that have no place.
 std::string cli_sarif(KT_context *ctx, const std::vector<cli_sarif_rule> &rules, const KT_varray *findings,
-                      const std::string &first_source);
+                      const std::string &source);

@@ -84,6 +84,15 @@ bool cli_take_schema(KT_context *ctx, const std::string &text, const std::string
     return true;
 }
 
+std::string cli_schema_json(KT_context *ctx, tov_schema *schema)
+{
+    KT_string *json = nullptr;
+    tov_schema__to_json(ctx, schema, &json);
+    const std::string text = cli_take(ctx, json);
+    cli_check(ctx, "");
+    return text + "\n";
+}
+
 std::string cli_table_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)
 {
     const char *name = nullptr;

@@ -71,7 +71,8 @@ std::vector<cli_source> cli_read_sources(const std::vector<std::string> &paths)
     std::vector<cli_source> sources;
     read_files files;
     for (const std::string &path : paths) {
-        if (path == "-" || !std::filesystem::is_directory(path)) {
+        std::error_code ignored; // reading says what is wrong
+        if (path == "-" || !std::filesystem::is_directory(path, ignored)) {
             my_note(path, &files);
             sources.push_back({path == "-" ? "standard input" : path, cli_read_file(path), path != "-"});
             continue;
@@ -82,4 +83,23 @@ std::vector<cli_source> cli_read_sources(const std::vector<std::string> &paths)
         }
     }
     return sources;
+}
+
+static std::filesystem::path my_common(const std::filesystem::path &a, const std::filesystem::path &b)
+{
+    std::filesystem::path common;
+    const auto end = std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first;
+    for (auto part = a.begin(); part != end; ++part)
+        common /= *part;
+    return common;
+}
+
+std::string cli_common_path(const std::vector<cli_source> &sources)
+{
+    if (sources.size() == 1)
+        return sources.front().name;
+    std::filesystem::path folder = std::filesystem::path(sources.front().name).parent_path();
+    for (const cli_source &source : sources)
+        folder = my_common(folder, std::filesystem::path(source.name).parent_path());
+    return folder.empty() ? "." : folder.string();
 }

@@ -13,3 +13,6 @@ struct cli_source {
 // Reads files and folders; "-" is standard input. Of a folder, all files named *.sql in it and in the folders below,
 // in the order of their names. Fails when one cannot be read, a folder holds no script, or a file is given twice.
 std::vector<cli_source> cli_read_sources(const std::vector<std::string> &paths);
+
+// The file that was read or, of several, the folder that they all are in.
+std::string cli_common_path(const std::vector<cli_source> &sources);

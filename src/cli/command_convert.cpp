@@ -2,24 +2,30 @@
 //
 // The database is made under another name beside its own and renamed when it is whole, so there is never a part of one.
 
+#include "cli_create_options.hpp"
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
 #include "cli_import.hpp"
-#include "cli_indexes.hpp"
 #include "cli_load_report.hpp"
 #include "cli_progress.hpp"
-#include "cli_rules.hpp"
+#include "cli_schema.hpp"
 #include "commands.hpp"
 #include "tov_host.h"
 #include "tov_row_parts.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+
+static std::string my_new_name(const std::string &database)
+{
+    return database + ".new";
+}
 
 namespace {
 
@@ -30,21 +36,16 @@ struct convert_options {
     std::string schema;
     cli_findings_options findings;
     std::string rejects;
-    std::string rules = "server";
-    std::string indexes = "all";
+    cli_create_options made;
     bool exact = false;
     bool all_or_nothing = false;
-    bool views = false;
 };
 
 // A file that goes again unless it gets its name.
 class new_database {
   public:
-    explicit new_database(const std::string &name) : name_(name), path_(name + ".new")
+    explicit new_database(const std::string &name) : name_(name), path_(my_new_name(name))
     {
-        struct stat file {};
-        if (stat(name.c_str(), &file) == 0)
-            throw cli_failure("there is a file of this name already", name);
         unlink(path_.c_str());
     }
     ~new_database()
@@ -77,10 +78,12 @@ class new_database {
 
 class scratch_folder {
   public:
-    scratch_folder() : path_(std::filesystem::temp_directory_path() / "tov-schema-XXXXXX")
+    scratch_folder()
     {
+        const char *folder = std::getenv("TMPDIR");
+        path_ = std::string(folder && *folder ? folder : "/tmp") + "/tov-schema-XXXXXX";
         if (!mkdtemp(path_.data()))
-            throw cli_failure(std::generic_category().message(errno), path_);
+            throw cli_failure("cannot make a temporary folder (" + std::generic_category().message(errno) + ")", path_);
     }
     ~scratch_folder()
     {
@@ -125,8 +128,9 @@ static void my_read_parts(KT_context *ctx, void *data, tov_client_take_part take
 static void my_create(KT_context *ctx, const convert_options &options, tov_schema *schema, const std::string &path)
 {
     cli_progress progress("creating");
-    const tov_client_create_options create_options = {options.views, cli_progress::step, &progress,
-                                                      cli_rules(options.rules), cli_indexes(options.indexes)};
+    tov_client_create_options create_options = options.made.for_client();
+    create_options.progress = cli_progress::step;
+    create_options.data = &progress;
     tov_client__create_database__with(ctx, schema, path.c_str(), &create_options);
     progress.finish();
     cli_check(ctx, options.database);
@@ -181,29 +185,31 @@ static int my_load(KT_context *ctx, const convert_options &options, tov_schema *
     return cli_finish_load(ctx, loader, options.database, options.rejects, options.findings.is_quiet, said);
 }
 
-static std::string my_json(KT_context *ctx, tov_schema *schema)
+static void my_refuse_database(const std::string &path)
 {
-    KT_string *json = nullptr;
-    tov_schema__to_json(ctx, schema, &json);
-    cli_check(ctx, "");
-    std::string text = KT_string__sz(json);
-    KT_string__free(ctx, json);
-    return text + "\n";
+    struct stat file {};
+    if (path == "-")
+        throw cli_usage_failure("a database cannot be written to standard output");
+    if (stat(path.c_str(), &file) == 0)
+        throw cli_failure("there is a file of this name already", path);
 }
 
 static int my_run(const convert_options &options)
 {
     cli_check_findings_options(options.findings);
+    my_refuse_database(options.database);
     const cli_context context;
     KT_context *ctx = context.ctx;
     cli_schema schema(ctx);
     cli_findings findings(ctx);
-    new_database database(options.database);
     const std::vector<cli_source> sources = cli_read_sources(options.import.sources);
+    cli_keep_import_inputs(options.import, sources, options.findings,
+                           {options.database, my_new_name(options.database), options.schema});
+    new_database database(options.database);
     cli_import(ctx, options.import, sources, &schema, &findings);
-    cli_report_findings(findings, options.findings, sources.front().name);
+    cli_report_findings(findings, options.findings, cli_common_path(sources));
     if (!options.schema.empty())
-        cli_write_file(options.schema, my_json(ctx, schema));
+        cli_write_file(options.schema, cli_schema_json(ctx, schema));
     my_create(ctx, options, schema, database.path());
     const int code = my_load(ctx, options, schema, sources, database.path());
     if (code != cli_done && options.all_or_nothing)
@@ -218,7 +224,8 @@ void cli_add_convert(cli_arguments &arguments)
     const cli_command command = arguments.add("convert", "Make a database of a package, scripts or an export at once");
     command.details("Imports, creates and loads in one step: the rows too that a package carries. Rows that the "
                     "database\ndoes not accept are refused, each with its place and reason. Exit code 1: rows were "
-                    "refused.\n\nExample: tov-schema convert Shop.bacpac shop.db");
+                    "refused or\nare missing, or --strict was given and a finding is not expected.\n\n"
+                    "Example: tov-schema convert Shop.bacpac shop.db");
     command
         .argument("SOURCE... DATABASE", options->paths,
                   "a file, or several scripts or folders of them; and the database file, which must be new")
@@ -227,9 +234,7 @@ void cli_add_convert(cli_arguments &arguments)
     cli_add_findings_options(command, options->findings);
     command.option("--rejects", options->rejects, "keep refused rows in this directory, with the reasons beside them",
                    "FOLDER");
-    command.flag("--views", options->views, "add a view v_TABLE for each table, which shows values as the server does");
-    cli_add_rules(command, options->rules);
-    cli_add_indexes(command, options->indexes);
+    options->made.add(command);
     command.flag("--exact", options->exact, "refuse values that would have to be shortened");
     command.flag("--all-or-nothing", options->all_or_nothing, "make no database when any row is refused");
     command.flag("--quiet", options->findings.is_quiet, "print neither findings nor the table at the end");

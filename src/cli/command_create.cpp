@@ -1,12 +1,11 @@
 // tov-schema create and sql: a schema becomes a database, or the script that makes it.
 
+#include "cli_create_options.hpp"
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
-#include "cli_indexes.hpp"
 #include "cli_json.hpp"
 #include "cli_paths.hpp"
 #include "cli_progress.hpp"
-#include "cli_rules.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
 #include "tov_client.h"
@@ -19,9 +18,7 @@ struct create_options {
     std::string schema;
     std::string database;
     std::string output = "-";
-    std::string rules = "server";
-    std::string indexes = "all";
-    bool views = false;
+    cli_create_options made;
 };
 
 } // namespace
@@ -37,9 +34,6 @@ static void my_print_remarks(KT_context *ctx, tov_schema *schema, const std::str
         cli_tell_line("tov-schema: note: " + remark);
 }
 
-static constexpr const char *views_help =
-    "add a view v_TABLE for each table, which shows decimals, money and guids as the server does";
-
 static int my_run_create(const create_options &options)
 {
     if (options.database == "-")
@@ -51,8 +45,9 @@ static int my_run_create(const create_options &options)
     cli_load_schema(context.ctx, options.schema, &schema);
     my_print_remarks(context.ctx, schema, options.schema);
     cli_progress progress("creating");
-    const tov_client_create_options client_options = {options.views, cli_progress::step, &progress,
-                                                      cli_rules(options.rules), cli_indexes(options.indexes)};
+    tov_client_create_options client_options = options.made.for_client();
+    client_options.progress = cli_progress::step;
+    client_options.data = &progress;
     tov_client__create_database__with(context.ctx, schema, options.database.c_str(), &client_options);
     progress.finish();
     const bool is_of_database = KT_context__err_code(context.ctx) >= KT_ERR_SQLITE(0);
@@ -70,8 +65,7 @@ static int my_run_sql(const create_options &options)
     KT_string *script = nullptr;
     {
         const cli_waiting waiting("writing");
-        const tov_client_create_options client_options = {options.views, nullptr, nullptr, cli_rules(options.rules),
-                                                          cli_indexes(options.indexes)};
+        const tov_client_create_options client_options = options.made.for_client();
         tov_client__write_script__with(context.ctx, schema, &client_options, &script);
     }
     const std::string text = cli_take(context.ctx, script);
@@ -88,9 +82,7 @@ void cli_add_create(cli_arguments &arguments)
                     "Example: tov-schema create schema.json client.db");
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.argument("DATABASE", options->database, "the database file; made when it is absent").required();
-    command.flag("--views", options->views, views_help);
-    cli_add_rules(command, options->rules);
-    cli_add_indexes(command, options->indexes);
+    options->made.add(command);
     command.runs([options] { return my_run_create(*options); });
 }
 
@@ -101,8 +93,6 @@ void cli_add_sql(cli_arguments &arguments)
     command.details("Example: tov-schema sql schema.json | sqlite3 -bail client.db");
     command.argument("SCHEMA", options->schema, "the schema; - for standard input").required();
     command.option("-o,--output", options->output, "where the script goes (default: standard output)");
-    command.flag("--views", options->views, views_help);
-    cli_add_rules(command, options->rules);
-    cli_add_indexes(command, options->indexes);
+    options->made.add(command);
     command.runs([options] { return my_run_sql(*options); });
 }

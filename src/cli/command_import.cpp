@@ -3,7 +3,7 @@
 #include "cli_files.hpp"
 #include "cli_import.hpp"
 #include "cli_json.hpp"
-#include "cli_paths.hpp"
+#include "cli_schema.hpp"
 #include "commands.hpp"
 
 #include <memory>
@@ -27,39 +27,20 @@ static std::string my_schema_json(KT_context *ctx, tov_schema *schema, bool with
         cli_check(ctx, "");
         return cli_json_text(ctx, both) + "\n";
     }
-    KT_string *json = nullptr;
-    tov_schema__to_json(ctx, schema, &json);
-    std::string text = cli_take(ctx, json);
-    cli_check(ctx, "");
-    return text + "\n";
-}
-
-// Folders among the sources stand for the files in them.
-static void my_keep_sources(const import_options &options, const std::vector<cli_source> &sources)
-{
-    std::vector<std::string> inputs = options.import.sources;
-    for (const cli_source &source : sources)
-        inputs.push_back(source.name);
-    cli_keep_inputs(options.output, inputs);
-    if (!options.findings.output.empty())
-        cli_keep_inputs(options.findings.output, inputs);
+    return cli_schema_json(ctx, schema);
 }
 
 static int my_run(const import_options &options)
 {
     cli_check_findings_options(options.findings);
-    const std::string &findings_file = options.findings.output;
-    if (findings_file == options.output || (!findings_file.empty() && cli_is_one_file(findings_file, options.output)))
-        throw cli_usage_failure("schema and findings cannot both be written there", options.output);
     const cli_context context;
     KT_context *ctx = context.ctx;
     cli_schema schema(ctx);
     cli_findings findings(ctx);
     const std::vector<cli_source> sources = cli_read_sources(options.import.sources);
-    my_keep_sources(options, sources);
+    cli_keep_import_inputs(options.import, sources, options.findings, {options.output});
     cli_import(ctx, options.import, sources, &schema, &findings);
-
-    cli_report_findings(findings, options.findings, options.import.sources.front());
+    cli_report_findings(findings, options.findings, cli_common_path(sources));
     cli_write_file(options.output, my_schema_json(ctx, schema, options.with_host_internals));
     return cli_done;
 }

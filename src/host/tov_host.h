@@ -122,7 +122,8 @@ typedef struct tov_host_finding_kind {
     const char *code; /**< stable, e.g. "check-left-out" */
     /**
      * "error": something of the source has no place in the schema, or may be missing from it unseen. "warning": the
-     * SQLite database accepts, fills in or holds something else than the server. "note": the same rows are accepted.
+     * SQLite database accepts, fills in or holds something else than the server. "note": the server's rules are kept,
+     * or are not in force there either; the finding says what else may differ.
      */
     const char *severity;
     const char *meaning; /**< a sentence without full stop, for people */

@@ -192,6 +192,8 @@ struct overwriting_case {
 const overwriting_case overwriting_cases[] = {
     {"import", {"import", "CATALOGUE", "-o", "OUT"}},
     {"the findings of import", {"import", "CATALOGUE", "-o", "/dev/null", "--findings", "OUT"}},
+    {"the schema of convert", {"convert", "CATALOGUE", "DATABASE", "-s", "OUT"}},
+    {"the findings of convert", {"convert", "CATALOGUE", "DATABASE", "--findings", "OUT"}},
     {"sql", {"sql", "IN", "-o", "OUT"}},
     {"lite", {"lite", "IN", "-o", "OUT"}},
     {"graph", {"graph", "IN", "-o", "OUT"}},
@@ -216,6 +218,8 @@ TEST_F(CliFilesTest, AnInputIsNeverWrittenOver)
             for (std::string &argument : arguments) {
                 if (argument == "IN" || argument == "CATALOGUE")
                     argument = path("in.json");
+                else if (argument == "DATABASE")
+                    argument = path("new.db");
                 else if (argument == "OUT")
                     argument = path(other_name);
             }
@@ -239,6 +243,25 @@ TEST_F(CliFilesTest, AnInputOnStandardInputIsNotWrittenOver)
     EXPECT_EQ(read("in.json"), sample_catalogue);
 }
 
+TEST_F(CliFilesTest, AFolderForTemporaryFilesThatIsNotThereIsNamed)
+{
+    const std::vector<std::string> arguments{"TMPDIR=" + path("absent"), TOV_SCHEMA_COMMAND, "convert", "-",
+                                             path("t.db")};
+    const command_result result = run_program("env", arguments, "CREATE TABLE T(A int)\nGO\nINSERT T VALUES (1)");
+    EXPECT_EXIT_CODE(result, 2);
+    EXPECT_NE(result.err.find("cannot make a temporary folder"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find(path("absent")), std::string::npos) << result.err;
+    EXPECT_EQ(files(), "");
+}
+
+TEST_F(CliFilesTest, APathThatCannotBeLookedAtIsNotAMistakeOfTheProgram)
+{
+    const std::string name(5000, 'x');
+    const command_result result = run({"import", name});
+    EXPECT_EXIT_CODE(result, 2);
+    EXPECT_EQ(result.err, "tov-schema: cannot read (File name too long): " + name + "\n");
+}
+
 TEST_F(CliFilesTest, AScriptInAFolderIsNotWrittenOver)
 {
     std::filesystem::create_directory(path("scripts"));
@@ -250,6 +273,60 @@ TEST_F(CliFilesTest, AScriptInAFolderIsNotWrittenOver)
         EXPECT_EXIT_CODE(result, 2);
         EXPECT_NE(result.err.find("the output is the input too"), std::string::npos) << result.err;
         EXPECT_EQ(read("scripts/t.sql"), script);
+    }
+}
+
+TEST_F(CliFilesTest, ABaselineIsNotWrittenOver)
+{
+    write("c.json", sample_catalogue);
+    ASSERT_EXIT_CODE(run({"import", path("c.json"), "-o", "/dev/null", "--findings", path("base.json")}), 0);
+    const std::string baseline = read("base.json");
+    const std::vector<std::string> commands[] = {
+        {"import", path("c.json"), "-o", path("base.json")},
+        {"import", path("c.json"), "-o", path("s.json"), "--findings", path("base.json")},
+        {"convert", path("c.json"), path("new.db"), "-s", path("base.json")},
+        {"convert", path("c.json"), path("new.db"), "--findings", path("base.json")},
+    };
+    for (std::vector<std::string> arguments : commands) {
+        SCOPED_TRACE(::testing::PrintToString(arguments));
+        arguments.insert(arguments.end(), {"--baseline", path("base.json")});
+        const command_result result = run(arguments);
+        EXPECT_EXIT_CODE(result, 2);
+        EXPECT_NE(result.err.find("the output is the input too: " + path("base.json")), std::string::npos)
+            << result.err;
+        EXPECT_EQ(read("base.json"), baseline);
+        EXPECT_EQ(files(), "base.json c.json ");
+    }
+}
+
+TEST_F(CliFilesTest, TheFileThatBecomesTheDatabaseIsNoInputEither)
+{
+    write("new.db.new", sample_catalogue);
+    const command_result result = run({"convert", path("new.db.new"), path("new.db")});
+    EXPECT_EXIT_CODE(result, 2);
+    EXPECT_NE(result.err.find("the output is the input too"), std::string::npos) << result.err;
+    EXPECT_EQ(read("new.db.new"), sample_catalogue);
+}
+
+TEST_F(CliFilesTest, TwoOutputsOfAConvertAreTwoFiles)
+{
+    write("c.json", sample_catalogue);
+    const std::vector<std::string> options[] = {
+        {"-s", path("x.json"), "--findings", path("x.json")},
+        {"-s", path("new.db")},
+        {"--findings", path("./new.db")},
+        {"--findings", path("new.db.new")},
+        {"-s", "-", "--findings", "-"},
+    };
+    for (const std::vector<std::string> &more : options) {
+        SCOPED_TRACE(::testing::PrintToString(more));
+        std::vector<std::string> arguments{"convert", path("c.json"), path("new.db")};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const command_result result = run(arguments);
+        EXPECT_EXIT_CODE(result, 2);
+        EXPECT_NE(result.err.find("two outputs would be written there: " + more.back()), std::string::npos)
+            << result.err;
+        EXPECT_EQ(files(), "c.json ");
     }
 }
 
@@ -267,7 +344,7 @@ TEST_F(CliFilesTest, TwoOutputsAreTwoFiles)
         SCOPED_TRACE(findings);
         const command_result result = run({"import", path("c.json"), "-o", path(output), "--findings", path(findings)});
         EXPECT_EXIT_CODE(result, 2);
-        EXPECT_NE(result.err.find("schema and findings cannot both be written there"), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find("two outputs would be written there"), std::string::npos) << result.err;
         EXPECT_EQ(files(), "c.json hard.json soft.json there.json ");
         EXPECT_EQ(read("there.json"), "old");
     }

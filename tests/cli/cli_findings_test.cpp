@@ -3,6 +3,8 @@
 #include "run_command.hpp"
 #include "sample.hpp"
 
+#include <filesystem>
+
 namespace {
 
 constexpr const char *script =
@@ -110,6 +112,50 @@ TEST_F(CliFindings, AsSarif)
         })
         EXPECT_NE(sarif.find(part), std::string::npos) << part << "\n" << sarif;
     EXPECT_NE(result.err.find("default-dropped: dbo.T.At: "), std::string::npos) << "lines are for the terminal still";
+}
+
+// Of tables and columns it is not known where they are: in the file that was read, or the folder that all are in.
+TEST_F(CliFindings, AsSarifNameAFileOnlyWhereTheyAreInIt)
+{
+    const std::string other = "CREATE TABLE dbo.U (Id int NOT NULL PRIMARY KEY)\n";
+    std::filesystem::create_directories(path("shop/a/b"));
+    std::filesystem::create_directories(path("shop/a/c"));
+    write("shop/a/b/t.sql", script);
+    write("shop/a/c/u.sql", other);
+    write("v.sql", "CREATE TABLE dbo.V (Id int NOT NULL PRIMARY KEY)\n");
+    const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
+        {{path("t.sql")}, path("t.sql")},           {{path("shop/a/b")}, path("shop/a/b/t.sql")},
+        {{path("shop/")}, path("shop/a")},          {{path("shop/a/b/t.sql"), path("shop/a/c")}, path("shop/a")},
+        {{path("shop"), path("v.sql")}, directory},
+    };
+    for (const auto &[sources, uri] : cases) {
+        for (const char *command : {"import", "convert"}) {
+            SCOPED_TRACE(::testing::PrintToString(sources) + command);
+            std::vector<std::string> arguments{command};
+            arguments.insert(arguments.end(), sources.begin(), sources.end());
+            if (arguments[0] == "import")
+                arguments.push_back("-o");
+            arguments.insert(arguments.end(), {path("made"), "--findings", path("f"), "--format", "sarif"});
+            EXPECT_EXIT_CODE(run(arguments), 0);
+            const std::string column =
+                R"({"uri":")" + uri + R"("}},"logicalLocations":[{"fullyQualifiedName":"dbo.T.At")";
+            EXPECT_NE(read("f").find(column), std::string::npos) << read("f");
+            EXPECT_NE(read("f").find(R"(t.sql"},"region":{"startLine":5,"startColumn":3)"), std::string::npos);
+            std::filesystem::remove(path("made"));
+        }
+    }
+}
+
+TEST_F(CliFindings, AsSarifOfFilesWithoutACommonFolderAreInTheWorkingOne)
+{
+    const std::string command = "cd " + directory +
+                                " && mkdir a b && mv t.sql a && echo 'CREATE TABLE U(A int)' >b/u.sql && " +
+                                TOV_SCHEMA_COMMAND + " import a b -o s.json --format sarif";
+    const command_result result = run_program("sh", {"-c", command});
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_NE(result.err.find(R"({"uri":"."}},"logicalLocations":[{"fullyQualifiedName":"dbo.T.At")"),
+              std::string::npos)
+        << result.err;
 }
 
 TEST_F(CliFindings, InTheirFormOnTheTerminalWhereThereIsNoFile)

@@ -196,6 +196,8 @@ TEST_F(CommandLoadTest, ConvertKeepsAFileThatIsThere)
     EXPECT_EXIT_CODE(result, 2);
     EXPECT_NE(result.err.find("there is a file of this name already"), std::string::npos) << result.err;
     EXPECT_EXIT_CODE(run({"convert", path("c.json")}), 2);
+    EXPECT_EQ(run({"convert", path("c.json"), "-"}).err.find("tov-schema: a database cannot be written to standard"),
+              0u);
 }
 
 TEST_F(CommandLoadTest, AFileThatWasLoadedBeforeIsToldOf)

@@ -1,0 +1,35 @@
+#include "cli_create_options.hpp"
+
+void cli_create_options::add(const cli_command &command)
+{
+    command.flag("--views", views,
+                 "add a view v_TABLE for each table, which shows decimals, money and guids as the server does");
+    command
+        .option("--rules", rules,
+                "which values are refused: server (default), what the server would refuse, and other forms of a\n"
+                "value than the one of docs/values.md; or basic, what breaks the column's type",
+                "NAME")
+        .one_of({"server", "basic"});
+    command
+        .option("--indexes", indexes,
+                "which indexes are created: all (default), the server's and one for each foreign key that none\n"
+                "begins with; references, those for foreign keys only; or none",
+                "NAME")
+        .one_of({"all", "references", "none"});
+}
+
+static int32_t my_indexes(const std::string &name)
+{
+    if (name == "references")
+        return TOV_CLIENT_INDEXES_REFERENCES;
+    return name == "none" ? TOV_CLIENT_INDEXES_NONE : TOV_CLIENT_INDEXES_ALL;
+}
+
+tov_client_create_options cli_create_options::for_client() const
+{
+    tov_client_create_options options{};
+    options.views = views;
+    options.rules = rules == "basic" ? TOV_CLIENT_RULES_BASIC : TOV_CLIENT_RULES_SERVER;
+    options.indexes = my_indexes(indexes);
+    return options;
+}

@@ -1,0 +1,15 @@
+// The options that say what a created database is like.
+#pragma once
+
+#include "cli_arguments.hpp"
+#include "tov_client.h"
+
+struct cli_create_options {
+    std::string rules = "server";
+    std::string indexes = "all";
+    bool views = false;
+
+    void add(const cli_command &command);
+    // For the library, without progress.
+    tov_client_create_options for_client() const;
+};
