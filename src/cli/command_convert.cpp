@@ -14,7 +14,6 @@
 #include "tov_row_parts.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
@@ -80,8 +79,10 @@ class scratch_folder {
   public:
     scratch_folder()
     {
-        const char *folder = std::getenv("TMPDIR");
-        path_ = std::string(folder && *folder ? folder : "/tmp") + "/tov-schema-XXXXXX";
+        std::error_code error;
+        path_ = std::filesystem::temp_directory_path(error) / "tov-schema-XXXXXX";
+        if (error)
+            throw cli_failure("cannot make a temporary folder (" + error.message() + ")", "TMPDIR");
         if (!mkdtemp(path_.data()))
             throw cli_failure("cannot make a temporary folder (" + std::generic_category().message(errno) + ")", path_);
     }
