@@ -20,7 +20,7 @@ def main(page, name, *cells):
     lines = content[start:content.index(end)].splitlines()
     rows = {line.split("|")[1].strip(): line for line in lines[2:]}
     rows[cells[0]] = "| " + " | ".join(cells) + " |"
-    table = "\n".join(lines[:2] + [rows[key] for key in sorted(rows)]) + "\n"
+    table = "\n".join(lines[:2] + [rows[key] for key in sorted(rows, key=lambda key: key.strip("`"))]) + "\n"
     with open(page + ".new", "w", encoding="utf-8") as file:
         file.write(content[:start] + table + content[content.index(end):])
     os.replace(page + ".new", page)
