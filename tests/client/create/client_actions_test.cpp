@@ -292,7 +292,8 @@ TEST_F(ClientActions, ReachAsDeepAsSqliteLetsTriggers)
     expect("DELETE FROM T WHERE I=1", "");
     expect_rows("SELECT count(*) FROM T", "0");
     expect(chain_of(1001).c_str(), "");
-    expect("DELETE FROM T WHERE I=1", "too many levels of trigger recursion");
+    const std::string message = run(connection, "DELETE FROM T WHERE I=1");
+    EXPECT_TRUE(message == "too many levels of trigger recursion" || message == "triggers nested too deep") << message;
     expect_rows("SELECT count(*) FROM T", "1001");
 }
 
