@@ -18,6 +18,11 @@ void cli_create_options::add(const cli_command &command)
         .one_of({"all", "references", "none"});
 }
 
+int32_t cli_rules(const std::string &name)
+{
+    return name == "basic" ? TOV_CLIENT_RULES_BASIC : TOV_CLIENT_RULES_SERVER;
+}
+
 static int32_t my_indexes(const std::string &name)
 {
     if (name == "references")
@@ -29,7 +34,7 @@ tov_client_create_options cli_create_options::for_client() const
 {
     tov_client_create_options options{};
     options.views = views;
-    options.rules = rules == "basic" ? TOV_CLIENT_RULES_BASIC : TOV_CLIENT_RULES_SERVER;
+    options.rules = cli_rules(rules);
     options.indexes = my_indexes(indexes);
     return options;
 }

@@ -4,6 +4,9 @@
 #include "cli_arguments.hpp"
 #include "tov_client.h"
 
+// One of tov_client_rules, by its name.
+int32_t cli_rules(const std::string &name);
+
 struct cli_create_options {
     std::string rules = "server";
     std::string indexes = "all";

@@ -1,8 +1,8 @@
 // tov-schema check: the rows of a database that the server would refuse.
 
+#include "cli_create_options.hpp"
 #include "cli_files.hpp"
 #include "cli_progress.hpp"
-#include "cli_rules.hpp"
 #include "cli_schema.hpp"
 #include "cli_violations.hpp"
 #include "commands.hpp"

@@ -102,13 +102,13 @@ static std::string my_rule_value(const client_verify_col &col, tov_type_kind kin
     return kind == TOV_KIND_REAL ? "CAST(" + col.raw + " AS real)" : col.raw;
 }
 
-static void my_add_rules(const client_verify &run, const client_verify_col &col, tov_type_kind kind,
+static void my_add_rules(client_verify &run, const client_verify_col &col, tov_type_kind kind,
                          std::vector<client_condition> &conditions)
 {
     const bool is_text = kind == TOV_KIND_TEXT && client_is_text(col.row_col->type.base);
     const std::string value = my_rule_value(col, kind);
     const bool is_moment = kind == TOV_KIND_DATE || kind == TOV_KIND_TIME || kind == TOV_KIND_DATETIME;
-    std::vector<client_rule> rules = client_rules_of(col.row_col->type, value);
+    std::vector<client_rule> rules = client_rules_of(col.row_col->type, value, run.pages);
     if (is_moment && !rules.empty())
         conditions.resize(1); // of the storage class
     for (size_t n = 1; is_text && n < conditions.size(); n++)
@@ -121,8 +121,8 @@ static void my_add_rules(const client_verify &run, const client_verify_col &col,
     }
 }
 
-std::vector<client_condition> client_value_conditions(KT_context *ctx, const client_verify &run,
-                                                      const client_verify_tbl &tbl, const client_verify_col &col)
+std::vector<client_condition> client_value_conditions(KT_context *ctx, client_verify &run, const client_verify_tbl &tbl,
+                                                      const client_verify_col &col)
 {
     std::vector<client_condition> conditions;
     const tov_abstract_type *type = tov_find_abstract_type(col.type);

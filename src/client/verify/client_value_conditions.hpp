@@ -12,8 +12,8 @@ struct client_condition {
 
 // The conditions of a column, in the order in which they are asked: those after which nothing is asked come first. None
 // holds for NULL.
-std::vector<client_condition> client_value_conditions(KT_context *ctx, const client_verify &run,
-                                                      const client_verify_tbl &tbl, const client_verify_col &col);
+std::vector<client_condition> client_value_conditions(KT_context *ctx, client_verify &run, const client_verify_tbl &tbl,
+                                                      const client_verify_col &col);
 
 // The kind of a violation that a rule's message tells.
 const tov_client_violation_kind *client_kind_of_message(std::string_view message) noexcept;

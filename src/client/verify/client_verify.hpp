@@ -6,6 +6,7 @@
 #pragma once
 
 #include "check/client_guard.hpp"
+#include "rows/convert/client_code_page.hpp"
 #include "rows/load/client_connection.hpp"
 #include "rows/table/client_row_tbl.hpp"
 #include "verify/client_violation_kinds.hpp"
@@ -47,6 +48,7 @@ struct client_verify {
     void *data = nullptr;
     client_connection database;
     client_guard guard;
+    client_code_pages pages;
     bool is_utf_8 = true;
     bool nulls_are_equal = false;                  // in unique keys
     std::map<std::string, client_found_tbl> found; // by names in lower case

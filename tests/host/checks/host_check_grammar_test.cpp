@@ -60,7 +60,7 @@ class HostCheckGrammarTest : public ::testing::Test {
         return col;
     }
 
-    void add_decimal(const char *name, int64_t precision, int64_t scale)
+    void add_decimal(const char *name, uint8_t precision, uint8_t scale)
     {
         host_column &col = add(name, "decimal");
         col.precision = precision;
