@@ -14,9 +14,9 @@ namespace {
 struct column_kind {
     const char *name;
     const char *type;
-    int64_t length;
-    int64_t precision;
-    int64_t scale;
+    int32_t length;
+    uint8_t precision;
+    uint8_t scale;
     const char *collation;
     const char *declaration; // in SQLite
 };

@@ -11,8 +11,8 @@ namespace {
 
 struct column_kind {
     const char *type;
-    int64_t length;
-    int64_t scale;
+    int32_t length;
+    uint8_t scale;
 };
 
 constexpr column_kind kinds[] = {

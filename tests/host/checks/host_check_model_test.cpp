@@ -13,7 +13,7 @@ using verdict = std::optional<bool>;
 
 class HostCheckModelTest : public ::testing::Test {
   protected:
-    host_column &add(const char *name, const char *type, int64_t length, int64_t scale = 0)
+    host_column &add(const char *name, const char *type, int32_t length, uint8_t scale = 0)
     {
         host_column &col = table.cols.emplace_back();
         col.name = name;
@@ -162,7 +162,7 @@ TEST_F(HostCheckModelTest, Decimals)
     static constexpr int64_t powers[] = {1, 10, 100, 1000, 10000};
     for (int round = 0; round < rounds; round++) {
         table.cols.clear();
-        const auto c_scale = static_cast<int64_t>(pick(5)), d_scale = static_cast<int64_t>(pick(5));
+        const auto c_scale = static_cast<uint8_t>(pick(5)), d_scale = static_cast<uint8_t>(pick(5));
         add("C", "decimal", 9, c_scale);
         add("D", "decimal", 9, d_scale);
         const std::string sign = one_of(signs);
@@ -232,7 +232,7 @@ TEST_F(HostCheckModelTest, Moments)
     };
     for (int round = 0; round < rounds; round++) {
         table.cols.clear();
-        const auto c_scale = static_cast<int64_t>(pick(8)), d_scale = static_cast<int64_t>(pick(8));
+        const auto c_scale = static_cast<uint8_t>(pick(8)), d_scale = static_cast<uint8_t>(pick(8));
         add("C", "datetime2", 8, c_scale);
         add("D", "datetime2", 8, d_scale);
         const auto digits = [](int64_t scale) { return scale == 1 || scale == 2 ? 3 : scale; };
