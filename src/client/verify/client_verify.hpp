@@ -30,6 +30,7 @@ struct client_verify_col {
     std::string raw;            // the value as it is stored, compared byte for byte
     std::string cast_to;        // the storage class that the created table would give it
     std::string collation;      // of the created table's column
+    std::string key_collation;  // the server's own, where SQLite knows it and the server's rules are asked for
 };
 
 struct client_verify_tbl {
@@ -51,6 +52,7 @@ struct client_verify {
     client_code_pages pages;
     bool is_utf_8 = true;
     bool nulls_are_equal = false;                  // in unique keys
+    std::map<std::string, bool> collations;        // of the server's that were met: whether SQLite has them
     std::map<std::string, client_found_tbl> found; // by names in lower case
     int64_t count = 0;                             // of violations
     bool is_whole = true;                          // not ended at the limit

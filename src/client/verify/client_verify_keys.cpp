@@ -19,13 +19,14 @@ struct asked_key {
 
 } // namespace
 
-std::string client_key_value(const client_verify &run, const client_verify_col &col, const std::string &value,
-                             const std::string &collation)
+std::string client_key_value(const client_verify &run, const client_verify_col &col, const std::string &value)
 {
     if (KT_stricmp(col.type, "text") != 0)
         return value;
+    if (!col.key_collation.empty())
+        return value + " COLLATE " + client_quoted(col.key_collation);
     const bool is_servers = run.options.rules == TOV_CLIENT_RULES_SERVER;
-    return (is_servers ? "rtrim(" + value + ")" : value) + " COLLATE " + collation;
+    return (is_servers ? "rtrim(" + value + ")" : value) + " COLLATE " + col.collation;
 }
 
 bool client_find_key_cols(const client_verify_tbl &tbl, const std::vector<std::string> &ids,
@@ -81,7 +82,7 @@ static std::string my_parts(const client_verify &run, const std::vector<const cl
 {
     std::string parts;
     for (const client_verify_col *col : cols)
-        parts += (parts.empty() ? "" : ",") + client_key_value(run, *col, col->raw, col->collation);
+        parts += (parts.empty() ? "" : ",") + client_key_value(run, *col, col->raw);
     return parts;
 }
 

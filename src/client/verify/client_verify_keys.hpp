@@ -3,10 +3,9 @@
 
 #include "verify/client_verify.hpp"
 
-// A column's value as a key compares it: strings without trailing blanks, which never count on the server, and in the
-// letter case of ASCII where the collation says that case does not count.
-std::string client_key_value(const client_verify &run, const client_verify_col &col, const std::string &value,
-                             const std::string &collation);
+// A value as the key of a column compares it: by the server's collation where SQLite knows that (libtov_sqlite); else
+// without trailing blanks, which never count on the server, and in the letter case of ASCII where case does not count.
+std::string client_key_value(const client_verify &run, const client_verify_col &col, const std::string &value);
 
 // The columns of a list of ids. False when the database lacks one, which is reported: what names the key.
 bool client_find_key_cols(const client_verify_tbl &tbl, const std::vector<std::string> &ids,

@@ -41,10 +41,9 @@ static std::string my_statement(const client_verify &run, const client_verify_tb
         const client_verify_col &parent_col = *reference.parent_cols[n];
         results += "," + client_short_value(col.raw);
         where += col.raw + " IS NOT NULL AND ";
-        // The names of the two tables' columns are apart: those of the parent stand alone in their subquery.
-        key += (n ? "," : "") + client_key_value(run, col, col.raw, parent_col.collation);
-        parent_key += (n ? "," : "") +
-                      client_key_value(run, parent_col, client_quoted(parent_col.row_col->name), parent_col.collation);
+        // The columns referred to decide, and their names stand alone in their subquery.
+        key += (n ? "," : "") + client_key_value(run, parent_col, col.raw);
+        parent_key += (n ? "," : "") + client_key_value(run, parent_col, client_quoted(parent_col.row_col->name));
     }
     return "SELECT " + results + " FROM " + tbl.source + " WHERE " + where + "((" + key + ") IN (SELECT " + parent_key +
            " FROM " + client_quoted(parent.tbl.name) + ")) IS NOT TRUE";

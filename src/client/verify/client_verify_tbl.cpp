@@ -48,6 +48,65 @@ static void my_read_collation(KT_context *ctx, tov_schema *schema, const client_
         col.collation = nocase ? "NOCASE" : "RTRIM";
 }
 
+// Of the facts about the server; null where they do not say.
+static void my_find_server_collation(KT_context *ctx, tov_schema *schema, const client_row_tbl &tbl,
+                                     const client_row_col &col, const char **name)
+{
+    KT_vhash *facts = nullptr;
+    KT_varray *cols = nullptr;
+    uint32_t count = 0;
+    KT_TRY(tov_schema__check_tbl_server(ctx, schema, tbl.id.c_str(), &facts));
+    if (facts)
+        KT_TRY(KT_vhash__check__varray(ctx, facts, "cols", &cols));
+    if (cols)
+        KT_TRY(KT_varray__count(ctx, cols, &count));
+    for (uint32_t n = 0; n < count; n++) {
+        KT_vhash *record = nullptr;
+        const char *id = nullptr;
+        KT_TRY(KT_varray__get__vhash(ctx, cols, n, &record));
+        KT_TRY(KT_vhash__check__sz(ctx, record, "id", &id));
+        if (id && KT_stricmp(id, col.col_id.c_str()) == 0)
+            KT_TRY(KT_vhash__check__sz(ctx, record, "collation", name));
+    }
+}
+
+static bool my_may_be_in_collation(char c) noexcept
+{
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+}
+
+// Whether the connection has a collation, which it may make when it is first asked for.
+static bool my_knows(client_verify &run, const std::string &collation)
+{
+    const auto place = run.collations.find(collation);
+    if (place != run.collations.end())
+        return place->second;
+    kt_owned_statement statement{run.database.functions};
+    const std::string sql = "SELECT '' = '' COLLATE " + client_quoted(collation);
+    const bool knows = client_verify__try(run, sql, statement) == SQLITE_OK;
+    run.collations[collation] = knows;
+    return knows;
+}
+
+// A collation whose name begins with SQL_ compares strings of a code page by other rules than Unicode, which
+// libtov_sqlite has under a name of their own.
+static void my_read_key_collation(KT_context *ctx, client_verify &run, const client_row_tbl &tbl,
+                                  client_verify_col &col)
+{
+    const char *name = nullptr;
+    if (run.options.rules != TOV_CLIENT_RULES_SERVER || !tbl.has_facts || !client_is_text(col.row_col->type.base))
+        return;
+    KT_TRY(my_find_server_collation(ctx, run.schema, tbl, *col.row_col, &name));
+    const std::string_view text = name ? name : "";
+    if (text.empty() || !std::all_of(text.begin(), text.end(), my_may_be_in_collation))
+        return;
+    std::string collation(text);
+    if (collation.starts_with("SQL_") && !client_is_unicode(col.row_col->type.base))
+        collation += ".varchar";
+    if (my_knows(run, collation))
+        col.key_collation = collation;
+}
+
 static void my_read_col(KT_context *ctx, client_verify &run, const client_row_col &row_col, client_verify_tbl &tbl)
 {
     const std::vector<std::string> &found = tbl.found->cols;
@@ -59,6 +118,7 @@ static void my_read_col(KT_context *ctx, client_verify &run, const client_row_co
     KT_TRY(tov_schema__get_col_type(ctx, run.schema, tbl.tbl.id.c_str(), row_col.col_id.c_str(), &col.type, nullptr));
     col.cast_to = my_storage_of(col.type);
     KT_TRY(my_read_collation(ctx, run.schema, tbl.tbl, col));
+    KT_TRY(my_read_key_collation(ctx, run, tbl.tbl, col));
     tbl.cols.push_back(std::move(col));
 }
 
