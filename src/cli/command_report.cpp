@@ -6,6 +6,7 @@
 #include "cli_json.hpp"
 #include "cli_paths.hpp"
 #include "commands.hpp"
+#include "tov_changes.h"
 #include "tov_report.h"
 
 #include <filesystem>
@@ -21,6 +22,7 @@ struct report_options {
     std::string findings;
     std::string database;
     std::string title;
+    std::string old_schema; // to compare with
 };
 
 // The folder that the files of a report go to.
@@ -83,11 +85,21 @@ static const KT_varray *my_findings(KT_context *ctx, const std::string &path, co
     return findings;
 }
 
+static void my_compare(KT_context *ctx, const std::string &path, tov_schema *schema, KT_vhash **changes)
+{
+    cli_schema old_schema(ctx);
+    cli_load_any_schema(ctx, path, &old_schema);
+    tov_client__compare(ctx, old_schema, schema, nullptr, changes);
+    cli_check(ctx, path);
+}
+
 static int my_run(const report_options &options)
 {
     if (options.format == "markdown" && options.output == "-")
         throw cli_usage_failure("--format markdown writes several files: --output must name a folder");
-    cli_keep_inputs(options.output, {options.source, options.findings, options.database});
+    if (options.format == "markdown" && !options.old_schema.empty())
+        throw cli_usage_failure("--diff is for pages; tov-schema diff --format markdown writes changes as Markdown");
+    cli_keep_inputs(options.output, {options.source, options.findings, options.database, options.old_schema});
     const cli_context context;
     KT_context *ctx = context.ctx;
     cli_schema schema(ctx);
@@ -100,6 +112,10 @@ static int my_run(const report_options &options)
     shown.title = options.title.empty() ? nullptr : options.title.c_str();
     shown.database = options.database.empty() ? nullptr : options.database.c_str();
     shown.findings = my_findings(ctx, options.findings, findings_file ? &*findings_file : nullptr, imported);
+    kt_owned_vhash changes{ctx};
+    if (!options.old_schema.empty())
+        my_compare(ctx, options.old_schema, schema, changes.out());
+    shown.changes = changes;
     my_write(ctx, schema, shown, options);
     return cli_done;
 }
@@ -114,13 +130,15 @@ void cli_add_report(cli_arguments &arguments)
         "a file for each table, with diagrams in Mermaid, and a README.md that lists them.\n\n"
         "Examples: tov-schema report Shop.dacpac -o shop.html\n"
         "          tov-schema report schema.json --findings findings.json --database shop.db -o shop.html\n"
+        "          tov-schema report --diff old.json new.json -o changes.html\n"
         "          tov-schema report schema.json --format markdown -o docs/schema");
     command.argument("SOURCE", options->source, "a schema or a source; - for standard input").required();
     command.option("-o,--output", options->output,
                    "where the page goes (default: standard output); of Markdown the folder");
     command.option("--format", options->format, "html (default) or markdown", "NAME").one_of({"html", "markdown"});
     command.option("--findings", options->findings, "show the findings in this file, which import wrote as JSON");
-    command.option("--database", options->database, "count the rows of this database, made from the schema");
+    command.option("--database", options->database, "count and check the rows of this database");
+    command.option("--diff", options->old_schema, "mark what has changed since this schema, or source of one", "OLD");
     command.option("--title", options->title, "what the report is called (default: the server's database)", "TEXT");
     command.runs([options] { return my_run(*options); });
 }

@@ -17,8 +17,10 @@ typedef struct tov_client_report_options {
     const char *title;
     /** Optional: findings of an import, as tov_host__import() gives them; borrowed. */
     const KT_varray *findings;
-    /** Optional: a database that was created from the schema, in which rows are counted. It is read only. */
+    /** Optional: a database of the schema's tables, whose rows are counted and checked. It is read only. */
     const char *database;
+    /** Optional: what tov_client__compare() says has changed from an earlier schema to this one; borrowed. */
+    const KT_vhash *changes;
 } tov_client_report_options;
 
 /**
@@ -27,7 +29,8 @@ typedef struct tov_client_report_options {
  * @param options    optional.
  * @param[out] html  owned.
  *
- * Fails with KT_ERR_SQLITE(rc) where the database cannot be read, or lacks a table.
+ * Fails with KT_ERR_SQLITE(rc) where the database cannot be read, or lacks a table, and as
+ * tov_client__check_database() does.
  */
 TOV_API void tov_client__write_html_report(KT_context *ctx, tov_schema *schema,
                                            const tov_client_report_options *options, KT_string **html) KT_NOEXCEPT;

@@ -48,6 +48,21 @@ TEST_F(CommandReportTest, CountsRowsOfADatabase)
     EXPECT_NE(refused.err.find("schema.json"), std::string::npos) << refused.err;
 }
 
+TEST_F(CommandReportTest, SaysWhatHasChanged)
+{
+    const std::string old_schema = write("old.json", sample_schema);
+    std::string changed = sample_schema;
+    changed.replace(changed.find("\"Parents\""), 9, "\"Elders\"");
+    const command_result result = run({"report", "--diff", old_schema, "-"}, changed);
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_NE(result.out.find(R"("changes":{"changes":[)"), std::string::npos);
+    EXPECT_NE(result.out.find(R"("name":"Elders")"), std::string::npos);
+    const command_result refused =
+        run({"report", "--diff", old_schema, "-", "--format", "markdown", "-o", path("folder")}, changed);
+    EXPECT_EXIT_CODE(refused, 2);
+    EXPECT_FALSE(exists("folder"));
+}
+
 TEST_F(CommandReportTest, WritesMarkdownIntoAFolder)
 {
     const command_result result =

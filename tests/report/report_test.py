@@ -156,6 +156,29 @@ class ReportTest(unittest.TestCase):
         self.browser.click('.node[data-table="T0007"] a')
         self.assertEqual(self.heading(), "T0007")
 
+    def test_changes_are_marked(self):
+        old = os.path.join(self.folder.name, "old.json")
+        with open(os.path.join(SOURCE, "examples/shop.json"), encoding="utf-8") as file:
+            catalogue = json.load(file)
+        for table in catalogue["tables"]:
+            if table["name"] == "Suppliers":
+                table["columns"] = [col for col in table["columns"] if col["name"] != "Phone"]
+        catalogue["tables"] = [table for table in catalogue["tables"] if table["name"] != "ProductPrices"]
+        with open(old, "w", encoding="utf-8") as file:
+            json.dump(catalogue, file)
+        page = self.report("changes", os.path.join(SOURCE, "examples/shop.json"), "--diff", old)
+        self.browser.open(page)
+        self.assertIn("2 tables differ", self.texts("#summary")[0])
+        self.assertEqual(self.texts("main th .mark"), ["added", "changed"])
+        self.browser.click('a[href="#changes"]')
+        self.assertEqual(self.texts("main h3"), ["dbo.ProductPrices added", "dbo.Suppliers changed"])
+        self.browser.open(page, "#table/Suppliers")
+        self.assertEqual(self.texts("tr[data-column=Phone] .mark"), ["added"])
+        self.assertEqual(self.texts("tr[data-column] .mark"), ["added"])
+        self.assertIn("added column Phone", self.texts("main .note.added")[0])
+        self.browser.open(self.shop)
+        self.assertTrue(self.browser.run("document.getElementById('changes-link').hidden"))
+
     def test_schemas_can_be_hidden(self):
         page = self.report_of("hundred", schema_of(100))
         self.browser.open(page, "#diagram/T0040")

@@ -1,9 +1,11 @@
 // What a report shows, gathered in one map before any form of it is written.
 //
 // The map is the guide of tov_client__describe_columns() without its expressions for programs, and with more: "title",
-// "collation" of the server, "findings" (those of the options), and in each of its "tables" "schema", "description",
-// "history" (1 a history table, 2 one that has a history), "rows" where they were counted, and these lists, which are
-// absent when they are empty:
+// "collation" of the server, "findings" and "changes" (those of the options), and in each of its "tables" "schema",
+// "description", "history" (1 a history table, 2 one that has a history), "rows" where they were counted, and these
+// lists, which are absent when they are empty:
+// - "violations" of the database's rows: "code", "severity", "message", "column", "count", and "examples", a few
+// strings
 // - "columns": as in the guide, with "sqlite_type", "collation" and "description"
 // - "keys": "kind" (primary or unique), "name", "columns"
 // - "references": "name", "columns", "table", "to", "on_delete", "on_update"
@@ -33,6 +35,9 @@ void client_report_complete_cols(KT_context *ctx, const client_report_tbl &tbl);
 void client_report_add_keys(KT_context *ctx, const client_report_tbl &tbl);
 void client_report_add_checks(KT_context *ctx, const client_report_tbl &tbl);
 void client_report_add_indexes(KT_context *ctx, const client_report_tbl &tbl);
+
+// Counts and checks the rows of a database.
+void client_report_add_rows(KT_context *ctx, tov_schema *schema, const char *file_name, const KT_vhash *data);
 
 // A column's name by its id, or the id of a column that is not there.
 std::string client_report_col_name(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id);

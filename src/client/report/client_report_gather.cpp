@@ -1,6 +1,5 @@
 // Gathers a report: the guide to the columns, completed table by table.
 #include "report/client_report.hpp"
-#include "rows/load/client_connection.hpp"
 #include "tov_client.h"
 
 #define KT_HERE "src/client/report/client_report_gather"
@@ -44,27 +43,6 @@ static void my_complete_tbls(KT_context *ctx, tov_schema *schema, const KT_vhash
     }
 }
 
-// The schema's names were not checked.
-static std::string my_quoted(const std::string &name)
-{
-    std::string quoted = "\"";
-    for (const char c : name)
-        quoted += c == '"' ? "\"\"" : std::string(1, c);
-    return quoted + "\"";
-}
-
-static void my_count_rows(KT_context *ctx, const char *file_name, const KT_vhash *data)
-{
-    client_connection database;
-    KT_TRY(client_connection__open(ctx, database, file_name, true));
-    for (KT_vhash *record : client_report_maps(ctx, data, "tables")) {
-        const std::string name = client_report_text(ctx, record, "table");
-        int64_t count = 0;
-        KT_TRY(client_connection__ask(ctx, database, "SELECT count(*) FROM main." + my_quoted(name), count));
-        KT_TRY(KT_vhash__add__int64(ctx, record, "rows", count));
-    }
-}
-
 static void my_add_findings(KT_context *ctx, const KT_varray *findings, KT_vhash *data)
 {
     static constexpr const char *members[] = {"code", "severity", "table", "column", "reason", "host_text", "place"};
@@ -102,8 +80,10 @@ void client_report_gather(KT_context *ctx, tov_schema *schema, const tov_client_
     KT_TRY(my_add_title(ctx, schema, chosen.title, map));
     KT_TRY(my_complete_tbls(ctx, schema, map));
     if (chosen.database)
-        KT_TRY(my_count_rows(ctx, chosen.database, map));
+        KT_TRY(client_report_add_rows(ctx, schema, chosen.database, map));
     if (chosen.findings)
         KT_TRY(my_add_findings(ctx, chosen.findings, map));
+    if (chosen.changes)
+        KT_TRY(KT_vhash__addcopy__vhash(ctx, map, "changes", chosen.changes));
     map.move_to(data);
 }

@@ -198,6 +198,20 @@ static std::string my_findings(KT_context *ctx, const KT_vhash *data, const page
     return text.empty() ? "" : "\n## Findings\n\n" + text;
 }
 
+static std::string my_violations(KT_context *ctx, const page &it)
+{
+    std::string text;
+    for (const KT_vhash *violation : client_report_maps(ctx, it.record, "violations")) {
+        const std::string col = client_report_text(ctx, violation, "column");
+        text += "- **" + client_report_text(ctx, violation, "severity") + "** `" +
+                client_report_text(ctx, violation, "code") + "`" +
+                (col.empty() ? "" : " " + client_markdown_code(col)) + ": " +
+                client_markdown_text(client_report_text(ctx, violation, "message")) +
+                ", times: " + my_number(ctx, violation, "count") + "\n";
+    }
+    return text.empty() ? "" : "\n## Rows that the server would refuse\n\n" + text;
+}
+
 static std::string my_table_page(KT_context *ctx, const KT_vhash *data, const report_pages &all, const page &it)
 {
     const std::string server_name = client_report_text(ctx, it.record, "server_table");
@@ -212,7 +226,7 @@ static std::string my_table_page(KT_context *ctx, const KT_vhash *data, const re
     text += my_references(ctx, all, it);
     text += my_checks(ctx, it);
     text += my_indexes(ctx, it);
-    return text + my_findings(ctx, data, it);
+    return text + my_findings(ctx, data, it) + my_violations(ctx, it);
 }
 
 static std::string my_index_page(KT_context *ctx, const KT_vhash *data, const report_pages &all)

@@ -163,7 +163,7 @@ TEST_F(ReportTest, FindingsAndATitleGoIn)
         << page;
 }
 
-TEST_F(ReportTest, CountsRows)
+TEST_F(ReportTest, CountsAndChecksRows)
 {
     ASSERT_NO_FATAL_FAILURE(read(shop));
     const std::string file = testing::TempDir() + "tov_report_test.db";
@@ -177,7 +177,22 @@ TEST_F(ReportTest, CountsRows)
     const std::string data = data_of(html(&options));
     EXPECT_NE(data.find("\"rows\":0"), std::string::npos) << data;
     EXPECT_NE(data.find("\"rows\":3"), std::string::npos) << data;
+    EXPECT_EQ(data.find("violations"), std::string::npos) << data;
     EXPECT_NE(markdown(&options)["README.md"].find("| [Customers](Customers.md) | 1 | 0 | 1 | 3 | |"),
+              std::string::npos);
+
+    // Past the triggers, as another program might.
+    ASSERT_EQ(::run(connection, "PRAGMA writable_schema=ON; DELETE FROM sqlite_schema WHERE type = 'trigger'"), "");
+    close();
+    ASSERT_EQ(sqlite3_open(file.c_str(), &connection), SQLITE_OK);
+    ASSERT_EQ(::run(connection, "INSERT INTO Customers VALUES (3000000000)"), "");
+    const std::string checked = data_of(html(&options));
+    EXPECT_NE(checked.find(R"("violations":[{"code":"out-of-range","severity":"error",)"), std::string::npos)
+        << checked;
+    EXPECT_NE(checked.find(R"("column":"Id","count":1,"examples":["Id=3000000000: 3000000000"]}])"), std::string::npos)
+        << checked;
+    EXPECT_NE(markdown(&options)["Customers.md"].find(
+                  "\n## Rows that the server would refuse\n\n- **error** `out-of-range` `Id`: "),
               std::string::npos);
 
     ASSERT_EQ(::run(connection, "DROP TABLE Customers"), "");

@@ -5,7 +5,7 @@ set(tov_report_page ${PROJECT_BINARY_DIR}/src/client_report_page.cpp)
 
 # What the scripts are made of, in their order.
 set(tov_page_layout dagre/LICENSE.js dagre/dagre.min.js)
-set(tov_page_script data.js elements.js table.js diagram.js search.js views.js main.js)
+set(tov_page_script data.js elements.js changes.js table.js diagram.js search.js views.js main.js)
 
 # A hash as the policy wants it: the bytes of hexadecimal digits in base 64. Of 32 bytes the last two stand alone.
 function(tov_base64 hex result)

@@ -35,7 +35,8 @@ function search(text) {
 
 function listItem(table, column) {
     return element('li', null, element('a', {href: addressOf(table, column?.name), 'data-table': table.table},
-        table.table, column ? element('span', {class: 'where'}, '.' + column.name) : null));
+        table.table, column ? element('span', {class: 'where'}, '.' + column.name) : null,
+        column ? changeMark(column) : changeMark(table)));
 }
 
 function showList() {

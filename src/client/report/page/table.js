@@ -62,7 +62,7 @@ function columnRows(table, column) {
     const about = column.description ? element('div', {class: 'about'}, column.description) : null;
     const notes = findingsOfColumn(table, column).map((finding) => noteOf({...finding, column: ''}));
     const line = row({class: column.left_out ? 'left-out' : null, 'data-column': column.name},
-        [element('span', {class: 'column'}, column.name), about], serverType(column), code(column.sqlite_type),
+        [element('span', {class: 'column'}, column.name), changeMark(column), about], serverType(column), code(column.sqlite_type),
         element('td', {class: 'null'}, column.left_out ? '' : column.nullable ? 'NULL' : 'not NULL'),
         defaultOf(column), keysOf(table, column), keptAs(column));
     return notes.length ? [line, element('tr', {class: 'notes'}, element('td', {colspan: 7}, notes))] : [line];
@@ -113,7 +113,7 @@ function headingOf(table) {
         table.rows === undefined ? '' : counted(table.rows, 'row', 'rows'),
         table.history === 1 ? 'history of a temporal table' : table.history === 2 ? 'temporal table' : '']
         .filter(Boolean).join(' · ');
-    return [element('h2', {tabindex: -1}, table.table),
+    return [element('h2', {tabindex: -1}, table.table, changeMark(table)),
         facts ? element('p', {class: 'quiet'}, facts) : null,
         table.description ? element('p', {class: 'text'}, table.description) : null];
 }
@@ -125,12 +125,21 @@ function tableNotes(table) {
         .map((finding) => noteOf(finding));
 }
 
+// What the server would refuse of the database's rows.
+function violationNotes(table) {
+    return (table.violations ?? []).map((violation) => element('p', {class: 'note ' + violation.severity},
+        element('b', null, violation.severity + ' ' + violation.code), violation.column ? [' ', code(violation.column)] :
+            null, ': ' + violation.message + ', ' + counted(violation.count, 'time', 'times'),
+        violation.examples.length ? [', e.g. ', joined(violation.examples.map(code), ', ')] : null));
+}
+
 function part(title, list, content) {
     return list?.length ? [element('h3', null, title), content()] : [];
 }
 
 function tableSection(table) {
-    return element('section', null, headingOf(table), tableNotes(table),
+    return element('section', null, headingOf(table), tableNotes(table), violationNotes(table),
+        changesOf(table),
         part('Columns', table.columns, () => columnsGrid(table)),
         part('Refers to', table.references, () => referencesTo(table)),
         part('Referred to by', table.referredBy, () => referencesFrom(table)),

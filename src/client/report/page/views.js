@@ -1,15 +1,31 @@
-// The views: overview, findings, one table, all tables. The part of the address after # says which one is shown.
+// The views: overview, findings, one table, all tables and so on. The part of the address after # says which one is shown.
+
+function violationCount(table) {
+    const errors = (table.violations ?? []).filter((violation) => violation.severity === 'error');
+    return errors.reduce((sum, violation) => sum + violation.count, 0);
+}
+
+// The columns of the overview; those of rows are there where a database was read.
+function overviewColumns() {
+    const always = [
+        ['Table', (table) => [linkTo(table), changeMark(table)]],
+        ['Columns', (table) => number(table.columns.length)],
+        ['Refers to', (table) => number(table.references.length)],
+        ['Referred to by', (table) => number(table.referredBy.length)],
+        ['Findings', (table) => number(table.findings.length || undefined)],
+    ];
+    const ofRows = [
+        ['Rows', (table) => number(table.rows)],
+        ['Refused', (table) => number(violationCount(table) || undefined)],
+    ];
+    return [...always, ...(tables.some((table) => table.rows !== undefined) ? ofRows : []),
+        ['Description', (table) => element('div', {class: 'text'}, table.description ?? '')]];
+}
 
 function overview() {
-    const shown = tables.filter(isShown);
-    const withRows = shown.some((table) => table.rows !== undefined);
-    const rows = shown.map((table) => row(null, linkTo(table), number(table.columns.length),
-        number(table.references.length), number(table.referredBy.length), number(table.findings.length || undefined),
-        withRows ? number(table.rows) : [], element('div', {class: 'text'}, table.description ?? '')));
-    if (!withRows) rows.forEach((line) => line.children[5].remove());
-    const headings = ['Table', 'Columns', 'Refers to', 'Referred to by', 'Findings', 'Rows', 'Description'];
-    return [element('h2', {tabindex: -1}, 'Overview'),
-        grid('Tables', headings.filter((heading) => withRows || heading !== 'Rows'), rows)];
+    const columns = overviewColumns();
+    return [element('h2', {tabindex: -1}, 'Overview'), grid('Tables', columns.map(([heading]) => heading),
+        tables.filter(isShown).map((table) => row(null, ...columns.map(([, cell]) => cell(table)))))];
 }
 
 function findingsView() {
@@ -50,6 +66,7 @@ function allTables() {
 const views = {
     overview: () => overview(),
     findings: () => findingsView(),
+    changes: () => (report.changes ? changesView() : overview()),
     all: () => allTables(),
     diagram: (name) => [element('h2', {tabindex: -1}, 'Diagram'), diagram(name ? findTable(name) : null, true)],
     table: (name, column) => tableView(name, column),
