@@ -23,8 +23,9 @@ function keysOf(table, column) {
 }
 
 function serverType(column) {
-    return [code(column.server_type + (column.user_type ? ' (' + column.user_type + ')' : '')),
-        column.identity ? element('div', null, code('identity(' + column.identity + ')')) : null,
+    return [element('div', {class: 'type'}, code(column.server_type)),
+        column.user_type ? element('div', {class: 'quiet'}, code(column.user_type)) : null,
+        column.identity ? element('div', {class: 'type'}, code('identity(' + column.identity + ')')) : null,
         column.computed ? element('div', null, 'as ', code(column.computed)) : null,
         column.collation && column.collation !== report.collation ? element('div', {class: 'quiet'}, column.collation) : null];
 }
