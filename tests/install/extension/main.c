@@ -10,8 +10,10 @@ int main(void)
     sqlite3_stmt *statement = NULL;
     sqlite3_auto_extension((void (*)(void))sqlite3_tovsqlite_init);
     if (sqlite3_open(":memory:", &connection) != SQLITE_OK ||
-        sqlite3_prepare_v2(connection, "SELECT 'Stra\xC3\x9F" "e' = 'STRASSE ' COLLATE Latin1_General_CI_AS", -1,
-                           &statement, NULL) != SQLITE_OK ||
+        sqlite3_prepare_v2(connection,
+                           "SELECT 'Stra\xC3\x9F"
+                           "e' = 'STRASSE ' COLLATE Latin1_General_CI_AS",
+                           -1, &statement, NULL) != SQLITE_OK ||
         sqlite3_step(statement) != SQLITE_ROW) {
         fprintf(stderr, "%s\n", sqlite3_errmsg(connection));
         return 1;
