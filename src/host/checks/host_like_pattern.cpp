@@ -123,6 +123,28 @@ static void my_read_element(like_reader &reader)
     reader.elements.push_back(std::move(one));
 }
 
+static bool my_is_range(std::string_view chars)
+{
+    const bool is_known = my_is_digit(chars.front()) ? my_is_digit(chars.back())
+                                                     : my_is_letter(chars.front()) && my_is_letter(chars.back());
+    return is_known && chars.back() - chars.front() == static_cast<int>(chars.size()) - 1;
+}
+
+// The characters of a set, in order, with ranges for four and more that follow each other.
+static std::string my_with_ranges(std::string_view chars)
+{
+    constexpr size_t least = 4;
+    std::string text;
+    while (!chars.empty()) {
+        size_t count = 1;
+        while (count < chars.size() && my_is_range(chars.substr(0, count + 1)))
+            count++;
+        text += count < least ? std::string(chars.substr(0, count)) : std::string{chars.front(), '-', chars[count - 1]};
+        chars.remove_prefix(count);
+    }
+    return text;
+}
+
 // In a set of GLOB "]" comes first, "^" not first and "-" last.
 static std::string my_set(const like_element &element)
 {
@@ -130,9 +152,10 @@ static std::string my_set(const like_element &element)
     std::sort(chars.begin(), chars.end());
     chars.erase(std::unique(chars.begin(), chars.end()), chars.end());
     const auto has = [&chars](char byte) { return chars.find(byte) != std::string::npos; };
-    std::string inside = has(']') ? "]" : "";
-    std::copy_if(chars.begin(), chars.end(), std::back_inserter(inside),
+    std::string plain;
+    std::copy_if(chars.begin(), chars.end(), std::back_inserter(plain),
                  [](char byte) { return byte != ']' && byte != '^' && byte != '-'; });
+    std::string inside = (has(']') ? "]" : "") + my_with_ranges(plain);
     inside += has('^') ? "^" : "";
     inside += has('-') ? "-" : "";
     if (!element.is_negated && inside.starts_with('^'))
