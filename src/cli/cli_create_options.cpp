@@ -16,6 +16,12 @@ void cli_create_options::add(const cli_command &command)
                 "begins with; references, those for foreign keys only; or none",
                 "NAME")
         .one_of({"all", "references", "none"});
+    command
+        .option("--collations", collations,
+                "how strings compare: builtin (default), as SQLite can by itself; or server, as the server does: then\n"
+                "whatever opens the database needs the extension libtov_sqlite",
+                "NAME")
+        .one_of({"builtin", "server"});
 }
 
 int32_t cli_rules(const std::string &name)
@@ -36,5 +42,6 @@ tov_client_create_options cli_create_options::for_client() const
     options.views = views;
     options.rules = cli_rules(rules);
     options.indexes = my_indexes(indexes);
+    options.collations = collations == "server" ? TOV_CLIENT_COLLATIONS_SERVER : TOV_CLIENT_COLLATIONS_BUILTIN;
     return options;
 }

@@ -10,6 +10,7 @@ int32_t cli_rules(const std::string &name);
 struct cli_create_options {
     std::string rules = "server";
     std::string indexes = "all";
+    std::string collations = "builtin";
     bool views = false;
 
     void add(const cli_command &command);

@@ -6,7 +6,10 @@
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
 #include "commands.hpp"
+#include "tov_sqlite.h"
 #include "tov_version.h"
+
+#include <sqlite3.h>
 
 namespace {
 
@@ -45,6 +48,14 @@ static void my_add_commands(cli_arguments &arguments)
     cli_add_lite(arguments);
 }
 
+// Databases that compare strings as the server does can be made, loaded and looked at by every command.
+static void my_add_server_collations()
+{
+    using any_entry = void (*)();
+    if (sqlite3_auto_extension(reinterpret_cast<any_entry>(sqlite3_tovsqlite_init)) != SQLITE_OK)
+        throw std::bad_alloc();
+}
+
 static int my_complain_of_memory()
 {
     cli_tell("tov-schema: out of memory\n"); // allocates nothing
@@ -61,6 +72,7 @@ try {
 
 int cli_run(int argc, char **argv)
 try {
+    my_add_server_collations();
     cli_arguments arguments(about, "tov-schema " TOV_SCHEMA_VERSION);
     my_add_commands(arguments);
     return arguments.run(argc, argv);

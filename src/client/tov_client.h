@@ -62,9 +62,22 @@ enum tov_client_indexes {
     TOV_CLIENT_INDEXES_NONE = 2
 };
 
+/** How strings compare: in keys and indexes, and wherever a query says nothing else. */
+enum tov_client_collations {
+    /** As SQLite can by itself: the case of ASCII is ignored where the server ignores case, all else counts. */
+    TOV_CLIENT_COLLATIONS_BUILTIN = 0,
+    /**
+     * As the server does, for columns of which the document says the server's collation. Every connection to the
+     * database needs the extension libtov_sqlite (tov_sqlite.h), those of these operations included: a program adds it
+     * to all of them with sqlite3_auto_extension(). Creating fails without it: "no such collation sequence".
+     */
+    TOV_CLIENT_COLLATIONS_SERVER = 1
+};
+
 /**
- * What is created besides tables and triggers. All zero is all indexes and no views, with the server's rules.
- * Numbers of rules and indexes that are not listed fail with KT_ERR_UNEXPECTED_VALUE.
+ * What is created besides tables and triggers. All zero is all indexes and no views, with the server's rules
+ * and SQLite's collations.
+ * Numbers of rules, indexes and collations that are not listed fail with KT_ERR_UNEXPECTED_VALUE.
  */
 typedef struct tov_client_create_options {
     /**
@@ -79,6 +92,8 @@ typedef struct tov_client_create_options {
     int32_t rules;
     /** One of tov_client_indexes. Unique indexes that keep a rule of the server are created whatever it says. */
     int32_t indexes;
+    /** One of tov_client_collations. */
+    int32_t collations;
 } tov_client_create_options;
 
 /** tov_client__write_script() with options. */

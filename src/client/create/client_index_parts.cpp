@@ -150,12 +150,15 @@ static bool my_excludes_null(const std::string &where, const client_index_col &c
 
 // COLLATE and the column's collation, which an expression does not take over from it. It stands in the column's
 // definition, after its name and type.
-static void my_find_collation(KT_context *ctx, tov_schema *schema, const char *tbl_id, const client_index_col &col,
+static void my_find_collation(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const client_index_col &col,
                               std::string &collation) noexcept
 {
     const char *defin = nullptr;
-    KT_TRY(tov_schema__get_col_defin(ctx, schema, tbl_id, col.id, nullptr, &defin));
+    KT_TRY(tov_schema__get_col_defin(ctx, schema, tbl.id, col.id, nullptr, &defin));
     kt_contain(ctx, [&] {
+        collation = client_find_collation(tbl.collations, col.id);
+        if (!collation.empty())
+            return;
         const std::string_view rest = std::string_view(defin).substr(client_quoted(col.name).size());
         const std::string_view before = " text COLLATE ";
         if (!rest.starts_with(before))
@@ -167,7 +170,7 @@ static void my_find_collation(KT_context *ctx, tov_schema *schema, const char *t
 
 // One nullable column needs no part in the index, whose condition says that it is NULL. Of several each has two parts,
 // so that NULL is told apart from every value.
-static void my_append_parts(KT_context *ctx, tov_schema *schema, const char *tbl_id, const client_index_cols &key,
+static void my_append_parts(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const client_index_cols &key,
                             size_t nullable_count, std::string &parts) noexcept
 {
     kt_contain(ctx, [&] {
@@ -180,14 +183,14 @@ static void my_append_parts(KT_context *ctx, tov_schema *schema, const char *tbl
                 parts += (parts.empty() ? "" : ", ") + name + (col.nullable ? " IS NULL" : "");
                 continue;
             }
-            KT_TRY(my_find_collation(ctx, schema, tbl_id, col, collation));
+            KT_TRY(my_find_collation(ctx, schema, tbl, col, collation));
             parts += parts.empty() ? "" : ", ";
             parts.append(name).append(" IS NULL, ifnull(").append(name).append(", 0)").append(collation);
         }
     });
 }
 
-void client_make_null_index(KT_context *ctx, tov_schema *schema, const char *tbl_id, const client_index_cols &key,
+void client_make_null_index(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const client_index_cols &key,
                             const std::string &where, client_index &index) noexcept
 {
     kt_contain(ctx, [&] {
@@ -205,6 +208,6 @@ void client_make_null_index(KT_context *ctx, tov_schema *schema, const char *tbl
             return;
         index.is_unique = true;
         index.where = where.empty() ? condition : '(' + where + ") AND (" + condition + ')';
-        KT_TRY(my_append_parts(ctx, schema, tbl_id, cols, nullable_count, index.parts));
+        KT_TRY(my_append_parts(ctx, schema, tbl, cols, nullable_count, index.parts));
     });
 }

@@ -37,5 +37,5 @@ bool client_may_name_index(const char *name) noexcept;
 
 // Makes the unique index without which rows that have NULL in a unique key are never equal to each other. Its columns
 // stay empty when the key, which holds for rows under the condition, cannot have a NULL.
-void client_make_null_index(KT_context *ctx, tov_schema *schema, const char *tbl_id, const client_index_cols &key,
+void client_make_null_index(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const client_index_cols &key,
                             const std::string &where, client_index &index) noexcept;

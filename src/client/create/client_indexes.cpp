@@ -51,7 +51,7 @@ static void my_add_null_index(KT_context *ctx, tbl_work &work, const client_inde
     client_index index;
     if (!work.nulls_are_equal)
         return;
-    KT_TRY(client_make_null_index(ctx, work.schema, work.tbl.id, key, where, index));
+    KT_TRY(client_make_null_index(ctx, work.schema, work.tbl, key, where, index));
     if (!index.parts.empty())
         KT_TRY(kt_contain(ctx, [&] { my_add(work, key_name + "_nulls", std::move(index)); }));
 }

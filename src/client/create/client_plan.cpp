@@ -14,17 +14,23 @@ void client_apply_options(KT_context *ctx, const tov_client_create_options *opti
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "the option \"rules\" cannot be %d", static_cast<int>(wanted.rules));
     if (wanted.indexes < TOV_CLIENT_INDEXES_ALL || wanted.indexes > TOV_CLIENT_INDEXES_NONE)
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "the option \"indexes\" cannot be %d", static_cast<int>(wanted.indexes));
+    if (wanted.collations < TOV_CLIENT_COLLATIONS_BUILTIN || wanted.collations > TOV_CLIENT_COLLATIONS_SERVER)
+        KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "the option \"collations\" cannot be %d", static_cast<int>(wanted.collations));
+    plan.with_collations = wanted.collations == TOV_CLIENT_COLLATIONS_SERVER;
     plan.with_views = wanted.views;
     plan.with_rules = wanted.rules == TOV_CLIENT_RULES_SERVER;
     plan.indexes = wanted.indexes;
 }
 
-static void my_read_tbl(KT_context *ctx, tov_schema *schema, const char *id, client_tbl &tbl) noexcept
+static void my_read_tbl(KT_context *ctx, tov_schema *schema, const char *id, bool with_collations,
+                        client_tbl &tbl) noexcept
 {
     KT_TRY(client_read_row_tbl(ctx, schema, id, tbl.rows));
     tbl.id = tbl.rows.id.c_str();
     KT_TRY(tov_schema__get_tbl_name(ctx, schema, id, &tbl.name));
     KT_TRY(kt_contain(ctx, [&] { tbl.versioned = client_find_version(tbl.rows); }));
+    if (with_collations)
+        KT_TRY(client_read_collations(ctx, tbl.rows, tbl.collations));
 }
 
 // The tables stay where they are from here on, since they lend out their ids.
@@ -39,7 +45,7 @@ static void my_add_tbls(KT_context *ctx, tov_schema *schema, client_plan &plan) 
     for (uint32_t n = 0; n < count; n++) {
         const char *id = nullptr;
         KT_TRY(KT_varray__get__sz(ctx, ids, n, &id));
-        KT_TRY(my_read_tbl(ctx, schema, id, plan.tbls[n]));
+        KT_TRY(my_read_tbl(ctx, schema, id, plan.with_collations, plan.tbls[n]));
     }
 }
 

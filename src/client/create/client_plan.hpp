@@ -1,6 +1,7 @@
 // What will be created: the tables in their order, their indexes, and what deleting a row of each must do to others.
 #pragma once
 
+#include "create/client_collations.hpp"
 #include "rules/client_rowversion.hpp"
 #include "tov_client.h"
 
@@ -20,6 +21,7 @@ struct client_tbl {
     const char *id;                    // borrowed from the rows
     const char *name;                  // borrowed from the schema
     client_row_tbl rows;               // what they are made of
+    client_collations collations;      // of its columns, where the server's are wanted
     std::string cascades;              // statements that delete the rows that refer to a deleted one
     std::string resets;                // statements that make such rows refer to nothing, or to their default
     std::vector<client_index> indexes; // in the order of their creation, after the table
@@ -28,8 +30,9 @@ struct client_tbl {
 
 struct client_plan {
     // What is wanted, which is set before the plan is made.
-    bool with_views = false; // whether each table gets one
-    bool with_rules = true;  // whether values have to obey the server's rules
+    bool with_views = false;      // whether each table gets one
+    bool with_rules = true;       // whether values have to obey the server's rules
+    bool with_collations = false; // whether strings compare as the server says
     int32_t indexes = TOV_CLIENT_INDEXES_ALL;
 
     std::vector<client_tbl> tbls; // in creation order

@@ -1,4 +1,5 @@
-// The schema module's definitions of columns, keys and checks in their order, and what the server's rules add to them.
+// The schema module's definitions of columns, keys and checks in their order, and what the server's rules and
+// collations add to them.
 #include "create/client_tbl_statement.hpp"
 
 #include "rules/client_rules.hpp"
@@ -41,6 +42,7 @@ static void my_append_cols(KT_context *ctx, tov_schema *schema, const client_tbl
         KT_TRY(KT_string__append__sz(ctx, sql, defin));
         if (has_version && KT_stricmp(col_id, tbl.versioned.col_id.c_str()) == 0) // so that a row may come without one
             KT_TRY(KT_string__append__format(ctx, sql, " DEFAULT %s", client_no_version));
+        KT_TRY(KT_string__append__sz(ctx, sql, client_find_collation(tbl.collations, col_id)));
     }
 }
 

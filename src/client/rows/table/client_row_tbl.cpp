@@ -173,12 +173,14 @@ static void my_read_fact_col(KT_context *ctx, tov_schema *schema, const client_r
     const char *id = nullptr;
     const char *computed = nullptr;
     const char *default_text = nullptr;
+    const char *collation = nullptr;
     KT_varray *identity = nullptr;
     KT_bool has = 0;
     KT_TRY(KT_vhash__get__sz(ctx, facts, "name", &name));
     KT_TRY(KT_vhash__check__sz(ctx, facts, "id", &id));
     KT_TRY(KT_vhash__check__sz(ctx, facts, "computed", &computed));
     KT_TRY(KT_vhash__check__sz(ctx, facts, "default", &default_text));
+    KT_TRY(KT_vhash__check__sz(ctx, facts, "collation", &collation));
     KT_TRY(KT_vhash__check__varray(ctx, facts, "identity", &identity));
     KT_TRY(my_read_fact_type(ctx, facts, col.type));
     col.server_type = col.type;
@@ -186,6 +188,8 @@ static void my_read_fact_col(KT_context *ctx, tov_schema *schema, const client_r
     col.computed = computed;
     col.identity = identity;
     col.has_server_default = default_text;
+    if (collation && client_is_text(col.type.base))
+        col.collation = collation;
     if (id)
         KT_TRY(tov_schema__has_col_id(ctx, schema, tbl.id.c_str(), id, &has));
     if (!has)

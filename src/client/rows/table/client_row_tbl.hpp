@@ -18,7 +18,8 @@ struct client_row_col {
     bool has_default = false;        // in SQLite
     bool has_server_default = false; // on the server, whether or not SQLite has one that means the same
     bool identity = false;
-    std::string col_id; // in the document; empty when the column is not stored
+    std::string col_id;    // in the document; empty when the column is not stored
+    std::string collation; // the server's, of strings; empty where the document does not say
 };
 
 struct client_row_tbl {
