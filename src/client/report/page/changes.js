@@ -37,8 +37,8 @@ function changesOf(table) {
 }
 
 function changesView() {
-    const ofTable = (changed) => [element('h3', null, changed.about ? linkTo(changed.about, changed.name) : changed.name,
-        changeMark({changed})), changed.old_name ? element('p', null, 'formerly ' + changed.old_name) : null,
+    const ofTable = (changed) => [element('h3', null,
+        changed.about ? linkTo(changed.about, changed.name) : changed.name, changeMark({changed})), changed.old_name ? element('p', null, 'formerly ' + changed.old_name) : null,
         changed.change === 'added' ? [] : (changed.changes ?? []).map(changeNote)];
     const none = !changedTables.length && !report.changes.changes?.length;
     return [element('h2', {tabindex: -1}, 'Changes'), none ? element('p', null, 'There are none.') : null,

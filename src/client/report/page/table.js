@@ -27,7 +27,8 @@ function serverType(column) {
         column.user_type ? element('div', {class: 'quiet'}, code(column.user_type)) : null,
         column.identity ? element('div', {class: 'type'}, code('identity(' + column.identity + ')')) : null,
         column.computed ? element('div', null, 'as ', code(column.computed)) : null,
-        column.collation && column.collation !== report.collation ? element('div', {class: 'quiet'}, column.collation) : null];
+        column.collation && column.collation !== report.collation ?
+            element('div', {class: 'quiet'}, column.collation) : null];
 }
 
 // An expression without the parentheses that the server puts around it.
@@ -63,7 +64,8 @@ function columnRows(table, column) {
     const about = column.description ? element('div', {class: 'about'}, column.description) : null;
     const notes = findingsOfColumn(table, column).map((finding) => noteOf({...finding, column: ''}));
     const line = row({class: column.left_out ? 'left-out' : null, 'data-column': column.name},
-        [element('span', {class: 'column'}, column.name), changeMark(column), about], serverType(column), code(column.sqlite_type),
+        [element('span', {class: 'column'}, column.name), changeMark(column), about], serverType(column),
+        code(column.sqlite_type),
         element('td', {class: 'null'}, column.left_out ? '' : column.nullable ? 'NULL' : 'not NULL'),
         defaultOf(column), keysOf(table, column), keptAs(column));
     return notes.length ? [line, element('tr', {class: 'notes'}, element('td', {colspan: 7}, notes))] : [line];

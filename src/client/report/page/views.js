@@ -1,4 +1,4 @@
-// The views: overview, findings, one table, all tables and so on. The part of the address after # says which one is shown.
+// The views: overview, findings, one table, all tables and so on. The part of the address after # says which is shown.
 
 function violationCount(table) {
     const errors = (table.violations ?? []).filter((violation) => violation.severity === 'error');
