@@ -2,22 +2,33 @@
 
 #include "cli_import.hpp"
 #include "cli_schema.hpp"
+#include "tov_client.h"
 #include "tov_host.h"
 
+#include <filesystem>
+#include <fstream>
 #include <string_view>
 
-static bool my_is_database(const std::string &bytes)
+bool cli_is_database(const std::string &path)
 {
     using namespace std::string_view_literals;
-    return bytes.starts_with("SQLite format 3\0"sv);
+    constexpr auto magic = "SQLite format 3\0"sv;
+    char begin[magic.size()] = {};
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error))
+        return false;
+    std::ifstream(path, std::ios::binary).read(begin, sizeof begin);
+    return std::string_view(begin, sizeof begin) == magic;
 }
 
 void cli_load_any_schema(KT_context *ctx, const std::string &path, cli_schema *schema, cli_findings *findings)
 {
+    if (cli_is_database(path)) {
+        tov_client__read_record(ctx, path.c_str(), &schema->schema, nullptr);
+        return cli_check(ctx, path);
+    }
     const std::vector<cli_source> sources = cli_read_sources({path});
     const cli_source &first = sources.front();
-    if (my_is_database(first.bytes))
-        throw cli_failure("this is a database; give the schema that it was made from", path);
     const bool is_json =
         sources.size() == 1 && tov_host__recognise(first.bytes.data(), first.bytes.size()) == TOV_HOST_SOURCE_JSON;
     if (is_json && cli_take_schema(ctx, first.bytes, first.name, schema))

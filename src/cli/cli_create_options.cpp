@@ -22,6 +22,8 @@ void cli_create_options::add(const cli_command &command)
                 "whatever opens the database needs the extension libtov_sqlite",
                 "NAME")
         .one_of({"builtin", "server"});
+    command.flag("--no-record", no_record,
+                 "leave out the table that records the schema in the database, for diff and migrate");
 }
 
 int32_t cli_rules(const std::string &name)
@@ -43,5 +45,6 @@ tov_client_create_options cli_create_options::for_client() const
     options.rules = cli_rules(rules);
     options.indexes = my_indexes(indexes);
     options.collations = collations == "server" ? TOV_CLIENT_COLLATIONS_SERVER : TOV_CLIENT_COLLATIONS_BUILTIN;
+    options.no_record = no_record;
     return options;
 }

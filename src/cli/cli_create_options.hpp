@@ -12,6 +12,7 @@ struct cli_create_options {
     std::string indexes = "all";
     std::string collations = "builtin";
     bool views = false;
+    bool no_record = false;
 
     void add(const cli_command &command);
     // For the library, without progress.

@@ -50,13 +50,11 @@ void cli_add_diff(cli_arguments &arguments)
     auto options = std::make_shared<diff_options>();
     const cli_command command = arguments.add("diff", "Show what has changed between two schemas");
     command.details(
-        "OLD and NEW are schemas, or anything that tov-schema import takes: a package, a script, a folder of scripts, "
-        "a\n"
-        "catalogue export. Tables, columns, keys, checks, indexes and what the server says of them are compared by\n"
-        "their names; ids, and names that a server or an import made up, do not count. Prints + for what is new, - "
-        "for\n"
-        "what is gone and ~ for what has changed; in colour on a terminal, unless NO_COLOR is set.\n"
-        "Exit code: 0 same, 1 different, 2 a file cannot be used.\n\n"
+        "OLD and NEW are schemas; or anything that tov-schema import takes: a package, a script, a folder of scripts,\n"
+        "a catalogue export; or databases that create made. Tables, columns, keys, checks, indexes and what the\n"
+        "server says of them are compared by their names; ids, and names that a server or an import made up, do not\n"
+        "count. Prints + for what is new, - for what is gone and ~ for what has changed; in colour on a terminal,\n"
+        "unless NO_COLOR is set. Exit code: 0 same, 1 different, 2 a file cannot be used.\n\n"
         "Example: tov-schema diff old.json Shop.dacpac");
     command.argument("OLD", options->old_schema, "a schema, or a source of one; - for standard input").required();
     command.argument("NEW", options->new_schema, "what to compare it with; - for standard input").required();

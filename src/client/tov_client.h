@@ -94,6 +94,8 @@ typedef struct tov_client_create_options {
     int32_t indexes;
     /** One of tov_client_collations. */
     int32_t collations;
+    /** Whether the database is left without the table that records its schema. */
+    KT_bool no_record;
 } tov_client_create_options;
 
 /** tov_client__write_script() with options. */
@@ -103,6 +105,18 @@ TOV_API void tov_client__write_script__with(KT_context *ctx, tov_schema *schema,
 /** tov_client__create_database() with options. */
 TOV_API void tov_client__create_database__with(KT_context *ctx, tov_schema *schema, const char *file_name,
                                                const tov_client_create_options *options) KT_NOEXCEPT;
+
+/**
+ * Reads the schema that a database was created from, as the database's own record has it.
+ *
+ * @param file_name     the path of a file, always.
+ * @param[out] schema   owned; freed with tov_schema__nullfree().
+ * @param[out] options  optional; what else was said when the database was created: views, rules and indexes.
+ *
+ * Fails with KT_ERR_NOT_FOUND when the database has no such record.
+ */
+TOV_API void tov_client__read_record(KT_context *ctx, const char *file_name, tov_schema **schema,
+                                     tov_client_create_options *options) KT_NOEXCEPT;
 
 /**
  * Lists the ids of all tables in the order in which they are created: referenced tables before referencing ones.

@@ -116,6 +116,17 @@ TEST_F(CommandDiffTest, ComparesWhatImportReads)
                           "tables: 1 changed, 0 added, 0 removed\n");
 }
 
+TEST_F(CommandDiffTest, ComparesWhatADatabaseHasRecorded)
+{
+    ASSERT_EXIT_CODE(run({"create", old_schema, path("shop.db")}), 0);
+    EXPECT_EQ(run({"diff", path("shop.db"), old_schema}).out, "same\n");
+    EXPECT_EXIT_CODE(run({"diff", path("shop.db"), changed("\"width\":20", "\"width\":30")}), 1);
+    ASSERT_EXIT_CODE(run({"create", old_schema, path("bare.db"), "--no-record"}), 0);
+    const command_result result = run({"diff", path("bare.db"), old_schema});
+    EXPECT_EXIT_CODE(result, 2);
+    EXPECT_EQ(result.err, "tov-schema: the database has no record of its schema: " + path("bare.db") + "\n");
+}
+
 TEST_F(CommandDiffTest, NamesCannotDisturbATerminal)
 {
     const command_result result = run({"diff", old_schema, changed("\"Title\"", "\"T\\u001b[31m\\u202e\"")});

@@ -60,6 +60,7 @@ static const char *my_kind_word(client_kind kind) noexcept
     switch (kind) {
     case client_kind::tbl:
     case client_kind::counter:
+    case client_kind::record:
         return "table";
     case client_kind::index:
         return "index";
@@ -155,7 +156,7 @@ static void my_create_tbl(KT_context *ctx, client_database &database, const clie
 }
 
 // Its text is our own but for the beginning of its name.
-static void my_create_counter(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
+static void my_create_own_tbl(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
 {
     KT_TRY(client_schema_rows__end_tbls(ctx, database));
     KT_TRY(client_database__run(ctx, database, statement.sql));
@@ -183,8 +184,8 @@ void client_database__create(KT_context *ctx, client_database &database, const c
 {
     if (statement.kind == client_kind::tbl)
         KT_TRY(my_create_tbl(ctx, database, statement));
-    else if (statement.kind == client_kind::counter)
-        KT_TRY(my_create_counter(ctx, database, statement));
+    else if (statement.kind == client_kind::counter || statement.kind == client_kind::record)
+        KT_TRY(my_create_own_tbl(ctx, database, statement));
     else if (statement.kind == client_kind::index)
         KT_TRY(my_create_index(ctx, database, statement));
     else

@@ -19,6 +19,7 @@ void client_apply_options(KT_context *ctx, const tov_client_create_options *opti
     plan.with_collations = wanted.collations == TOV_CLIENT_COLLATIONS_SERVER;
     plan.with_views = wanted.views;
     plan.with_rules = wanted.rules == TOV_CLIENT_RULES_SERVER;
+    plan.with_record = !wanted.no_record;
     plan.indexes = wanted.indexes;
 }
 

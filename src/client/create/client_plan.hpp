@@ -33,6 +33,7 @@ struct client_plan {
     bool with_views = false;      // whether each table gets one
     bool with_rules = true;       // whether values have to obey the server's rules
     bool with_collations = false; // whether strings compare as the server says
+    bool with_record = false;     // whether the database keeps a record of its schema
     int32_t indexes = TOV_CLIENT_INDEXES_ALL;
 
     std::vector<client_tbl> tbls; // in creation order

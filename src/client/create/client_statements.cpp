@@ -3,6 +3,7 @@
 #include "create/client_statements.hpp"
 
 #include "create/client_indexes.hpp"
+#include "create/client_record.hpp"
 #include "create/client_tbl_statement.hpp"
 #include "create/client_views.hpp"
 #include "rules/client_rules.hpp"
@@ -179,12 +180,25 @@ static void my_hand_out_counter(KT_context *ctx, const writing &w) noexcept
     });
 }
 
+static void my_hand_out_record(KT_context *ctx, const writing &w) noexcept
+{
+    kt_contain(ctx, [&] {
+        const std::string name = client_record_name(w.plan);
+        std::string sql;
+        if (w.schema)
+            KT_TRY(client_write_record(ctx, w.schema, w.plan, sql));
+        KT_TRY(w.sink(ctx, w.data, {client_kind::record, name.c_str(), name.c_str(), sql.c_str()}));
+    });
+}
+
 static void my_each(KT_context *ctx, writing &w) noexcept
 {
     for (const client_tbl &tbl : w.plan.tbls)
         KT_TRY(my_hand_out_tbl(ctx, w, tbl));
     if (my_needs_counter(w.plan))
         KT_TRY(my_hand_out_counter(ctx, w));
+    if (w.plan.with_record)
+        KT_TRY(my_hand_out_record(ctx, w));
     for (client_kind kind : kinds_on_tbls) {
         for (const client_tbl &tbl : w.plan.tbls) {
             if (my_is_needed(w.plan, w.with_rules, kind, tbl))
@@ -195,7 +209,7 @@ static void my_each(KT_context *ctx, writing &w) noexcept
 
 uint32_t client_count_statements(const client_plan &plan) noexcept
 {
-    auto count = static_cast<uint32_t>(plan.tbls.size()) + (my_needs_counter(plan) ? 1 : 0);
+    auto count = static_cast<uint32_t>(plan.tbls.size()) + (my_needs_counter(plan) ? 1 : 0) + (plan.with_record ? 1 : 0);
     for (const client_tbl &tbl : plan.tbls) {
         count += static_cast<uint32_t>(tbl.indexes.size());
         for (client_kind kind : kinds_on_tbls)

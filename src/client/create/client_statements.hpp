@@ -13,6 +13,7 @@ enum class client_kind {
     new_version_trigger, // after an update
     view,
     counter, // the table of the last version
+    record,  // the table that records the schema
 };
 
 // A statement, without a ";" after it. Texts are borrowed until the sink returns.
