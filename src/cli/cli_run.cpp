@@ -45,6 +45,7 @@ static void my_add_commands(cli_arguments &arguments)
     cli_add_report(arguments);
     cli_add_select(arguments);
     cli_add_diff(arguments);
+    cli_add_migrate(arguments);
     cli_add_lite(arguments);
 }
 

@@ -4,6 +4,7 @@
 #include "cli_changed_since.hpp"
 #include "cli_changes.hpp"
 #include "cli_files.hpp"
+#include "cli_migration.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
 
@@ -37,6 +38,11 @@ static int my_run(const diff_options &options)
     if (options.is_changed_since)
         return my_changed_since(options);
     const cli_context context;
+    if (options.format == "sql" && !options.is_json) {
+        cli_print(cli_migration_script(context.ctx, options.old_schema, options.new_schema,
+                                       {options.by, options.renames, {}}));
+        return cli_done;
+    }
     cli_schema a(context.ctx), b(context.ctx);
     cli_load_any_schema(context.ctx, options.old_schema, &a);
     cli_load_any_schema(context.ctx, options.new_schema, &b);
@@ -64,8 +70,11 @@ void cli_add_diff(cli_arguments &arguments)
     const cli_option renames = command.option(
         "--rename", options->renames,
         "a table or TABLE.COLUMN that was renamed; OLD= says that it was removed; may be repeated", "OLD=NEW");
-    command.option("--format", options->format, "the form of the output: text (default), json or markdown", "FORM")
-        .one_of({"text", "json", "markdown"});
+    command
+        .option("--format", options->format,
+                "the form of the output: text (default), json, markdown, or sql: the script that migrate prints",
+                "FORM")
+        .one_of({"text", "json", "markdown", "sql"});
     const cli_option changed_since = command.flag(
         "--changed-since", options->is_changed_since,
         "compare schemas of one origin by ids and transaction ids alone: which tables are to be fetched anew");

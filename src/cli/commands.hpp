@@ -19,4 +19,5 @@ void cli_add_graph(cli_arguments &arguments);
 void cli_add_report(cli_arguments &arguments);
 void cli_add_select(cli_arguments &arguments);
 void cli_add_diff(cli_arguments &arguments);
+void cli_add_migrate(cli_arguments &arguments);
 void cli_add_lite(cli_arguments &arguments);
