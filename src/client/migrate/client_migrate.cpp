@@ -122,7 +122,7 @@ static void my_read_added(KT_context *ctx, client_connection &database, const cl
     KT_TRY(client_connection__step(ctx, database, statement, has));
     while (has) {
         const std::string name(client_column_text(database, statement, 0));
-        if (!client_find_object(migration.old_list.objects, name))
+        if (!migration.old_list.find(name))
             added.emplace_back(client_column_text(database, statement, 1));
         KT_TRY(client_connection__step(ctx, database, statement, has));
     }
@@ -140,12 +140,35 @@ static void my_run_step(KT_context *ctx, client_connection &database, const clie
         KT_TRY(client_connection__run(ctx, database, statement));
 }
 
-static void my_migrate(KT_context *ctx, client_connection &database, client_migration &migration,
-                       tov_client_migrate_options options)
+namespace {
+
+// The schema that a database has recorded.
+struct recorded_schema {
+    explicit recorded_schema(KT_context *context) noexcept : ctx(context)
+    {
+    }
+    ~recorded_schema()
+    {
+        KT_context__push_level(ctx);
+        tov_schema__nullfree(ctx, &schema);
+        KT_context__pop_level(ctx);
+    }
+    recorded_schema(const recorded_schema &) = delete;
+    recorded_schema &operator=(const recorded_schema &) = delete;
+
+    KT_context *ctx;
+    tov_schema *schema = nullptr;
+};
+
+} // namespace
+
+static void my_migrate(KT_context *ctx, client_connection &database, recorded_schema &old_schema,
+                       client_migration &migration, tov_client_migrate_options options)
 {
     tov_client_create_options recorded = {};
     KT_TRY(client_connection__run(ctx, database, client_begin));
-    KT_TRY(client_read_record(ctx, database, &migration.old_schema, &recorded));
+    KT_TRY(client_read_record(ctx, database, &old_schema.schema, &recorded));
+    migration.old_schema = old_schema.schema;
     options.create = options.create ? options.create : &recorded;
     KT_TRY(client_plan_migration(ctx, options, &recorded, migration));
     KT_TRY(client_check_losses(ctx, migration, options));
@@ -160,12 +183,10 @@ void tov_client__migrate_database(KT_context *ctx, const char *file_name, tov_sc
 {
     kt_contain(ctx, [&] {
         client_connection database;
+        recorded_schema recorded{ctx};
         client_migration migration{ctx};
         migration.new_schema = new_schema;
         KT_TRY(client_connection__open(ctx, database, file_name, false));
-        my_migrate(ctx, database, migration, options ? *options : tov_client_migrate_options{});
-        KT_context__push_level(ctx);
-        tov_schema__nullfree(ctx, &migration.old_schema);
-        KT_context__pop_level(ctx);
+        KT_TRY(my_migrate(ctx, database, recorded, migration, options ? *options : tov_client_migrate_options{}));
     });
 }

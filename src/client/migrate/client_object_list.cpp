@@ -3,14 +3,15 @@
 #include "compare/client_expression_tokens.hpp"
 #include "kt_folded.hpp"
 
-#include <algorithm>
-
 #define KT_HERE "src/client/migrate/client_object_list"
 
 static void my_keep(KT_context *ctx, void *data, const client_statement &statement) noexcept
 {
-    auto &objects = *static_cast<std::vector<client_object> *>(data);
-    kt_contain(ctx, [&] { objects.push_back({statement.kind, statement.tbl, statement.name, statement.sql}); });
+    auto &list = *static_cast<client_object_list *>(data);
+    kt_contain(ctx, [&] {
+        list.by_name[kt_folded(statement.name)] = list.objects.size();
+        list.objects.push_back({statement.kind, statement.tbl, statement.name, statement.sql});
+    });
 }
 
 void client_list_objects(KT_context *ctx, tov_schema *schema, const tov_client_create_options *options,
@@ -18,14 +19,13 @@ void client_list_objects(KT_context *ctx, tov_schema *schema, const tov_client_c
 {
     client_choose(options, list.plan);
     KT_TRY(client_make_plan(ctx, schema, list.plan));
-    KT_TRY(client_each_statement(ctx, schema, list.plan, my_keep, &list.objects));
+    KT_TRY(client_each_statement(ctx, schema, list.plan, my_keep, &list));
 }
 
-const client_object *client_find_object(const std::vector<client_object> &objects, std::string_view name) noexcept
+const client_object *client_object_list::find(std::string_view name) const
 {
-    const auto found = std::find_if(objects.begin(), objects.end(),
-                                    [&](const client_object &object) { return kt_equal_folded(object.name, name); });
-    return found == objects.end() ? nullptr : &*found;
+    const auto found = by_name.find(kt_folded(name));
+    return found == by_name.end() ? nullptr : &objects[found->second];
 }
 
 std::string client_statement_meaning(std::string_view sql)

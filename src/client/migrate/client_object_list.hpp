@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 // A statement that outlives the plan that it comes from.
@@ -20,15 +21,16 @@ struct client_object_list {
     {
     }
     client_plan plan;
-    std::vector<client_object> objects; // in the order of their creation
+    std::vector<client_object> objects;              // in the order of their creation
+    std::unordered_map<std::string, size_t> by_name; // in lower case
+
+    // The object of a name, ASCII case aside; null when there is none.
+    const client_object *find(std::string_view name) const;
 };
 
 // Checks a schema's texts and lists what it makes.
 void client_list_objects(KT_context *ctx, tov_schema *schema, const tov_client_create_options *options,
                          client_object_list &list);
-
-// The object of a name, ASCII case aside; null when there is none.
-const client_object *client_find_object(const std::vector<client_object> &objects, std::string_view name) noexcept;
 
 // A statement in a form that is equal for two that SQLite reads alike: it rewrites quotes and blanks when it alters
 // one.

@@ -150,17 +150,14 @@ void client_add_rebuild(KT_context *ctx, client_migration &migration, const clie
     const std::string &name = changed.new_tbl.sqlite_name;
     const std::string moving = migration.new_list.plan.trigger_prefix + "moving_" + name;
     const std::string check = migration.new_list.plan.trigger_prefix + "moved_" + name;
-    const client_object *tbl = client_find_object(migration.new_list.objects, name);
+    const client_object *tbl = migration.new_list.find(name);
     client_step step{client_step_class::rebuilds, changed.new_tbl.name + ": is made anew with its rows", name};
     step.rebuilt = name;
     step.sql.push_back("CREATE TABLE " + client_quoted(moving) +
                        tbl->sql.substr(std::string_view("CREATE TABLE ").size() + client_quoted(name).size()));
-    for (const client_object &object : migration.new_list.objects) {
-        if (object.kind != client_kind::insert_trigger || object.tbl != name)
-            continue;
-        step.sql.push_back("CREATE TRIGGER " + client_quoted(check) + " BEFORE INSERT ON " + client_quoted(moving) +
-                           object.sql.substr(object.sql.find("\nBEGIN\n")));
-    }
+    const client_object *checks = migration.new_list.find(migration.new_list.plan.trigger_prefix + "insert_" + name);
+    step.sql.push_back("CREATE TRIGGER " + client_quoted(check) + " BEFORE INSERT ON " + client_quoted(moving) +
+                       checks->sql.substr(checks->sql.find("\nBEGIN\n")));
     if (std::string copy = my_copy(carried, name, moving); !copy.empty())
         step.sql.push_back(std::move(copy));
     step.sql.push_back("DROP TRIGGER " + client_quoted(check));

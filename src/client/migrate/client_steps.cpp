@@ -60,12 +60,12 @@ static void my_rename_tbls(client_migration &migration)
         const std::string &to = changed.new_tbl.sqlite_name;
         if (from == to)
             continue;
-        const client_object *holder = client_find_object(migration.old_list.objects, to);
+        const client_object *holder = migration.old_list.find(to);
         const std::string waiting = migration.new_list.plan.trigger_prefix + "waiting_" + from;
         if (holder && my_is_tbl(*holder))
             away.sql.push_back(my_rename_tbl(from, waiting));
         step.sql.push_back(my_rename_tbl(holder && my_is_tbl(*holder) ? waiting : from, to));
-        migration.touched.push_back(to);
+        migration.touched.insert(kt_folded(to));
     }
     my_add(migration, std::move(away));
     my_add(migration, std::move(step));
@@ -118,7 +118,7 @@ static void my_is_value_kept(KT_context *ctx, const client_migration &migration,
 static void my_change_tbl(KT_context *ctx, client_migration &migration, client_rehearsal &rehearsal,
                           const client_changed_tbl &changed)
 {
-    const client_object *wanted = client_find_object(migration.new_list.objects, changed.new_tbl.sqlite_name);
+    const client_object *wanted = migration.new_list.find(changed.new_tbl.sqlite_name);
     client_step step{client_step_class::free, changed.new_tbl.name + ": is altered in place", wanted->name};
     bool is_in_place = false;
     KT_TRY(my_is_value_kept(ctx, migration, changed, is_in_place));
@@ -129,7 +129,7 @@ static void my_change_tbl(KT_context *ctx, client_migration &migration, client_r
     KT_TRY(client_add_col_risks(ctx, migration, changed));
     if (is_in_place && is_possible)
         return my_add(migration, std::move(step));
-    migration.touched.push_back(wanted->name);
+    migration.touched.insert(kt_folded(wanted->name));
     KT_TRY(client_add_rebuild(ctx, migration, changed));
 }
 
@@ -147,19 +147,17 @@ static void my_add_tbls(client_migration &migration)
         if (pair.tbl.old_at != client_nothing)
             continue;
         const client_tbl_content &tbl = migration.comparison.new_content.tbls[pair.tbl.new_at];
-        const client_object *object = client_find_object(migration.new_list.objects, tbl.sqlite_name);
+        const client_object *object = migration.new_list.find(tbl.sqlite_name);
         migration.steps.push_back(
             {client_step_class::free, tbl.name + ": is created", tbl.sqlite_name, "", "", {object->sql}});
     }
 }
 
 // Whether a thing on a table stays as it is.
-static bool my_stays(const client_migration &migration, const client_object &object,
-                     const std::vector<client_object> &others)
+static bool my_stays(const client_migration &migration, const client_object &object, const client_object_list &others)
 {
-    const client_object *other = client_find_object(others, object.name);
-    const bool is_touched = std::any_of(migration.touched.begin(), migration.touched.end(),
-                                        [&](const std::string &tbl) { return kt_equal_folded(tbl, object.tbl); });
+    const client_object *other = others.find(object.name);
+    const bool is_touched = migration.touched.contains(kt_folded(object.tbl));
     return other && other->kind == object.kind && other->sql == object.sql && !is_touched &&
            object.kind != client_kind::record;
 }
@@ -181,7 +179,7 @@ static client_step my_dropping(const client_migration &migration)
     const std::vector<client_object> &objects = migration.old_list.objects;
     for (auto object = objects.rbegin(); object != objects.rend(); ++object) {
         const bool is_later = my_is_tbl(*object) || object->kind == client_kind::counter;
-        if (!is_later && !my_stays(migration, *object, migration.new_list.objects))
+        if (!is_later && !my_stays(migration, *object, migration.new_list))
             step.sql.push_back(std::string("DROP ") + client_object_word(object->kind) + " IF EXISTS " +
                                client_quoted(object->name));
     }
@@ -192,14 +190,14 @@ static client_step my_creating(const client_migration &migration)
 {
     client_step step{client_step_class::free, "indexes, triggers and views are created"};
     for (const client_object &object : migration.new_list.objects) {
-        if (my_is_tbl(object) || my_stays(migration, object, migration.old_list.objects))
+        if (my_is_tbl(object) || my_stays(migration, object, migration.old_list))
             continue;
         step.sql.push_back(object.sql);
         if (object.kind == client_kind::counter)
             my_create_counter(migration, object, step);
     }
     for (const client_object &object : migration.old_list.objects) {
-        if (object.kind == client_kind::counter && !my_stays(migration, object, migration.new_list.objects))
+        if (object.kind == client_kind::counter && !my_stays(migration, object, migration.new_list))
             step.sql.push_back("DROP TABLE " + client_quoted(object.name));
     }
     return step;

@@ -5,6 +5,8 @@
 #include "migrate/client_object_list.hpp"
 #include "tov_migrate.h"
 
+#include <unordered_set>
+
 enum class client_step_class : uint8_t { free, rebuilds, may_fail, loses };
 
 struct client_step {
@@ -28,7 +30,7 @@ struct client_migration {
     client_comparison comparison;
     client_object_list old_list;
     client_object_list new_list;
-    std::vector<std::string> touched; // tables, by their new names, whose indexes and triggers are made anew
+    std::unordered_set<std::string> touched; // tables, by new names in lower case, on which everything is made anew
     std::vector<client_step> steps;
 };
 
