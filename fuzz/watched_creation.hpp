@@ -50,11 +50,22 @@ inline bool is_harmful_function(const char *name)
 
 // The table of the client's own, which numbers the rows of tables with a rowversion: tov_rowversion, with a number
 // after tov where the schema has tables whose names begin like that.
-inline bool is_version_tbl(const watch &w, const std::string &name)
+inline bool is_named(const watch &w, const std::string &name, const char *ending)
 {
     const size_t end = name.find_first_not_of("0123456789", 3);
-    return name.rfind("tov", 0) == 0 && end != name.npos && name.substr(end) == "_rowversion" &&
+    return name.rfind("tov", 0) == 0 && end != name.npos && name.substr(end) == ending &&
            w.tbls.count(name) == 0;
+}
+
+inline bool is_version_tbl(const watch &w, const std::string &name)
+{
+    return is_named(w, name, "_rowversion");
+}
+
+// A table of the client's own that is filled while a database is created: that one, or the record of the schema.
+inline bool is_own_tbl(const watch &w, const std::string &name)
+{
+    return is_version_tbl(w, name) || is_named(w, name, "_schema");
 }
 
 inline bool may_create(watch &w, int action, const std::string &first, const std::string &second)
@@ -62,7 +73,7 @@ inline bool may_create(watch &w, int action, const std::string &first, const std
     const bool is_schema_tbl = first == "sqlite_master";
     switch (action) {
     case SQLITE_CREATE_TABLE:
-        w.may_select = is_version_tbl(w, first);
+        w.may_select = is_own_tbl(w, first);
         return w.tbls.count(first) == 1 || w.may_select;
     case SQLITE_CREATE_INDEX:
         w.indexes.insert(first);
@@ -76,9 +87,9 @@ inline bool may_create(watch &w, int action, const std::string &first, const std
         return first.rfind("tov", 0) == 0 && w.tbls.count(second) == 1;
     case SQLITE_INSERT:
     case SQLITE_UPDATE:
-        return is_schema_tbl || is_version_tbl(w, first);
+        return is_schema_tbl || is_own_tbl(w, first);
     case SQLITE_READ:
-        return is_schema_tbl || is_version_tbl(w, first) || w.tbls.count(first) == 1;
+        return is_schema_tbl || is_own_tbl(w, first) || w.tbls.count(first) == 1;
     case SQLITE_PRAGMA:
         return first == "foreign_keys" || first == "recursive_triggers";
     case SQLITE_TRANSACTION:
