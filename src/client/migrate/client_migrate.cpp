@@ -6,7 +6,7 @@
 
 #define KT_HERE "src/client/migrate/client_migrate"
 
-static const char *my_class_word(client_step_class weight) noexcept
+static const char *my_class_word(client_migration_class weight) noexcept
 {
     static constexpr const char *words[] = {"free", "rebuilds", "may fail", "loses data"};
     return words[static_cast<size_t>(weight)];
@@ -18,7 +18,7 @@ static void my_add_text(KT_context *ctx, KT_vhash *record, const char *key, cons
         KT_TRY(KT_vhash__add__string__sz(ctx, record, key, text.c_str()));
 }
 
-static void my_write_step(KT_context *ctx, const client_step &step, KT_varray *steps) noexcept
+static void my_write_step(KT_context *ctx, const client_migration_step &step, KT_varray *steps) noexcept
 {
     KT_vhash *record = nullptr;
     KT_varray *sql = nullptr;
@@ -44,14 +44,14 @@ void tov_client__plan_migration(KT_context *ctx, tov_schema *old_schema, tov_sch
         migration.new_schema = new_schema;
         KT_TRY(client_plan_migration(ctx, chosen, chosen.create, migration));
         KT_TRY(KT_varray__alloc(ctx, list.out()));
-        for (const client_step &step : migration.steps)
+        for (const client_migration_step &step : migration.steps)
             KT_TRY(my_write_step(ctx, step, list));
         list.move_to(steps);
     });
 }
 
 // A comment of one line, whatever the names in it hold.
-static void my_append_comment(KT_context *ctx, KT_string *script, const client_step &step) noexcept
+static void my_append_comment(KT_context *ctx, KT_string *script, const client_migration_step &step) noexcept
 {
     KT_TRY(KT_string__append__format(ctx, script, "\n-- %s: ", my_class_word(step.weight)));
     KT_TRY(KT_string__append__harmless(ctx, script, step.description.c_str()));
@@ -80,7 +80,7 @@ void tov_client__write_migration(KT_context *ctx, tov_schema *old_schema, tov_sc
         KT_TRY(KT_string__alloc(ctx, text.out()));
         KT_TRY(my_append_line(ctx, text, "PRAGMA foreign_keys=OFF"));
         KT_TRY(my_append_line(ctx, text, client_begin));
-        for (const client_step &step : migration.steps) {
+        for (const client_migration_step &step : migration.steps) {
             KT_TRY(my_append_comment(ctx, text, step));
             for (const std::string &statement : step.sql)
                 KT_TRY(my_append_line(ctx, text, statement));
@@ -129,7 +129,7 @@ static void my_read_added(KT_context *ctx, client_connection &database, const cl
 }
 
 static void my_run_step(KT_context *ctx, client_connection &database, const client_migration &migration,
-                        const client_step &step)
+                        const client_migration_step &step)
 {
     std::vector<std::string> added;
     if (!step.rebuilt.empty())
@@ -173,7 +173,7 @@ static void my_migrate(KT_context *ctx, client_connection &database, recorded_sc
     KT_TRY(client_plan_migration(ctx, options, &recorded, migration));
     KT_TRY(client_check_losses(ctx, migration, options));
     KT_TRY(my_check_tbls(ctx, database, migration));
-    for (const client_step &step : migration.steps)
+    for (const client_migration_step &step : migration.steps)
         KT_TRY(my_run_step(ctx, database, migration, step));
     KT_TRY(client_connection__run(ctx, database, client_commit));
 }

@@ -55,7 +55,7 @@ static void my_read(KT_context *ctx, const client_migration &migration, const cl
 static void my_add_loss(client_migration &migration, const client_changed_tbl &changed, const std::string &col,
                         const std::string &why)
 {
-    client_step step{client_step_class::loses, changed.old_tbl.name + '.' + col + ": " + why};
+    client_migration_step step{client_migration_class::loses, changed.old_tbl.name + '.' + col + ": " + why};
     step.tbl = changed.new_tbl.sqlite_name;
     step.count_query = "SELECT count(" + client_quoted(col) + ") FROM " + client_quoted(changed.old_tbl.sqlite_name);
     step.loss = changed.old_tbl.name + '.' + col;
@@ -65,7 +65,8 @@ static void my_add_loss(client_migration &migration, const client_changed_tbl &c
 static void my_add_risk(client_migration &migration, const client_changed_tbl &changed, const std::string &col,
                         const std::string &what, const std::string &where)
 {
-    client_step step{client_step_class::may_fail, changed.old_tbl.name + (col.empty() ? "" : '.' + col) + ": " + what};
+    client_migration_step step{client_migration_class::may_fail,
+                               changed.old_tbl.name + (col.empty() ? "" : '.' + col) + ": " + what};
     step.tbl = changed.new_tbl.sqlite_name;
     step.count_query =
         "SELECT count(*) FROM " + client_quoted(changed.old_tbl.sqlite_name) + (where.empty() ? "" : " WHERE " + where);
@@ -151,7 +152,8 @@ void client_add_rebuild(KT_context *ctx, client_migration &migration, const clie
     const std::string moving = migration.new_list.plan.trigger_prefix + "moving_" + name;
     const std::string check = migration.new_list.plan.trigger_prefix + "moved_" + name;
     const client_object *tbl = migration.new_list.find(name);
-    client_step step{client_step_class::rebuilds, changed.new_tbl.name + ": is made anew with its rows", name};
+    client_migration_step step{client_migration_class::rebuilds, changed.new_tbl.name + ": is made anew with its rows",
+                               name};
     step.rebuilt = name;
     step.sql.push_back("CREATE TABLE " + client_quoted(moving) +
                        tbl->sql.substr(std::string_view("CREATE TABLE ").size() + client_quoted(name).size()));
@@ -194,8 +196,8 @@ void client_add_new_versions(KT_context *ctx, client_migration &migration)
         if (versioned.col.empty() || is_carried || !migration.new_list.plan.with_rules)
             continue;
         const std::string name = client_quoted(changed.new_tbl.sqlite_name);
-        client_step step{client_step_class::rebuilds, changed.new_tbl.name + ": rows get their versions",
-                         changed.new_tbl.sqlite_name};
+        client_migration_step step{client_migration_class::rebuilds, changed.new_tbl.name + ": rows get their versions",
+                                   changed.new_tbl.sqlite_name};
         step.sql.push_back("UPDATE " + name + " SET " + versioned.col + " = " + versioned.col);
         step.numbers_rows = true;
         migration.steps.push_back(std::move(step));

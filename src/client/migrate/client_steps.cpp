@@ -21,7 +21,7 @@ static client_changed_tbl my_changed(const client_migration &migration, const cl
             migration.comparison.new_content.tbls[pair.tbl.new_at], pair};
 }
 
-static void my_add(client_migration &migration, client_step step)
+static void my_add(client_migration &migration, client_migration_step step)
 {
     if (!step.sql.empty())
         migration.steps.push_back(std::move(step));
@@ -34,7 +34,7 @@ static void my_drop_tbls(client_migration &migration)
         if (pair.tbl.new_at != client_nothing)
             continue;
         const client_tbl_content &tbl = migration.comparison.old_content.tbls[pair.tbl.old_at];
-        client_step step{client_step_class::loses, tbl.name + ": is dropped", tbl.sqlite_name};
+        client_migration_step step{client_migration_class::loses, tbl.name + ": is dropped", tbl.sqlite_name};
         step.count_query = "SELECT count(*) FROM " + client_quoted(tbl.sqlite_name);
         step.loss = tbl.name;
         step.sql.push_back("DROP TABLE " + client_quoted(tbl.sqlite_name));
@@ -50,8 +50,8 @@ static std::string my_rename_tbl(const std::string &from, const std::string &to)
 // Names may be exchanged, so a table whose new name another one has waits under a name of its own.
 static void my_rename_tbls(client_migration &migration)
 {
-    client_step away{client_step_class::free, "tables make way for others of their names"};
-    client_step step{client_step_class::free, "tables are renamed"};
+    client_migration_step away{client_migration_class::free, "tables make way for others of their names"};
+    client_migration_step step{client_migration_class::free, "tables are renamed"};
     for (const client_tbl_pair &pair : migration.comparison.tbls) {
         if (!pair.tbl.is_both())
             continue;
@@ -119,7 +119,8 @@ static void my_change_tbl(KT_context *ctx, client_migration &migration, client_r
                           const client_changed_tbl &changed)
 {
     const client_object *wanted = migration.new_list.find(changed.new_tbl.sqlite_name);
-    client_step step{client_step_class::free, changed.new_tbl.name + ": is altered in place", wanted->name};
+    client_migration_step step{client_migration_class::free, changed.new_tbl.name + ": is altered in place",
+                               wanted->name};
     bool is_in_place = false;
     KT_TRY(my_is_value_kept(ctx, migration, changed, is_in_place));
     KT_TRY(my_alterations(ctx, migration, changed, step.sql));
@@ -149,7 +150,7 @@ static void my_add_tbls(client_migration &migration)
         const client_tbl_content &tbl = migration.comparison.new_content.tbls[pair.tbl.new_at];
         const client_object *object = migration.new_list.find(tbl.sqlite_name);
         migration.steps.push_back(
-            {client_step_class::free, tbl.name + ": is created", tbl.sqlite_name, "", "", {object->sql}});
+            {client_migration_class::free, tbl.name + ": is created", tbl.sqlite_name, "", "", {object->sql}});
     }
 }
 
@@ -163,7 +164,8 @@ static bool my_stays(const client_migration &migration, const client_object &obj
 }
 
 // Rows keep their versions: the numbers go on where they were.
-static void my_create_counter(const client_migration &migration, const client_object &counter, client_step &step)
+static void my_create_counter(const client_migration &migration, const client_object &counter,
+                              client_migration_step &step)
 {
     for (const client_object &old_object : migration.old_list.objects) {
         if (old_object.kind != client_kind::counter)
@@ -173,9 +175,9 @@ static void my_create_counter(const client_migration &migration, const client_ob
     }
 }
 
-static client_step my_dropping(const client_migration &migration)
+static client_migration_step my_dropping(const client_migration &migration)
 {
-    client_step step{client_step_class::free, "indexes, triggers and views that change are dropped"};
+    client_migration_step step{client_migration_class::free, "indexes, triggers and views that change are dropped"};
     const std::vector<client_object> &objects = migration.old_list.objects;
     for (auto object = objects.rbegin(); object != objects.rend(); ++object) {
         const bool is_later = my_is_tbl(*object) || object->kind == client_kind::counter;
@@ -186,9 +188,9 @@ static client_step my_dropping(const client_migration &migration)
     return step;
 }
 
-static client_step my_creating(const client_migration &migration)
+static client_migration_step my_creating(const client_migration &migration)
 {
-    client_step step{client_step_class::free, "indexes, triggers and views are created"};
+    client_migration_step step{client_migration_class::free, "indexes, triggers and views are created"};
     for (const client_object &object : migration.new_list.objects) {
         if (my_is_tbl(object) || my_stays(migration, object, migration.old_list))
             continue;
@@ -204,9 +206,9 @@ static client_step my_creating(const client_migration &migration)
 }
 
 // A statement that fails unless all rows that are referred to are there. SQLite's own answer is a list of rows.
-static client_step my_checking()
+static client_migration_step my_checking()
 {
-    return {client_step_class::free,
+    return {client_migration_class::free,
             "references are checked",
             "",
             "",
@@ -221,7 +223,7 @@ static client_step my_checking()
 static void my_rehearse(KT_context *ctx, const client_migration &migration, client_rehearsal &rehearsal)
 {
     KT_TRY(client_rehearsal__open(ctx, rehearsal, migration.old_list.objects));
-    for (const client_step &step : migration.steps)
+    for (const client_migration_step &step : migration.steps)
         KT_TRY(client_rehearsal__run(ctx, rehearsal, step.sql));
 }
 
@@ -234,12 +236,12 @@ static void my_plan_steps(KT_context *ctx, client_migration &migration)
     KT_TRY(my_change_tbls(ctx, migration, rehearsal));
     my_add_tbls(migration);
     KT_TRY(client_add_new_versions(ctx, migration));
-    client_step dropping = my_dropping(migration);
+    client_migration_step dropping = my_dropping(migration);
     if (!dropping.sql.empty())
         migration.steps.insert(migration.steps.begin(), std::move(dropping));
-    client_step creating = my_creating(migration);
+    client_migration_step creating = my_creating(migration);
     const auto versions = std::find_if(migration.steps.begin(), migration.steps.end(),
-                                       [](const client_step &step) { return step.numbers_rows; });
+                                       [](const client_migration_step &step) { return step.numbers_rows; });
     if (!creating.sql.empty())
         migration.steps.insert(versions, std::move(creating));
     migration.steps.push_back(my_checking());
@@ -256,7 +258,7 @@ void client_plan_migration(KT_context *ctx, const tov_client_migrate_options &op
     KT_TRY(my_plan_steps(ctx, migration));
 }
 
-static bool my_is_allowed(const client_migration &migration, const client_step &step,
+static bool my_is_allowed(const client_migration &migration, const client_migration_step &step,
                           const tov_client_migrate_options &options)
 {
     const auto is_named = [&](std::string_view name) {
@@ -279,7 +281,7 @@ static bool my_is_allowed(const client_migration &migration, const client_step &
 void client_check_losses(KT_context *ctx, const client_migration &migration, const tov_client_migrate_options &options)
 {
     std::string losses;
-    for (const client_step &step : migration.steps) {
+    for (const client_migration_step &step : migration.steps) {
         if (!step.loss.empty() && !my_is_allowed(migration, step, options))
             losses += (losses.empty() ? "" : "; ") + step.description;
     }

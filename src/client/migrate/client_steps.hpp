@@ -7,10 +7,10 @@
 
 #include <unordered_set>
 
-enum class client_step_class : uint8_t { free, rebuilds, may_fail, loses };
+enum class client_migration_class : uint8_t { free, rebuilds, may_fail, loses };
 
-struct client_step {
-    client_step_class weight = client_step_class::free;
+struct client_migration_step {
+    client_migration_class weight = client_migration_class::free;
     std::string description;
     std::string tbl = {};         // in SQLite
     std::string count_query = {}; // of rows that may fail, or values that are lost
@@ -31,7 +31,7 @@ struct client_migration {
     client_object_list old_list;
     client_object_list new_list;
     std::unordered_set<std::string> touched; // tables, by new names in lower case, on which everything is made anew
-    std::vector<client_step> steps;
+    std::vector<client_migration_step> steps;
 };
 
 // A table of both schemas.
