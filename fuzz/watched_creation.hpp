@@ -48,15 +48,15 @@ inline bool is_harmful_function(const char *name)
     return sqlite3_strnicmp(name, "sqlite_", 7) == 0;
 }
 
-// The table of the client's own, which numbers the rows of tables with a rowversion: tov_rowversion, with a number
-// after tov where the schema has tables whose names begin like that.
+// A name of the client's own: tov and an ending, with a number between them where the schema has tables whose names
+// begin like that.
 inline bool is_named(const watch &w, const std::string &name, const char *ending)
 {
     const size_t end = name.find_first_not_of("0123456789", 3);
-    return name.rfind("tov", 0) == 0 && end != name.npos && name.substr(end) == ending &&
-           w.tbls.count(name) == 0;
+    return name.rfind("tov", 0) == 0 && end != name.npos && name.substr(end) == ending && w.tbls.count(name) == 0;
 }
 
+// The table that numbers the rows of tables with a rowversion.
 inline bool is_version_tbl(const watch &w, const std::string &name)
 {
     return is_named(w, name, "_rowversion");

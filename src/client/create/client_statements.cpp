@@ -209,7 +209,8 @@ static void my_each(KT_context *ctx, writing &w) noexcept
 
 uint32_t client_count_statements(const client_plan &plan) noexcept
 {
-    auto count = static_cast<uint32_t>(plan.tbls.size()) + (my_needs_counter(plan) ? 1 : 0) + (plan.with_record ? 1 : 0);
+    auto count =
+        static_cast<uint32_t>(plan.tbls.size()) + (my_needs_counter(plan) ? 1 : 0) + (plan.with_record ? 1 : 0);
     for (const client_tbl &tbl : plan.tbls) {
         count += static_cast<uint32_t>(tbl.indexes.size());
         for (client_kind kind : kinds_on_tbls)

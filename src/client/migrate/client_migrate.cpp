@@ -38,7 +38,7 @@ void tov_client__plan_migration(KT_context *ctx, tov_schema *old_schema, tov_sch
 {
     kt_contain(ctx, [&] {
         const tov_client_migrate_options chosen = options ? *options : tov_client_migrate_options{};
-        client_migration migration{ctx};
+        client_migration migration;
         kt_owned_varray list{ctx};
         migration.old_schema = old_schema;
         migration.new_schema = new_schema;
@@ -71,7 +71,7 @@ void tov_client__write_migration(KT_context *ctx, tov_schema *old_schema, tov_sc
 {
     kt_contain(ctx, [&] {
         const tov_client_migrate_options chosen = options ? *options : tov_client_migrate_options{};
-        client_migration migration{ctx};
+        client_migration migration;
         kt_owned_string text{ctx};
         migration.old_schema = old_schema;
         migration.new_schema = new_schema;
@@ -184,7 +184,7 @@ void tov_client__migrate_database(KT_context *ctx, const char *file_name, tov_sc
     kt_contain(ctx, [&] {
         client_connection database;
         recorded_schema recorded{ctx};
-        client_migration migration{ctx};
+        client_migration migration;
         migration.new_schema = new_schema;
         KT_TRY(client_connection__open(ctx, database, file_name, false));
         KT_TRY(my_migrate(ctx, database, recorded, migration, options ? *options : tov_client_migrate_options{}));

@@ -17,7 +17,7 @@ static void my_keep(KT_context *ctx, void *data, const client_statement &stateme
 void client_list_objects(KT_context *ctx, tov_schema *schema, const tov_client_create_options *options,
                          client_object_list &list)
 {
-    client_choose(options, list.plan);
+    KT_TRY(client_apply_options(ctx, options, list.plan));
     KT_TRY(client_make_plan(ctx, schema, list.plan));
     KT_TRY(client_each_statement(ctx, schema, list.plan, my_keep, &list));
 }

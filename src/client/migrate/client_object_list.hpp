@@ -17,9 +17,6 @@ struct client_object {
 };
 
 struct client_object_list {
-    explicit client_object_list(KT_context *ctx) noexcept : plan(ctx)
-    {
-    }
     client_plan plan;
     std::vector<client_object> objects;              // in the order of their creation
     std::unordered_map<std::string, size_t> by_name; // in lower case

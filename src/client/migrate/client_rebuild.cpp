@@ -193,7 +193,7 @@ void client_add_new_versions(KT_context *ctx, client_migration &migration)
         const bool is_carried = std::any_of(carried.cols.begin(), carried.cols.end(), [&](const carried_col &col) {
             return client_quoted(col.new_col->name) == versioned.col;
         });
-        if (versioned.col.empty() || is_carried || !migration.new_list.plan.with_rules)
+        if (versioned.col_id.empty() || is_carried || !migration.new_list.plan.with_rules)
             continue;
         const std::string name = client_quoted(changed.new_tbl.sqlite_name);
         client_migration_step step{client_migration_class::rebuilds, changed.new_tbl.name + ": rows get their versions",

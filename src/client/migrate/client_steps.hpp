@@ -22,9 +22,6 @@ struct client_migration_step {
 
 // A migration while it is planned.
 struct client_migration {
-    explicit client_migration(KT_context *ctx) noexcept : old_list(ctx), new_list(ctx)
-    {
-    }
     tov_schema *old_schema = nullptr;
     tov_schema *new_schema = nullptr;
     client_comparison comparison;
