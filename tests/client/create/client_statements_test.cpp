@@ -233,7 +233,7 @@ TEST_F(ClientStatements, SurviveFailingAllocations)
     const std::string expected = script();
     for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
         KT_string *text = nullptr;
-        tov_client__write_script(ctx, schema, &text);
+        tov_client__write_script__with(ctx, schema, &without_record, &text);
         if (KT_context__has_err(ctx)) {
             EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
             EXPECT_EQ(text, nullptr);
