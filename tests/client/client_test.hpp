@@ -38,7 +38,7 @@ inline std::string rows(sqlite3 *connection, const std::string &sql)
 
 // Scripts that tests read lack the record of the schema, which has tests of its own.
 inline constexpr tov_client_create_options without_record = {
-    0, nullptr, nullptr, TOV_CLIENT_RULES_SERVER, TOV_CLIENT_INDEXES_ALL, 1};
+    0, nullptr, nullptr, TOV_CLIENT_RULES_SERVER, TOV_CLIENT_INDEXES_ALL, TOV_CLIENT_COLLATIONS_BUILTIN, 1};
 
 class ClientTest : public SchemaTest {
   protected:

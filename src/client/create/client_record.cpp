@@ -24,5 +24,7 @@ void client_write_record(KT_context *ctx, tov_schema *schema, const client_plan 
     sql = "CREATE TABLE " + client_quoted(client_record_name(plan)) + " AS SELECT 1 AS version, " +
           my_literal(KT_string__sz(json)) + " AS document, " +
           std::to_string(plan.with_rules ? TOV_CLIENT_RULES_SERVER : TOV_CLIENT_RULES_BASIC) + " AS rules, " +
-          std::to_string(plan.indexes) + " AS indexes, " + std::to_string(plan.with_views) + " AS views";
+          std::to_string(plan.indexes) + " AS indexes, " +
+          std::to_string(plan.with_collations ? TOV_CLIENT_COLLATIONS_SERVER : TOV_CLIENT_COLLATIONS_BUILTIN) +
+          " AS collations, " + std::to_string(plan.with_views) + " AS views";
 }

@@ -32,6 +32,7 @@ class ClientCollations : public ClientTest {
     {
         tov_client_create_options options = {};
         options.collations = collations;
+        options.no_record = 1;
         KT_string *text = nullptr;
         tov_client__write_script__with(ctx, schema, &options, &text);
         return take(ctx, text);

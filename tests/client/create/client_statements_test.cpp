@@ -58,7 +58,7 @@ TEST_F(ClientStatements, KnowTheOptionsThatTheyAreMadeWith)
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.message);
-        const tov_client_create_options options = {0, nullptr, nullptr, c.rules, c.indexes, 0};
+        const tov_client_create_options options = {0, nullptr, nullptr, c.rules, c.indexes, 0, 0};
         KT_string *text = nullptr;
         tov_client__write_script__with(ctx, schema, &options, &text);
         EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);

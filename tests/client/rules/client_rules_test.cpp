@@ -232,7 +232,7 @@ TEST_F(ClientRules, LimitTheNumbersOfAnIdentityColumn)
 TEST_F(ClientRules, AreLeftOutOnDemandAndWhereTheServersTypesAreNotKnown)
 {
     create_tables({declared(base::datetime)});
-    const tov_client_create_options options = {0, nullptr, nullptr, TOV_CLIENT_RULES_BASIC, TOV_CLIENT_INDEXES_ALL, 0};
+    const tov_client_create_options options = {0, nullptr, nullptr, TOV_CLIENT_RULES_BASIC, TOV_CLIENT_INDEXES_ALL, TOV_CLIENT_COLLATIONS_BUILTIN, 0};
     KT_string *text = nullptr;
     tov_client__write_script__with(ctx, schema, &options, &text);
     const std::string basic = take(ctx, text);
