@@ -83,19 +83,19 @@ class ClientTest : public SchemaTest {
         set_pk("t", "a");
     }
 
-    std::string script()
+    std::string script(const tov_client_create_options *options = &without_record)
     {
         KT_string *text = nullptr;
-        tov_client__write_script__with(ctx, schema, &without_record, &text);
+        tov_client__write_script__with(ctx, schema, options, &text);
         return take(ctx, text);
     }
     // Opens a database in memory and runs the script of the schema there.
-    void open()
+    void open(const tov_client_create_options *options = &without_record)
     {
         close();
         ASSERT_EQ(sqlite3_open(":memory:", &connection), SQLITE_OK);
         KT_sqlite__normalise_dates(ctx, tov__get_sqlite_functions(), connection);
-        const std::string text = script();
+        const std::string text = script(options);
         ASSERT_OK(ctx);
         ASSERT_EQ(run(connection, text), "") << text;
     }

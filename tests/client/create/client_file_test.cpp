@@ -96,7 +96,7 @@ TEST_F(ClientFile, IsNeverRemovedFromUnderAnotherProcess)
     ::close(signal[0]);
     EXPECT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 0);
-    EXPECT_EQ(tbls_in_file(), "OfTheOther");
+    EXPECT_EQ(tbls_in_file(), "OfTheOther tov_schema");
     EXPECT_EQ(count_files(), 1u);
 }
 
@@ -166,7 +166,7 @@ TEST_F(ClientFile, BehindALinkIsUsedAndNeverRemoved)
     create("T", false);
     EXPECT_OK(ctx);
     EXPECT_TRUE(fs::is_symlink(path));
-    EXPECT_EQ(tbls_in_file(), "T");
+    EXPECT_EQ(tbls_in_file(), "T tov_schema");
 }
 
 TEST_F(ClientFile, ThatIsRemovedAgainAndAgainIsGivenUp)

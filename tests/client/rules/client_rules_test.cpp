@@ -232,10 +232,9 @@ TEST_F(ClientRules, LimitTheNumbersOfAnIdentityColumn)
 TEST_F(ClientRules, AreLeftOutOnDemandAndWhereTheServersTypesAreNotKnown)
 {
     create_tables({declared(base::datetime)});
-    const tov_client_create_options options = {0, nullptr, nullptr, TOV_CLIENT_RULES_BASIC, TOV_CLIENT_INDEXES_ALL, TOV_CLIENT_COLLATIONS_BUILTIN, 0};
-    KT_string *text = nullptr;
-    tov_client__write_script__with(ctx, schema, &options, &text);
-    const std::string basic = take(ctx, text);
+    tov_client_create_options options = without_record;
+    options.rules = TOV_CLIENT_RULES_BASIC;
+    const std::string basic = script(&options);
     EXPECT_EQ(basic.find("1753"), std::string::npos);
     EXPECT_NE(script().find("1753"), std::string::npos);
     std::string document = document_of_tables({declared(base::datetime)});
