@@ -7,11 +7,17 @@
 #include <cstdlib>
 #include <new>
 
-void *operator new(size_t size)
+// The form that does not throw is std::stable_sort's, which sorts without a buffer when there is none.
+void *operator new(size_t size, const std::nothrow_t &) noexcept
 {
     if (allocations_to_failure > 0 && --allocations_to_failure == 0)
-        throw std::bad_alloc();
-    if (void *block = std::malloc(size > 0 ? size : 1))
+        return nullptr;
+    return std::malloc(size > 0 ? size : 1);
+}
+
+void *operator new(size_t size)
+{
+    if (void *block = operator new(size, std::nothrow))
         return block;
     throw std::bad_alloc();
 }

@@ -105,7 +105,7 @@ TEST_F(HostCheckModelTest, Like)
 {
     add("C", "varchar", 20);
     add("D", "nvarchar", 40);
-    static constexpr std::pair<const char *, element> parts[] = {
+    static const std::pair<const char *, element> parts[] = {
         {"a", {false, false, "a"}},
         {"B", {false, false, "B"}},
         {"1", {false, false, "1"}},
