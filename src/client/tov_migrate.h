@@ -36,8 +36,8 @@ typedef struct tov_client_migrate_options {
  *                    - "description": what it does, for people; "table": the table's name in SQLite
  *                    - "class": "free" (no row is touched), "rebuilds" (a table is written anew), "may fail" (on rows
  *                      that the new schema does not take) or "loses data"
- *                    - "count": of those that may fail, a query for the old database that counts such rows, and of those
- *                      that lose data, what is lost
+ *                    - "count": of those that may fail, a query for the old database that counts such rows;
+ *                      of those that lose data, what is lost
  *                    - "loss": what tov_client_migrate_options.allowed_losses has to say so that it may be done
  *                    - "sql": the statements, a list of strings
  *
@@ -58,7 +58,8 @@ TOV_API void tov_client__write_migration(KT_context *ctx, tov_schema *old_schema
                                          const tov_client_migrate_options *options, KT_string **script) KT_NOEXCEPT;
 
 /**
- * Migrates a database from the schema that it has recorded. Views, indexes and triggers that somebody has added are kept.
+ * Migrates a database from the schema that it has recorded. Views, indexes and triggers that somebody has added are
+ * kept.
  *
  * Fails with KT_ERR_NOT_FOUND when the database has no record of its schema; with KT_ERR_SCHEMA_NOT_SUPPORTED at a loss
  * that is not allowed, and where a table is not what the record says; with KT_ERR_SQLITE(rc) where a row is not taken.
