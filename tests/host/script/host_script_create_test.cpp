@@ -19,7 +19,6 @@ const name_case database_cases[] = {
     {"named like something within one", "create database Audit", "Audit"},
     {"named like that, and another statement", "create database Encryption print 'x'", "Encryption"},
     {"named like that, and its options", "create database Scoped containment = none on (name = 'a')", "Scoped"},
-    {"an audit", "create database audit specification S for server audit A add (select on T by public)", nullptr},
     {"an encryption key", "create database encryption key with algorithm = aes_256 encryption by server certificate C",
      nullptr},
     {"a scoped credential", "create database scoped credential C with identity = 'x', secret = 'y'", nullptr},
