@@ -74,13 +74,14 @@ void client_pair_tbls(const client_comparison &comparison, bool by_id, const cli
         else if (work.is_open(pair.old_at) && !work.new_taken[pair.new_at])
             work.join(pair.old_at, pair.new_at, false);
     }
-    if (by_id) // an id may be empty, a key that joins may not
+    // An id or a name may be empty, a key that joins may not.
+    if (by_id)
         return client_join_equal(work, [&](bool is_old, size_t n) { return '+' + kt_folded(sides.at(is_old, n).id); });
     client_join_names(work, [&](bool is_old, size_t n) {
         const client_tbl_content &tbl = sides.at(is_old, n);
         return tbl.has_facts ? tbl.name : std::string();
     });
     // Where one document does not know the server's names, those in SQLite are what both have.
-    client_join_names(work, [&](bool is_old, size_t n) { return sides.at(is_old, n).sqlite_name; });
+    client_join_names(work, [&](bool is_old, size_t n) { return '+' + sides.at(is_old, n).sqlite_name; });
     my_guess_tbls(sides, work);
 }
