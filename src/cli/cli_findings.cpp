@@ -62,12 +62,21 @@ void cli_check_findings_options(const cli_findings_options &options)
     }
 }
 
+namespace {
+
+struct unexpected_findings {
+    uint32_t all = 0;
+    uint32_t failing = 0; // with --strict
+};
+
+} // namespace
+
 // Marks the findings that are expected, and gives how many are not.
-static uint32_t my_mark_expected(const cli_findings &findings, const cli_findings_options &options)
+static unexpected_findings my_mark_expected(const cli_findings &findings, const cli_findings_options &options)
 {
     KT_context *ctx = findings.ctx;
     std::multiset<std::string> known = my_read_baseline(ctx, options.baseline);
-    uint32_t unexpected = 0;
+    unexpected_findings unexpected;
     for (KT_vhash *finding : cli_maps_of(ctx, findings.list)) {
         const auto place = known.find(my_identity(ctx, finding));
         const auto &allowed = options.allowed;
@@ -77,20 +86,22 @@ static uint32_t my_mark_expected(const cli_findings &findings, const cli_finding
         } else if (std::find(allowed.begin(), allowed.end(), cli_text_of(ctx, finding, "code")) != allowed.end()) {
             cli_add_text(ctx, finding, cli_expected, "allowed");
         } else {
-            unexpected++;
+            unexpected.all++;
+            unexpected.failing += cli_text_of(ctx, finding, "severity") != "info";
         }
     }
     return unexpected;
 }
 
 // One line for each finding that is not expected.
-static std::string my_lines(const cli_findings &findings)
+static std::string my_lines(const cli_findings &findings, bool with_info)
 {
     KT_string *lines = nullptr;
     KT_string__alloc(findings.ctx, &lines);
     cli_check(findings.ctx, "");
     for (const KT_vhash *finding : cli_maps_of(findings.ctx, findings.list)) {
-        if (!cli_text_of(findings.ctx, finding, cli_expected).empty())
+        const bool is_info = cli_text_of(findings.ctx, finding, "severity") == "info";
+        if (!cli_text_of(findings.ctx, finding, cli_expected).empty() || (is_info && !with_info))
             continue;
         tov_host__format_finding(findings.ctx, finding, lines);
         KT_string__append__sz(findings.ctx, lines, "\n");
@@ -109,7 +120,7 @@ static std::string my_summary(const cli_findings &findings, uint32_t unexpected)
             counts[cli_text_of(findings.ctx, finding, "code")]++;
     }
     std::vector<std::vector<std::string>> lines;
-    for (const char *severity : {"error", "warning", "note"}) {
+    for (const char *severity : {"error", "warning", "note", "info"}) {
         for (uint32_t n = 0; const tov_host_finding_kind *kind = tov_host__get_nth_finding_kind(n); n++) {
             if (std::string(kind->severity) == severity && counts.contains(kind->code))
                 lines.push_back({std::to_string(counts[kind->code]), severity, kind->code, kind->meaning});
@@ -141,24 +152,25 @@ static std::vector<cli_sarif_rule> my_rules()
 static std::string my_text(const cli_findings &findings, const std::string &format, const std::string &source)
 {
     if (format == "text")
-        return my_lines(findings);
+        return my_lines(findings, true);
     return format == "sarif" ? cli_sarif(findings.ctx, my_rules(), findings.list, source) : my_json(findings);
 }
 
-void cli_report_findings(const cli_findings &findings, const cli_findings_options &options, const std::string &source)
+void cli_report_findings(const cli_findings &findings, const cli_findings_options &options, bool is_verbose,
+                         const std::string &source)
 {
-    const uint32_t unexpected = my_mark_expected(findings, options);
+    const unexpected_findings unexpected = my_mark_expected(findings, options);
     const bool has_file = !options.output.empty();
     const std::string shown = has_file || options.format.empty() ? "text" : options.format;
     if (!options.is_quiet) {
-        cli_tell("%s", my_text(findings, shown, source).c_str());
+        cli_tell("%s", (shown == "text" ? my_lines(findings, is_verbose) : my_text(findings, shown, source)).c_str());
         if (shown == "text" && findings.count)
-            cli_tell("%s", my_summary(findings, unexpected).c_str());
+            cli_tell("%s", my_summary(findings, unexpected.all).c_str());
     }
     if (has_file)
         cli_write_file(options.output, my_text(findings, options.format.empty() ? "json" : options.format, source));
-    if (options.is_strict && unexpected)
-        throw cli_failure(std::to_string(unexpected) + " findings, and --strict allows none", "", cli_found);
+    if (options.is_strict && unexpected.failing)
+        throw cli_failure(std::to_string(unexpected.failing) + " findings, and --strict allows none", "", cli_found);
 }
 
 void cli_add_findings_options(const cli_command &command, cli_findings_options &options)

@@ -37,6 +37,7 @@ void cli_add_findings_options(const cli_command &command, cli_findings_options &
 void cli_check_findings_options(const cli_findings_options &options);
 
 // Prints the findings that are neither allowed nor in the baseline, with their number by code at the end, and writes
-// all to the file; as JSON or SARIF all are printed. Throws where --strict asks for it. source is the file or folder
-// where findings are that have no place.
-void cli_report_findings(const cli_findings &findings, const cli_findings_options &options, const std::string &source);
+// all to the file; as JSON or SARIF all are printed, as text those of severity info when is_verbose. Throws where
+// --strict asks for it. source is the file or folder where findings are that have no place.
+void cli_report_findings(const cli_findings &findings, const cli_findings_options &options, bool is_verbose,
+                         const std::string &source);

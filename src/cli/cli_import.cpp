@@ -132,5 +132,6 @@ void cli_add_source_options(const cli_command &command, cli_import_options &opti
                    "what a function such as db_name() or suser_sname() gives in defaults; may be repeated",
                    "NAME=VALUE");
     command.option("--txid", options.txid, "the transaction id of every table (default: 0)");
-    command.flag("--verbose", options.is_verbose, "also report fields of an export that are not known");
+    command.flag("--verbose", options.is_verbose,
+                 "also print findings of severity info, and report fields of an export that are not known");
 }

@@ -22,6 +22,12 @@ static std::string my_uri(const std::string &path)
     return uri;
 }
 
+// SARIF has no level below a note.
+static const char *my_level(std::string_view severity)
+{
+    return severity == "error" ? "error" : severity == "warning" ? "warning" : "note";
+}
+
 static void my_add_rules(KT_context *ctx, const std::vector<cli_sarif_rule> &kinds, KT_vhash *driver)
 {
     KT_varray *rules = cli_add_list(ctx, driver, "rules");
@@ -29,7 +35,7 @@ static void my_add_rules(KT_context *ctx, const std::vector<cli_sarif_rule> &kin
         KT_vhash *rule = cli_append_map(ctx, rules);
         cli_add_text(ctx, rule, "id", kind.code);
         cli_add_text(ctx, cli_add_map(ctx, rule, "shortDescription"), "text", kind.meaning);
-        cli_add_text(ctx, cli_add_map(ctx, rule, "defaultConfiguration"), "level", kind.severity);
+        cli_add_text(ctx, cli_add_map(ctx, rule, "defaultConfiguration"), "level", my_level(kind.severity));
     }
 }
 
@@ -58,7 +64,7 @@ static void my_add_result(KT_context *ctx, KT_varray *results, const KT_vhash *f
 {
     KT_vhash *result = cli_append_map(ctx, results);
     cli_add_text(ctx, result, "ruleId", cli_text_of(ctx, finding, "code").c_str());
-    cli_add_text(ctx, result, "level", cli_text_of(ctx, finding, "severity").c_str());
+    cli_add_text(ctx, result, "level", my_level(cli_text_of(ctx, finding, "severity")));
     const std::string host_text = cli_text_of(ctx, finding, "host_text");
     const std::string message = cli_text_of(ctx, finding, "reason") + (host_text.empty() ? "" : ": " + host_text);
     cli_add_text(ctx, cli_add_map(ctx, result, "message"), "text", message.c_str());

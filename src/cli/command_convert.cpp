@@ -208,7 +208,7 @@ static int my_run(const convert_options &options)
                            {options.database, my_new_name(options.database), options.schema});
     new_database database(options.database);
     cli_import(ctx, options.import, sources, &schema, &findings);
-    cli_report_findings(findings, options.findings, cli_common_path(sources));
+    cli_report_findings(findings, options.findings, options.import.is_verbose, cli_common_path(sources));
     if (!options.schema.empty())
         cli_write_file(options.schema, cli_schema_json(ctx, schema));
     my_create(ctx, options, schema, database.path());

@@ -40,7 +40,7 @@ static int my_run(const import_options &options)
     const std::vector<cli_source> sources = cli_read_sources(options.import.sources);
     cli_keep_import_inputs(options.import, sources, options.findings, {options.output});
     cli_import(ctx, options.import, sources, &schema, &findings);
-    cli_report_findings(findings, options.findings, cli_common_path(sources));
+    cli_report_findings(findings, options.findings, options.import.is_verbose, cli_common_path(sources));
     cli_write_file(options.output, my_schema_json(ctx, schema, options.with_host_internals));
     return cli_done;
 }
@@ -52,9 +52,8 @@ void cli_add_import(cli_arguments &arguments)
     command.details(
         "SOURCE is a package (.dacpac, .bacpac), a T-SQL script, several of them or a folder of them (all its .sql\n"
         "files), or the JSON document that the query of tov-schema catalogue-query prints on a server. Its content\n"
-        "says which it is. What is approximated or left out is a finding, one line each on standard error; how many "
-        "there\n"
-        "are of each kind is said at the end.\n"
+        "says which it is. What is approximated or left out is a finding, one line each on standard error; how many\n"
+        "there are of each kind is said at the end.\n"
         "PATTERN is SCHEMA.TABLE, or a table's name in every schema; * stands for any characters, ? for one.\n\n"
         "Examples: tov-schema import Shop.dacpac -o schema.json\n"
         "          tov-schema import Tables/ --skip \"staging.*\" -o schema.json\n"

@@ -123,7 +123,8 @@ typedef struct tov_host_finding_kind {
     /**
      * "error": something of the source has no place in the schema, or may be missing from it unseen. "warning": the
      * SQLite database accepts, fills in or holds something else than the server. "note": the server's rules are kept,
-     * or are not in force there either; the finding says what else may differ.
+     * or are not in force there either; the finding says what else may differ. "info": SQLite's own means come near to
+     * what the server does; --strict takes no notice of it.
      */
     const char *severity;
     const char *meaning; /**< a sentence without full stop, for people */

@@ -58,6 +58,21 @@ TEST_F(CliFindings, OfACodeThatIsAllowedAreNeitherPrintedNorHeldAgainstStrict)
     EXPECT_EQ(all.err, "0 findings, and 4 expected\n");
 }
 
+TEST_F(CliFindings, OfSeverityInfoAreCountedAndPassStrict)
+{
+    write("t.sql", "CREATE TABLE dbo.T (Code nvarchar(9) COLLATE Latin1_General_CI_AS NOT NULL PRIMARY KEY)");
+    const command_result result = import({"--strict", "--findings", path("f.json")});
+    EXPECT_EXIT_CODE(result, 0);
+    EXPECT_EQ(result.err, "1 finding:\n"
+                          "  1  info  comparison-approximate  SQLite tells strings apart that the server takes as "
+                          "equal\n");
+    EXPECT_NE(read("f.json").find(R"("severity":"info","table":"dbo.T","column":"Code")"), std::string::npos);
+    EXPECT_EQ(import({"--verbose"}).err.find("comparison-approximate: dbo.T.Code: kept: "), 0u);
+    EXPECT_EXIT_CODE(import({"--findings", path("f.sarif"), "--format", "sarif"}), 0);
+    EXPECT_NE(read("f.sarif").find(R"("ruleId":"comparison-approximate","level":"note")"), std::string::npos);
+    EXPECT_EQ(read("f.sarif").find(R"("level":"info")"), std::string::npos);
+}
+
 TEST_F(CliFindings, AnAllowedCodeMustBeOne)
 {
     const command_result result = import({"--allow", "default-droped"});

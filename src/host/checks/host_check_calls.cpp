@@ -22,12 +22,6 @@ struct check_function {
 static constexpr const char *not_text = "a function is used on something other than a text";
 static constexpr int64_t utf_8_page = 65001;
 
-static bool my_is_multibyte(const host_column &col)
-{
-    return col.code_page == 932 || col.code_page == 936 || col.code_page == 949 || col.code_page == 950 ||
-           col.code_page == 1361 || col.code_page == 54936;
-}
-
 // A whole number that SQLite computes by an expression of its own.
 static host_value my_number(host_check_reader &reader, std::string_view place, const std::string &expr)
 {
@@ -65,15 +59,16 @@ static host_value my_data_length(host_check_reader &reader, std::string_view pla
                                  std::array<host_value, 2> &arguments)
 {
     const host_value &value = arguments[0];
+    const bool is_utf_8 = value.col && value.col->code_page == utf_8_page;
     if (value.kind == kind::binary)
         return my_number(reader, place, "length(" + value.expr + ")");
-    if (value.kind != kind::text || (!host_is_unicode(*value.col) && my_is_multibyte(*value.col)))
+    if (value.kind != kind::text ||
+        (!host_is_unicode(*value.col) && !is_utf_8 && host_is_multibyte(value.col->code_page)))
         return host_check_refuse(reader, "DATALENGTH is used where SQLite counts other bytes");
     if (host_is_unicode(*value.col))
         return my_units(place, value, value.expr, true);
     return my_number(reader, place,
-                     value.col->code_page == utf_8_page ? "length(CAST(" + value.expr + " AS BLOB))"
-                                                        : "length(" + value.expr + ")");
+                     is_utf_8 ? "length(CAST(" + value.expr + " AS BLOB))" : "length(" + value.expr + ")");
 }
 
 template <host_case Letters>

@@ -16,6 +16,12 @@ static host_value my_truth()
     return {host_value_kind::truth};
 }
 
+static void my_note_compared(host_check_reader &reader, const host_value &value)
+{
+    if (value.kind == host_value_kind::text)
+        reader.reading.compared.push_back(value.col);
+}
+
 // Reads the other side of a comparison; the sign is IN or BETWEEN when there are more of these.
 static host_value my_read_compared(host_check_reader &reader, host_value &left, std::string_view sign)
 {
@@ -24,6 +30,8 @@ static host_value my_read_compared(host_check_reader &reader, host_value &left, 
         return right;
     if (const char *refusal = host_compare(reader.reading.changes, left, right, sign))
         return host_check_refuse(reader, refusal);
+    my_note_compared(reader, left);
+    my_note_compared(reader, right);
     return my_truth();
 }
 
@@ -62,6 +70,7 @@ static host_value my_read_like(host_check_reader &reader, const host_value &left
         return escape;
     if (const char *refusal = host_match(reader.reading.changes, left, pattern, has_escape ? &escape : nullptr, word))
         return host_check_refuse(reader, refusal);
+    my_note_compared(reader, left);
     return my_truth();
 }
 

@@ -17,6 +17,8 @@ struct host_check_reading {
     bool unprepared = false;
     // The columns that it uses, each once, in order.
     std::vector<const host_column *> cols;
+    // Those that are compared as strings.
+    std::vector<const host_column *> compared;
     // Whether one pair of parentheses holds the whole text.
     bool is_enclosed = false;
 };

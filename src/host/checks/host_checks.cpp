@@ -43,6 +43,7 @@ static void my_add_or_report(KT_context *ctx, host_import &import, host_table &t
         return;
     }
     KT_TRY(my_add_check(ctx, import, table, check, reading));
+    import.compared_in_checks.insert(reading.compared.begin(), reading.compared.end());
     if (check.is_not_trusted)
         KT_TRY(my_report(ctx, import, table, check, "check-untrusted",
                          "kept: the server has not checked the rows that are there, so some may break it"));

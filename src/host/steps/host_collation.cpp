@@ -1,6 +1,8 @@
 // What a collation's name and comparison style say about comparing texts.
 #include "steps/host_collation.hpp"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
 // Bits of the comparison style.
@@ -8,6 +10,12 @@ static constexpr int64_t ignore_case = 1;
 static constexpr int64_t ignore_accent = 2;
 static constexpr int64_t ignore_kana = 65536;
 static constexpr int64_t ignore_width = 131072;
+
+bool host_is_multibyte(int64_t code_page)
+{
+    constexpr int64_t multibyte[] = {932, 936, 949, 950, 1361, 54936, 65001};
+    return std::find(std::begin(multibyte), std::end(multibyte), code_page) != std::end(multibyte);
+}
 
 // Takes one option off the end of a name, such as "_CI"; empty when the end is none.
 static std::string_view my_take_option(std::string_view &name)

@@ -14,6 +14,9 @@ struct host_collation_rules {
     bool sc = false; // counts supplementary characters as one
 };
 
+// Code pages in which a character takes one to four bytes: those of Japanese, Chinese and Korean, and UTF-8.
+bool host_is_multibyte(int64_t code_page);
+
 // The name may be null. The style, where there is one (not negative), is a better source than the name for what may
 // be ignored; whether texts are compared as bytes, and supplementary characters, only the name tells.
 host_collation_rules host_read_collation(const char *name, int64_t comparison_style);

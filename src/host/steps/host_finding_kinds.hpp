@@ -5,6 +5,7 @@
 
 #include <string_view>
 
+inline constexpr const char *host_info = "info";
 inline constexpr const char *host_note = "note";
 inline constexpr const char *host_warning = "warning";
 inline constexpr const char *host_error = "error";
@@ -67,6 +68,7 @@ inline constexpr tov_host_finding_kind host_finding_kinds[] = {
     {"index-filter", host_note, "An index holds all rows, since SQLite would read its filter differently"},
     {"index-included", host_note, "Columns that an index only carries along become part of it, or are left out"},
     {"index-order", host_note, "A unique index has all of its columns in ascending order"},
+    {"comparison-approximate", host_info, "SQLite tells strings apart that the server takes as equal"},
     {"fk-disabled", host_note, "A disabled foreign key is left out"},
     {"fk-untrusted", host_note, "The server has not checked a foreign key on all rows"},
     {"fk-parent-missing", host_warning, "A foreign key is left out, since what it refers to is missing"},

@@ -1,8 +1,8 @@
 // From a source to a schema: reads it, decides, and describes table after table.
 //
 // Deciding comes first, because what a column becomes depends on its table's keys. Then all tables get their columns,
-// then their keys, then the references between them, which need both ends, and at last the checks, which SQLite
-// compiles against complete tables.
+// then their keys, then the references between them, which need both ends, then the checks, which SQLite compiles
+// against complete tables. What is said of comparisons depends on which of these were kept.
 #include "steps/host_import.hpp"
 
 #include "defaults/host_constant.hpp"
@@ -96,6 +96,8 @@ static void my_build(KT_context *ctx, host_import &import, int64_t txid)
         KT_TRY(host_add_foreignkeys(ctx, import, *table));
     for (host_table *table : tables)
         KT_TRY(host_add_checks(ctx, import, *table));
+    for (const host_table *table : tables)
+        KT_TRY(host_report_comparisons(ctx, import, *table));
     KT_TRY(host_report_cycles(ctx, import));
 }
 

@@ -33,6 +33,9 @@ struct host_import {
     // By type and text: a database repeats a few defaults many thousand times, and each is tried in SQLite.
     std::unordered_map<std::string, host_translation> translations = {};
     host_condition_trial trial = {};
+    // The columns whose comparisons decide which rows are accepted.
+    std::unordered_set<const host_column *> compared_in_keys = {};
+    std::unordered_set<const host_column *> compared_in_checks = {};
 };
 
 // host_select.cpp: which tables are imported, and what they are called in SQLite.
@@ -83,6 +86,9 @@ void host_add_foreignkeys(KT_context *ctx, host_import &import, host_table &tabl
 
 // host_checks.cpp
 void host_add_checks(KT_context *ctx, host_import &import, host_table &table);
+
+// host_comparisons.cpp, after keys, indexes and checks: which strings SQLite does not compare as the server does.
+void host_report_comparisons(KT_context *ctx, host_import &import, const host_table &table);
 
 // host_cycles.cpp
 void host_report_cycles(KT_context *ctx, host_import &import);

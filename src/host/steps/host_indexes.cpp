@@ -96,6 +96,10 @@ static void my_check_filter(host_index_work &work, host_any_index &any)
         any.where = std::move(reading.condition);
     else if (any.is_unique)
         my_leave_out(work, any, "unique-filtered", "it holds for some of the rows only, and of its filter " + any.flaw);
+    if (any.flaw.empty() && any.is_unique) {
+        work.import.compared_in_keys.insert(any.index.cols.begin(), any.index.cols.end());
+        work.import.compared_in_checks.insert(reading.compared.begin(), reading.compared.end());
+    }
 }
 
 static bool my_is_ascending(const host_index &index)

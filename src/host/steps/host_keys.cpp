@@ -156,6 +156,7 @@ static void my_add_unique(KT_context *ctx, host_import &import, host_table &tabl
         KT_TRY(
             tov_schema__add_to_unique_constraint(ctx, import.schema, table.id_text.c_str(), col->id_text, id.c_str()));
     table.parent_keys.push_back(key.cols);
+    import.compared_in_keys.insert(key.cols.begin(), key.cols.end());
 }
 
 // The server lets a unique key hold one NULL, SQLite any number. One finding for a key: it names the column where only
@@ -185,6 +186,7 @@ static void my_add_pk(KT_context *ctx, host_import &import, host_table &table)
         KT_TRY(tov_schema__add_to_pk(ctx, import.schema, table.id_text.c_str(), col->id_text));
     if (!table.has_rowid || (pk.cols.size() == 1 && pk.cols.front()->rowid_key)) {
         table.parent_keys.push_back(pk.cols);
+        import.compared_in_keys.insert(pk.cols.begin(), pk.cols.end());
         return;
     }
     KT_TRY(my_add_unique(ctx, import, table, pk, "PK"));

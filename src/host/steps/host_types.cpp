@@ -191,17 +191,6 @@ static void my_add_decimal(KT_context *ctx, host_import &import, const host_tabl
     }
 }
 
-// Code pages in which a character takes one to four bytes, so that the width in bytes allows fewer characters.
-static bool my_is_multibyte(int64_t code_page)
-{
-    constexpr int64_t multibyte[] = {932, 936, 949, 950, 1361, 54936, 65001};
-    for (const int64_t page : multibyte) {
-        if (page == code_page)
-            return true;
-    }
-    return false;
-}
-
 static void my_add_text(KT_context *ctx, host_import &import, const host_table &table, const host_column &col,
                         const host_type &type)
 {
@@ -211,7 +200,7 @@ static void my_add_text(KT_context *ctx, host_import &import, const host_table &
                                          rules.locale.empty() ? nullptr : rules.locale.c_str(), rules.binary,
                                          rules.noaccent, rules.nocase, rules.ks, rules.ws, rules.sc, type.fixed_width,
                                          type.unicode, width));
-    if (col.prepared && width > 0 && type.width == host_width::bytes && my_is_multibyte(col.code_page))
+    if (col.prepared && width > 0 && type.width == host_width::bytes && host_is_multibyte(col.code_page))
         KT_TRY(import.findings.add(ctx, "width-in-bytes", &table, &col,
                                    my_declared_type(col, std::to_string(width).c_str()).c_str(),
                                    "kept with its width in characters: the server counts bytes of code page " +

@@ -25,6 +25,17 @@ GO
 CREATE VIEW V AS SELECT 1 AS A
 )";
 
+// What is read a second time for SQLite: checks, filters and defaults, and what is said of their comparisons.
+constexpr std::string_view conditions = R"(CREATE TABLE dbo.Translated (
+    Id uniqueidentifier NOT NULL DEFAULT newid() PRIMARY KEY,
+    Code nvarchar(40) COLLATE Latin1_General_CI_AS NOT NULL DEFAULT (upper('a') + N'b') UNIQUE,
+    Zip char(5) COLLATE SQL_Latin1_General_CP1_CI_AS CHECK (Zip LIKE '[0-9][0-9][^x]__' OR len(Zip) > 3),
+    Rate decimal(9, 4) DEFAULT ((1.5)) CHECK (Rate * 2 >= 0.25 AND abs(Rate) < 7),
+    At datetime2(3) DEFAULT dateadd(day, 7, getdate()), Till smalldatetime DEFAULT '19700101',
+    CHECK (Code IN ('a fairly long string', 'another long string') AND At > '20200101 10:00' AND year(At) < 2100),
+    CHECK (CASE WHEN Zip IS NULL THEN 1 ELSE 0 END = 1 OR Till < At), CHECK (Rate > dbo.f(Rate)))
+CREATE UNIQUE INDEX IX ON dbo.Translated (Zip) WHERE Code <> N'x' AND Id <> '6F9619FF-8B86-D011-B42D-00C04FC964FF')";
+
 std::string a_small_package()
 {
     const std::string type = an_element("SqlTypeSpecifier", "", references("Type", "[int]", "BuiltIns"));
@@ -66,6 +77,12 @@ TEST_F(HostMemoryTest, Scripts)
     sweep(script);
 }
 
+TEST_F(HostMemoryTest, Conditions)
+{
+    sweep(conditions);
+    EXPECT_TRUE(has("GLOB")) << document();
+}
+
 TEST_F(HostMemoryTest, Packages)
 {
     sweep(a_small_package());
@@ -74,7 +91,7 @@ TEST_F(HostMemoryTest, Packages)
 TEST_F(HostMemoryTest, TheMemoryOfTheRuntimeMayRunOutToo)
 {
     const std::string package = a_small_package();
-    for (const std::string_view source : {script, std::string_view(package)}) {
+    for (const std::string_view source : {script, conditions, std::string_view(package)}) {
         for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
             import_file(source);
             const bool is_imported = !KT_context__has_err(ctx);
