@@ -74,6 +74,12 @@ static void my_add_calendar(const std::string &value, std::vector<client_rule> &
     rules.push_back({client_about(value, is_day), "not a day of the calendar"});
 }
 
+// The server keeps a moment with an offset in UTC, which is at most 14 hours away.
+static constexpr const char *beyond_utc =
+    "@ < '0001' OR (@ < '0001-01-01 14' AND substr(@,-6,1) = '+' AND substr(@,12,5) < substr(@,-5)) OR "
+    "(@ > '9999-12-31 10' AND substr(@,-6,1) = '-' AND "
+    "(substr(@,12,2) + substr(@,-5,2)) * 60 + substr(@,15,2) + substr(@,-2) >= 1440)";
+
 static void my_add_limits(const client_server_type &type, const std::string &value, std::vector<client_rule> &rules)
 {
     switch (type.base) {
@@ -83,6 +89,10 @@ static void my_add_limits(const client_server_type &type, const std::string &val
     case client_base::smalldatetime:
         rules.push_back({client_about(value, "@ NOT BETWEEN '1900' AND '2079-06-07'"),
                          "out of range: smalldatetime (1900-01-01 to 2079-06-06)"});
+        break;
+    case client_base::datetimeoffset:
+        rules.push_back({client_about(value, beyond_utc), "out of range: " + client_declared_type_text({type, ""}) +
+                                                              " (0001-01-01 to 9999-12-31, in UTC too)"});
         break;
     default:
         rules.push_back({client_about(value, "@ < '0001'"),

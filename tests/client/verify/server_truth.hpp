@@ -238,6 +238,16 @@ inline bool truth_takes_offset(std::string_view offset)
     return minutes <= 59 && hours * 60 + minutes <= 14 * 60 && (is_east || hours + minutes > 0);
 }
 
+// What the server keeps of a moment with an offset is its UTC, which its days must have too.
+inline bool truth_has_utc(std::string_view moment, std::string_view offset)
+{
+    const int minute = truth_number(moment, 11, 2) * 60 + truth_number(moment, 14, 2);
+    const int away = truth_number(offset, 2, 2) * 60 + truth_number(offset, 5, 2);
+    if (offset[1] == '+')
+        return !moment.starts_with("0001-01-01") || minute >= away;
+    return !moment.starts_with("9999-12-31") || minute + away < 24 * 60;
+}
+
 // The form with three digits in which values are kept that SQLite's time functions would round.
 inline bool truth_is_shortened(const client_server_type &type, std::string_view text)
 {
@@ -252,9 +262,11 @@ inline bool truth_is_shortened(const client_server_type &type, std::string_view 
 inline bool truth_takes_moment(const moment_truth &truth, std::string text)
 {
     const client_server_type &type = truth.type.type;
+    std::string offset;
     if (type.base == truth_base::datetimeoffset) {
         if (text.size() < 7 || !truth_takes_offset(std::string_view(text).substr(text.size() - 7)))
             return false;
+        offset = text.substr(text.size() - 7);
         text.resize(text.size() - 7);
     }
     const bool is_shortened = truth_is_shortened(type, text);
@@ -265,6 +277,8 @@ inline bool truth_takes_moment(const moment_truth &truth, std::string text)
     if (text.size() < 19 || text[10] != ' ' || !truth_is_day(text.substr(0, 10)))
         return false;
     if (!is_shortened && !(truth_is_time(text.substr(11), truth_fraction(type)) && truth_has_steps(type, text)))
+        return false;
+    if (!offset.empty() && !truth_has_utc(text, offset))
         return false;
     return text >= truth.first && (is_shortened || text <= truth.last);
 }

@@ -30,6 +30,14 @@ static client_reject my_round_smalldatetime(client_moment &moment) noexcept
     return held ? client_reject::none : client_reject::out_of_range;
 }
 
+// The server keeps a moment with an offset in UTC.
+static bool my_has_utc(client_moment moment) noexcept
+{
+    moment.time -= moment.offset * client_units_a_minute;
+    client_carry_days(moment);
+    return moment.days >= 0 && moment.days <= client_last_day;
+}
+
 // Whether the parts that the text has are those of the type. A datetimeoffset without its offset is UTC.
 static bool my_has_right_parts(client_base base, const client_parsed_moment &moment) noexcept
 {
@@ -52,6 +60,8 @@ client_reject client_read_moment(const client_server_type &type, const client_fi
     const bool is_old = type.base == client_base::datetime || type.base == client_base::smalldatetime;
     if (parsed.digits > (is_old ? 3 : type.scale))
         return client_reject::too_precise;
+    if (type.base == client_base::datetimeoffset && !my_has_utc(moment))
+        return client_reject::out_of_range;
     client_reject reject = client_reject::none;
     if (is_old)
         reject = type.base == client_base::datetime ? my_round_datetime(moment) : my_round_smalldatetime(moment);

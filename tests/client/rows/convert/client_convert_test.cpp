@@ -236,6 +236,12 @@ constexpr convert_case moment_cases[] = {
     {"eight digits", datetime7, text, "2013-07-01 23:59:59.99949991", "too-precise"},
     {"datetimeoffset", offset7, text, "2013-07-01 12:30:45.1234567 +02:00", "'2013-07-01 12:30:45.1234567 +02:00'"},
     {"datetimeoffset in UTC", offset7, text, "2013-07-01T12:30:45Z", "'2013-07-01 12:30:45.0000000 +00:00'"},
+    {"the first moment with an offset", offset7, text, "0001-01-01 01:30:00 +01:30",
+     "'0001-01-01 01:30:00.0000000 +01:30'"},
+    {"before all days in UTC", offset7, text, "0001-01-01 01:29:59.9999999 +01:30", "out-of-range"},
+    {"the last moment with an offset", offset7, text, "9999-12-31 22:29:59.9999999 -01:30",
+     "'9999-12-31 22:29:59.9999999 -01:30'"},
+    {"after all days in UTC", offset7, text, "9999-12-31 22:30:00 -01:30", "out-of-range"},
     {"offset too far", offset7, text, "2013-07-01 12:30:45 +14:01", "not-a-datetime"},
 };
 
