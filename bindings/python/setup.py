@@ -12,13 +12,13 @@ from setuptools.command.build_py import build_py
 from wheel.bdist_wheel import bdist_wheel
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-LIBRARIES = ("libtov_schema.so.0", "libtov_schema_tools.so.0")
+LIBRARIES = ("libtov_schema.so.0", "libtov_schema_tools.so.0", "sqlite/libtov_sqlite.so.0")
 
 
 def build_libraries(folder):
-    """Builds both libraries and gives the folder that they are in. Each finds the other beside itself."""
+    """Builds the libraries and gives the folder that they are in. Each finds the others beside itself."""
     options = {"CMAKE_BUILD_TYPE": "Release", "BUILD_SHARED_LIBS": "ON", "TOV_SCHEMA_BUILD_TOOLS": "ON",
-               "TOV_SCHEMA_BUILD_COMMAND": "OFF", "TOV_SCHEMA_BUILD_EXTENSION": "OFF", "TOV_SCHEMA_BUILD_TESTS": "OFF",
+               "TOV_SCHEMA_BUILD_COMMAND": "OFF", "TOV_SCHEMA_BUILD_EXTENSION": "ON", "TOV_SCHEMA_BUILD_TESTS": "OFF",
                "CMAKE_BUILD_RPATH_USE_ORIGIN": "ON", "CMAKE_BUILD_RPATH": "$ORIGIN"}
     subprocess.run(["cmake", "-S", ROOT, "-B", folder, *(f"-D{name}={value}" for name, value in options.items())],
                    check=True)
@@ -34,7 +34,7 @@ class BuildWithLibraries(build_py):
         target = pathlib.Path(self.build_lib) / "tov_schema" / "lib"
         target.mkdir(parents=True, exist_ok=True)
         for name in LIBRARIES:
-            shutil.copy(made / name, target / name)
+            shutil.copy(made / name, target / pathlib.Path(name).name)
 
 
 class NativeDistribution(Distribution):

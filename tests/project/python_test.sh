@@ -16,6 +16,7 @@ cd "$work"
 
 headers=$(printf '%s:' "$build"/include/*)
 env PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=package TOV_SCHEMA_LIBRARY="$build/src/libtov_schema_tools.so" \
+    TOV_SQLITE_LIBRARY="$build/src/sqlite/libtov_sqlite.so" \
     TOV_HEADERS="${headers%:}" TOV_EXAMPLES="$build/examples" \
     "$python" -m pytest --quiet -p no:cacheprovider package/tests
 
@@ -27,6 +28,9 @@ import tov_schema
 schema, findings, loaded = tov_schema.convert(*sys.argv[1:])
 assert tov_schema.__file__.endswith("installed/tov_schema/__init__.py"), tov_schema.__file__
 assert loaded.loaded > 500 and loaded.rejected == 0, loaded
+equal, = tov_schema.connect(sys.argv[2], collations="server").execute(
+    "SELECT 'Straße' = 'STRASSE ' COLLATE Latin1_General_CI_AS").fetchone()
+assert equal == 1
 print(f"installed: {len(schema.tables())} tables, {loaded.loaded} rows")
 END
 

@@ -15,11 +15,18 @@ STRUCTURES = {
     "tov_client_create_options": _library.CreateOptions,
     "tov_client_load_options": _library.LoadOptions,
     "tov_client_unload_options": _library.UnloadOptions,
+    "tov_client_violation_kind": _library.ViolationKind,
+    "tov_client_violation": _library.Violation,
+    "tov_client_check_options": _library.CheckOptions,
+    "tov_client_compare_options": _library.CompareOptions,
+    "tov_client_migrate_options": _library.MigrateOptions,
+    "tov_client_report_options": _library.ReportOptions,
 }
 NUMBERS = {
     **{f"TOV_HOST_SOURCE_{word.upper()}": number for word, number in _schema._KINDS.items()},
     **{f"TOV_CLIENT_RULES_{word.upper()}": number for word, number in _schema._RULES.items()},
     **{f"TOV_CLIENT_INDEXES_{word.upper()}": number for word, number in _schema._INDEXES.items()},
+    **{f"TOV_CLIENT_COLLATIONS_{word.upper()}": number for word, number in _schema._COLLATIONS.items()},
     "KT_ERR_SQLITE(0) >> 32": _library._SQLITE_DOMAIN,
     "KT_ERR_UNEXPECTED_VALUE": _library._UNEXPECTED_VALUE,
 }
@@ -29,8 +36,8 @@ NUMBERS = {
 def layouts(tmp_path_factory):
     """What a C program says: NAME SIZE, STRUCTURE.MEMBER OFFSET, and NUMBER VALUE."""
     folder = tmp_path_factory.mktemp("layout")
-    lines = ['#include "tov_client.h"', '#include "tov_host.h"', '#include "tov_row_parts.h"', "#include <stdio.h>",
-             "int main(void) {"]
+    headers = ("tov_check", "tov_client", "tov_host", "tov_migrate", "tov_report", "tov_row_parts")
+    lines = [*(f'#include "{name}.h"' for name in headers), "#include <stdio.h>", "int main(void) {"]
     for name, structure in STRUCTURES.items():
         lines.append(f'printf("{name}\\t%zu\\n", sizeof({name}));')
         lines += [f'printf("{name}.{member}\\t%zu\\n", offsetof({name}, {member}));' for member, *_ in structure._fields_]

@@ -78,6 +78,39 @@ class UnloadOptions(ctypes.Structure):
                 ("tbl_count", ctypes.c_uint32), ("query", ctypes.c_char_p)]
 
 
+class ViolationKind(ctypes.Structure):
+    _fields_ = [("code", ctypes.c_char_p), ("severity", ctypes.c_char_p), ("meaning", ctypes.c_char_p)]
+
+
+class Violation(ctypes.Structure):
+    _fields_ = [("kind", ctypes.POINTER(ViolationKind)), ("tbl", ctypes.c_char_p), ("has_rowid", ctypes.c_int32),
+                ("rowid", ctypes.c_int64), ("key", ctypes.c_char_p), ("col", ctypes.c_char_p),
+                ("value", ctypes.c_char_p), ("message", ctypes.c_char_p)]
+
+
+class CheckOptions(ctypes.Structure):
+    _fields_ = [("rules", ctypes.c_int32), ("only", ctypes.POINTER(ctypes.c_char_p)), ("only_count", ctypes.c_uint32),
+                ("skip", ctypes.POINTER(ctypes.c_char_p)), ("skip_count", ctypes.c_uint32), ("max", ctypes.c_int64),
+                ("progress", CreateProgress), ("progress_data", _POINTER)]
+
+
+class CompareOptions(ctypes.Structure):
+    _fields_ = [("by_id", ctypes.c_int32), ("renames", ctypes.POINTER(ctypes.c_char_p)),
+                ("rename_count", ctypes.c_uint32)]
+
+
+class MigrateOptions(ctypes.Structure):
+    _fields_ = [("compare", CompareOptions), ("create", ctypes.POINTER(CreateOptions)),
+                ("allowed_losses", ctypes.POINTER(ctypes.c_char_p)), ("allowed_loss_count", ctypes.c_uint32)]
+
+
+class ReportOptions(ctypes.Structure):
+    _fields_ = [("title", ctypes.c_char_p), ("findings", _POINTER), ("database", ctypes.c_char_p),
+                ("changes", _POINTER)]
+
+
+TakeViolation = ctypes.CFUNCTYPE(None, _POINTER, _POINTER, ctypes.POINTER(Violation))
+TakeReportFile = ctypes.CFUNCTYPE(None, _POINTER, _POINTER, ctypes.c_char_p, ctypes.c_char_p)
 # void (*)(ctx, data, part, bytes, size), and the two of loading parts.
 TakeRows = ctypes.CFUNCTYPE(None, _POINTER, _POINTER, ctypes.POINTER(RowPart), _POINTER, ctypes.c_size_t)
 TakePart = ctypes.CFUNCTYPE(None, _POINTER, _POINTER, ctypes.c_char_p, ctypes.c_char_p, ctypes.c_uint32, _POINTER,
@@ -123,7 +156,9 @@ _alloc_string = _declare("KT_string__alloc", _POINTER, _OUT)
 _free_string = _declare("KT_string__free", _POINTER, _POINTER)
 _string_sz = _declare("KT_string__sz", _POINTER, result=ctypes.c_char_p)
 _vhash_to_json = _declare("KT_vhash__to_json", _POINTER, _POINTER, _POINTER)
-_free_vhash = _declare("KT_vhash__free", _POINTER, _POINTER)
+free_vhash = _declare("KT_vhash__free", _POINTER, _POINTER)
+vhash_from_json = _declare("KT_vhash__alloc__from_json__sz", _POINTER, _OUT, ctypes.c_char_p)
+get_varray = _declare("KT_vhash__get__varray", _POINTER, _POINTER, ctypes.c_char_p, _OUT)
 _free_varray = _declare("KT_varray__free", _POINTER, _POINTER)
 _count_varray = _declare("KT_varray__count", _POINTER, _POINTER, ctypes.POINTER(ctypes.c_uint32))
 _get_vhash = _declare("KT_varray__get__vhash", _POINTER, _POINTER, ctypes.c_uint32, _OUT)
@@ -148,6 +183,22 @@ load_file = _declare("tov_client__load_file", _POINTER, _POINTER, ctypes.c_char_
 load_parts = _declare("tov_client__load_parts", _POINTER, _POINTER, ctypes.c_char_p, ReadParts, _POINTER)
 finish_load = _declare("tov_client__finish_load", _POINTER, _POINTER, _OUT, _OUT)
 free_loader = _declare("tov_client__free_loader", _POINTER, _POINTER)
+read_record = _declare("tov_client__read_record", _POINTER, ctypes.c_char_p, _OUT, ctypes.POINTER(CreateOptions))
+check_database = _declare("tov_client__check_database", _POINTER, _POINTER, ctypes.c_char_p,
+                          ctypes.POINTER(CheckOptions), TakeViolation, _POINTER, ctypes.POINTER(ctypes.c_int32))
+compare = _declare("tov_client__compare", _POINTER, _POINTER, _POINTER, ctypes.POINTER(CompareOptions), _OUT)
+plan_migration = _declare("tov_client__plan_migration", _POINTER, _POINTER, _POINTER, ctypes.POINTER(MigrateOptions),
+                          _OUT)
+write_migration = _declare("tov_client__write_migration", _POINTER, _POINTER, _POINTER, ctypes.POINTER(MigrateOptions),
+                           _OUT)
+migrate_database = _declare("tov_client__migrate_database", _POINTER, ctypes.c_char_p, _POINTER,
+                            ctypes.POINTER(MigrateOptions))
+write_html_report = _declare("tov_client__write_html_report", _POINTER, _POINTER, ctypes.POINTER(ReportOptions), _OUT)
+write_markdown_report = _declare("tov_client__write_markdown_report", _POINTER, _POINTER,
+                                 ctypes.POINTER(ReportOptions), TakeReportFile, _POINTER)
+# Of the SQLite that the library is linked with.
+add_extension = _declare("sqlite3_auto_extension", _POINTER, result=ctypes.c_int)
+remove_extension = _declare("sqlite3_cancel_auto_extension", _POINTER, result=ctypes.c_int)
 unload = _declare("tov_client__unload", _POINTER, _POINTER, ctypes.c_char_p, ctypes.c_char_p,
                   ctypes.POINTER(UnloadOptions), _OUT)
 
@@ -197,7 +248,7 @@ class Call:
         try:
             return self._json(handle)
         finally:
-            _free_vhash(self.context, handle)
+            free_vhash(self.context, handle)
 
     def take_maps(self, handle: ctypes.c_void_p) -> List[Any]:
         """The maps of a list that the library handed over, null being an empty one; it is freed."""

@@ -1,18 +1,22 @@
 """Schemas, and what is done with them."""
+import contextlib
 import ctypes
 import dataclasses
 import os
 import pathlib
-from typing import Any, Dict, Iterable, List, Mapping, NamedTuple, Optional, Sequence, Tuple, Union
+from typing import Any, ContextManager, Dict, Iterable, List, Mapping, NamedTuple, Optional, Sequence, Tuple, Union
 
+from . import _changes, _checks, _collations, _report, _values
 from . import _library as c
-from . import _values
+from ._changes import Changes, Step
+from ._checks import Checked
 
 Path = Union[str, "os.PathLike[str]"]
 _CLOCKS = {"reported": 0, "utc": 1, "local": 2}
 _KINDS = {"auto": 0, "json": 1, "package": 2, "script": 3}
 _RULES = {"server": 0, "basic": 1}
 _INDEXES = {"all": 0, "references": 1, "none": 2}
+_COLLATIONS = {"builtin": 0, "server": 1}
 
 
 @dataclasses.dataclass(frozen=True)
@@ -20,7 +24,7 @@ class Finding:
     """Something of a source that could not be carried over unchanged; docs/findings.md lists the codes."""
 
     code: str
-    severity: str  # "error", "warning" or "note"
+    severity: str  # "error", "warning", "note" or "info"
     reason: str
     table: Optional[str] = None
     column: Optional[str] = None
@@ -134,6 +138,14 @@ class Schema:
             call(c.schema_from_json, c.encoded(text), ctypes.byref(handle))
         return cls(handle)
 
+    @classmethod
+    def of_database(cls, database: Path) -> "Schema":
+        """The schema that a database was created from, as the database has recorded it; Error when it has not."""
+        handle = ctypes.c_void_p()
+        with c.Call() as call:
+            call(c.read_record, c.encoded_path(database), ctypes.byref(handle), None)
+        return cls(handle)
+
     def to_json(self) -> str:
         """The document as JSON text."""
         string = ctypes.c_void_p()
@@ -171,23 +183,84 @@ class Schema:
         with c.Call() as call:
             call(c.check_texts, self._handle)
 
-    def create_database(self, path: Path, *, views: bool = False, rules: str = "server", indexes: str = "all") -> None:
+    def create_database(self, path: Path, *, views: bool = False, rules: str = "server", indexes: str = "all",
+                        collations: str = "builtin") -> None:
         """Creates the tables, indexes and triggers in a database file: all of them, or none and Error.
 
         views: also a view v_TABLE for each table, which shows values as the server does.
         rules: "server" refuses what the server refuses, "basic" what the types alone refuse.
         indexes: "all", "references" (those that foreign keys need) or "none".
+        collations: "server" compares strings as the server does, with an extension that every connection needs then
+            (connect(collations="server")); "builtin" comes as near as SQLite's own means do.
         """
-        options = _create_options(views, rules, indexes)
-        with c.Call() as call:
+        options = _create_options(views, rules, indexes, collations)
+        with c.Call() as call, _collations_for(collations):
             call(c.create_database, self._handle, c.encoded_path(path), ctypes.byref(options))
 
-    def script(self, *, views: bool = False, rules: str = "server", indexes: str = "all") -> str:
+    def script(self, *, views: bool = False, rules: str = "server", indexes: str = "all",
+               collations: str = "builtin") -> str:
         """The script that create_database() runs."""
-        options, script = _create_options(views, rules, indexes), ctypes.c_void_p()
+        options, script = _create_options(views, rules, indexes, collations), ctypes.c_void_p()
         with c.Call() as call:
             call(c.write_script, self._handle, ctypes.byref(options), ctypes.byref(script))
             return call.take_string(script)
+
+    def check_database(self, database: Path, *, rules: str = "server", only: Iterable[str] = (),
+                       skip: Iterable[str] = (), limit: int = 0) -> Checked:
+        """Looks for rows that the server would refuse, in a database that anything may have made.
+
+        rules: "server", or "basic" for what breaks the types alone.
+        only, skip: names of tables, in SQLite or on the server.
+        limit: stop after so many violations; 0 for none.
+
+        >>> for violation in schema.check_database("shop.db").violations:
+        ...     print(violation.table, violation.rowid, violation.message)
+        """
+        return _checks.check(self._handle, database, _choice("rules", _RULES, rules), only, skip, limit)
+
+    def compare(self, new: "Schema", *, by_id: bool = False, renames: Iterable[str] = ()) -> Changes:
+        """What has changed from this schema to a new one, by their content.
+
+        by_id: tables and columns with one id are the same, for schemas of one origin; else names decide.
+        renames: OLD=NEW, of tables and of TABLE.COLUMN, so that nothing is guessed.
+
+        >>> [table.name for table in old.compare(new).tables]
+        ['sales.Orders']
+        """
+        return _changes.compare(self._handle, new._handle, by_id, renames)
+
+    def plan_migration(self, new: "Schema", *, by_id: bool = False, renames: Iterable[str] = ()) -> List[Step]:
+        """The steps from a database that was created from this schema to one of the new schema, without a database."""
+        return _changes.plan(self._handle, new._handle, _changes.migrate_options((), by_id, renames, None))
+
+    def migration_script(self, new: "Schema", *, allow: Iterable[str] = (), by_id: bool = False,
+                         renames: Iterable[str] = ()) -> str:
+        """The same as a script for the sqlite3 shell (with -bail). Error names the losses that are not allowed."""
+        return _changes.write(self._handle, new._handle, _changes.migrate_options(allow, by_id, renames, None))
+
+    def migrate_database(self, database: Path, *, allow: Iterable[str] = (), by_id: bool = False,
+                         renames: Iterable[str] = ()) -> None:
+        """Migrates a database to this schema from the one that it has recorded, with its rows: as a whole, or not at
+        all and Error, at a loss that is not allowed for instance, or at a row that this schema does not take.
+
+        allow: what may be lost, TABLE or TABLE.COLUMN of the old schema.
+        by_id, renames: as of compare().
+        """
+        _changes.migrate(database, self._handle, _changes.migrate_options(allow, by_id, renames, None))
+
+    def report_html(self, *, title: Optional[str] = None, findings: Iterable[Finding] = (),
+                    database: Optional[Path] = None, changes: Optional[Changes] = None) -> str:
+        """A report for people, as one HTML page that needs nothing but a browser.
+
+        findings: those of import_source().  database: its rows are counted and checked.
+        changes: those of compare() from an earlier schema to this one.
+        """
+        return _report.html(self._handle, title, _finding_maps(findings), database, changes and changes.details)
+
+    def report_markdown(self, *, title: Optional[str] = None, findings: Iterable[Finding] = (),
+                        database: Optional[Path] = None, changes: Optional[Changes] = None) -> Dict[str, str]:
+        """The same as Markdown with Mermaid diagrams: the texts of README.md and a file for each table, by name."""
+        return _report.markdown(self._handle, title, _finding_maps(findings), database, changes and changes.details)
 
     def load(self, database: Path, files: Iterable[Path], *, table: Optional[str] = None, format: Optional[str] = None,
              encoding: Optional[str] = None, field_end: Optional[str] = None, row_end: Optional[str] = None,
@@ -226,7 +299,7 @@ class Schema:
         names, report = c.strings(tables), ctypes.c_void_p()
         options = c.UnloadOptions(format=c.encoded(format), encoding=c.encoded(encoding), field_end=c.encoded(field_end),
                                   row_end=c.encoded(row_end), tbls=names, tbl_count=len(names), query=c.encoded(query))
-        with c.Call() as call:
+        with c.Call() as call, _collations.added_if_there():
             call(c.unload, self._handle, c.encoded_path(database), c.encoded_path(folder), ctypes.byref(options),
                  ctypes.byref(report))
             return call.take_maps(report)
@@ -265,7 +338,7 @@ class Schema:
 
     def _load(self, database: Path, options: c.LoadOptions, load_all: Any) -> Loaded:
         loader, report, remarks = ctypes.c_void_p(), ctypes.c_void_p(), ctypes.c_void_p()
-        with c.Call() as call:
+        with c.Call() as call, _collations.added_if_there():
             call(c.open_loader, self._handle, c.encoded_path(database), ctypes.byref(options), ctypes.byref(loader))
             try:
                 load_all(call, loader)
@@ -275,9 +348,19 @@ class Schema:
             return Loaded(call.take_maps(report), call.take_texts(remarks))
 
 
-def _create_options(views: bool, rules: str, indexes: str) -> c.CreateOptions:
+def _create_options(views: bool, rules: str, indexes: str, collations: str) -> c.CreateOptions:
     return c.CreateOptions(views=views, rules=_choice("rules", _RULES, rules),
-                           indexes=_choice("indexes", _INDEXES, indexes))
+                           indexes=_choice("indexes", _INDEXES, indexes),
+                           collations=_choice("collations", _COLLATIONS, collations))
+
+
+def _collations_for(collations: str) -> ContextManager[None]:
+    return _collations.added() if collations == "server" else contextlib.nullcontext()
+
+
+def _finding_maps(findings: Iterable[Finding]) -> List[Dict[str, str]]:
+    return [{name: value for name, value in dataclasses.asdict(finding).items() if value is not None}
+            for finding in findings]
 
 
 def _choice(what: str, numbers: Mapping[str, int], word: str) -> int:
@@ -341,14 +424,15 @@ def import_source(source: Union[bytes, Path, Iterable[Path]], *, kind: str = "au
 
 
 def convert(source: Union[Path, Iterable[Path]], database: Path, *, views: bool = False, rules: str = "server",
-            indexes: str = "all", **options: Any) -> Tuple[Schema, List[Finding], Loaded]:
+            indexes: str = "all", collations: str = "builtin",
+            **options: Any) -> Tuple[Schema, List[Finding], Loaded]:
     """Imports a source, creates the database and loads the rows that a package or INSERT statements hold.
 
     options: those of import_source().
     """
     files = _sources(source)
     schema, findings = import_source(files, **options)
-    schema.create_database(database, views=views, rules=rules, indexes=indexes)
+    schema.create_database(database, views=views, rules=rules, indexes=indexes, collations=collations)
     kinds = {c.recognise(content, len(content)) for _, content in files}
     if kinds == {_KINDS["package"]}:
         return schema, findings, schema._load_package(database, *files[0])
