@@ -37,8 +37,11 @@ static int my_apply(const migrate_options &options)
 static std::string my_step_text(KT_context *ctx, const KT_vhash *step)
 {
     const std::string count = cli_harmless_of(ctx, step, "count");
+    KT_bool only_apply = 0;
+    KT_vhash__check__bool(ctx, step, "only_apply", &only_apply);
     return cli_text_of(ctx, step, "class") + ": " + cli_harmless_of(ctx, step, "description") + "\n" +
-           (count.empty() ? "" : "    how many: " + count + "\n");
+           (count.empty() ? "" : "    how many: " + count + "\n") +
+           (only_apply ? "    only --apply can do this: it converts values as load does\n" : "");
 }
 
 static int my_plan(const migrate_options &options)

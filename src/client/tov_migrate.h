@@ -2,8 +2,9 @@
  * From a database that was created from one schema to one created from another, with its rows.
  *
  * The conventions are those of the schema module (tov_parse_defin.h). Afterwards the database has the tables, indexes,
- * triggers and views that it would have had it been created from the new schema, and the rows that it had, with their
- * values in the form of the new columns. Everything happens in one transaction: all of it or nothing.
+ * triggers and views that it would have had it been created from the new schema, and the rows that it had. A value of a
+ * column that gets another type becomes what loading it would make of it. Everything happens in one transaction: all of
+ * it or nothing.
  */
 #ifndef TOV_MIGRATE_H
 #define TOV_MIGRATE_H
@@ -40,6 +41,8 @@ typedef struct tov_client_migrate_options {
  *                      of those that lose data, what is lost
  *                    - "loss": what tov_client_migrate_options.allowed_losses has to say so that it may be done
  *                    - "sql": the statements, a list of strings
+ *                    - "only_apply", which is true, instead of "sql" where values have to be converted as
+ *                      tov_client__migrate_database() does, which SQL cannot
  *
  * Fails as tov_client__check_texts() and tov_client__compare() do. Losses that are not allowed are no failure here.
  */
@@ -52,7 +55,8 @@ TOV_API void tov_client__plan_migration(KT_context *ctx, tov_schema *old_schema,
  *
  * @param[out] script  owned.
  *
- * Fails with KT_ERR_SCHEMA_NOT_SUPPORTED at a loss that is not allowed; the description names all of them.
+ * Fails with KT_ERR_SCHEMA_NOT_SUPPORTED at a loss that is not allowed, and where values have to be converted in ways
+ * that SQL does not have; the description names all of them.
  */
 TOV_API void tov_client__write_migration(KT_context *ctx, tov_schema *old_schema, tov_schema *new_schema,
                                          const tov_client_migrate_options *options, KT_string **script) KT_NOEXCEPT;

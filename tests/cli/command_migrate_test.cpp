@@ -70,4 +70,44 @@ TEST_F(CommandMigrateTest, ADatabaseWithoutARecordIsRefused)
     EXPECT_EQ(result.err, "tov-schema: the database has no record of its schema: " + path("bare.db") + "\n");
 }
 
+// A string becomes a number as it does in a load; a script has no such conversion.
+TEST_F(CommandMigrateTest, ConvertsStringsOnlyInADatabase)
+{
+    const std::string new_schema = changed(R"({"name":"text","fixed_width":false,"nocase":true,"width":20},
+"mssql_col_data_type":"nvarchar")",
+                                           R"({"name":"date"},"mssql_col_data_type":"date")");
+    const command_result plan = run({"migrate", "--plan", old_schema, new_schema});
+    EXPECT_NE(plan.out.find("    only --apply can do this: it converts values as load does\n"), std::string::npos)
+        << plan.out;
+    const command_result script = run({"migrate", old_schema, new_schema});
+    EXPECT_EXIT_CODE(script, 2);
+    EXPECT_EQ(script.err,
+              "tov-schema: no script can convert the values of Parents.Title: migrate the database itself\n");
+    EXPECT_EXIT_CODE(run({"migrate", "--apply", path("shop.db"), new_schema}), 0);
+}
+
+// Strings go on comparing as the server compares them.
+TEST_F(CommandMigrateTest, KeepsTheServersCollations)
+{
+    const auto document = [](const std::string &type, const std::string &nullable) {
+        return R"({"compat_level":1,"backend":{},"tbls":{"1":{"name":"T","cols":{
+"1":{"name":"Name","type":{"name":"text","nocase":true,"unicode":true,"width":20},"notnull":{}},
+"2":{"name":"N","type":{"name":")" +
+               type + R"("}}},"pk":{"name":"PK","cols":{"1":null}},"server":{"schema":"dbo","name":"T","cols":[
+{"name":"Name","id":"1","type":"nvarchar","length":40,"collation":"Latin1_General_CI_AS"},
+{"name":"N","id":"2","type":")" +
+               nullable + R"(","nullable":true}]}}}})";
+    };
+    const std::string before = write("before.json", document("sint32", "int"));
+    const std::string after = write("after.json", document("real8", "float"));
+    ASSERT_EXIT_CODE(run({"create", "--collations", "server", before, path("c.db")}), 0);
+    write("T.csv", "Name,N\nStra\u00dfe,1\n");
+    ASSERT_EXIT_CODE(run({"load", before, path("c.db"), path("T.csv"), "--quiet"}), 0);
+    EXPECT_EXIT_CODE(run({"migrate", "--apply", path("c.db"), after}), 0);
+    EXPECT_EQ(run({"diff", path("c.db"), after}).out, "same\n");
+    write("more.csv", "Name,N\nSTRASSE,2\n");
+    const command_result again = run({"load", after, path("c.db"), path("more.csv"), "--table", "T", "--quiet"});
+    EXPECT_EXIT_CODE(again, 1); // the key is there
+}
+
 } // namespace

@@ -96,6 +96,40 @@ static bool my_may_create_index(const client_guard &guard, int action, const cha
     }
 }
 
+// Adding a column writes the schema table, and asks whether the rows obey the column's check.
+static bool my_may_add_column(const client_guard &guard, int action, const char *first, const char *second) noexcept
+{
+    switch (action) {
+    case SQLITE_ALTER_TABLE:
+        return my_equal(second, guard.tbl);
+    case SQLITE_UPDATE:
+        return my_is_schema_tbl(first);
+    case SQLITE_READ:
+        return my_is_schema_tbl(first) || my_equal(first, guard.tbl) || my_equal(first, "pragma_quick_check");
+    case SQLITE_PRAGMA:
+        return my_equal(first, "quick_check") && my_equal(second, guard.tbl);
+    case SQLITE_FUNCTION:
+        return client_is_harmless_function(second);
+    default:
+        return action == SQLITE_SELECT;
+    }
+}
+
+// The new table's trigger looks at each row.
+static bool my_may_copy(const client_guard &guard, int action, const char *first, const char *second) noexcept
+{
+    switch (action) {
+    case SQLITE_INSERT:
+        return my_equal(first, guard.tbl);
+    case SQLITE_READ:
+        return my_equal(first, guard.tbl) || my_equal(first, guard.name);
+    case SQLITE_FUNCTION:
+        return client_is_harmless_function(second);
+    default:
+        return action == SQLITE_SELECT;
+    }
+}
+
 static bool my_may_change_rows(const client_guard &guard, int action, const char *first, const char *second) noexcept
 {
     switch (action) {
@@ -158,6 +192,10 @@ static bool my_may(const client_guard &guard, int action, const char *first, con
         return my_may_create_tbl(guard, action, first, second);
     case client_duty::index:
         return my_may_create_index(guard, action, first, second);
+    case client_duty::column:
+        return my_may_add_column(guard, action, first, second);
+    case client_duty::copying:
+        return my_may_copy(guard, action, first, second);
     case client_duty::rows:
         return my_may_change_rows(guard, action, first, second);
     case client_duty::trigger:

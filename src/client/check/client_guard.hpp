@@ -9,7 +9,9 @@ enum class client_duty {
     expression,    // SELECT of an expression without tables
     tbl,           // CREATE TABLE of the table named
     index,         // CREATE INDEX of the index named, on the table named
+    column,        // ALTER TABLE ... ADD COLUMN of the table named
     rows,          // INSERT into and UPDATE of the table named
+    copying,       // INSERT into the table named, of what is selected from the other one named
     trigger,       // CREATE TRIGGER of the trigger named, on the table named
     view,          // CREATE VIEW of the view named
     reading,       // SELECT from any table
@@ -19,7 +21,7 @@ enum class client_duty {
 struct client_guard {
     client_duty duty = client_duty::nothing;
     const char *tbl = nullptr;
-    const char *name = nullptr; // of an index, trigger or view
+    const char *name = nullptr; // of an index, trigger or view, or of the table that is copied
 };
 
 // Gives a guard a duty until the end of the scope, and then none.

@@ -1,29 +1,64 @@
-// The order of a migration: what is made anew goes first, then tables go, get their names, are altered or rebuilt and
-// are added, and in the end everything on tables is made.
+// The order of a migration: what is made anew goes first, then tables go, get their names and those of their columns,
+// are altered or rebuilt and are added, and in the end everything on tables is made.
 #include "migrate/client_steps.hpp"
 
 #include "kt_folded.hpp"
 #include "migrate/client_rehearsal.hpp"
+#include "migrate/client_risks.hpp"
 #include "rows/table/client_row_tbl.hpp"
 
 #include <algorithm>
 
 #define KT_HERE "src/client/migrate/client_steps"
 
+// What creating a thing may do.
+static client_duty my_duty_of(client_kind kind)
+{
+    switch (kind) {
+    case client_kind::tbl:
+        return client_duty::tbl;
+    case client_kind::index:
+        return client_duty::index;
+    case client_kind::view:
+        return client_duty::view;
+    case client_kind::counter:
+    case client_kind::record:
+        return client_duty::own_statement;
+    default:
+        return client_duty::trigger;
+    }
+}
+
+static client_migration_statement my_creation_of(const client_object &object)
+{
+    return {object.sql, my_duty_of(object.kind), object.tbl, object.name};
+}
+
 static bool my_is_tbl(const client_object &object)
 {
     return object.kind == client_kind::tbl;
 }
 
-static client_changed_tbl my_changed(const client_migration &migration, const client_tbl_pair &pair)
+client_changed_tbl client_changed(const client_migration &migration, const client_tbl_pair &pair)
 {
     return {migration.comparison.old_content.tbls[pair.tbl.old_at],
             migration.comparison.new_content.tbls[pair.tbl.new_at], pair};
 }
 
+bool client_takes_converters(const client_migration_step &step)
+{
+    return std::any_of(step.statements.begin(), step.statements.end(),
+                       [](const client_migration_statement &statement) { return statement.copy.has_value(); });
+}
+
+std::string client_moving_name(const client_migration &migration, const std::string &name)
+{
+    return migration.new_list.plan.trigger_prefix + "moving_" + name;
+}
+
 static void my_add(client_migration &migration, client_migration_step step)
 {
-    if (!step.sql.empty())
+    if (!step.statements.empty())
         migration.steps.push_back(std::move(step));
 }
 
@@ -36,39 +71,10 @@ static void my_drop_tbls(client_migration &migration)
         const client_tbl_content &tbl = migration.comparison.old_content.tbls[pair.tbl.old_at];
         client_migration_step step{client_migration_class::loses, tbl.name + ": is dropped", tbl.sqlite_name};
         step.count_query = "SELECT count(*) FROM " + client_quoted(tbl.sqlite_name);
-        step.loss = tbl.name;
-        step.sql.push_back("DROP TABLE " + client_quoted(tbl.sqlite_name));
+        step.loss.old_tbl = pair.tbl.old_at;
+        step.add("DROP TABLE " + client_quoted(tbl.sqlite_name));
         my_add(migration, std::move(step));
     }
-}
-
-static std::string my_rename_tbl(const std::string &from, const std::string &to)
-{
-    return "ALTER TABLE " + client_quoted(from) + " RENAME TO " + client_quoted(to);
-}
-
-// Names may be exchanged, so a table whose new name another one has waits under a name of its own.
-static void my_rename_tbls(client_migration &migration)
-{
-    client_migration_step away{client_migration_class::free, "tables make way for others of their names"};
-    client_migration_step step{client_migration_class::free, "tables are renamed"};
-    for (const client_tbl_pair &pair : migration.comparison.tbls) {
-        if (!pair.tbl.is_both())
-            continue;
-        const client_changed_tbl changed = my_changed(migration, pair);
-        const std::string &from = changed.old_tbl.sqlite_name;
-        const std::string &to = changed.new_tbl.sqlite_name;
-        if (from == to)
-            continue;
-        const client_object *holder = migration.old_list.find(to);
-        const std::string waiting = migration.new_list.plan.trigger_prefix + "waiting_" + from;
-        if (holder && my_is_tbl(*holder))
-            away.sql.push_back(my_rename_tbl(from, waiting));
-        step.sql.push_back(my_rename_tbl(holder && my_is_tbl(*holder) ? waiting : from, to));
-        migration.touched.insert(kt_folded(to));
-    }
-    my_add(migration, std::move(away));
-    my_add(migration, std::move(step));
 }
 
 // A default that SQLite does not give to rows that are there already.
@@ -82,37 +88,27 @@ static void my_is_default_constant(KT_context *ctx, tov_schema *schema, const ch
     is_constant = !has || (expression && expression[0] != '(' && KT_strnicmp(expression, "current_", 8) != 0);
 }
 
-// The statements that alter a table in place. Not all changes have any: whether they come to the new table is tried.
+// The statements that alter a table in place; none can where a new column needs a value that SQLite does not give it.
+// Whether they come to the new table is tried.
 static void my_alterations(KT_context *ctx, const client_migration &migration, const client_changed_tbl &changed,
-                           std::vector<std::string> &sql)
+                           client_migration_step &step, bool &is_possible)
 {
-    const std::string alter = "ALTER TABLE " + client_quoted(changed.new_tbl.sqlite_name);
+    const std::string &tbl = changed.new_tbl.sqlite_name;
+    is_possible = true;
     for (const client_pair &pair : changed.pair.cols) {
         const client_part *old_col = pair.old_at == client_nothing ? nullptr : &changed.old_tbl.cols[pair.old_at];
         const client_part *new_col = pair.new_at == client_nothing ? nullptr : &changed.new_tbl.cols[pair.new_at];
-        const bool was_stored = old_col && !old_col->id.empty();
-        const bool is_stored = new_col && !new_col->id.empty();
-        if (was_stored && is_stored && old_col->sqlite_name != new_col->sqlite_name)
-            sql.push_back(alter + " RENAME COLUMN " + client_quoted(old_col->sqlite_name) + " TO " +
-                          client_quoted(new_col->sqlite_name));
-        if (was_stored || !is_stored)
+        if ((old_col && !old_col->id.empty()) || !new_col || new_col->id.empty())
             continue;
         const char *tbl_id = changed.new_tbl.id.c_str();
         const char *defin = nullptr;
         bool is_constant = false;
         KT_TRY(my_is_default_constant(ctx, migration.new_schema, tbl_id, new_col->id.c_str(), is_constant));
         KT_TRY(tov_schema__get_col_defin(ctx, migration.new_schema, tbl_id, new_col->id.c_str(), nullptr, &defin));
-        sql.push_back(is_constant ? alter + " ADD COLUMN " + defin : "");
+        is_possible = is_possible && is_constant;
+        step.statements.push_back(
+            {"ALTER TABLE " + client_quoted(tbl) + " ADD COLUMN " + defin, client_duty::column, tbl});
     }
-}
-
-// Whether values must be written anew though the table's statement need not: two server types may have one in SQLite.
-static void my_is_value_kept(KT_context *ctx, const client_migration &migration, const client_changed_tbl &changed,
-                             bool &is_kept)
-{
-    bool needs = false;
-    KT_TRY(client_needs_values(ctx, migration, changed, needs));
-    is_kept = !needs;
 }
 
 static void my_change_tbl(KT_context *ctx, client_migration &migration, client_rehearsal &rehearsal,
@@ -121,14 +117,16 @@ static void my_change_tbl(KT_context *ctx, client_migration &migration, client_r
     const client_object *wanted = migration.new_list.find(changed.new_tbl.sqlite_name);
     client_migration_step step{client_migration_class::free, changed.new_tbl.name + ": is altered in place",
                                wanted->name};
+    bool needs_values = false;
     bool is_in_place = false;
-    KT_TRY(my_is_value_kept(ctx, migration, changed, is_in_place));
-    KT_TRY(my_alterations(ctx, migration, changed, step.sql));
-    const bool is_possible = std::find(step.sql.begin(), step.sql.end(), "") == step.sql.end();
-    if (is_in_place && is_possible)
-        KT_TRY(client_rehearsal__try(ctx, rehearsal, step.sql, *wanted, is_in_place));
-    KT_TRY(client_add_col_risks(ctx, migration, changed));
-    if (is_in_place && is_possible)
+    KT_TRY(client_needs_values(ctx, migration, changed, needs_values));
+    KT_TRY(my_alterations(ctx, migration, changed, step, is_in_place));
+    if (needs_values)
+        is_in_place = false;
+    if (is_in_place)
+        KT_TRY(client_rehearsal__try(ctx, rehearsal, step.statements, *wanted, is_in_place));
+    KT_TRY(client_add_risks(ctx, migration, changed));
+    if (is_in_place)
         return my_add(migration, std::move(step));
     migration.touched.insert(kt_folded(wanted->name));
     KT_TRY(client_add_rebuild(ctx, migration, changed));
@@ -138,7 +136,7 @@ static void my_change_tbls(KT_context *ctx, client_migration &migration, client_
 {
     for (const client_tbl_pair &pair : migration.comparison.tbls) {
         if (pair.tbl.is_both())
-            KT_TRY(my_change_tbl(ctx, migration, rehearsal, my_changed(migration, pair)));
+            KT_TRY(my_change_tbl(ctx, migration, rehearsal, client_changed(migration, pair)));
     }
 }
 
@@ -148,9 +146,9 @@ static void my_add_tbls(client_migration &migration)
         if (pair.tbl.old_at != client_nothing)
             continue;
         const client_tbl_content &tbl = migration.comparison.new_content.tbls[pair.tbl.new_at];
-        const client_object *object = migration.new_list.find(tbl.sqlite_name);
-        migration.steps.push_back(
-            {client_migration_class::free, tbl.name + ": is created", tbl.sqlite_name, "", "", {object->sql}});
+        client_migration_step step{client_migration_class::free, tbl.name + ": is created", tbl.sqlite_name};
+        step.statements.push_back(my_creation_of(*migration.new_list.find(tbl.sqlite_name)));
+        migration.steps.push_back(std::move(step));
     }
 }
 
@@ -159,8 +157,7 @@ static bool my_stays(const client_migration &migration, const client_object &obj
 {
     const client_object *other = others.find(object.name);
     const bool is_touched = migration.touched.contains(kt_folded(object.tbl));
-    return other && other->kind == object.kind && other->sql == object.sql && !is_touched &&
-           object.kind != client_kind::record;
+    return other && other->kind == object.kind && other->sql == object.sql && !is_touched;
 }
 
 // Rows keep their versions: the numbers go on where they were.
@@ -170,8 +167,8 @@ static void my_create_counter(const client_migration &migration, const client_ob
     for (const client_object &old_object : migration.old_list.objects) {
         if (old_object.kind != client_kind::counter)
             continue;
-        step.sql.push_back("UPDATE " + client_quoted(counter.name) +
-                           " SET (last, stored) = (SELECT last, stored FROM " + client_quoted(old_object.name) + ")");
+        step.add("UPDATE " + client_quoted(counter.name) + " SET (last, stored) = (SELECT last, stored FROM " +
+                 client_quoted(old_object.name) + ")");
     }
 }
 
@@ -182,8 +179,8 @@ static client_migration_step my_dropping(const client_migration &migration)
     for (auto object = objects.rbegin(); object != objects.rend(); ++object) {
         const bool is_later = my_is_tbl(*object) || object->kind == client_kind::counter;
         if (!is_later && !my_stays(migration, *object, migration.new_list))
-            step.sql.push_back(std::string("DROP ") + client_object_word(object->kind) + " IF EXISTS " +
-                               client_quoted(object->name));
+            step.add(std::string("DROP ") + client_object_word(object->kind) + " IF EXISTS " +
+                     client_quoted(object->name));
     }
     return step;
 }
@@ -194,13 +191,13 @@ static client_migration_step my_creating(const client_migration &migration)
     for (const client_object &object : migration.new_list.objects) {
         if (my_is_tbl(object) || my_stays(migration, object, migration.old_list))
             continue;
-        step.sql.push_back(object.sql);
+        step.statements.push_back(my_creation_of(object));
         if (object.kind == client_kind::counter)
             my_create_counter(migration, object, step);
     }
     for (const client_object &object : migration.old_list.objects) {
         if (object.kind == client_kind::counter && !my_stays(migration, object, migration.new_list))
-            step.sql.push_back("DROP TABLE " + client_quoted(object.name));
+            step.add("DROP TABLE " + client_quoted(object.name));
     }
     return step;
 }
@@ -208,15 +205,13 @@ static client_migration_step my_creating(const client_migration &migration)
 // A statement that fails unless all rows that are referred to are there. SQLite's own answer is a list of rows.
 static client_migration_step my_checking()
 {
-    return {client_migration_class::free,
-            "references are checked",
-            "",
-            "",
-            "",
-            {"CREATE TEMP TABLE tov_references (count CONSTRAINT \"rows refer to rows that are not there\" "
-             "CHECK (count = 0))",
-             "INSERT INTO tov_references SELECT count(*) FROM pragma_foreign_key_check",
-             "DROP TABLE temp.tov_references"}};
+    client_migration_step step{client_migration_class::free, "references are checked"};
+    step.checks_references = true;
+    step.add("CREATE TEMP TABLE tov_references (count CONSTRAINT \"rows refer to rows that are not there\" "
+             "CHECK (count = 0))");
+    step.add("INSERT INTO tov_references SELECT count(*) FROM pragma_foreign_key_check");
+    step.add("DROP TABLE temp.tov_references");
+    return step;
 }
 
 // The tables as they are before each is looked at: those that go are gone, the others have their names.
@@ -224,25 +219,25 @@ static void my_rehearse(KT_context *ctx, const client_migration &migration, clie
 {
     KT_TRY(client_rehearsal__open(ctx, rehearsal, migration.old_list.objects));
     for (const client_migration_step &step : migration.steps)
-        KT_TRY(client_rehearsal__run(ctx, rehearsal, step.sql));
+        KT_TRY(client_rehearsal__run(ctx, rehearsal, step.statements));
 }
 
 static void my_plan_steps(KT_context *ctx, client_migration &migration)
 {
     client_rehearsal rehearsal;
     my_drop_tbls(migration);
-    my_rename_tbls(migration);
+    client_add_renames(migration);
     KT_TRY(my_rehearse(ctx, migration, rehearsal));
     KT_TRY(my_change_tbls(ctx, migration, rehearsal));
     my_add_tbls(migration);
     KT_TRY(client_add_new_versions(ctx, migration));
     client_migration_step dropping = my_dropping(migration);
-    if (!dropping.sql.empty())
+    if (!dropping.statements.empty())
         migration.steps.insert(migration.steps.begin(), std::move(dropping));
     client_migration_step creating = my_creating(migration);
     const auto versions = std::find_if(migration.steps.begin(), migration.steps.end(),
                                        [](const client_migration_step &step) { return step.numbers_rows; });
-    if (!creating.sql.empty())
+    if (!creating.statements.empty())
         migration.steps.insert(versions, std::move(creating));
     migration.steps.push_back(my_checking());
 }
@@ -256,35 +251,4 @@ void client_plan_migration(KT_context *ctx, const tov_client_migrate_options &op
     KT_TRY(client_list_objects(ctx, migration.new_schema, options.create, migration.new_list));
     KT_TRY(client_match(ctx, migration.old_schema, migration.new_schema, options.compare, migration.comparison));
     KT_TRY(my_plan_steps(ctx, migration));
-}
-
-static bool my_is_allowed(const client_migration &migration, const client_migration_step &step,
-                          const tov_client_migrate_options &options)
-{
-    const auto is_named = [&](std::string_view name) {
-        for (uint32_t n = 0; n < options.allowed_loss_count; n++) {
-            if (kt_equal_folded(options.allowed_losses[n], name))
-                return true;
-        }
-        return false;
-    };
-    for (const client_tbl_content &tbl : migration.comparison.old_content.tbls) {
-        if (!step.loss.starts_with(tbl.name) || (step.loss != tbl.name && step.loss[tbl.name.size()] != '.'))
-            continue;
-        const std::string rest = step.loss.substr(tbl.name.size());
-        if (is_named(tbl.name) || is_named(tbl.sqlite_name) || is_named(step.loss) || is_named(tbl.sqlite_name + rest))
-            return true;
-    }
-    return false;
-}
-
-void client_check_losses(KT_context *ctx, const client_migration &migration, const tov_client_migrate_options &options)
-{
-    std::string losses;
-    for (const client_migration_step &step : migration.steps) {
-        if (!step.loss.empty() && !my_is_allowed(migration, step, options))
-            losses += (losses.empty() ? "" : "; ") + step.description;
-    }
-    if (!losses.empty())
-        KT_FAIL(KT_ERR_SCHEMA_NOT_SUPPORTED, "this would lose data: %s", losses.c_str());
 }
