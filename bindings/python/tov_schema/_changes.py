@@ -56,6 +56,7 @@ class Step:
     table: Optional[str] = None
     count: Optional[str] = None  # a query that counts the rows which may fail, or what is lost
     loss: Optional[str] = None  # what `allow` has to say so that the step may be done
+    only_apply: bool = False  # no script has it: values are converted as a load does
 
 
 def _known(record: Any, described: Mapping[str, Any]) -> Dict[str, Any]:
