@@ -1,5 +1,8 @@
 #include "defaults/host_plain_moment.hpp"
 
+#include "records/host_catalogue.hpp"
+
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstdio>
@@ -42,25 +45,102 @@ static std::string my_day_in_some_order(int year, int first, int second)
     return second > 12 || first == second ? my_day(year, first, second) : "";
 }
 
+static void my_skip_blanks(std::string_view &text)
+{
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+}
+
+// The number of a month by its name in English, or the name's first three letters; 0 for anything else.
+static int my_take_month(std::string_view &text)
+{
+    static constexpr std::string_view names[] = {"january", "february", "march",     "april",   "may",      "june",
+                                                 "july",    "august",   "september", "october", "november", "december"};
+    const auto is_letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    const auto end = std::find_if_not(text.begin(), text.end(), is_letter);
+    const std::string word = host_folded({text.begin(), end});
+    for (int month = 1; month <= 12; month++) {
+        const std::string_view name = names[month - 1];
+        if (word != name && word != name.substr(0, 3))
+            continue;
+        text.remove_prefix(word.size());
+        return month;
+    }
+    return 0;
+}
+
+// The readers of days take one off the front of a text; the day is empty when it is not of their form.
+
+// 19991231
+static std::string my_take_digits(std::string_view &text)
+{
+    const int digits = my_take_number(text, 8, 8);
+    return digits > 0 && my_ends_day(text) ? my_day(digits / 10000, digits / 100 % 100, digits % 100) : "";
+}
+
+// 1/1/1900
+static std::string my_take_marked_day(std::string_view &text)
+{
+    const int first = my_take_number(text, 1, 2);
+    const char mark = text.empty() ? '\0' : text.front();
+    if (first < 0 || (mark != '/' && mark != '-' && mark != '.') || !my_take(text, mark))
+        return "";
+    const int second = my_take_number(text, 1, 2);
+    if (second < 0 || !my_take(text, mark))
+        return "";
+    const int year = my_take_number(text, 4, 4);
+    return year < 0 || !my_ends_day(text) ? "" : my_day_in_some_order(year, first, second);
+}
+
+// 31 Dec 1999, 31-Dec-1999, December 31, 1999
+static std::string my_take_spelled_day(std::string_view &text)
+{
+    int day = my_take_number(text, 1, 2);
+    const bool has_dashes = day >= 0 && my_take(text, '-');
+    my_skip_blanks(text);
+    const int month = my_take_month(text);
+    if (month == 0 || (has_dashes && !my_take(text, '-')))
+        return "";
+    my_skip_blanks(text);
+    if (day < 0)
+        day = my_take_number(text, 1, 2);
+    my_take(text, ',');
+    my_skip_blanks(text);
+    const int year = my_take_number(text, 4, 4);
+    return year < 0 || day < 0 || !my_ends_day(text) ? "" : my_day(year, month, day);
+}
+
+// A time of twelve hours, such as " 11:30 PM", as one of 24; any other text stays as it is.
+static std::string my_plain_time(std::string_view text)
+{
+    constexpr size_t mark_size = 2;
+    const std::string folded = host_folded(text.substr(0, text.find_last_not_of(' ') + 1));
+    const bool is_afternoon = folded.ends_with("pm");
+    std::string_view rest = folded;
+    if (!is_afternoon && !folded.ends_with("am"))
+        return std::string(text);
+    rest.remove_suffix(mark_size);
+    rest = rest.substr(0, rest.find_last_not_of(' ') + 1);
+    const size_t blanks = std::min(rest.find_first_not_of(' '), rest.size());
+    rest.remove_prefix(blanks);
+    const int hour = my_take_number(rest, 1, 2);
+    if (hour < 1 || hour > 12 || (!rest.empty() && rest.front() != ':'))
+        return std::string(text);
+    char hours[16];
+    std::snprintf(hours, sizeof hours, "%02d", hour % 12 + (is_afternoon ? 12 : 0));
+    const auto colons = std::count(rest.begin(), rest.end(), ':');
+    return std::string(blanks, ' ') + hours + std::string(rest) + (colons == 0 ? ":00:00" : colons == 1 ? ":00" : "");
+}
+
 std::string host_plain_moment(std::string_view text)
 {
-    std::string_view rest = text;
     if (text.find_first_not_of(' ') == std::string_view::npos)
         return "1900-01-01";
-    const int digits = my_take_number(rest, 8, 8);
-    if (digits > 0 && my_ends_day(rest))
-        return my_day(digits / 10000, digits / 100 % 100, digits % 100) + std::string(rest);
-    rest = text;
-    const int first = my_take_number(rest, 1, 2);
-    const char mark = rest.empty() ? '\0' : rest.front();
-    if (first < 0 || (mark != '/' && mark != '-' && mark != '.') || !my_take(rest, mark))
-        return std::string(text);
-    const int second = my_take_number(rest, 1, 2);
-    if (second < 0 || !my_take(rest, mark))
-        return std::string(text);
-    const int year = my_take_number(rest, 4, 4);
-    const std::string day = year < 0 || !my_ends_day(rest) ? "" : my_day_in_some_order(year, first, second);
-    return day.empty() ? std::string(text) : day + std::string(rest);
+    for (const auto take : {my_take_digits, my_take_marked_day, my_take_spelled_day}) {
+        std::string_view rest = text;
+        if (const std::string day = take(rest); !day.empty())
+            return day + my_plain_time(rest);
+    }
+    return my_plain_time(text);
 }
 
 bool host_is_read_by_language(std::string_view text)
