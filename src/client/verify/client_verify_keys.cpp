@@ -19,8 +19,17 @@ struct asked_key {
 
 } // namespace
 
+// The moment in UTC: minutes are as far apart in SQLite as on the server, and the seconds stay as they are.
+static std::string my_utc(const std::string &value)
+{
+    return "coalesce(strftime('%Y-%m-%d %H:%M',substr(" + value + ",1,16)||substr(" + value + ",-6))||substr(" + value +
+           ",17,length(" + value + ")-23)," + value + ")";
+}
+
 std::string client_key_value(const client_verify &run, const client_verify_col &col, const std::string &value)
 {
+    if (col.row_col->type.base == client_base::datetimeoffset && run.options.rules == TOV_CLIENT_RULES_SERVER)
+        return my_utc(value);
     if (KT_stricmp(col.type, "text") != 0)
         return value;
     if (!col.key_collation.empty())

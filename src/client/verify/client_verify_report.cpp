@@ -3,8 +3,8 @@
 
 #include "kt_chars.h"
 
-#include <cinttypes>
-#include <cstdio>
+#include <charconv>
+#include <cmath>
 
 #define KT_HERE "src/client/verify/client_verify_report"
 
@@ -43,12 +43,15 @@ static std::string my_blob_literal(const unsigned char *bytes, int size)
     return literal + (size > shown_bytes ? "…'" : "'");
 }
 
+// As few digits as tell the number from all others.
 static std::string my_real_literal(double number)
 {
-    char text[40];
-    static_cast<void>(std::snprintf(text, sizeof text, "%.17g", number)); // it fits
-    const bool looks_whole = std::string_view(text).find_first_not_of("-0123456789") == std::string_view::npos;
-    return std::string(text) + (looks_whole ? ".0" : "");
+    if (std::isinf(number))
+        return number < 0 ? "-9e999" : "9e999";
+    char bytes[40];
+    const std::string text(bytes, std::to_chars(bytes, bytes + sizeof bytes, number).ptr);
+    const bool looks_whole = text.find_first_not_of("-0123456789") == std::string::npos;
+    return text + (looks_whole ? ".0" : "");
 }
 
 std::string client_shown_result(const client_verify &run, sqlite3_stmt *statement, int column)

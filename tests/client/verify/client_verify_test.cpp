@@ -2,6 +2,7 @@
 #include "guide/declared_types.hpp"
 #include "load_test.hpp"
 #include "rules/client_rules.hpp"
+#include "type_document.hpp"
 #include "verify/client_value_conditions.hpp"
 
 #include <algorithm>
@@ -124,6 +125,33 @@ TEST_F(ClientVerify, ComparesKeysAsTheServerDoes)
     tov_client_check_options basic = {};
     basic.rules = TOV_CLIENT_RULES_BASIC;
     EXPECT_EQ(check(basic), "");
+}
+
+// The server compares moments, not their texts.
+TEST_F(ClientVerify, ComparesMomentsWithOffsetsInUtc)
+{
+    reset_schema_to(document_of_tables({declared(client_base::datetimeoffset, 0, 7)}).c_str());
+    tov_schema__add_to_unique_constraint(ctx, schema, "0", "2", "UQ");
+    ASSERT_OK(ctx);
+    fill("CREATE TABLE T0(Id INTEGER PRIMARY KEY, c TEXT);"
+         "INSERT INTO T0 VALUES(1, '2024-01-01 00:30:05.1234567 +01:00'), (2, '2023-12-31 23:30:05.1234567 +00:00'),"
+         "(3, '2024-01-01 00:30:05.1234568 +01:00'), (4, '2023-12-31 09:30:05.1234567 -14:00')");
+    EXPECT_EQ(check(), "T0 2 | Id=2 | c | '2023-12-31 23:30:05.1234567 +00:00' | duplicate-key: an earlier row has the "
+                       "same key\n"
+                       "T0 4 | Id=4 | c | '2023-12-31 09:30:05.1234567 -14:00' | duplicate-key: an earlier row has the "
+                       "same key\n");
+    tov_client_check_options basic = {};
+    basic.rules = TOV_CLIENT_RULES_BASIC;
+    EXPECT_EQ(check(basic), "");
+}
+
+TEST_F(ClientVerify, NumbersAreShownAsSqlWritesThem)
+{
+    fill("CREATE TABLE Customers(Id INTEGER, Name, Code, Born);"
+         "INSERT INTO Customers VALUES(1, 0.1, 9e999, -9e999), (2, 2e0, 1e300, -1.5)");
+    const std::string all = check();
+    for (const char *value : {" 0.1 ", " 9e999 ", " -9e999 ", " 2.0 ", " 1e+300 ", " -1.5 "})
+        EXPECT_NE(all.find(value), std::string::npos) << value << " in " << all;
 }
 
 TEST_F(ClientVerify, ComparesReferencesAsTheServerDoes)
