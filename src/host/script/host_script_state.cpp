@@ -170,7 +170,8 @@ host_script_bound *host_script_state::find_bound(std::string_view schema, std::s
     return found == bounds.end() ? nullptr : found->second.get();
 }
 
-// The names of a table's constraints go with it, and what refers to it loses its parent.
+// The names of a table's constraints go with it, and what refers to it loses its parent. The record stays: the
+// statement that is being read may hold it, when another file that this one needs drops the table.
 void host_script_state::drop_table(host_script_table *table)
 {
     for (const auto &other : tables) {
@@ -187,5 +188,8 @@ void host_script_state::drop_table(host_script_table *table)
     for (const char *name : table->constraint_names())
         forget_object(table->schema, name);
     forget_object(table->schema, table->name);
-    std::erase_if(tables, [table](const auto &other) { return other.get() == table; });
+    const auto found =
+        std::find_if(tables.begin(), tables.end(), [table](const auto &other) { return other.get() == table; });
+    retired_tables.push_back(std::move(*found));
+    tables.erase(found);
 }

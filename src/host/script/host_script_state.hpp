@@ -169,6 +169,7 @@ struct host_script_state {
     // Those of the name, in whatever schema.
     std::vector<const host_script_object *> find_objects(std::string_view name);
     // Adds a name, made of kept strings; false when it is taken.
+    std::vector<std::unique_ptr<host_script_table>> retired_tables;
     bool add_object(const char *kind, const char *schema, const char *name, host_script_table *table);
     void forget_object(std::string_view schema, std::string_view name);
     void move_object(host_script_object object, const char *schema, const char *name);

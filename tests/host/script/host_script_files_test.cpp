@@ -23,6 +23,15 @@ TEST_F(ScriptTest, MigrationsKeepTheirOrder)
     EXPECT_EQ(shown(), "dbo.T: B int/4/10/0 null");
 }
 
+// The type that a statement needs is made by a file that drops the statement's own table.
+TEST_F(ScriptTest, ATableIsDroppedWhileItIsChanged)
+{
+    read({{"1.sql", "create table T (A int)\nGO\nalter table T add B Code\ncreate table U (A Code)"},
+          {"2.sql", "create type Code from int\nGO\ndrop table T"}});
+    EXPECT_OK(ctx);
+    EXPECT_EQ(shown(), "dbo.U: A Code/4/10/0 null");
+}
+
 TEST_F(ScriptTest, AProjectSaysTheCollation)
 {
     read({{"D.sqlproj", "<Project><Name>D</Name><DefaultCollation>Polish_CS_AS</DefaultCollation></Project>"},
