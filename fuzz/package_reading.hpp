@@ -22,7 +22,7 @@ inline void check_col(const host_column &col, int64_t id)
     check(col.id == id && col.name && *col.name, "a column's name and id");
     check(col.is_computed || col.user_type, "a column's type");
     check(!col.is_identity || (col.identity.seed && col.identity.increment), "an identity's numbers");
-    check(!col.defval.present || col.defval.name || col.defval.is_system_named, "a default's name");
+    check(!col.defval || col.defval->name || col.defval->is_system_named, "a default's name");
     check((col.collation == nullptr) == (col.comparison_style < 0), "a collation's style");
 }
 

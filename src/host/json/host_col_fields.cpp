@@ -39,10 +39,11 @@ static void my_read_identity(KT_context *ctx, host_reader &reader, const host_pl
 static void my_read_default(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,
                             host_column &column)
 {
+    host_default *defval = reader.defaults.add();
     const KT_vhash *map = nullptr;
     KT_TRY(host_read_map(ctx, place, value, &map));
-    KT_TRY(host_read_record(ctx, reader, place, map, default_fields, column.defval));
-    column.defval.present = true;
+    KT_TRY(host_read_record(ctx, reader, place, map, default_fields, *defval));
+    column.defval = defval;
 }
 
 static void my_read_computed(KT_context *ctx, host_reader &reader, const host_place &place, const KT_variant &value,

@@ -40,7 +40,7 @@ void host_read_export(KT_context *ctx, std::string_view bytes, bool report_unkno
     KT_TRY(host_decode_file(ctx, bytes.data(), bytes.size(), json, split_texts));
     KT_TRY(my_parse(ctx, json, document));
     KT_TRY(KT_vhash__alloc(ctx, unknown_fields.out()));
-    host_reader reader{unknown_fields};
+    host_reader reader{unknown_fields, catalogue.defaults};
     KT_TRY(host_read_catalogue(ctx, reader, document, catalogue));
     if (split_texts)
         KT_TRY(findings.add(ctx, "text-split", nullptr, nullptr, nullptr,

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "kt_owned.hpp"
+#include "records/host_catalogue.hpp"
 
 #include <cstring>
 #include <string>
@@ -20,9 +21,10 @@ struct host_place {
 // The place as text; "the document" for the outermost one.
 std::string host_place_text(const host_place &place);
 
-// What reading collects besides the records: the names of unknown fields.
+// What reading collects besides the records: the names of unknown fields, and the defaults of columns.
 struct host_reader {
     KT_vhash *unknown_fields;
+    host_pool<host_default> &defaults;
 };
 
 // A whole number with the bounds that its use asks for, and that its member can hold.

@@ -126,7 +126,6 @@ void host_take_default(KT_context *ctx, host_model &model, const host_node &elem
     host_model_default &entry = model.defaults.emplace_back();
     entry.col = my_keep_reference(model, element, "ForColumn");
     entry.defval.kind = "constraint";
-    entry.defval.present = true;
     KT_TRY(host_keep_last_part(ctx, model, element.name, &entry.defval.name));
     entry.defval.is_system_named = !entry.defval.name;
     entry.defval.definition = host_keep_definition(model, host_property(element, "DefaultExpressionScript"));

@@ -181,9 +181,10 @@ static void my_join_default(KT_context *ctx, host_model &model, const host_model
         return;
     }
     host_column &col = my_col(model, found->second);
-    if (col.defval.present)
+    if (col.defval)
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "model.xml: column %s has two defaults", std::string(entry.col).c_str());
-    col.defval = entry.defval;
+    col.defval = model.catalogue.defaults.add();
+    *col.defval = entry.defval;
 }
 
 // Descriptions of views and their columns are here too, and find nothing.
@@ -205,8 +206,10 @@ static void my_number(host_catalogue &catalogue)
         table.id = ++tables;
         for (host_foreignkey &fk : table.fks)
             fk.id = ++fks;
-        for (host_column &col : table.cols)
-            col.defval.id = col.defval.present ? ++defaults : 0;
+        for (host_column &col : table.cols) {
+            if (col.defval)
+                col.defval->id = ++defaults;
+        }
     }
 }
 

@@ -23,7 +23,6 @@ struct host_default {
     const char *name = nullptr;
     const char *definition = nullptr; // absent from an export made without the right to see it
     bool is_system_named = false;     // then the name, if there is one, is the server's invention
-    bool present = false;
 };
 
 struct host_identity {
@@ -62,7 +61,7 @@ struct host_column {
     // Decided by host_names and host_types: what is prepared takes part in the schema's tables.
     bool prepared = true;
     host_identity identity;
-    host_default defval;
+    host_default *defval = nullptr; // one of the catalogue's
     const char *computed = nullptr;
     const char *rule = nullptr;
     const char *description = nullptr;
@@ -72,6 +71,8 @@ struct host_column {
     // Decided by host_keys: the key that makes the column the table's rowid, null for every other column.
     const struct host_key *rowid_key = nullptr;
 };
+
+using host_columns = std::vector<host_column, host_arena_allocator<host_column>>;
 
 // An index.
 struct host_index {
@@ -134,7 +135,7 @@ struct host_table {
     const char *name = nullptr;
     std::string label;       // schema.table, as messages and findings have it
     std::string sqlite_name; // the same, without the schema dbo
-    std::vector<host_column> cols;
+    host_columns cols;
     bool has_pk = false;
     host_key pk;
     std::vector<host_key> uniques;
@@ -183,6 +184,8 @@ struct host_catalogue {
     const char *collation = nullptr;
     int64_t code_page = 0;
     host_visibility visibility = host_visibility::full;
+    host_pool<host_default> defaults; // of columns
+    host_arena col_records;           // where a reader may put the columns of the tables
     std::vector<host_table> tables;
     std::vector<host_sequence> sequences;
     std::vector<host_left_object> left_objects;

@@ -51,8 +51,8 @@ template <class Constraint> static void my_forget_made_name(Constraint &constrai
 static void my_forget_made_names(host_table &table)
 {
     for (host_column &col : table.cols) {
-        if (col.defval.present)
-            my_forget_made_name(col.defval);
+        if (col.defval)
+            my_forget_made_name(*col.defval);
     }
     if (table.has_pk)
         my_forget_made_name(table.pk);

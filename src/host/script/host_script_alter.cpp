@@ -87,7 +87,7 @@ static void my_change_type(host_script_reader &reader, host_script_column &col)
     record.is_identity = old.is_identity;
     record.identity = old.identity;
     record.is_sparse |= old.is_sparse;
-    if (!col.defval.present)
+    if (!col.defval)
         col.defval = changed.defval;
     if (old.rule)
         record.rule = old.rule;
@@ -119,8 +119,8 @@ static bool my_drop_constraint(host_script_state &state, host_script_table &tabl
                  my_erase(table.fks, [&is](const auto &fk) { return is(fk.record.name); }) ||
                  my_erase(table.checks, [&is](const auto &check) { return is(check.record.name); });
     for (host_script_column *col : table.cols) {
-        if (!found && col->has_default_constraint() && is(col->defval.name)) {
-            col->defval = {};
+        if (!found && col->has_default_constraint() && is(col->defval->name)) {
+            col->defval = nullptr;
             found = true;
         }
     }

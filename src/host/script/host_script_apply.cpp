@@ -154,9 +154,8 @@ static void my_add_default(host_application &application, const host_script_cons
         return my_refuse(application, "column " + std::string(constraint.cols.front()) + " has a default already");
     if (!my_take_name(application, "D", constraint.name))
         return;
-    host_default &defval = col->defval;
-    defval = {};
-    defval.present = true;
+    host_default &defval = *application.reader.state.defaults.add();
+    col->defval = &defval;
     defval.kind = "constraint";
     defval.name = constraint.name;
     defval.is_system_named = !constraint.name;
@@ -216,8 +215,8 @@ void host_apply_parts(host_script_reader &reader, const host_tsql_token &first, 
     host_application application{reader, first, table, is_trusted};
     my_add_cols(application, parts);
     for (host_script_column *col : parts.named_defaults) {
-        if (!my_take_name(application, "D", col->defval.name))
-            col->defval = {};
+        if (!my_take_name(application, "D", col->defval->name))
+            col->defval = nullptr;
     }
     // A key that says CLUSTERED leaves none for the primary key, wherever it is written.
     const auto comes_first = [](const host_script_constraint &constraint) { return constraint.is_clustered; };

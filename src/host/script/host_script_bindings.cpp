@@ -44,40 +44,41 @@ static const host_script_bound *my_find_bound(host_script_reader &reader, const 
                             parts.back());
 }
 
-void host_set_bound_default(host_script_column &col, const host_script_bound *bound)
+void host_set_bound_default(host_script_state &state, host_script_column &col, const host_script_bound *bound)
 {
     if (col.has_default_constraint())
         return;
-    col.defval = {};
+    col.defval = nullptr;
     if (!bound)
         return;
-    col.defval.present = true;
-    col.defval.kind = "bound";
-    col.defval.id = bound->id;
-    col.defval.name = bound->name;
-    col.defval.definition = bound->definition;
+    host_default &defval = *state.defaults.add();
+    col.defval = &defval;
+    defval.kind = "bound";
+    defval.id = bound->id;
+    defval.name = bound->name;
+    defval.definition = bound->definition;
 }
 
-static void my_set_rule(host_script_column &col, const host_script_bound *bound)
+static void my_set_rule(host_script_state &, host_script_column &col, const host_script_bound *bound)
 {
     col.record.change().rule = bound ? bound->definition : nullptr;
 }
 
-using host_bind = void (*)(host_script_column &col, const host_script_bound *bound);
+using host_bind = void (*)(host_script_state &state, host_script_column &col, const host_script_bound *bound);
 
 // Binds to a column, or to a type and its columns; a null one unbinds.
 static void my_bind(host_script_reader &reader, const host_binding_target &target, bool future_only,
                     const host_script_bound *bound, const host_script_bound *host_script_type::*of_type, host_bind bind)
 {
     if (target.col)
-        return bind(*target.col, bound);
+        return bind(reader.state, *target.col, bound);
     target.type->*of_type = bound;
     if (future_only)
         return;
     for (const auto &table : reader.state.tables) {
         for (const auto &col : table->cols) {
             if (col->type == target.type)
-                bind(*col, bound);
+                bind(reader.state, *col, bound);
         }
     }
 }

@@ -53,8 +53,8 @@ static void my_add_columns(host_collations &collations, host_script_table &from,
         record.defval = col->defval;
         record.id = static_cast<int64_t>(table.cols.size());
         collations.set(col->collation ? col->collation : collations.state.collation, record);
-        if (record.defval.present && record.defval.id == 0)
-            record.defval.id = next_id++;
+        if (record.defval && record.defval->id == 0)
+            record.defval->id = next_id++;
     }
 }
 
@@ -157,6 +157,7 @@ static void my_add_table(host_script_session &session, host_collations &collatio
                          int64_t &next_id, host_catalogue &catalogue)
 {
     host_table &table = catalogue.tables.emplace_back();
+    table.cols = host_columns{host_arena_allocator<host_column>{catalogue.col_records}};
     table.id = static_cast<int64_t>(catalogue.tables.size());
     table.schema_name = my_schema(session.state, from.schema);
     table.name = from.name;

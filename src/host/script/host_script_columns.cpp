@@ -24,13 +24,13 @@ void host_set_type(host_script_state &state, const host_tsql_type &type, host_co
     record.user_type_schema = "sys";
 }
 
-static void my_set_alias(const host_script_type &type, host_script_column &col)
+static void my_set_alias(host_script_state &state, const host_script_type &type, host_script_column &col)
 {
     host_column &record = col.record.change();
     record = type.base;
     record.rule = type.rule ? type.rule->definition : nullptr;
     col.type = const_cast<host_script_type *>(&type);
-    host_set_bound_default(col, type.defval);
+    host_set_bound_default(state, col, type.defval);
 }
 
 void host_read_column_type(host_script_reader &reader, host_script_column &col)
@@ -47,7 +47,7 @@ void host_read_column_type(host_script_reader &reader, host_script_column &col)
     }
     const std::string_view schema = type.schema.empty() ? std::string_view(reader.default_schema) : type.schema;
     if (const host_script_type *alias = reader.use_type(schema, type.written))
-        return my_set_alias(*alias, col);
+        return my_set_alias(reader.state, *alias, col);
     if (const char *database = host_other_database(type.written)) {
         reader.cursor.go_back(first);
         return reader.cursor.fail("'" + type.written + "' is a type of " + database + ", not of T-SQL");
@@ -298,10 +298,10 @@ static bool my_repeat_with_default(host_script_reader &reader, std::string_view 
     const auto definition = definitions.find(split.after);
     if (definition == definitions.end() || !my_repeat(reader, split.before, col))
         return false;
-    col.defval.present = true;
-    col.defval.kind = "constraint";
-    col.defval.name = reader.state.keep(split.name);
-    col.defval.definition = definition->second;
+    col.defval = reader.state.defaults.add();
+    col.defval->kind = "constraint";
+    col.defval->name = reader.state.keep(split.name);
+    col.defval->definition = definition->second;
     parts.named_defaults.push_back(&col);
     return true;
 }

@@ -36,7 +36,7 @@ struct host_script_parts {
 void host_read_column(host_script_reader &reader, host_script_parts &parts);
 // A type, with sizes, nullability where it has its own, and what is bound to it.
 void host_read_column_type(host_script_reader &reader, host_script_column &col);
-void host_set_bound_default(host_script_column &col, const host_script_bound *bound);
+void host_set_bound_default(host_script_state &state, host_script_column &col, const host_script_bound *bound);
 
 // host_script_constraints.cpp
 bool host_begins_constraint(const host_tsql_token &token);

@@ -27,7 +27,8 @@ struct host_script_declaration {
 struct host_script_session {
     host_script_session(KT_context *context, const host_script_options &given, host_findings &found,
                         host_catalogue &catalogue)
-        : ctx(context), options(given), findings(found), left_objects(catalogue.left_objects), state(catalogue.texts)
+        : ctx(context), options(given), findings(found), left_objects(catalogue.left_objects),
+          state(catalogue.texts, catalogue.defaults)
     {
     }
     KT_context *ctx;

@@ -78,8 +78,10 @@ static void my_rename_constraint(host_script_table &table, std::string_view old_
         rename(fk.record.name);
     for (host_script_check &check : table.checks)
         rename(check.record.name);
-    for (const auto &col : table.cols)
-        rename(col->defval.name);
+    for (const auto &col : table.cols) {
+        if (col->defval)
+            rename(col->defval->name);
+    }
 }
 
 static bool my_rename_object(host_script_reader &reader, const std::vector<std::string> &parts, const std::string &name)

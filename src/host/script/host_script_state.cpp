@@ -62,7 +62,7 @@ std::vector<const char *> host_script_table::constraint_names() const
         add(check.record.name);
     for (const host_script_column *col : cols) {
         if (col->has_default_constraint())
-            add(col->defval.name);
+            add(col->defval->name);
     }
     return names;
 }

@@ -29,24 +29,6 @@ struct host_script_type {
     const host_script_bound *rule = nullptr;
 };
 
-// Records that keep their addresses, and are freed together.
-template <class Record> class host_pool {
-  public:
-    Record *add()
-    {
-        static constexpr size_t chunk = 64;
-        if (chunks_.empty() || used_ == chunk) {
-            chunks_.push_back(std::make_unique<Record[]>(chunk));
-            used_ = 0;
-        }
-        return &chunks_.back()[used_++];
-    }
-
-  private:
-    std::vector<std::unique_ptr<Record[]>> chunks_;
-    size_t used_ = 0; // of the last chunk
-};
-
 // What a column is but for its name and default. Most columns are declared like others, and share one record with them
 // until they are changed: a large script has many more columns than declarations.
 class host_script_record {
@@ -85,14 +67,14 @@ struct host_script_column {
     const char *name = nullptr;
     size_t name_hash = 0; // so that most other names are told apart without a look at them
     host_script_record record;
-    host_default defval;
+    host_default *defval = nullptr;   // of the catalogue
     host_script_type *type = nullptr; // null for a type of the server
     const char *collation = nullptr;  // null: the database's
 
     void set_name(const char *new_name);
     bool has_default_constraint() const
     {
-        return defval.present && std::string_view(defval.kind) == "constraint";
+        return defval && std::string_view(defval->kind) == "constraint";
     }
 };
 
@@ -157,7 +139,7 @@ struct host_script_table {
 };
 
 struct host_script_state {
-    explicit host_script_state(host_texts &kept) : texts(kept)
+    host_script_state(host_texts &kept, host_pool<host_default> &made_defaults) : texts(kept), defaults(made_defaults)
     {
     }
     const char *keep(std::string_view text)
@@ -169,7 +151,6 @@ struct host_script_state {
     // Those of the name, in whatever schema.
     std::vector<const host_script_object *> find_objects(std::string_view name);
     // Adds a name, made of kept strings; false when it is taken.
-    std::vector<std::unique_ptr<host_script_table>> retired_tables;
     bool add_object(const char *kind, const char *schema, const char *name, host_script_table *table);
     void forget_object(std::string_view schema, std::string_view name);
     void move_object(host_script_object object, const char *schema, const char *name);
@@ -184,9 +165,11 @@ struct host_script_state {
     void drop_table(host_script_table *table);
 
     host_texts &texts;
+    host_pool<host_default> &defaults;
     std::string database; // its name; empty while it is not known
     const char *collation = nullptr;
     std::vector<std::unique_ptr<host_script_table>> tables;
+    std::vector<std::unique_ptr<host_script_table>> retired_tables;
     host_pool<host_script_column> cols; // of all tables, dropped ones too: keys that went with them may point there
     host_script_objects objects;
     host_name_map<std::unique_ptr<host_script_type>> types;

@@ -103,18 +103,18 @@ std::string host_default_expression(const host_default &defval)
 static void my_report_dropped(KT_context *ctx, host_import &import, const host_table &table, const host_column &col)
 {
     std::string_view sequence;
-    const bool is_sequence = host_is_sequence_default(host_default_expression(col.defval), sequence);
+    const bool is_sequence = host_is_sequence_default(host_default_expression(*col.defval), sequence);
     KT_TRY(import.findings.add(
-        ctx, "default-dropped", &table, &col, col.defval.definition,
+        ctx, "default-dropped", &table, &col, col.defval->definition,
         (is_sequence ? "left out: SQLite has no sequences" : "left out: SQLite has no default that means the same") +
             host_must_give_value(col)));
 }
 
 void host_add_default(KT_context *ctx, host_import &import, const host_table &table, const host_column &col)
 {
-    const host_default &defval = col.defval;
-    if (!defval.present)
+    if (!col.defval)
         return;
+    const host_default &defval = *col.defval;
     if (!defval.definition) {
         KT_TRY(import.findings.add(ctx, "default-hidden", &table, &col, defval.name,
                                    "left out: default hidden from this login"));

@@ -87,8 +87,8 @@ static void my_add_col(KT_context *ctx, KT_vhash *facts, const host_column &col)
     KT_TRY(host_add_text(ctx, facts, "computed", col.is_computed ? col.computed : nullptr));
     KT_TRY(my_add_number(ctx, facts, "generated", col.generated_always_type));
     KT_TRY(host_add_flag(ctx, facts, "hidden", col.is_hidden));
-    if (col.defval.present && col.defval.definition)
-        KT_TRY(host_add_text(ctx, facts, "default", host_default_expression(col.defval).c_str()));
+    if (col.defval && col.defval->definition)
+        KT_TRY(host_add_text(ctx, facts, "default", host_default_expression(*col.defval).c_str()));
     KT_TRY(host_add_flag(ctx, facts, "rowguidcol", col.is_rowguidcol));
     KT_TRY(host_add_flag(ctx, facts, "sparse", col.is_sparse));
     KT_TRY(host_add_text(ctx, facts, "description", col.description));

@@ -71,9 +71,9 @@ static host_column *my_find_sequence_key(host_table &table, std::string &express
     if (!table.has_pk || table.pk.cols.size() != 1 || !my_is_kept(table.pk))
         return nullptr;
     for (host_column &col : table.cols) {
-        if (&col != table.pk.cols.front() || !col.defval.definition || !host_is_rowid_type(col))
+        if (&col != table.pk.cols.front() || !col.defval || !col.defval->definition || !host_is_rowid_type(col))
             continue;
-        expression = host_default_expression(col.defval);
+        expression = host_default_expression(*col.defval);
         return host_is_sequence_default(expression, sequence) ? &col : nullptr;
     }
     return nullptr;

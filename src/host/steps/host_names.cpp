@@ -70,8 +70,8 @@ static void my_keep_id(host_table &table, const char *name)
 static void my_check_constraints(KT_context *ctx, host_import &import, host_table &table)
 {
     for (host_column &col : table.cols) {
-        if (col.defval.present)
-            KT_TRY(my_check_constraint(ctx, import, table, &col, col.defval.name));
+        if (col.defval)
+            KT_TRY(my_check_constraint(ctx, import, table, &col, col.defval->name));
     }
     if (table.has_pk)
         KT_TRY(my_check_constraint(ctx, import, table, nullptr, table.pk.name));

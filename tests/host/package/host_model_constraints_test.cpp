@@ -146,8 +146,8 @@ TEST_F(HostModelConstraintsTest, Defaults)
     EXPECT_OK(ctx);
     EXPECT_EQ(described(), "1 dbo.T\n  1 A int int 4 10 0 null default DF_A ((0))\n"
                            "  2 B int int 4 10 0 null default nameless (N']]&gt;')\n");
-    EXPECT_EQ(catalogue.tables[0].cols[0].defval.id, 1);
-    EXPECT_STREQ(catalogue.tables[0].cols[0].defval.kind, "constraint");
+    EXPECT_EQ(catalogue.tables[0].cols[0].defval->id, 1);
+    EXPECT_STREQ(catalogue.tables[0].cols[0].defval->kind, "constraint");
 }
 
 TEST_F(HostModelConstraintsTest, DefaultsAndComputedColumnsOfAProject)

@@ -12,7 +12,7 @@ class HostPackageTest : public HostTest {
     void read(std::string_view bytes, const host_package_limits &limits = {})
     {
         forget();
-        catalogue = {};
+        made_catalogue.emplace();
         host_findings found{ctx};
         kt_contain(ctx, [&] { host_read_package(ctx, bytes, found, catalogue, limits); });
         found.move_to(&findings);
@@ -27,7 +27,8 @@ class HostPackageTest : public HostTest {
         return text;
     }
 
-    host_catalogue catalogue;
+    std::optional<host_catalogue> made_catalogue{std::in_place};
+    host_catalogue &catalogue = *made_catalogue;
 
   private:
     static std::string described(const host_table &table);
@@ -66,8 +67,8 @@ inline std::string described_col(const host_column &col)
             (col.is_assembly_type ? " clr" : "");
     if (col.generated_always_type)
         text += " generated " + std::to_string(col.generated_always_type);
-    if (col.defval.present)
-        text += " default " + or_nameless(col.defval.name, col.defval.is_system_named) + ' ' + col.defval.definition;
+    if (col.defval)
+        text += " default " + or_nameless(col.defval->name, col.defval->is_system_named) + ' ' + col.defval->definition;
     return text + (col.description ? std::string(" \"") + col.description + '"' : "") + '\n';
 }
 

@@ -20,7 +20,7 @@ class ScriptTest : public ContextTest {
     // Reads scripts; the error, if any, stays in the context.
     void read(const std::vector<host_script_file> &files, const host_script_options &options = {})
     {
-        catalogue = {};
+        made_catalogue.emplace();
         findings = std::make_unique<host_findings>(ctx);
         host_read_scripts(ctx, files, options, *findings, catalogue);
     }
@@ -64,7 +64,8 @@ class ScriptTest : public ContextTest {
         return text;
     }
 
-    host_catalogue catalogue;
+    std::optional<host_catalogue> made_catalogue{std::in_place};
+    host_catalogue &catalogue = *made_catalogue;
     std::unique_ptr<host_findings> findings;
 
     // Each script leaves the tables that are expected, and no findings.
@@ -111,8 +112,8 @@ class ScriptTest : public ContextTest {
         text += col.encryption_type ? " encrypted" : "";
         text += col.generated_always_type ? " generated" + std::to_string(col.generated_always_type) : "";
         text += col.is_hidden ? " hidden" : "";
-        if (col.defval.present)
-            text += ' ' + std::string(col.defval.kind) + named(col.defval.name) + ' ' + col.defval.definition;
+        if (col.defval)
+            text += ' ' + std::string(col.defval->kind) + named(col.defval->name) + ' ' + col.defval->definition;
         text += col.rule ? std::string(" rule ") + col.rule : "";
         return text + (col.description ? std::string(" -- ") + col.description : "");
     }
