@@ -21,6 +21,10 @@ class cli_migration {
     {
         return &chosen_;
     }
+    const tov_client_compare_options *compare() const
+    {
+        return &chosen_.compare;
+    }
     // How the database that OLD is was created, if it is one.
     void create_as(const tov_client_create_options &create);
 

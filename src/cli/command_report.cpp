@@ -4,6 +4,7 @@
 #include "cli_files.hpp"
 #include "cli_findings.hpp"
 #include "cli_json.hpp"
+#include "cli_migration.hpp"
 #include "cli_paths.hpp"
 #include "commands.hpp"
 #include "tov_changes.h"
@@ -23,6 +24,7 @@ struct report_options {
     std::string database;
     std::string title;
     std::string old_schema; // to compare with
+    cli_migration_options compared;
 };
 
 // The folder that the files of a report go to.
@@ -85,12 +87,13 @@ static const KT_varray *my_findings(KT_context *ctx, const std::string &path, co
     return findings;
 }
 
-static void my_compare(KT_context *ctx, const std::string &path, tov_schema *schema, KT_vhash **changes)
+static void my_compare(KT_context *ctx, const report_options &options, tov_schema *schema, KT_vhash **changes)
 {
+    const cli_migration migration(options.compared);
     cli_schema old_schema(ctx);
-    cli_load_any_schema(ctx, path, &old_schema);
-    tov_client__compare(ctx, old_schema, schema, nullptr, changes);
-    cli_check(ctx, path);
+    cli_load_any_schema(ctx, options.old_schema, &old_schema);
+    tov_client__compare(ctx, old_schema, schema, migration.compare(), changes);
+    cli_check(ctx, options.old_schema);
 }
 
 static int my_run(const report_options &options)
@@ -114,7 +117,7 @@ static int my_run(const report_options &options)
     shown.findings = my_findings(ctx, options.findings, findings_file ? &*findings_file : nullptr, imported);
     kt_owned_vhash changes{ctx};
     if (!options.old_schema.empty())
-        my_compare(ctx, options.old_schema, schema, changes.out());
+        my_compare(ctx, options, schema, changes.out());
     shown.changes = changes;
     my_write(ctx, schema, shown, options);
     return cli_done;
@@ -138,7 +141,18 @@ void cli_add_report(cli_arguments &arguments)
     command.option("--format", options->format, "html (default) or markdown", "NAME").one_of({"html", "markdown"});
     command.option("--findings", options->findings, "show the findings in this file, which import wrote as JSON");
     command.option("--database", options->database, "count and check the rows of this database");
-    command.option("--diff", options->old_schema, "mark what has changed since this schema, or source of one", "OLD");
+    const cli_option diff = command.option("--diff", options->old_schema,
+                                           "mark what has changed since this schema, or source of one", "OLD");
+    command
+        .option("--by", options->compared.by, "with --diff: what tables and columns are known by: name (default) or id",
+                "WHAT")
+        .one_of({"name", "id"})
+        .needs(diff);
+    command
+        .option("--rename", options->compared.renames,
+                "with --diff: a table or TABLE.COLUMN that was renamed; OLD= says that it was removed; may be repeated",
+                "OLD=NEW")
+        .needs(diff);
     command.option("--title", options->title, "what the report is called (default: the server's database)", "TEXT");
     command.runs([options] { return my_run(*options); });
 }

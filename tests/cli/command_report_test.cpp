@@ -63,6 +63,27 @@ TEST_F(CommandReportTest, SaysWhatHasChanged)
     EXPECT_FALSE(exists("folder"));
 }
 
+TEST_F(CommandReportTest, IsToldWhatWasRenamed)
+{
+    const std::string old_schema = write("old.json", sample_schema);
+    std::string changed = sample_schema;
+    changed.replace(changed.find("\"Parents\""), 9, "\"Elders\"");
+    const auto report = [&](std::vector<std::string> options) {
+        options.insert(options.begin(), {"report", "--diff", old_schema, "-"});
+        return run(options, changed);
+    };
+    const std::string guessed = report({}).out;
+    EXPECT_NE(guessed.find(R"("change":"renamed","old_name":"Parents","guess":true)"), std::string::npos) << guessed;
+    const std::string told = report({"--rename", "Parents=Elders"}).out;
+    EXPECT_NE(told.find(R"("change":"renamed","old_name":"Parents","old_id")"), std::string::npos) << told;
+    const std::string removed = report({"--rename", "Parents="}).out;
+    EXPECT_NE(removed.find(R"("name":"Parents","change":"removed")"), std::string::npos) << removed;
+    EXPECT_NE(report({"--by", "id"}).out.find(R"("change":"renamed","old_name":"Parents","old_id")"),
+              std::string::npos);
+    EXPECT_EXIT_CODE(report({"--rename", "Nobody=Elders"}), 2);
+    EXPECT_EXIT_CODE(run({"report", "-", "--by", "id"}, changed), 2); // without --diff
+}
+
 TEST_F(CommandReportTest, WritesMarkdownIntoAFolder)
 {
     const command_result result =

@@ -20,7 +20,7 @@ int client_guarded__attempt(client_guarded &database, const client_migration_sta
     const char *rest = "";
     int code = database.functions->prepare_next(database.connection, statement.sql.c_str(), handle.out(), &rest);
     if (code == SQLITE_OK && (!handle || *rest)) // a text of the schema has ended the statement
-        return SQLITE_MISUSE;
+        return SQLITE_ERROR;
     if (code == SQLITE_OK)
         code = database.functions->step(handle);
     return code == SQLITE_DONE || code == SQLITE_ROW ? SQLITE_OK : code;
@@ -43,5 +43,8 @@ void client_read_statement(KT_context *ctx, client_guarded &database, const std:
         ctx, database, "SELECT sql FROM sqlite_master WHERE type = 'table' AND lower(name) = lower(?1)", statement));
     KT_TRY(client_connection__bind_text(ctx, database, statement, 1, tbl));
     KT_TRY(client_connection__step(ctx, database, statement, has));
-    sql = has ? client_column_text(database, statement, 0) : std::string_view();
+    const char *text = has ? database.functions->column_text(statement, 0) : "";
+    if (!text)
+        KT_FAIL(KT_ERR_SQLITE(SQLITE_NOMEM), "out of memory");
+    sql = text;
 }

@@ -24,14 +24,17 @@ void client_rehearsal__run(KT_context *ctx, client_rehearsal &rehearsal,
         KT_TRY(client_guarded__run(ctx, rehearsal.database, statement));
 }
 
-// Whether SQLite accepts all of them: what it says of one that it does not is not asked.
-static bool my_are_accepted(client_rehearsal &rehearsal, const std::vector<client_migration_statement> &statements)
+// Whether SQLite accepts all of them. What it says of one that it does not is not asked, unless it could not work.
+static void my_are_accepted(KT_context *ctx, client_rehearsal &rehearsal,
+                            const std::vector<client_migration_statement> &statements, bool &are_accepted)
 {
+    are_accepted = true;
     for (const client_migration_statement &statement : statements) {
-        if (client_guarded__attempt(rehearsal.database, statement) != SQLITE_OK)
-            return false;
+        const int code = client_guarded__attempt(rehearsal.database, statement);
+        if (code != SQLITE_OK && code != SQLITE_ERROR && code != SQLITE_AUTH)
+            KT_TRY(client_connection__check(ctx, rehearsal.database, code));
+        are_accepted = are_accepted && code == SQLITE_OK;
     }
-    return true;
 }
 
 void client_rehearsal__try(KT_context *ctx, client_rehearsal &rehearsal,
@@ -39,8 +42,9 @@ void client_rehearsal__try(KT_context *ctx, client_rehearsal &rehearsal,
                            bool &is_like_it)
 {
     std::string found;
+    bool is_accepted = false;
     KT_TRY(client_guarded__run(ctx, rehearsal.database, {"SAVEPOINT attempt"}));
-    const bool is_accepted = my_are_accepted(rehearsal, statements);
+    KT_TRY(my_are_accepted(ctx, rehearsal, statements, is_accepted));
     KT_TRY(client_read_statement(ctx, rehearsal.database, wanted.name, found));
     is_like_it = is_accepted && client_statement_meaning(found) == client_statement_meaning(wanted.sql);
     if (!is_like_it)

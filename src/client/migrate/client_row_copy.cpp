@@ -30,33 +30,31 @@ struct copying {
 
 } // namespace
 
-static client_value my_value(const client_connection &database, sqlite3_stmt *row, int column)
+// SQLite has no room for a value where it says that there are bytes, and gives none.
+static void my_take_bytes(KT_context *ctx, const void *bytes, int size, client_value &value)
+{
+    if (!bytes && size > 0)
+        KT_FAIL(KT_ERR_SQLITE(SQLITE_NOMEM), "out of memory");
+    value.bytes = {bytes ? static_cast<const char *>(bytes) : "", static_cast<size_t>(size)};
+}
+
+static void my_read_value(KT_context *ctx, const client_connection &database, sqlite3_stmt *row, int column,
+                          client_value &value)
 {
     const KT_sqlite_functions *functions = database.functions;
-    client_value value;
-    switch (functions->column_type(row, column)) {
-    case SQLITE_INTEGER:
+    const int type = functions->column_type(row, column);
+    if (type == SQLITE_INTEGER) {
         value.storage = client_storage::integer;
         value.integer = functions->column_int64(row, column);
-        break;
-    case SQLITE_FLOAT:
+    } else if (type == SQLITE_FLOAT) {
         value.storage = client_storage::real;
         value.real = functions->column_double(row, column);
-        break;
-    case SQLITE_BLOB: {
-        value.storage = client_storage::blob;
-        const auto *bytes = static_cast<const char *>(functions->column_blob(row, column));
-        value.bytes = {bytes ? bytes : "", static_cast<size_t>(functions->column_bytes(row, column))};
-        break;
+    } else {
+        const void *bytes = type == SQLITE_TEXT ? static_cast<const void *>(functions->column_text(row, column))
+                                                : functions->column_blob(row, column);
+        value.storage = type == SQLITE_TEXT ? client_storage::text : client_storage::blob;
+        KT_TRY(my_take_bytes(ctx, bytes, functions->column_bytes(row, column), value));
     }
-    case SQLITE_TEXT:
-        value.storage = client_storage::text;
-        value.bytes = client_column_text(database, row, column);
-        break;
-    default:
-        break;
-    }
-    return value;
 }
 
 // The bytes stay where they are until the row is inserted.
@@ -101,7 +99,8 @@ static void my_bind_converted(KT_context *ctx, copying &work, size_t at)
 {
     const client_copied_col &col = work.copy.cols[at];
     const auto column = static_cast<int>(at);
-    const client_value value = my_value(work.database, work.query, column);
+    client_value value;
+    KT_TRY(my_read_value(ctx, work.database, work.query, column, value));
     const client_field field = my_field(col, value, work.shown[at]);
     client_value made;
     work.converter.room = &work.rooms[at];

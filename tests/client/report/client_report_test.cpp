@@ -1,5 +1,6 @@
 // What a report says: the data of the page, and the pages of Markdown.
 #include "client_test.hpp"
+#include "counting_sqlite.hpp"
 #include "failing_alloc.hpp"
 #include "tov_report.h"
 
@@ -7,6 +8,7 @@
 
 #include <cstdio>
 #include <map>
+#include <unistd.h>
 
 namespace {
 
@@ -278,6 +280,43 @@ TEST_F(ReportTest, FailsWhereMemoryRunsOut)
         if (!fault.fired())
             break;
     }
+}
+
+// With rows of a database, and what has changed: a report that fails leaves nothing open, and is no report.
+TEST_F(ReportTest, FailsWhereTheDatabaseDoes)
+{
+    ASSERT_NO_FATAL_FAILURE(read(shop));
+    const std::string file = testing::TempDir() + "tov_report_" + std::to_string(getpid()) + ".db";
+    std::remove(file.c_str());
+    tov_client__create_database(ctx, schema, file.c_str(), nullptr, nullptr);
+    sqlite3 *opened = nullptr;
+    sqlite3_open(file.c_str(), &opened);
+    EXPECT_EQ(run(opened, "INSERT INTO Orders VALUES (1, 7, 3, 'x')"), "");
+    sqlite3_close(opened);
+    tov_client_report_options options = {};
+    options.database = file.c_str();
+    const std::string whole = html(&options);
+    kt_counting_sqlite sqlite;
+    KT_string *text = nullptr;
+    const auto judge = [&](kt_sqlite_entry entry, int turn, int code) {
+        SCOPED_TRACE("entry " + std::to_string(static_cast<int>(entry)) + ", call " + std::to_string(turn));
+        EXPECT_EQ(sqlite.open_statements(), 0);
+        EXPECT_EQ(sqlite.open_connections(), 0);
+        EXPECT_EQ(text == nullptr, KT_context__has_err(ctx) != 0);
+        if (KT_context__has_err(ctx) && sqlite.has_code(entry) && code) {
+            EXPECT_EQ(KT_context__err_code(ctx), KT_ERR_SQLITE(code)) << KT_context__err_description(ctx);
+        }
+        KT_context__err_reset(ctx);
+        KT_string__free(ctx, std::exchange(text, nullptr));
+    };
+    const auto attempt = [&] {
+        KT_string__free(ctx, std::exchange(text, nullptr)); // of a call that nothing failed in
+        tov_client__write_html_report(ctx, schema, &options, &text);
+    };
+    EXPECT_GT(kt_sweep_sqlite(sqlite, attempt, judge), 50);
+    KT_string__free(ctx, text);
+    EXPECT_EQ(html(&options), whole);
+    std::remove(file.c_str());
 }
 
 // A document can say anything of the server.
