@@ -1,10 +1,13 @@
 // What a database with the server's rules takes and refuses, value by value.
+#include "allocations_to_failure.hpp"
+#include "failing_alloc.hpp"
 #include "guide/declared_types.hpp"
 #include "load_test.hpp"
 #include "rows/convert/client_convert.hpp"
 #include "type_document.hpp"
 
 #include <random>
+#include <utility>
 
 namespace {
 
@@ -253,6 +256,38 @@ TEST_F(ClientRules, AreLeftOutOnDemandAndWhereTheServersTypesAreNotKnown)
     document.erase(document.find(id), id.size()); // facts that miss a column of the table
     reset_schema_to(document.c_str());
     EXPECT_EQ(script(), basic);
+}
+
+TEST_F(ClientRules, AreWrittenWholeOrNotAtAllWhereMemoryRunsOut)
+{
+    reset_schema_to(
+        document_of_tables({declared(base::datetimeoffset, 0, 7), declared(base::time, 0, 7),
+                            declared(base::smalldatetime), declared(base::real), of_page(base::varchar, 8000, 932),
+                            of_page(base::fixed_char, 5, 1252), of_page(base::varchar, 4, 65001),
+                            declared(base::nvarchar, 0, 0, 9), declared(base::binary, 0, 0, 4)})
+            .c_str());
+    const std::string expected = script();
+    const auto is_over = [&](const char *what, size_t turn) {
+        KT_string *text = nullptr;
+        tov_client__write_script__with(ctx, schema, &without_record, &text);
+        const bool is_left = std::exchange(allocations_to_failure, 0) > 0;
+        if (text) {
+            EXPECT_EQ(take(ctx, text), expected) << what << turn;
+            return is_left;
+        }
+        EXPECT_EQ(KT_context__err_code(ctx), KT_ERR_OUT_OF_MEMORY) << what << turn;
+        KT_context__err_reset(ctx);
+        return false;
+    };
+    size_t turn = 1;
+    for (allocations_to_failure = turn; !is_over("new ", turn); allocations_to_failure = turn)
+        turn++;
+    EXPECT_GT(turn, 100u);
+    for (kt_failing_alloc fault; fault.next();) {
+        is_over("runtime ", 0);
+        if (!fault.fired())
+            break;
+    }
 }
 
 // The forms that conversion makes are those that the rules take: of texts that are put in as they are, the database
