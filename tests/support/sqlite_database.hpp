@@ -31,6 +31,12 @@ class sqlite_database {
         return result;
     }
 
+    // SQLite's code alone, which needs no memory of ours.
+    int code_of(const std::string &sql)
+    {
+        return sqlite3_exec(connection_, sql.c_str(), nullptr, nullptr, nullptr);
+    }
+
     // The first column of the first row as text; "(none)" without a row, "(null)" for null, else SQLite's message.
     std::string ask(const std::string &sql)
     {

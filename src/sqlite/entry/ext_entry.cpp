@@ -20,7 +20,28 @@ struct added_collation {
 
 extern "C" {
 
-// A comparison cannot fail. Where memory is lacking the statement that needs it is stopped before its result counts.
+static int my_refuse_commit(void *) noexcept
+{
+    return 1;
+}
+
+static void my_allow_commits(void *connection) noexcept
+{
+    sqlite3_commit_hook(static_cast<sqlite3 *>(connection), nullptr, nullptr);
+    sqlite3_rollback_hook(static_cast<sqlite3 *>(connection), nullptr, nullptr);
+}
+
+// A comparison cannot fail, and a statement is stopped only where it goes back in its program, which an INSERT of one
+// row never does. So what an index became where memory was lacking is kept from being committed, too.
+static void my_give_up(sqlite3 *connection) noexcept
+{
+    sqlite3_interrupt(connection);
+    if (sqlite3_txn_state(connection, nullptr) != SQLITE_TXN_WRITE)
+        return;
+    sqlite3_commit_hook(connection, my_refuse_commit, nullptr);
+    sqlite3_rollback_hook(connection, my_allow_commits, connection);
+}
+
 static int my_compare(void *data, int left_size, const void *left, int right_size, const void *right)
 {
     auto &added = *static_cast<added_collation *>(data);
@@ -29,7 +50,7 @@ static int my_compare(void *data, int left_size, const void *left, int right_siz
     try {
         return ext_compare(*added.collation, left_text, right_text);
     } catch (const std::bad_alloc &) {
-        sqlite3_interrupt(added.connection);
+        my_give_up(added.connection);
         return left_text.compare(right_text);
     }
 }

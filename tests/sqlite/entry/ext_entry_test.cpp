@@ -76,6 +76,38 @@ TEST_F(ExtensionTest, AStatementStopsWhereMemoryIsLacking)
     EXPECT_EQ(result, "3");
 }
 
+// An INSERT of one row does nothing after its comparison at which SQLite would stop it.
+TEST_F(ExtensionTest, NothingIsCommittedThatCouldNotBeCompared)
+{
+    ASSERT_EQ(database.run("CREATE TABLE t (c text COLLATE Latin1_General_CI_AS UNIQUE)"), "");
+    size_t length = 0;
+    for (const bool is_in_transaction : {false, true}) {
+        SCOPED_TRACE(is_in_transaction);
+        size_t n = 1;
+        for (bool failed = true; failed; n++) {
+            length += 1000; // so that the memory which is kept of the last ones does not do
+            const std::string longer(length, 'x');
+            ASSERT_EQ(database.run("DELETE FROM t; INSERT INTO t VALUES ('é" + longer + "')"), "");
+            ASSERT_EQ(database.run(is_in_transaction ? "BEGIN" : ""), "");
+            const std::string again = "INSERT INTO t VALUES ('É" + longer + "')";
+            allocations_to_failure = n;
+            int code = database.code_of(again);
+            failed = allocations_to_failure == 0;
+            allocations_to_failure = 0;
+            if (is_in_transaction && failed) {
+                EXPECT_EQ(code, SQLITE_OK) << n;
+                code = database.code_of("COMMIT");
+            }
+            EXPECT_EQ(code, SQLITE_CONSTRAINT) << n;
+            database.run("ROLLBACK"); // where there is something to
+            EXPECT_EQ(database.ask("SELECT count(*) FROM t"), "1") << n;
+            EXPECT_EQ(database.ask("PRAGMA integrity_check"), "ok") << n;
+        }
+        EXPECT_GT(n, 2u);
+    }
+    EXPECT_EQ(database.run("INSERT INTO t VALUES ('other')"), "");
+}
+
 TEST_F(ExtensionTest, Functions)
 {
     const expression_case cases[] = {
