@@ -158,6 +158,15 @@ static UChar32 my_without_accents(UChar32 c)
     return U_SUCCESS(code) && length > 0 && !U16_IS_SURROGATE(decomposed[0]) ? decomposed[0] : c;
 }
 
+static UChar32 my_lower(UChar32 c, const ext_language &language)
+{
+    static constexpr UChar32 dotless_i = 0x0131;
+    static constexpr UChar32 dotted_capital_i = 0x0130;
+    if (!(language.own_letters & ext_own_i) || (c != 'I' && c != dotted_capital_i))
+        return ext_lower(c);
+    return c == 'I' ? dotless_i : 'i';
+}
+
 void ext_fold_code_page(std::string_view utf8, const ext_rules &rules, std::u16string &folded)
 {
     folded.clear();
@@ -165,7 +174,7 @@ void ext_fold_code_page(std::string_view utf8, const ext_rules &rules, std::u16s
         UChar32 c = ext_next_valid_character(utf8, at);
         if (rules.noaccent)
             c = my_without_accents(c);
-        my_append(folded, rules.nocase ? ext_lower(c) : c);
+        my_append(folded, rules.nocase ? my_lower(c, *rules.language) : c);
     }
     my_trim(folded, u' ');
 }

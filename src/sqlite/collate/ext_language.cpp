@@ -88,7 +88,7 @@ static constexpr ext_language languages[] = {
     {"Thai", "th"},
     {"Tibetan", "bo"},
     {"Traditional_Spanish", "es@collation=traditional"},
-    {"Turkish", "tr"},
+    {"Turkish", "tr", ext_own_i},
     {"Turkmen", "tk"},
     {"Uighur", "ug"},
     {"Ukrainian", "uk"},

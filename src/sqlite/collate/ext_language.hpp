@@ -4,8 +4,9 @@
 #include <cstdint>
 #include <string_view>
 
-// Letters that a language counts as its own; in others they are a way of writing two letters.
-enum ext_letters : uint8_t { ext_no_letters = 0, ext_own_ae = 1, ext_own_thorn = 2 };
+// Letters that a language counts as its own: in others Æ and Þ are a way of writing two letters, and an i without its
+// dot is no small letter of I.
+enum ext_letters : uint8_t { ext_no_letters = 0, ext_own_ae = 1, ext_own_thorn = 2, ext_own_i = 4 };
 
 struct ext_language {
     std::string_view name; // as the server writes it

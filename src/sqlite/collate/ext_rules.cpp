@@ -62,7 +62,7 @@ static bool my_read_windows(std::string_view name, ext_rules &rules) noexcept
     return rules.language;
 }
 
-static bool my_take_code_page(std::string_view &name) noexcept
+static bool my_take_code_page(std::string_view &name, std::string_view &number) noexcept
 {
     const size_t at = name.rfind('_');
     if (at == std::string_view::npos)
@@ -72,6 +72,7 @@ static bool my_take_code_page(std::string_view &name) noexcept
     if (page.size() < 3 || !kt_equal_folded(page.substr(0, 2), "cp") ||
         !std::all_of(page.begin() + 2, page.end(), is_digit))
         return false;
+    number = page.substr(2);
     name = name.substr(0, at);
     return true;
 }
@@ -81,11 +82,14 @@ static bool my_read_sql(std::string_view name, ext_rules &rules) noexcept
     const bool is_of_code_page = my_take(name, ext_code_page_suffix);
     if (!my_take_binary(name, rules) && !my_take_sensitivity(name, rules))
         return false;
-    if (!my_take_code_page(name))
+    std::string_view page;
+    if (!my_take_code_page(name, page))
         return false;
     if (is_of_code_page && rules.order == ext_order::linguistic)
         rules.order = ext_order::code_page;
     rules.language = ext_find_sql_language(name);
+    if (rules.language && page == "1254") // the one of Turkish, which the name does not say
+        rules.language = ext_find_language("Turkish");
     return rules.language;
 }
 
