@@ -123,7 +123,8 @@ static std::string my_plain_time(std::string_view text)
     const size_t blanks = std::min(rest.find_first_not_of(' '), rest.size());
     rest.remove_prefix(blanks);
     const int hour = my_take_number(rest, 1, 2);
-    if (hour < 1 || hour > 12 || (!rest.empty() && rest.front() != ':'))
+    if (hour < 1 || hour > 12 || (!rest.empty() && rest.front() != ':') ||
+        rest.find_first_not_of("0123456789:.") != std::string_view::npos)
         return std::string(text);
     char hours[16];
     std::snprintf(hours, sizeof hours, "%02d", hour % 12 + (is_afternoon ? 12 : 0));

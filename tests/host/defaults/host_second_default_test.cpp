@@ -102,6 +102,7 @@ TEST_F(HostSecondDefaultTest, Constants)
         {"datetime", R"("scale":3)", "('30 Feb 2019')", ""},
         {"datetime", R"("scale":3)", "('Dec 31 2019 13pm')", ""},
         {"datetime", R"("scale":3)", "('Dec 31 2019 am')", ""},
+        {"datetime", R"("scale":3)", "('Dec 31 2019 1:30ampm')", ""},
         {"datetime", R"("scale":3)", "('1-Jan 1900')", ""},
         {"datetime", R"("scale":3)", "('20151020 1:30PM')", "'2015-10-20 13:30:00.000'"},
         {"date", "", "('1 May, 2020')", "'2020-05-01'"},
