@@ -21,6 +21,7 @@ void tov_schema__set_colcon_fk(KT_context *ctx, tov_schema *schema, const char *
                                int32_t violation_on_insert) noexcept
 {
     schema->change_count++;
+    schema->reference_change_count++;
     KT_vhash *tbl = nullptr;
     KT_vhash *col = nullptr;
     KT_vhash *fk = nullptr;

@@ -38,6 +38,7 @@ void tov_schema__add_col(KT_context *ctx, tov_schema *schema, const char *tbl_id
                          KT_bool prepared, int64_t dump_txid, int64_t dump_generation) noexcept
 {
     schema->change_count++;
+    schema->reference_change_count++;
     KT_vhash *cols = nullptr;
     KT_vhash *col = nullptr;
     KT_TRY(my_get_target_cols(ctx, schema, tbl_id, prepared, &cols));

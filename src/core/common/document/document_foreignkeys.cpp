@@ -10,6 +10,7 @@ void tov_schema__create_foreignkey(KT_context *ctx, tov_schema *schema, const ch
                                    const char *on_update, int32_t violation_on_insert) noexcept
 {
     schema->change_count++;
+    schema->reference_change_count++;
     KT_vhash *tbl = nullptr;
     KT_vhash *foreignkeys = nullptr;
     KT_vhash *fk = nullptr;
@@ -34,6 +35,7 @@ void tov_schema__add_to_foreignkey(KT_context *ctx, tov_schema *schema, const ch
                                    const char *col_id, const char *ref_col_id) noexcept
 {
     schema->change_count++;
+    schema->reference_change_count++;
     KT_vhash *foreignkeys = nullptr;
     KT_vhash *fk = nullptr;
     KT_vhash *cols = nullptr;
@@ -48,6 +50,7 @@ void tov_schema__nevermind_foreignkey(KT_context *ctx, tov_schema *schema, const
                                       const char *fk_id) noexcept
 {
     schema->change_count++;
+    schema->reference_change_count++;
     KT_vhash *foreignkeys = nullptr;
     kt_owned_text dropped_id{ctx}; // an id that the schema handed out goes with the first pair that it is the key of
     KT_TRY(_tov_schema__check_foreignkeys(ctx, schema, tbl_id, &foreignkeys));

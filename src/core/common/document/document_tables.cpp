@@ -21,6 +21,7 @@ void tov_schema__add_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id
                          int64_t txid) noexcept
 {
     schema->change_count++;
+    schema->reference_change_count++;
     KT_vhash *tbls = nullptr;
     KT_vhash *tbl = nullptr;
     KT_TRY(_tov_schema__get_tbls(ctx, schema, &tbls));

@@ -14,6 +14,8 @@ struct tov_schema {
     // Counts the operations that may have changed either tree, failed ones too: what is derived from the document
     // holds as long as this number stays the same. A read that creates an empty record is not a change.
     uint64_t change_count;
+    // Counts those among them that may have changed which tables, columns and foreign keys there are, or a foreign key.
+    uint64_t reference_change_count;
     // The keys by the table that they refer to, once questions about that were asked.
     struct tov_fk_index *fk_index;
     // The integer primary key of the table that was asked about last. Who writes a table asks once for each column,

@@ -10,10 +10,10 @@
 #include "fk/fk_names.hpp"
 
 struct tov_fk_index {
-    uint64_t change_count; // of the schema that it describes
-    bool serves;           // whether it may be used at all
-    bool has_actions;      // whether all table-level keys have their actions
-    fk_name *ref_tbls;     // the ids that keys refer to
+    uint64_t reference_change_count; // of the schema that it describes
+    bool serves;                     // whether it may be used at all
+    bool has_actions;                // whether all table-level keys have their actions
+    fk_name *ref_tbls;               // the ids that keys refer to
     uint32_t *slots;
     uint32_t slot_count;
     fk_index_entry *entries; // grouped by the table referred to
@@ -116,7 +116,7 @@ static void my_make(KT_context *ctx, tov_schema *schema, tov_fk_index **made) no
     kt_owned<tov_fk_index, _tov_fk_index__free> index{ctx};
     KT_TRY(_kt_malloc(ctx, sizeof(tov_fk_index), &block));
     *index.out() = new (block) tov_fk_index{};
-    index.get()->change_count = schema->change_count;
+    index.get()->reference_change_count = schema->reference_change_count;
     KT_TRY(my_attempt(ctx, [&] { my_fill(ctx, schema, FK_ON_DELETE | FK_ON_UPDATE, index); }));
     index.get()->has_actions = index.get()->serves;
     if (!index.get()->serves)
@@ -135,7 +135,7 @@ static void my_drop(KT_context *ctx, tov_schema *schema) noexcept
 static void my_get_index(KT_context *ctx, tov_schema *schema, const tov_fk_index **index) noexcept
 {
     bool lacks_cols = false;
-    if (schema->fk_index && schema->fk_index->change_count != schema->change_count)
+    if (schema->fk_index && schema->fk_index->reference_change_count != schema->reference_change_count)
         my_drop(ctx, schema);
     if (!schema->fk_index)
         KT_TRY(my_attempt(ctx, [&] { my_look_for_lacking_cols(ctx, schema, &lacks_cols); }));

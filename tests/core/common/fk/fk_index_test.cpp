@@ -64,6 +64,27 @@ TEST_F(IndexTest, EveryChangeCounts)
     }
 }
 
+TEST_F(IndexTest, ChangesBesideReferencesKeepIt)
+{
+    tbls("a>b,c b=a c>b");
+    ASSERT_EQ(referring("b"), "a c");
+    const tov_fk_index *index = schema->fk_index;
+    ASSERT_NE(index, nullptr);
+    tov_schema__set_filter_id(ctx, schema, 7);
+    tov_schema__set_backend_info__name(ctx, schema, "host");
+    tov_schema__set_tbl_name(ctx, schema, "a", "Another");
+    tov_schema__set_col_name(ctx, schema, "a", "c0", "Another");
+    tov_schema__set_col_type_simple(ctx, schema, "a", "c0", "sint64");
+    tov_schema__set_mssql_col_type_name(ctx, schema, "a", "c0", "bigint");
+    tov_schema__set_colcon_notnull(ctx, schema, "a", "c0", 1, "NN");
+    tov_schema__set_pk_name(ctx, schema, "c", "PK");
+    tov_schema__add_to_pk(ctx, schema, "c", "c0");
+    tov_schema__add_check_constraint(ctx, schema, "a", "CK", "1");
+    EXPECT_OK(ctx);
+    EXPECT_EQ(referring("b"), "a c");
+    EXPECT_EQ(schema->fk_index, index);
+}
+
 TEST_F(IndexTest, QuestionsWalkWhereAKeyIsMalformed)
 {
     struct malformed_case {
@@ -105,7 +126,7 @@ TEST_F(IndexTest, MemoryThatRunsOutLeavesTheQuestionToBeAskedAgain)
     for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
         bool known = false;
         fk_walk walk = {.schema = schema, .ref_tbl_id = "b"};
-        schema->change_count++;
+        schema->reference_change_count++;
         fk_find_in_index(ctx, &walk, &known);
         if (!fault.fired())
             break;
@@ -129,7 +150,19 @@ void IndexTest::change_at_random(fk_random *random)
     const char *t = tbl.c_str();
     const char *c = col.c_str();
     const char *action = random->chance(80) ? on_delete.c_str() : nullptr;
-    switch (random->below(9)) {
+    switch (random->below(12)) {
+    case 9:
+        tov_schema__set_col_type_simple(ctx, schema, t, c, "sint32");
+        tov_schema__set_mssql_col_type_name(ctx, schema, t, c, "int");
+        break;
+    case 10:
+        tov_schema__set_colcon_notnull(ctx, schema, t, c, random->chance(50), nullptr);
+        tov_schema__set_col_name(ctx, schema, t, c, "renamed");
+        break;
+    case 11:
+        tov_schema__set_filter_id(ctx, schema, 7);
+        tov_schema__add_to_pk(ctx, schema, t, c);
+        break;
     case 0:
     case 1:
         tov_schema__set_colcon_fk(ctx, schema, t, c, random->chance(70), "fk", nullptr, ref_tbl.c_str(),
