@@ -21,7 +21,8 @@ bool cli_is_database(const std::string &path)
     return std::string_view(begin, sizeof begin) == magic;
 }
 
-void cli_load_any_schema(KT_context *ctx, const std::string &path, cli_schema *schema, cli_findings *findings)
+void cli_load_any_schema(KT_context *ctx, const std::string &path, cli_schema *schema, cli_findings *findings,
+                         const cli_config_choice &config)
 {
     if (cli_is_database(path)) {
         tov_client__read_record(ctx, path.c_str(), &schema->schema, nullptr);
@@ -34,5 +35,10 @@ void cli_load_any_schema(KT_context *ctx, const std::string &path, cli_schema *s
     if (is_json && cli_take_schema(ctx, first.bytes, first.name, schema))
         return;
     cli_findings unwanted(ctx);
-    cli_import(ctx, {}, sources, schema, findings ? findings : &unwanted);
+    cli_import_options options;
+    cli_findings_options ignored;
+    options.sources = {path};
+    options.config = config;
+    cli_apply_config(options.config, options, ignored);
+    cli_import(ctx, options, sources, schema, findings ? findings : &unwanted);
 }

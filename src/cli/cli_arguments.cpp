@@ -2,6 +2,7 @@
 
 #include "cli.hpp"
 #include "cli_complete.hpp"
+#include "cli_files.hpp"
 #include "cli_nearest.hpp"
 
 #include <CLI/CLI.hpp>
@@ -116,10 +117,13 @@ void cli_command::runs(action run) const
     app_->callback([chosen = chosen_, run = std::move(run)] { *chosen = run; });
 }
 
-cli_arguments::cli_arguments(const char *about, const char *version)
-    : app_(std::make_unique<CLI::App>(about, "tov-schema"))
+cli_arguments::cli_arguments(const char *about, version_text version)
+    : app_(std::make_unique<CLI::App>(about, "tov-schema")), version_(version)
 {
-    app_->set_version_flag("--version", version, "print the version");
+    app_->set_version_flag("--version", "", "print the version");
+    app_->add_flag("--verbose")
+        ->description("with --version: those of the libraries too, and how SQLite was built")
+        ->needs(app_->get_version_ptr());
     app_->require_subcommand(1);
     constexpr std::pair<const char *, const char *> words[] = {
         {"Positionals", "Arguments"}, {"SUBCOMMAND", "COMMAND"}, {"REQUIRED", ""}};
@@ -190,10 +194,14 @@ int cli_arguments::run(int argc, const char *const *argv)
         return cli_complete(known(), {argv + 2, argv + argc});
     std::vector<std::string> words = my_words_of(argc, argv);
     my_refuse_unknown_command(words, names());
-    // The parser takes its words in reverse.
+    const bool is_verbose = std::find(words.begin(), words.end(), "--verbose") != words.end();
+    // The parser takes its words in reverse, and away.
     std::reverse(words.begin(), words.end());
     try {
         app_->parse(words);
+    } catch (const CLI::CallForVersion &) {
+        cli_print(version_(is_verbose));
+        return cli_done;
     } catch (const CLI::ParseError &error) {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
             return app_->exit(error); // --help, --version

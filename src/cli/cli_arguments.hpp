@@ -76,7 +76,9 @@ struct cli_known_command {
 
 class cli_arguments {
   public:
-    cli_arguments(const char *about, const char *version);
+    // What --version prints, and what it prints with --verbose.
+    using version_text = std::string (*)(bool is_verbose);
+    cli_arguments(const char *about, version_text version);
     ~cli_arguments();
     cli_arguments(const cli_arguments &) = delete;
     cli_arguments &operator=(const cli_arguments &) = delete;
@@ -91,5 +93,6 @@ class cli_arguments {
     std::vector<cli_known_command> known() const;
 
     std::unique_ptr<CLI::App> app_;
+    version_text version_;
     cli_command::action chosen_;
 };

@@ -35,8 +35,9 @@ void cli_keep_import_inputs(const cli_import_options &options, const std::vector
     for (const cli_source &source : sources)
         if (source.is_file)
             inputs.push_back(source.name);
-    if (!findings.baseline.empty())
-        inputs.push_back(findings.baseline);
+    for (const std::string &file : {findings.baseline, options.config.file})
+        if (!file.empty())
+            inputs.push_back(file);
     outputs.push_back(findings.output);
     cli_keep_apart(std::move(outputs), inputs);
 }
@@ -132,6 +133,7 @@ void cli_add_source_options(const cli_command &command, cli_import_options &opti
                    "what a function such as db_name() or suser_sname() gives in defaults; may be repeated",
                    "NAME=VALUE");
     command.option("--txid", options.txid, "the transaction id of every table (default: 0)");
+    options.config.add(command);
     command.flag("--verbose", options.is_verbose,
                  "also print findings of severity info, and report fields of an export that are not known");
 }

@@ -3,6 +3,7 @@
 
 #include "cli.hpp"
 #include "cli_arguments.hpp"
+#include "cli_config.hpp"
 #include "cli_findings.hpp"
 #include "cli_sources.hpp"
 
@@ -17,13 +18,14 @@ struct cli_import_options {
     std::vector<std::string> defines, only, skip, renames, constants;
     int64_t txid = 0;
     bool is_verbose = false;
+    cli_config_choice config;
 };
 
 // Adds the options that say what of a source is imported, and how.
 void cli_add_source_options(const cli_command &command, cli_import_options &options);
 
 // Refuses outputs, the file of findings too, that are one another or something that is read: a source, a script in a
-// folder, the baseline.
+// folder, the baseline, the file of settings.
 void cli_keep_import_inputs(const cli_import_options &options, const std::vector<cli_source> &sources,
                             const cli_findings_options &findings, std::vector<std::string> outputs);
 

@@ -25,10 +25,11 @@ void cli_migration::create_as(const tov_client_create_options &create)
     chosen_.create = &create_;
 }
 
-void cli_load_old_schema(KT_context *ctx, const std::string &path, cli_schema *schema, cli_migration &migration)
+void cli_load_old_schema(KT_context *ctx, const std::string &path, cli_schema *schema, cli_migration &migration,
+                         const cli_config_choice &config)
 {
     if (!cli_is_database(path))
-        return cli_load_any_schema(ctx, path, schema);
+        return cli_load_any_schema(ctx, path, schema, nullptr, config);
     tov_client_create_options create = {};
     tov_client__read_record(ctx, path.c_str(), &schema->schema, &create);
     cli_check(ctx, path);
@@ -40,8 +41,8 @@ std::string cli_migration_script(KT_context *ctx, const std::string &old_path, c
 {
     cli_migration migration(options);
     cli_schema a(ctx), b(ctx);
-    cli_load_old_schema(ctx, old_path, &a, migration);
-    cli_load_any_schema(ctx, new_path, &b);
+    cli_load_old_schema(ctx, old_path, &a, migration, options.config);
+    cli_load_any_schema(ctx, new_path, &b, nullptr, options.config);
     KT_string *script = nullptr;
     tov_client__write_migration(ctx, a, b, migration, &script);
     std::string text = cli_take(ctx, script);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cli.hpp"
+#include "cli_config.hpp"
 #include "tov_migrate.h"
 
 #include <string>
@@ -11,6 +12,7 @@ struct cli_migration_options {
     std::string by = "name";
     std::vector<std::string> renames;
     std::vector<std::string> allowed_losses;
+    cli_config_choice config;
 };
 
 // The same for the library; the options must outlive it.
@@ -35,7 +37,8 @@ class cli_migration {
 };
 
 // Reads what a migration begins with: a schema, a source of one, or a database, which says how it was created as well.
-void cli_load_old_schema(KT_context *ctx, const std::string &path, cli_schema *schema, cli_migration &migration);
+void cli_load_old_schema(KT_context *ctx, const std::string &path, cli_schema *schema, cli_migration &migration,
+                         const cli_config_choice &config);
 
 // The script that turns a database of one schema into one of another.
 std::string cli_migration_script(KT_context *ctx, const std::string &old_path, const std::string &new_path,

@@ -5,9 +5,9 @@
 #include "cli.hpp"
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
+#include "cli_version.hpp"
 #include "commands.hpp"
 #include "tov_sqlite.h"
-#include "tov_version.h"
 
 #include <sqlite3.h>
 
@@ -21,9 +21,9 @@ constexpr const char *about =
     "  tov-schema create schema.json shop.db\n"
     "\n"
     "tov-schema help COMMAND describes a command. A file named - is standard input or output.\n"
-    "Exit codes: 0 done; 1 findings (import, convert --strict), differences (diff), or rows that are\n"
-    "refused (check) or were refused or are missing (load, convert); 2 wrong usage, or a file that cannot\n"
-    "be used; 3 out of memory or an internal error.";
+    "Exit codes: 0 done; 1 findings (import, convert --strict), differences (diff), rows that are\n"
+    "refused (check) or were refused or are missing (load, convert), something broken (doctor); 2 wrong\n"
+    "usage, or a file that cannot be used; 3 out of memory or an internal error.";
 
 } // namespace
 
@@ -37,6 +37,7 @@ static void my_add_commands(cli_arguments &arguments)
     cli_add_load(arguments);
     cli_add_unload(arguments);
     cli_add_check(arguments);
+    cli_add_doctor(arguments);
     cli_add_tables(arguments);
     cli_add_columns(arguments);
     cli_add_default(arguments);
@@ -74,7 +75,7 @@ try {
 int cli_run(int argc, char **argv)
 try {
     my_add_server_collations();
-    cli_arguments arguments(about, "tov-schema " TOV_SCHEMA_VERSION);
+    cli_arguments arguments(about, cli_version);
     my_add_commands(arguments);
     return arguments.run(argc, argv);
 } catch (const cli_usage_failure &failure) {

@@ -2,6 +2,7 @@
 
 #include "cli_files.hpp"
 #include "cli_json.hpp"
+#include "cli_json_lines.hpp"
 #include "cli_nearest.hpp"
 #include "tov_host.h"
 
@@ -84,13 +85,13 @@ bool cli_take_schema(KT_context *ctx, const std::string &text, const std::string
     return true;
 }
 
-std::string cli_schema_json(KT_context *ctx, tov_schema *schema)
+std::string cli_schema_json(KT_context *ctx, tov_schema *schema, bool is_compact)
 {
     KT_string *json = nullptr;
     tov_schema__to_json(ctx, schema, &json);
     const std::string text = cli_take(ctx, json);
     cli_check(ctx, "");
-    return text + "\n";
+    return (is_compact ? text : cli_json_lines(text)) + "\n";
 }
 
 std::string cli_table_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id)

@@ -10,8 +10,8 @@ void cli_load_schema(KT_context *ctx, const std::string &path, cli_schema *schem
 // The same from JSON text that was read; false when it is not a schema but what import reads.
 bool cli_take_schema(KT_context *ctx, const std::string &text, const std::string &path, cli_schema *schema);
 
-// The document, as a line of JSON.
-std::string cli_schema_json(KT_context *ctx, tov_schema *schema);
+// The document: a member a line, as version control likes it, or on one line.
+std::string cli_schema_json(KT_context *ctx, tov_schema *schema, bool is_compact);
 
 // The id of a table that is given by its id or, failing that, its name (in any letter case when that leaves one table).
 std::string cli_find_table(KT_context *ctx, tov_schema *schema, const std::string &table);

@@ -66,6 +66,21 @@ static cli_source my_read_script(const std::string &path)
     return {path, is_empty ? "" : cli_read_file(path)};
 }
 
+std::vector<std::string> cli_source_files(const std::vector<std::string> &paths)
+{
+    std::vector<std::string> files;
+    for (const std::string &path : paths) {
+        std::error_code ignored;
+        if (path == "-" || !std::filesystem::is_directory(path, ignored)) {
+            files.push_back(path);
+            continue;
+        }
+        for (const std::string &script : my_scripts_of(path))
+            files.push_back(script);
+    }
+    return files;
+}
+
 std::vector<cli_source> cli_read_sources(const std::vector<std::string> &paths)
 {
     std::vector<cli_source> sources;

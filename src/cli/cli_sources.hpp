@@ -14,5 +14,8 @@ struct cli_source {
 // in the order of their names. Fails when one cannot be read, a folder holds no script, or a file is given twice.
 std::vector<cli_source> cli_read_sources(const std::vector<std::string> &paths);
 
+// The files that this would read; standard input is "-" among them.
+std::vector<std::string> cli_source_files(const std::vector<std::string> &paths);
+
 // The file that was read or, of several, the folder that they all are in.
 std::string cli_common_path(const std::vector<cli_source> &sources);

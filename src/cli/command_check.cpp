@@ -2,6 +2,7 @@
 
 #include "cli_create_options.hpp"
 #include "cli_files.hpp"
+#include "cli_paths.hpp"
 #include "cli_progress.hpp"
 #include "cli_schema.hpp"
 #include "cli_violations.hpp"
@@ -43,6 +44,8 @@ static void my_tell_summary(const cli_violations &violations, bool is_whole)
 
 static int my_run_check(const check_options &options)
 {
+    if (!options.output.empty())
+        cli_keep_inputs(options.output, {options.schema, options.database});
     const cli_context context;
     cli_schema schema(context.ctx);
     cli_load_schema(context.ctx, options.schema, &schema);

@@ -38,6 +38,7 @@ struct convert_options {
     cli_create_options made;
     bool exact = false;
     bool all_or_nothing = false;
+    bool is_compact = false;
 };
 
 // A file that goes again unless it gets its name.
@@ -195,8 +196,9 @@ static void my_refuse_database(const std::string &path)
         throw cli_failure("there is a file of this name already", path);
 }
 
-static int my_run(const convert_options &options)
+static int my_run(convert_options options)
 {
+    cli_apply_config(options.import.config, options.import, options.findings);
     cli_check_findings_options(options.findings);
     my_refuse_database(options.database);
     const cli_context context;
@@ -210,7 +212,7 @@ static int my_run(const convert_options &options)
     cli_import(ctx, options.import, sources, &schema, &findings);
     cli_report_findings(findings, options.findings, options.import.is_verbose, cli_common_path(sources));
     if (!options.schema.empty())
-        cli_write_file(options.schema, cli_schema_json(ctx, schema));
+        cli_write_file(options.schema, cli_schema_json(ctx, schema, options.is_compact));
     my_create(ctx, options, schema, database.path());
     const int code = my_load(ctx, options, schema, sources, database.path());
     if (code != cli_done && options.all_or_nothing)
@@ -231,7 +233,9 @@ void cli_add_convert(cli_arguments &arguments)
         .argument("SOURCE... DATABASE", options->paths,
                   "a file, or several scripts or folders of them; and the database file, which must be new")
         .required();
-    command.option("-s,--schema", options->schema, "write the schema to this file too", "FILE");
+    const cli_option schema =
+        command.option("-s,--schema", options->schema, "write the schema to this file too", "FILE");
+    command.flag("--compact", options->is_compact, "write it on one line, not a member a line").needs(schema);
     cli_add_findings_options(command, options->findings);
     command.option("--rejects", options->rejects, "keep refused rows in this directory, with the reasons beside them",
                    "FOLDER");

@@ -20,6 +20,7 @@ struct diff_options {
     std::string format = "text";
     bool is_json = false;
     bool is_changed_since = false;
+    cli_config_choice config;
 };
 
 } // namespace
@@ -40,12 +41,12 @@ static int my_run(const diff_options &options)
     const cli_context context;
     if (options.format == "sql" && !options.is_json) {
         cli_print(cli_migration_script(context.ctx, options.old_schema, options.new_schema,
-                                       {options.by, options.renames, {}}));
+                                       {options.by, options.renames, {}, options.config}));
         return cli_done;
     }
     cli_schema a(context.ctx), b(context.ctx);
-    cli_load_any_schema(context.ctx, options.old_schema, &a);
-    cli_load_any_schema(context.ctx, options.new_schema, &b);
+    cli_load_any_schema(context.ctx, options.old_schema, &a, nullptr, options.config);
+    cli_load_any_schema(context.ctx, options.new_schema, &b, nullptr, options.config);
     const cli_changes changes(context.ctx, a, b, {options.by == "id", options.renames});
     cli_print(changes.as(options.is_json ? "json" : options.format));
     return changes.is_same() ? cli_done : cli_found;
@@ -79,6 +80,7 @@ void cli_add_diff(cli_arguments &arguments)
         "--changed-since", options->is_changed_since,
         "compare schemas of one origin by ids and transaction ids alone: which tables are to be fetched anew");
     command.flag("--json", options->is_json, "the same as --format json");
+    options->config.add(command);
     changed_since.excludes(by).excludes(renames);
     command.runs([options] { return my_run(*options); });
 }

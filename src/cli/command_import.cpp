@@ -3,6 +3,7 @@
 #include "cli_files.hpp"
 #include "cli_import.hpp"
 #include "cli_json.hpp"
+#include "cli_json_lines.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
 
@@ -15,23 +16,26 @@ struct import_options {
     std::string output = "-";
     cli_findings_options findings;
     bool with_host_internals = false;
+    bool is_compact = false;
 };
 
 } // namespace
 
-static std::string my_schema_json(KT_context *ctx, tov_schema *schema, bool with_host_internals)
+static std::string my_schema_json(KT_context *ctx, tov_schema *schema, const import_options &options)
 {
-    if (with_host_internals) {
+    if (options.with_host_internals) {
         cli_map both(ctx);
         tov_schema__copy_into_vhash(ctx, schema, both, 1);
         cli_check(ctx, "");
-        return cli_json_text(ctx, both) + "\n";
+        const std::string text = cli_json_text(ctx, both);
+        return (options.is_compact ? text : cli_json_lines(text)) + "\n";
     }
-    return cli_schema_json(ctx, schema);
+    return cli_schema_json(ctx, schema, options.is_compact);
 }
 
-static int my_run(const import_options &options)
+static int my_run(import_options options)
 {
+    cli_apply_config(options.import.config, options.import, options.findings);
     cli_check_findings_options(options.findings);
     const cli_context context;
     KT_context *ctx = context.ctx;
@@ -41,7 +45,7 @@ static int my_run(const import_options &options)
     cli_keep_import_inputs(options.import, sources, options.findings, {options.output});
     cli_import(ctx, options.import, sources, &schema, &findings);
     cli_report_findings(findings, options.findings, options.import.is_verbose, cli_common_path(sources));
-    cli_write_file(options.output, my_schema_json(ctx, schema, options.with_host_internals));
+    cli_write_file(options.output, my_schema_json(ctx, schema, options));
     return cli_done;
 }
 
@@ -66,5 +70,6 @@ void cli_add_import(cli_arguments &arguments)
     command.flag("--quiet", options->findings.is_quiet, "do not print the findings");
     command.flag("--with-host-internals", options->with_host_internals,
                  "write the schema together with what only the host side uses");
+    command.flag("--compact", options->is_compact, "write the schema on one line, not a member a line");
     command.runs([options] { return my_run(*options); });
 }

@@ -6,6 +6,7 @@
 #include "cli_json.hpp"
 #include "cli_migration.hpp"
 #include "cli_paths.hpp"
+#include "cli_sources.hpp"
 #include "commands.hpp"
 
 #include <memory>
@@ -27,7 +28,7 @@ static int my_apply(const migrate_options &options)
 {
     const cli_context context;
     cli_schema schema(context.ctx);
-    cli_load_any_schema(context.ctx, options.new_schema, &schema);
+    cli_load_any_schema(context.ctx, options.new_schema, &schema, nullptr, options.migration.config);
     const cli_migration migration(options.migration);
     tov_client__migrate_database(context.ctx, options.old_schema.c_str(), schema, migration);
     cli_check(context.ctx, options.old_schema);
@@ -50,8 +51,8 @@ static int my_plan(const migrate_options &options)
     KT_context *ctx = context.ctx;
     cli_migration migration(options.migration);
     cli_schema a(ctx), b(ctx);
-    cli_load_old_schema(ctx, options.old_schema, &a, migration);
-    cli_load_any_schema(ctx, options.new_schema, &b);
+    cli_load_old_schema(ctx, options.old_schema, &a, migration, options.migration.config);
+    cli_load_any_schema(ctx, options.new_schema, &b, nullptr, options.migration.config);
     KT_varray *steps = nullptr;
     tov_client__plan_migration(ctx, a, b, migration, &steps);
     cli_check(ctx, "");
@@ -67,7 +68,7 @@ static int my_run(const migrate_options &options)
 {
     if (options.apply)
         return my_apply(options);
-    cli_keep_inputs(options.output, {options.old_schema, options.new_schema});
+    cli_keep_inputs(options.output, cli_source_files({options.old_schema, options.new_schema}));
     if (options.plan)
         return my_plan(options);
     const cli_context context;
@@ -102,6 +103,7 @@ void cli_add_migrate(cli_arguments &arguments)
                    "OLD=NEW");
     command.option("--allow-loss", options->migration.allowed_losses,
                    "a table or TABLE.COLUMN whose data may be lost; may be repeated", "TABLE.COLUMN");
+    options->migration.config.add(command);
     apply.excludes(plan).excludes(output);
     command.runs([options] { return my_run(*options); });
 }

@@ -6,6 +6,7 @@
 #include "cli_json.hpp"
 #include "cli_migration.hpp"
 #include "cli_paths.hpp"
+#include "cli_sources.hpp"
 #include "commands.hpp"
 #include "tov_changes.h"
 #include "tov_report.h"
@@ -91,7 +92,7 @@ static void my_compare(KT_context *ctx, const report_options &options, tov_schem
 {
     const cli_migration migration(options.compared);
     cli_schema old_schema(ctx);
-    cli_load_any_schema(ctx, options.old_schema, &old_schema);
+    cli_load_any_schema(ctx, options.old_schema, &old_schema, nullptr, options.compared.config);
     tov_client__compare(ctx, old_schema, schema, migration.compare(), changes);
     cli_check(ctx, options.old_schema);
 }
@@ -102,12 +103,14 @@ static int my_run(const report_options &options)
         throw cli_usage_failure("--format markdown writes several files: --output must name a folder");
     if (options.format == "markdown" && !options.old_schema.empty())
         throw cli_usage_failure("--diff is for pages; tov-schema diff --format markdown writes changes as Markdown");
-    cli_keep_inputs(options.output, {options.source, options.findings, options.database, options.old_schema});
+    std::vector<std::string> inputs = {options.source, options.findings, options.database, options.old_schema};
+    std::erase(inputs, "");
+    cli_keep_inputs(options.output, cli_source_files(inputs));
     const cli_context context;
     KT_context *ctx = context.ctx;
     cli_schema schema(ctx);
     cli_findings imported(ctx);
-    cli_load_any_schema(ctx, options.source, &schema, &imported);
+    cli_load_any_schema(ctx, options.source, &schema, &imported, options.compared.config);
     std::optional<cli_map> findings_file;
     if (!options.findings.empty())
         findings_file.emplace(ctx, cli_read_text(options.findings), options.findings);
@@ -154,5 +157,6 @@ void cli_add_report(cli_arguments &arguments)
                 "OLD=NEW")
         .needs(diff);
     command.option("--title", options->title, "what the report is called (default: the server's database)", "TEXT");
+    options->compared.config.add(command);
     command.runs([options] { return my_run(*options); });
 }

@@ -11,6 +11,7 @@ void cli_add_convert(cli_arguments &arguments);
 void cli_add_load(cli_arguments &arguments);
 void cli_add_unload(cli_arguments &arguments);
 void cli_add_check(cli_arguments &arguments);
+void cli_add_doctor(cli_arguments &arguments);
 void cli_add_tables(cli_arguments &arguments);
 void cli_add_columns(cli_arguments &arguments);
 void cli_add_default(cli_arguments &arguments);

@@ -48,7 +48,7 @@ TEST_F(CliFilesTest, OutputIsWrittenBesideAndRenamed)
     ASSERT_EQ(::chmod(path("schema.json").c_str(), 0640), 0);
     const command_result result = run({"import", write("c.json", sample_catalogue), "-o", path("schema.json")});
     EXPECT_EXIT_CODE(result, 0);
-    EXPECT_EQ(read("schema.json").find("{\"compat_level\":1,"), 0u);
+    EXPECT_EQ(read("schema.json").find("{\n  \"compat_level\": 1,\n"), 0u);
     EXPECT_EQ(files(), "c.json schema.json ");
     struct stat status;
     ASSERT_EQ(::stat(path("schema.json").c_str(), &status), 0);
@@ -88,7 +88,7 @@ TEST_F(CliFilesTest, WritesBehindALinkWithoutReplacingIt)
     ASSERT_EQ(::symlink("real.json", path("link.json").c_str()), 0);
     EXPECT_EXIT_CODE(run({"import", write("c.json", sample_catalogue), "-o", path("link.json")}), 0);
     EXPECT_TRUE(std::filesystem::is_symlink(path("link.json")));
-    EXPECT_EQ(read("real.json").find("{\"compat_level\":1,"), 0u);
+    EXPECT_EQ(read("real.json").find("{\n  \"compat_level\": 1,\n"), 0u);
 }
 
 // As /dev/stdout is a link to it.
@@ -99,7 +99,7 @@ TEST_F(CliFilesTest, WritesOnTheFileThatStandardOutputGoesTo)
     const std::string command = TOV_SCHEMA_COMMAND " import " + path("c.json") + " -o " + path("stdout") + " 2>&1";
     EXPECT_EXIT_CODE(run_program("sh", {"-c", "(echo first; " + command + ") >" + path("out.json")}), 0);
     EXPECT_EQ(read("out.json").find("first\n"), 0u);
-    EXPECT_NE(read("out.json").find("{\"compat_level\":1,"), std::string::npos);
+    EXPECT_NE(read("out.json").find("{\n  \"compat_level\": 1,\n"), std::string::npos);
     EXPECT_TRUE(std::filesystem::is_symlink(path("stdout")));
 }
 
@@ -134,7 +134,7 @@ TEST_F(CliFilesTest, ALinkThatLeadsToNoFileYetIsWrittenBehind)
     ASSERT_EQ(::symlink("real.json", path("link.json").c_str()), 0);
     EXPECT_EXIT_CODE(run({"import", write("c.json", sample_catalogue), "-o", path("link.json")}), 0);
     EXPECT_TRUE(std::filesystem::is_symlink(path("link.json")));
-    EXPECT_EQ(read("real.json").find("{\"compat_level\":1,"), 0u);
+    EXPECT_EQ(read("real.json").find("{\n  \"compat_level\": 1,\n"), 0u);
 }
 
 TEST_F(CliFilesTest, LinksThatLeadToEachOtherAreRefused)

@@ -1,6 +1,7 @@
 // The command line as a whole.
 
 #include "run_command.hpp"
+#include <sqlite3.h>
 
 namespace {
 
@@ -68,6 +69,22 @@ TEST_F(CliRunTest, SaysItsVersion)
     const command_result result = run({"--version"});
     EXPECT_EXIT_CODE(result, 0);
     EXPECT_EQ(result.out.find("tov-schema "), 0u) << result.out;
+}
+
+TEST_F(CliRunTest, VersionsOfLibrariesAreThoseThatRun)
+{
+    for (const std::vector<std::string> &words :
+         {std::vector<std::string>{"--version", "--verbose"}, {"--verbose", "--version"}}) {
+        const command_result result = run(words);
+        EXPECT_EXIT_CODE(result, 0);
+        EXPECT_EQ(result.out.find(run({"--version"}).out), 0u);
+        for (const std::string &line : {std::string("\nSQLite ") + sqlite3_libversion() + "\n",
+                                        "\n  " + std::string(sqlite3_compileoption_get(0)), std::string("\nlibzip "),
+                                        std::string("\nICU "), std::string("\nExpat "), std::string("\nOpenSSL ")})
+            EXPECT_NE(result.out.find(line), std::string::npos) << line << " in:\n" << result.out;
+    }
+    EXPECT_EXIT_CODE(run({"--verbose"}), 2);
+    EXPECT_EXIT_CODE(run({"--verbose", "tables", "x"}), 2);
 }
 
 TEST_F(CliRunTest, WrongUsageIsTwoAndSaysWhere)

@@ -12,8 +12,8 @@ TEST_F(CliSchemaTest, EverySubcommandReadsBothForms)
     const std::string catalogue = write("c.json", sample_catalogue);
     ASSERT_EQ(run({"import", catalogue, "-o", path("plain.json")}).exit_code, 0);
     ASSERT_EQ(run({"import", catalogue, "-o", path("both.json"), "--with-host-internals"}).exit_code, 0);
-    EXPECT_EQ(read("both.json").find("{\"schema\":{"), 0u);
-    EXPECT_NE(read("both.json").find("\"host_internals\":{"), std::string::npos);
+    EXPECT_EQ(read("both.json").find("{\n  \"schema\": {\n"), 0u);
+    EXPECT_NE(read("both.json").find("\n  \"host_internals\": {\n"), std::string::npos);
     const std::vector<std::string> commands[] = {
         {"sql"}, {"tables"}, {"refs"}, {"graph"}, {"select", "Orders"}, {"lite"},
     };

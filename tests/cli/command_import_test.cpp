@@ -33,9 +33,9 @@ TEST_F(CommandImportTest, WritesTheSchemaAndPrintsFindings)
 {
     const command_result result = run({"import", catalogue});
     EXPECT_EXIT_CODE(result, 0);
-    EXPECT_EQ(result.out.find("{\"compat_level\":1,"), 0u) << result.out;
-    EXPECT_NE(result.out.find("\"name\":\"Customers\""), std::string::npos);
-    EXPECT_NE(result.out.find("\"expr\":\"'nobody'\""), std::string::npos) << "the default came over";
+    EXPECT_EQ(result.out.find("{\n  \"compat_level\": 1,\n"), 0u) << result.out;
+    EXPECT_NE(result.out.find("\"name\": \"Customers\""), std::string::npos);
+    EXPECT_NE(result.out.find("\"expr\": \"'nobody'\""), std::string::npos) << "the default came over";
     EXPECT_EQ(result.err.find("default-dropped: dbo.Orders.Placed: "), 0u) << result.err;
     EXPECT_NE(result.err.find("([dbo].[f]())"), std::string::npos);
 }
@@ -60,7 +60,7 @@ TEST_F(CommandImportTest, StrictRefusesAnyFindingAndWritesNoSchema)
 
 TEST_F(CommandImportTest, GivesEveryTableTheTransactionId)
 {
-    const command_result result = run({"import", catalogue, "--txid", "42"});
+    const command_result result = run({"import", catalogue, "--compact", "--txid", "42"});
     EXPECT_EXIT_CODE(result, 0);
     EXPECT_NE(result.out.find("\"name\":\"Customers\",\"txid\":42"), std::string::npos) << result.out;
     EXPECT_NE(result.out.find("\"name\":\"Orders\",\"txid\":42"), std::string::npos) << result.out;
@@ -103,6 +103,18 @@ TEST_F(CommandImportTest, TheKindCanBeGiven)
     EXPECT_EXIT_CODE(run({"import", catalogue, "--from", "word"}), 2);
 }
 
+TEST_F(CommandImportTest, WritesAMemberALineOrAllOnOne)
+{
+    EXPECT_EXIT_CODE(run({"import", catalogue, "-o", path("lines.json")}), 0);
+    EXPECT_EXIT_CODE(run({"import", catalogue, "--compact", "-o", path("line.json")}), 0);
+    EXPECT_NE(read("lines.json").find("\n  \"tbls\": {\n    \"101\": {\n      \"name\": \"Customers\",\n"),
+              std::string::npos)
+        << read("lines.json");
+    EXPECT_EQ(read("line.json").find('\n'), read("line.json").size() - 1);
+    EXPECT_EXIT_CODE(run({"diff", path("lines.json"), path("line.json")}), 0);
+    EXPECT_EXIT_CODE(run({"create", path("lines.json"), path("lines.db")}), 0);
+}
+
 TEST_F(CommandImportTest, AProjectFolderSaysTheNameAndTheCollation)
 {
     std::filesystem::create_directories(path("Shop/Tables"));
@@ -111,7 +123,7 @@ TEST_F(CommandImportTest, AProjectFolderSaysTheNameAndTheCollation)
     write("Shop/Tables/Lines.sql", "CREATE TABLE dbo.Lines (Id int REFERENCES dbo.Orders)");
     write("Shop/Tables/Orders.sql", "CREATE TABLE dbo.Orders (Id int PRIMARY KEY, Name varchar(9))");
     write("Shop/notes.txt", "Dear reader");
-    const command_result result = run({"import", path("Shop"), "-o", path("s.json")});
+    const command_result result = run({"import", path("Shop"), "--compact", "-o", path("s.json")});
     EXPECT_EXIT_CODE(result, 0);
     EXPECT_EQ(result.err, "");
     const std::string schema = read("s.json");

@@ -1,4 +1,5 @@
 // Running a migration in a database that has recorded its schema, with what somebody has added to it.
+#include "create/client_owned_schema.hpp"
 #include "create/client_record.hpp"
 #include "kt_chars.h"
 #include "migrate/client_guarded.hpp"
@@ -104,29 +105,7 @@ static void my_run_step(KT_context *ctx, client_guarded &database, const client_
     }
 }
 
-namespace {
-
-// The schema that a database has recorded.
-struct recorded_schema {
-    explicit recorded_schema(KT_context *context) noexcept : ctx(context)
-    {
-    }
-    ~recorded_schema()
-    {
-        KT_context__push_level(ctx);
-        tov_schema__nullfree(ctx, &schema);
-        KT_context__pop_level(ctx);
-    }
-    recorded_schema(const recorded_schema &) = delete;
-    recorded_schema &operator=(const recorded_schema &) = delete;
-
-    KT_context *ctx;
-    tov_schema *schema = nullptr;
-};
-
-} // namespace
-
-static void my_migrate(KT_context *ctx, client_guarded &database, recorded_schema &old_schema,
+static void my_migrate(KT_context *ctx, client_guarded &database, client_owned_schema &old_schema,
                        client_migration &migration, tov_client_migrate_options options)
 {
     tov_client_create_options recorded = {};
@@ -148,7 +127,7 @@ void tov_client__migrate_database(KT_context *ctx, const char *file_name, tov_sc
 {
     kt_contain(ctx, [&] {
         client_guarded database;
-        recorded_schema recorded{ctx};
+        client_owned_schema recorded{ctx};
         client_migration migration;
         migration.new_schema = new_schema;
         KT_TRY(client_connection__open(ctx, database, file_name, false));

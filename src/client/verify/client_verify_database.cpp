@@ -8,21 +8,6 @@
 
 #define KT_HERE "src/client/verify/client_verify_database"
 
-namespace {
-
-struct setting {
-    int id;
-    int on;
-};
-
-} // namespace
-
-// What a database's own texts could do is off.
-static constexpr setting defences[] = {
-    {SQLITE_DBCONFIG_DEFENSIVE, 1},      {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0}, {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
-    {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0}, {SQLITE_DBCONFIG_DQS_DML, 0},
-};
-
 extern "C" {
 static void my_utf8_size(sqlite3_context *call, int, sqlite3_value **arguments)
 {
@@ -75,10 +60,7 @@ void client_verify__open(KT_context *ctx, client_verify &run, const char *file_n
 {
     const KT_sqlite_functions *functions = run.database.functions;
     KT_TRY(client_connection__open(ctx, run.database, file_name, true));
-    for (const setting &defence : defences)
-        KT_TRY(client_connection__check(ctx, run.database,
-                                        functions->configure(run.database.connection, defence.id, defence.on)));
-    KT_TRY(client_connection__run(ctx, run.database, "PRAGMA cell_size_check=ON"));
+    KT_TRY(client_connection__distrust(ctx, run.database));
     KT_TRY(client_connection__run(ctx, run.database, "BEGIN")); // all tables as they are at one moment
     KT_TRY(my_list_tbls(ctx, run));
     KT_TRY(my_find_encoding(ctx, run));

@@ -11,6 +11,20 @@ static constexpr int patience = 5000;
 static constexpr const char *settings[] = {"PRAGMA foreign_keys=OFF", "PRAGMA recursive_triggers=ON",
                                            "PRAGMA cache_size=-32768"};
 
+namespace {
+
+struct setting {
+    int id;
+    int on;
+};
+
+} // namespace
+
+static constexpr setting defences[] = {
+    {SQLITE_DBCONFIG_DEFENSIVE, 1},      {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0}, {SQLITE_DBCONFIG_ENABLE_VIEW, 0},
+    {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0}, {SQLITE_DBCONFIG_DQS_DML, 0},
+};
+
 // A name that can only be a file's.
 static std::string my_path(const char *file_name)
 {
@@ -29,6 +43,14 @@ void client_connection__open(KT_context *ctx, client_connection &database, const
     database.functions->busy_timeout(database.connection, patience);
     for (const char *setting : settings)
         KT_TRY(client_connection__run(ctx, database, setting));
+}
+
+void client_connection__distrust(KT_context *ctx, client_connection &database)
+{
+    for (const setting &defence : defences)
+        KT_TRY(client_connection__check(ctx, database,
+                                        database.functions->configure(database.connection, defence.id, defence.on)));
+    KT_TRY(client_connection__run(ctx, database, "PRAGMA cell_size_check=ON"));
 }
 
 void client_connection__check(KT_context *ctx, client_connection &database, int code) noexcept

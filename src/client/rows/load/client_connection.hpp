@@ -17,6 +17,8 @@ struct client_connection {
 // Opens a database that is there, for reading alone or for loading: references are not looked at row by row, because
 // rows may come before those that they refer to.
 void client_connection__open(KT_context *ctx, client_connection &database, const char *file_name, bool read_only);
+// Switches off what a database's own texts could do, for one that may be anybody's.
+void client_connection__distrust(KT_context *ctx, client_connection &database);
 void client_connection__run(KT_context *ctx, client_connection &database, const std::string &sql) noexcept;
 void client_connection__prepare(KT_context *ctx, client_connection &database, const std::string &sql,
                                 kt_owned_statement &statement) noexcept;
