@@ -5,6 +5,7 @@
 # readme_test.sh SOURCE_DIR example PROGRAM
 # readme_test.sh SOURCE_DIR demo COMMAND
 # readme_test.sh SOURCE_DIR commands COMMAND BUILD_DIR
+# readme_test.sh SOURCE_DIR tour COMMAND BUILD_DIR
 # readme_test.sh SOURCE_DIR install COMMAND BUILD_DIR
 # readme_test.sh SOURCE_DIR ci COMMAND
 set -euo pipefail
@@ -36,9 +37,9 @@ same()
 
 check_example()
 {
-    block README.md examples/embed.c c >"$work/embed.c"
-    diff -u --label README.md --label examples/embed.c "$work/embed.c" "$source_dir/examples/embed.c"
-    block README.md examples/embed.c text >"$work/expected"
+    block docs/embedding.md examples/embed.c c >"$work/embed.c"
+    diff -u --label docs/embedding.md --label examples/embed.c "$work/embed.c" "$source_dir/examples/embed.c"
+    block docs/embedding.md examples/embed.c text >"$work/expected"
     "$program" >"$work/printed"
     same "$work/expected" "$work/printed"
 }
@@ -72,40 +73,94 @@ STUB
     chmod +x "$work/bin/sqlcmd"
 }
 
-# The first two commands are followed by what they print; the seconds at the end of a line may differ.
-check_printed()
+# in_examples COMMANDS: as a reader in examples/ would run them.
+in_examples()
 {
-    (($1 <= 2)) || return 0
-    block README.md printed text "$1" | sed -E 's/[0-9]+\.[0-9]{2}$/SECONDS/' >"$work/expected"
-    sed -E -i 's/[0-9]+\.[0-9]{2}$/SECONDS/' "$work/printed"
-    same "$work/expected" "$work/printed"
+    PATH=$work/bin:$PATH bash -euo pipefail -c "${1//..\/build\/release/"$build_dir"}" \
+        >"$work/printed" 2>"$work/log" || { cat "$work/log" >&2 && exit 1; }
+}
+
+enter_examples()
+{
+    mkdir "$work/bin"
+    ln -s "$program" "$work/bin/tov-schema"
+    cp -r "$source_dir/examples" "$work/examples"
+    cd "$work/examples"
 }
 
 check_commands()
 {
-    mkdir "$work/bin"
-    ln -s "$program" "$work/bin/tov-schema"
+    enter_examples
     make_sqlcmd
-    cp -r "$source_dir/examples" "$work/examples"
-    cd "$work/examples"
     local n script created=0
     for ((n = 1; ; n++)); do
         script=$(block README.md "run in examples" sh $n)
         [[ -n $script ]] || break
-        if [[ $script == *"tov-schema create"* || $script == *"tov-schema convert"* ]]; then
+        if [[ $script == *"tov-schema create"* ]]; then
             rm -f schema.json shop.db
             created=$((created + 1))
         fi
-        PATH=$work/bin:$PATH bash -euo pipefail -c "${script//..\/build\/release/"$build_dir"}" \
-            >"$work/printed" 2>"$work/log" || { cat "$work/log" >&2 && exit 1; }
-        check_printed $n
+        in_examples "$script"
         [[ $(sqlite3 shop.db "PRAGMA integrity_check") == ok ]]
         sqlite3 shop.db "SELECT name FROM sqlite_schema WHERE type = 'table' ORDER BY name" >"$work/tables.$n"
         cmp "$work/tables.1" "$work/tables.$n"
     done
-    ((created == 4))
+    ((created == 3))
     [[ $(grep -vc '^tov_' "$work/tables.1") -eq 12 ]]
     [[ $(sqlite3 shop.db "SELECT Name FROM Countries") == Germany ]]
+    check_languages
+}
+
+# inserts NAME RUN...: a program of the README inserts a country of that name.
+inserts()
+{
+    local name=$1
+    shift
+    "$@" || { echo "the README's program fails: $*" >&2 && exit 1; }
+    [[ $(sqlite3 shop.db "SELECT count(*) FROM Countries WHERE Name = '$name'") == 1 ]]
+}
+
+# The programs of those languages that are here.
+check_languages()
+{
+    block README.md "run with python" python >"$work/insert.py"
+    inserts France python3 "$work/insert.py"
+
+    block README.md "run with node" js >"$work/insert.js"
+    grep -q DatabaseSync "$work/insert.js"
+    if node -e "require('node:sqlite')" 2>/dev/null; then
+        inserts Italy node "$work/insert.js"
+    else
+        echo "not run: the program for Node, which here is missing or has no SQLite"
+    fi
+
+    {
+        echo "using Mono.Data.Sqlite; class Insert { static void Main() {"
+        block README.md "run with mono" cs
+        echo "}}"
+    } >"$work/insert.cs"
+    grep -q SqliteConnection "$work/insert.cs"
+    echo "class Empty { static void Main() {} }" >"$work/empty.cs"
+    local compile=(mcs -r:System.Data -r:Mono.Data.Sqlite)
+    if "${compile[@]}" -out:"$work/empty.exe" "$work/empty.cs" >"$work/log" 2>&1; then
+        "${compile[@]}" -out:"$work/insert.exe" "$work/insert.cs"
+        inserts Spain mono "$work/insert.exe"
+    else
+        echo "not run: the program for C#, since Mono or its SQLite is missing"
+    fi
+}
+
+# What docs/tour.md shows of converting a package; the seconds at the end of a line may differ.
+check_tour()
+{
+    enter_examples
+    local n
+    for n in 1 2; do
+        in_examples "$(block docs/tour.md "run in examples" sh $n)"
+        block docs/tour.md printed text $n | sed -E 's/[0-9]+\.[0-9]{2}$/SECONDS/' >"$work/expected"
+        sed -E -i 's/[0-9]+\.[0-9]{2}$/SECONDS/' "$work/printed"
+        same "$work/expected" "$work/printed"
+    done
 }
 
 # The command is where the README says, and is installed and packaged as it says; what needs root goes elsewhere.
@@ -149,6 +204,6 @@ check_ci()
 }
 
 case $what in
-    example | demo | commands | install | ci) "check_$what" ;;
+    example | demo | commands | tour | install | ci) "check_$what" ;;
     *) exit 2 ;;
 esac
