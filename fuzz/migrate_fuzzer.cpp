@@ -64,6 +64,15 @@ tov_schema *schema_of(KT_context *ctx, const KT_vhash *both, const char *key)
     return schema;
 }
 
+// What is read from a file has the shape of a schema, and what has not is refused by every door here.
+bool has_shape(KT_context *ctx, tov_schema *schema)
+{
+    tov_schema__check_shape(ctx, schema);
+    const bool has = !KT_context__has_err(ctx);
+    KT_context__err_reset(ctx);
+    return has;
+}
+
 // What went wrong, if anything; an error always says so.
 std::string ended(KT_context *ctx)
 {
@@ -197,6 +206,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     KT_context__err_reset(ctx);
     if (a && b) {
         plan(ctx, a, b);
+    }
+    if (a && b && has_shape(ctx, a) && has_shape(ctx, b)) {
         const std::string refusal = create(ctx, b, at.fresh);
         migrate(at, a, b, false, refusal);
         migrate(at, a, b, true, refusal);

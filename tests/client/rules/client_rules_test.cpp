@@ -256,6 +256,10 @@ TEST_F(ClientRules, AreLeftOutOnDemandAndWhereTheServersTypesAreNotKnown)
     document.erase(document.find(id), id.size()); // facts that miss a column of the table
     reset_schema_to(document.c_str());
     EXPECT_EQ(script(), basic);
+    document = document_of_tables({declared(base::datetime)});
+    document.replace(document.rfind(R"("id":"1")"), 8, R"("id":"2")"); // and those that name one twice
+    reset_schema_to(document.c_str());
+    EXPECT_EQ(script(), basic);
 }
 
 TEST_F(ClientRules, AreWrittenWholeOrNotAtAllWhereMemoryRunsOut)

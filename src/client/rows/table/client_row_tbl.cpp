@@ -3,6 +3,7 @@
 #include "kt_folded.hpp"
 
 #include <algorithm>
+#include <unordered_set>
 
 #define KT_HERE "src/client/rows/table/client_row_tbl"
 
@@ -113,7 +114,7 @@ static void my_read_plain_cols(KT_context *ctx, tov_schema *schema, client_row_t
 {
     uint32_t count = 0;
     KT_TRY(tov_schema__count_cols(ctx, schema, tbl.id.c_str(), &count));
-    tbl.cols.resize(count);
+    tbl.cols.assign(count, {}); // facts that are not used may have been read
     for (uint32_t n = 0; n < count; n++) {
         client_row_col &col = tbl.cols[n];
         const char *col_id = nullptr;
@@ -213,13 +214,21 @@ static void my_read_fact_cols(KT_context *ctx, tov_schema *schema, const KT_varr
     }
 }
 
-// Facts that miss a column of the table are older than the table: they are not used.
-static void my_covers_all(KT_context *ctx, tov_schema *schema, const client_row_tbl &tbl, bool &covers) noexcept
+// Facts that miss a column of the table are older than the table, and those that name one twice are wrong: they are not
+// used.
+static void my_covers_all(KT_context *ctx, tov_schema *schema, const client_row_tbl &tbl, bool &covers)
 {
     uint32_t count = 0;
+    uint32_t stored = 0;
+    std::unordered_set<std::string> ids;
     KT_TRY(tov_schema__count_cols(ctx, schema, tbl.id.c_str(), &count));
-    const auto stored = std::count_if(tbl.cols.begin(), tbl.cols.end(), [](const auto &col) { return col.stored; });
-    covers = static_cast<uint32_t>(stored) == count;
+    for (const client_row_col &col : tbl.cols) {
+        if (!col.stored)
+            continue;
+        stored++;
+        ids.insert(kt_folded(col.col_id));
+    }
+    covers = stored == count && ids.size() == count;
 }
 
 void client_read_row_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id, client_row_tbl &tbl) noexcept
