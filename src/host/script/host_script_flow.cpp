@@ -26,6 +26,16 @@ static bool my_read_block(host_script_reader &reader)
     return true;
 }
 
+// What the block holds has been carried out: reading goes on after it, and not with a statement that failed as a whole
+// and is looked through again, which would take twice as long for each block around it.
+static void my_report_missing(host_script_reader &reader)
+{
+    host_tsql_cursor &cursor = reader.cursor;
+    const host_tsql_token failed = cursor.failed_token();
+    reader.add_error(failed.start_in(cursor.scanner.script()), cursor.message());
+    cursor.go_back(failed);
+}
+
 static void my_read_try(host_script_reader &reader)
 {
     host_tsql_cursor &cursor = reader.cursor;
@@ -40,6 +50,8 @@ static void my_read_try(host_script_reader &reader)
     reader.mode = mode;
     if (is_whole)
         cursor.expect(host_word::catch_, "CATCH");
+    if (cursor.failed())
+        my_report_missing(reader);
 }
 
 void host_read_begin(host_script_reader &reader)

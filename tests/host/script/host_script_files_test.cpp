@@ -93,6 +93,20 @@ TEST_F(ScriptTest, Errors)
     }
 }
 
+// Were each block that lacks its end read twice, this would take 2 to the 100th readings.
+TEST_F(ScriptTest, BlocksThatLackTheirEndsAreReadOnce)
+{
+    std::string script;
+    for (int n = 0; n < 100; n++)
+        script += "begin try\n";
+    for (int n = 0; n < 100; n++)
+        script += "end\n";
+    read(script);
+    EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
+    EXPECT_TRUE(error().starts_with("a.sql:102:1: expected TRY, found 'end'")) << error();
+    reset();
+}
+
 TEST_F(ScriptTest, TheListOfErrorsHasAnEnd)
 {
     std::string script;
