@@ -50,16 +50,22 @@ static void my_read_added(KT_context *ctx, client_guarded &database, const clien
     }
 }
 
-// Says what was being done when something failed, in the names of tables that people know.
-static void my_explain(KT_context *ctx, const client_migration &migration, const std::string &doing) noexcept
-{
+// Says what was being done when something failed, in the names of tables that people know. Where there is no memory for
+// that, SQLite's own words stay.
+static void my_explain(KT_context *ctx, const client_migration &migration, const client_migration_step &step,
+                       const added_object *object) noexcept
+try {
     if (!KT_context__has_err(ctx) || KT_context__err_code(ctx) == KT_ERR_OUT_OF_MEMORY)
         return;
     std::string why = KT_context__err_description(ctx);
     const std::string moving = client_moving_name(migration, "");
     for (size_t at = why.find(moving); at != std::string::npos; at = why.find(moving, at))
         why.erase(at, moving.size());
-    KT_context__err_set_description(ctx, "%s: %s", doing.c_str(), why.c_str());
+    if (object)
+        why = object->name + ", which was added to the table: " + why;
+    KT_context__err_set_description(ctx, "%s: %s", step.description.c_str(), why.c_str());
+} catch (const std::bad_alloc &) {
+    return;
 }
 
 static void my_run_statements(KT_context *ctx, client_guarded &database, const client_migration_step &step)
@@ -94,12 +100,12 @@ static void my_run_step(KT_context *ctx, client_guarded &database, const client_
     if (!step.rebuilt.empty())
         KT_TRY(my_read_added(ctx, database, migration, step.rebuilt, added));
     my_run_statements(ctx, database, step);
-    my_explain(ctx, migration, step.description);
+    my_explain(ctx, migration, step, nullptr);
     if (kt_failed_at(ctx, KT_HERE, __LINE__))
         return;
     for (const added_object &object : added) {
         client_guarded__run(ctx, database, {object.sql});
-        my_explain(ctx, migration, step.description + ": " + object.name + ", which was added to the table");
+        my_explain(ctx, migration, step, &object);
         if (kt_failed_at(ctx, KT_HERE, __LINE__))
             return;
     }

@@ -138,6 +138,24 @@ TEST_F(MigrateFailures, OfTheContainersMemory)
     EXPECT_GT(turn, 300u);
 }
 
+// Memory that runs out on the way to an error, or while it is told, leaves an error.
+TEST_F(MigrateFailures, OfMemoryWhereARowIsNotTaken)
+{
+    start_anew();
+    ASSERT_EQ(in_db("UPDATE T SET V = 'Ann' WHERE Id = 2"), "");
+    before = state();
+    bool is_over = false;
+    for (size_t turn = 1; !is_over; turn++) {
+        SCOPED_TRACE(turn);
+        allocations_to_failure = turn;
+        tov_client__migrate_database(ctx, file.c_str(), new_schema, nullptr);
+        is_over = allocations_to_failure > 0;
+        allocations_to_failure = 0;
+        EXPECT_TRUE(KT_context__has_err(ctx));
+        judge();
+    }
+}
+
 // What reads a value cannot fail, except where it makes a text of it.
 bool cannot_fail(kt_sqlite_entry entry)
 {
