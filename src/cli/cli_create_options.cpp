@@ -22,6 +22,12 @@ void cli_create_options::add(const cli_command &command)
                 "whatever opens the database needs the extension libtov_sqlite",
                 "NAME")
         .one_of({"builtin", "server"});
+    command
+        .option("--checks", checks,
+                "what refuses values: constraints (default) of the tables, which cost least; or triggers, with the\n"
+                "statements of the schema module",
+                "NAME")
+        .one_of({"constraints", "triggers"});
     command.flag("--no-record", no_record,
                  "leave out the table that records the schema in the database, for diff and migrate");
 }
@@ -45,6 +51,7 @@ tov_client_create_options cli_create_options::for_client() const
     options.rules = cli_rules(rules);
     options.indexes = my_indexes(indexes);
     options.collations = collations == "server" ? TOV_CLIENT_COLLATIONS_SERVER : TOV_CLIENT_COLLATIONS_BUILTIN;
+    options.checks = checks == "triggers" ? TOV_CLIENT_CHECKS_TRIGGERS : TOV_CLIENT_CHECKS_CONSTRAINTS;
     options.no_record = no_record;
     return options;
 }

@@ -11,6 +11,7 @@ struct cli_create_options {
     std::string rules = "server";
     std::string indexes = "all";
     std::string collations = "builtin";
+    std::string checks = "constraints";
     bool views = false;
     bool no_record = false;
 

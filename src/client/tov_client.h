@@ -42,7 +42,7 @@ TOV_API void tov_client__create_database(KT_context *ctx, tov_schema *schema, co
                                          void (*progress)(void *data, uint32_t done, uint32_t total),
                                          void *data) KT_NOEXCEPT;
 
-/** Which values the checking triggers refuse. */
+/** Which values are refused. */
 enum tov_client_rules {
     /**
      * What the server would refuse too, and every form of a value but the one of docs/values.md: for tables of which
@@ -74,10 +74,21 @@ enum tov_client_collations {
     TOV_CLIENT_COLLATIONS_SERVER = 1
 };
 
+/** What holds values to their types and to the rules; docs/client.md says what each costs. */
+enum tov_client_checks {
+    /**
+     * Constraints of the tables, in short words that give the same verdicts. A value that is refused fails with
+     * SQLITE_CONSTRAINT_CHECK: "CHECK constraint failed: [Qty] constraint violation: out of range: sint16".
+     */
+    TOV_CLIENT_CHECKS_CONSTRAINTS = 0,
+    /** Triggers with the schema module's own statements: "[Qty] constraint violation: out of range: sint16". */
+    TOV_CLIENT_CHECKS_TRIGGERS = 1
+};
+
 /**
  * What is created besides tables and triggers. All zero is all indexes and no views, with the server's rules
- * and SQLite's collations.
- * Numbers of rules, indexes and collations that are not listed fail with KT_ERR_UNEXPECTED_VALUE.
+ * and SQLite's collations, and values checked by constraints.
+ * Numbers of rules, indexes, collations and checks that are not listed fail with KT_ERR_UNEXPECTED_VALUE.
  */
 typedef struct tov_client_create_options {
     /**
@@ -96,6 +107,8 @@ typedef struct tov_client_create_options {
     int32_t collations;
     /** Whether the database is left without the table that records its schema. */
     KT_bool no_record;
+    /** One of tov_client_checks. */
+    int32_t checks;
 } tov_client_create_options;
 
 /** tov_client__write_script() with options. */
@@ -111,7 +124,8 @@ TOV_API void tov_client__create_database__with(KT_context *ctx, tov_schema *sche
  *
  * @param file_name     the path of a file, always.
  * @param[out] schema   owned; freed with tov_schema__nullfree().
- * @param[out] options  optional; what else was said when the database was created: views, rules and indexes.
+ * @param[out] options  optional; what else was said when the database was created: views, rules, indexes,
+ *                      collations and checks.
  *
  * Fails with KT_ERR_NOT_FOUND when the database has no such record.
  */

@@ -44,7 +44,10 @@ TEST_F(CommandCreateTest, MakesADatabaseThatWorks)
     EXPECT_EQ(query("client.db", "PRAGMA integrity_check"), "ok ");
     EXPECT_EQ(query("client.db", "INSERT INTO Customers DEFAULT VALUES; SELECT * FROM Customers"), "1|nobody ");
     EXPECT_EQ(query("client.db", "INSERT INTO Orders (CustomerId) VALUES ('one')"),
-              "[CustomerId] constraint violation: type mismatch: sint32(integer)");
+              "CHECK constraint failed: [CustomerId] constraint violation: type mismatch: sint32(integer)");
+    EXPECT_EQ(run({"sql", path("s.json")}).out.find("tov_insert_"), std::string::npos);
+    EXPECT_NE(run({"sql", "--checks", "triggers", path("s.json")}).out.find("\"tov_insert_Orders\""),
+              std::string::npos);
 }
 
 TEST_F(CommandCreateTest, MakesViewsWhereTheyAreAskedFor)

@@ -37,8 +37,23 @@ inline std::string rows(sqlite3 *connection, const std::string &sql)
 }
 
 // Scripts that tests read lack the record of the schema, which has tests of its own.
-inline constexpr tov_client_create_options without_record = {
-    0, nullptr, nullptr, TOV_CLIENT_RULES_SERVER, TOV_CLIENT_INDEXES_ALL, TOV_CLIENT_COLLATIONS_BUILTIN, 1};
+inline constexpr tov_client_create_options without_record = {0,
+                                                             nullptr,
+                                                             nullptr,
+                                                             TOV_CLIENT_RULES_SERVER,
+                                                             TOV_CLIENT_INDEXES_ALL,
+                                                             TOV_CLIENT_COLLATIONS_BUILTIN,
+                                                             1,
+                                                             TOV_CLIENT_CHECKS_CONSTRAINTS};
+// The same with triggers, which repeat what the schema module writes.
+inline constexpr tov_client_create_options with_triggers = {0,
+                                                            nullptr,
+                                                            nullptr,
+                                                            TOV_CLIENT_RULES_SERVER,
+                                                            TOV_CLIENT_INDEXES_ALL,
+                                                            TOV_CLIENT_COLLATIONS_BUILTIN,
+                                                            1,
+                                                            TOV_CLIENT_CHECKS_TRIGGERS};
 
 class ClientTest : public SchemaTest {
   protected:

@@ -60,7 +60,8 @@ LoadProgress = ctypes.CFUNCTYPE(None, _POINTER, ctypes.c_char_p, ctypes.c_int64,
 
 class CreateOptions(ctypes.Structure):
     _fields_ = [("views", ctypes.c_int32), ("progress", CreateProgress), ("data", _POINTER), ("rules", ctypes.c_int32),
-                ("indexes", ctypes.c_int32), ("collations", ctypes.c_int32), ("no_record", ctypes.c_int32)]
+                ("indexes", ctypes.c_int32), ("collations", ctypes.c_int32), ("no_record", ctypes.c_int32),
+                ("checks", ctypes.c_int32)]
 
 
 class LoadOptions(ctypes.Structure):

@@ -76,7 +76,8 @@ void tov_client__create_database__with(KT_context *ctx, tov_schema *schema, cons
 void tov_client__create_database(KT_context *ctx, tov_schema *schema, const char *file_name,
                                  void (*progress)(void *data, uint32_t done, uint32_t total), void *data) noexcept
 {
-    const tov_client_create_options options = {
-        0, progress, data, TOV_CLIENT_RULES_SERVER, TOV_CLIENT_INDEXES_ALL, TOV_CLIENT_COLLATIONS_BUILTIN, 0};
+    tov_client_create_options options{};
+    options.progress = progress;
+    options.data = data;
     KT_TRY(tov_client__create_database__with(ctx, schema, file_name, &options));
 }

@@ -16,6 +16,9 @@ void client_apply_options(KT_context *ctx, const tov_client_create_options *opti
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "the option \"indexes\" cannot be %d", static_cast<int>(wanted.indexes));
     if (wanted.collations < TOV_CLIENT_COLLATIONS_BUILTIN || wanted.collations > TOV_CLIENT_COLLATIONS_SERVER)
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "the option \"collations\" cannot be %d", static_cast<int>(wanted.collations));
+    if (wanted.checks < TOV_CLIENT_CHECKS_CONSTRAINTS || wanted.checks > TOV_CLIENT_CHECKS_TRIGGERS)
+        KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "the option \"checks\" cannot be %d", static_cast<int>(wanted.checks));
+    plan.with_constraints = wanted.checks == TOV_CLIENT_CHECKS_CONSTRAINTS;
     plan.with_collations = wanted.collations == TOV_CLIENT_COLLATIONS_SERVER;
     plan.with_views = wanted.views;
     plan.with_rules = wanted.rules == TOV_CLIENT_RULES_SERVER;

@@ -32,6 +32,7 @@ struct client_plan {
     // What is wanted, which is set before the plan is made.
     bool with_views = false;      // whether each table gets one
     bool with_rules = true;       // whether values have to obey the server's rules
+    bool with_constraints = true; // whether tables check values themselves, else triggers do
     bool with_collations = false; // whether strings compare as the server says
     bool with_record = false;     // whether the database keeps a record of its schema
     int32_t indexes = TOV_CLIENT_INDEXES_ALL;

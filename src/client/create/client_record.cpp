@@ -26,5 +26,7 @@ void client_write_record(KT_context *ctx, tov_schema *schema, const client_plan 
           std::to_string(plan.with_rules ? TOV_CLIENT_RULES_SERVER : TOV_CLIENT_RULES_BASIC) + " AS rules, " +
           std::to_string(plan.indexes) + " AS indexes, " +
           std::to_string(plan.with_collations ? TOV_CLIENT_COLLATIONS_SERVER : TOV_CLIENT_COLLATIONS_BUILTIN) +
-          " AS collations, " + std::to_string(plan.with_views) + " AS views";
+          " AS collations, " + std::to_string(plan.with_views) + " AS views, " +
+          std::to_string(plan.with_constraints ? TOV_CLIENT_CHECKS_CONSTRAINTS : TOV_CLIENT_CHECKS_TRIGGERS) +
+          " AS checks";
 }

@@ -10,7 +10,7 @@ static constexpr const char *find_record =
     "SELECT name FROM sqlite_master AS m WHERE type = 'table' AND name GLOB 'tov*_schema' AND "
     "trim(substr(name, 4, length(name) - 10), '0123456789') = '' AND "
     "(SELECT group_concat(c.name) FROM pragma_table_info(m.name) AS c) = "
-    "'version,document,rules,indexes,collations,views' "
+    "'version,document,rules,indexes,collations,views,checks' "
     "ORDER BY length(name) DESC, name DESC LIMIT 1";
 
 void client_find_record(KT_context *ctx, client_connection &database, std::string &name)
@@ -31,7 +31,7 @@ void client_read_record(KT_context *ctx, client_connection &database, tov_schema
     kt_owned_statement statement{database.functions};
     bool found = false;
     KT_TRY(client_find_record(ctx, database, name));
-    const std::string sql = "SELECT document, rules, indexes, views, collations FROM " + client_quoted(name);
+    const std::string sql = "SELECT document, rules, indexes, views, collations, checks FROM " + client_quoted(name);
     KT_TRY(client_connection__prepare(ctx, database, sql, statement));
     KT_TRY(client_connection__step(ctx, database, statement, found));
     const char *document = found ? database.functions->column_text(statement, 0) : nullptr;
@@ -44,6 +44,7 @@ void client_read_record(KT_context *ctx, client_connection &database, tov_schema
     options->rules = static_cast<int32_t>(database.functions->column_int64(statement, 1));
     options->indexes = static_cast<int32_t>(database.functions->column_int64(statement, 2));
     options->collations = static_cast<int32_t>(database.functions->column_int64(statement, 4));
+    options->checks = static_cast<int32_t>(database.functions->column_int64(statement, 5));
     options->views = database.functions->column_int64(statement, 3) != 0;
 }
 

@@ -41,15 +41,6 @@ static std::string my_rules_text(const client_row_col &col, client_code_pages &p
     return text.empty() ? text : "SELECT CASE\n" + text + "ELSE 1\nEND;\n";
 }
 
-static const client_row_col *my_find_col(const client_row_tbl &tbl, const char *col_id) noexcept
-{
-    for (const client_row_col &col : tbl.cols) {
-        if (col.stored && KT_stricmp(col.col_id.c_str(), col_id) == 0)
-            return &col;
-    }
-    return nullptr;
-}
-
 // Each column's statements, which raise an error or do nothing.
 static void my_write_checks(KT_context *ctx, writing &w, const client_tbl &tbl, std::string &checks)
 {
@@ -61,7 +52,8 @@ static void my_write_checks(KT_context *ctx, writing &w, const client_tbl &tbl, 
         KT_TRY(tov_schema__get_nth_col_id(ctx, w.schema, tbl.id, n, &col_id));
         KT_TRY(tov_schema__get_col_validation_expression(ctx, w.schema, tbl.id, col_id, expression.out()));
         checks.append(KT_string__sz(expression)).append(";\n");
-        const client_row_col *col = w.with_rules && tbl.rows.has_facts ? my_find_col(tbl.rows, col_id) : nullptr;
+        const client_row_col *col =
+            w.with_rules && tbl.rows.has_facts ? client_find_stored_col(tbl.rows, col_id) : nullptr;
         if (col && !col->rowid)
             checks += my_rules_text(*col, w.pages);
     }
@@ -118,13 +110,20 @@ static void my_write_trigger(KT_context *ctx, writing &w, client_kind kind, cons
     KT_TRY(KT_string__append__sz(ctx, sql, "END"));
 }
 
+static bool my_is_check(client_kind kind) noexcept
+{
+    return kind == client_kind::insert_trigger || kind == client_kind::update_trigger;
+}
+
 static bool my_is_needed(const client_plan &plan, bool with_rules, client_kind kind, const client_tbl &tbl) noexcept
 {
+    if (my_is_check(kind))
+        return !plan.with_constraints;
     if (kind == client_kind::view)
         return plan.with_views;
     if (kind == client_kind::version_trigger || kind == client_kind::new_version_trigger)
         return with_rules && !tbl.versioned.col_id.empty();
-    return kind != client_kind::delete_trigger || !tbl.cascades.empty() || !tbl.resets.empty();
+    return !tbl.cascades.empty() || !tbl.resets.empty();
 }
 
 static void my_append_name(KT_context *ctx, const client_plan &plan, client_kind kind, const client_tbl &tbl,
@@ -145,7 +144,7 @@ static void my_hand_out(KT_context *ctx, writing &w, client_kind kind, const cli
     KT_TRY(KT_string__alloc(ctx, sql.out()));
     KT_TRY(my_append_name(ctx, w.plan, kind, tbl, name));
     if (w.schema && kind == client_kind::tbl)
-        KT_TRY(client_write_tbl(ctx, w.schema, tbl, w.with_rules, sql));
+        KT_TRY(client_write_tbl(ctx, w.schema, tbl, {w.with_rules, w.plan.with_constraints, w.pages}, sql));
     else if (w.schema && kind == client_kind::view)
         KT_TRY(client_write_view(ctx, tbl, sql));
     else if (w.schema)
@@ -242,7 +241,7 @@ void client_each_trigger(KT_context *ctx, tov_schema *schema, const client_plan 
     kt_contain(ctx, [&] {
         writing w{schema, plan, with_rules, sink, data};
         for (client_kind kind : kinds_on_tbls) {
-            if (kind != client_kind::view && my_is_needed(plan, with_rules, kind, tbl))
+            if (my_is_check(kind) || (kind != client_kind::view && my_is_needed(plan, with_rules, kind, tbl)))
                 KT_TRY(my_hand_out(ctx, w, kind, tbl));
         }
     });

@@ -47,6 +47,7 @@ std::string client_counter_name(const client_plan &plan);
 void client_each_statement(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink,
                            void *data) noexcept;
 
-// Hands the statements of one table's triggers to a sink, as they are with the server's rules or without.
+// Hands the statements of one table's triggers to a sink, as they are with the server's rules or without; those that
+// check values come first, whether the plan has constraints instead or not.
 void client_each_trigger(KT_context *ctx, tov_schema *schema, const client_plan &plan, const client_tbl &tbl,
                          bool with_rules, client_sink sink, void *data) noexcept;

@@ -26,23 +26,52 @@ static constexpr constraint_kind constraint_kinds[] = {
     {tov_schema__count_checks, tov_schema__get_nth_check_id, tov_schema__get_check_defin},
 };
 
-static void my_append_cols(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, bool with_rules,
-                           KT_string *sql) noexcept
+static void my_write_defin(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const char *col_id,
+                           const client_tbl_form &form, KT_string *sql) noexcept
 {
-    const char *tbl_id = tbl.id;
-    const bool has_version = with_rules && !tbl.versioned.col_id.empty();
+    const char *defin = nullptr;
+    KT_TRY(tov_schema__get_col_defin(ctx, schema, tbl.id, col_id, nullptr, &defin));
+    KT_TRY(KT_string__append__sz(ctx, sql, defin));
+    if (form.with_rules && KT_stricmp(col_id, tbl.versioned.col_id.c_str()) == 0) // so that a row may come without one
+        KT_TRY(KT_string__append__format(ctx, sql, " DEFAULT %s", client_no_version));
+    KT_TRY(KT_string__append__sz(ctx, sql, client_find_collation(tbl.collations, col_id)));
+}
+
+static void my_write_constraints(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const char *col_id,
+                                 const client_tbl_form &form, const char *before, KT_string *sql) noexcept
+{
+    if (!form.with_constraints)
+        return;
+    kt_contain(ctx, [&] {
+        std::string constraints;
+        KT_TRY(client_append_col_constraints(ctx, schema, tbl, col_id, form.with_rules, form.pages, constraints));
+        if (!constraints.empty())
+            KT_TRY(KT_string__append__sz(ctx, sql, before));
+        KT_TRY(KT_string__append__sz(ctx, sql, constraints.c_str()));
+    });
+}
+
+void client_write_col(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const char *col_id,
+                      const client_tbl_form &form, KT_string *sql) noexcept
+{
+    KT_TRY(my_write_defin(ctx, schema, tbl, col_id, form, sql));
+    KT_TRY(my_write_constraints(ctx, schema, tbl, col_id, form, "", sql));
+}
+
+// SQLite gives the name of a column's last constraint to what follows the column, which a check without a name would
+// go by in messages. A comma before the constraints of the last column makes them the table's, and ends that.
+static void my_append_cols(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const client_tbl_form &form,
+                           bool check_follows, KT_string *sql) noexcept
+{
     uint32_t count = 0;
-    KT_TRY(tov_schema__count_cols(ctx, schema, tbl_id, &count));
+    KT_TRY(tov_schema__count_cols(ctx, schema, tbl.id, &count));
     for (uint32_t n = 0; n < count; n++) {
         const char *col_id = nullptr;
-        const char *defin = nullptr;
-        KT_TRY(tov_schema__get_nth_col_id(ctx, schema, tbl_id, n, &col_id));
-        KT_TRY(tov_schema__get_col_defin(ctx, schema, tbl_id, col_id, nullptr, &defin));
+        KT_TRY(tov_schema__get_nth_col_id(ctx, schema, tbl.id, n, &col_id));
         KT_TRY(KT_string__append__sz(ctx, sql, n ? ",\n    " : "\n    "));
-        KT_TRY(KT_string__append__sz(ctx, sql, defin));
-        if (has_version && KT_stricmp(col_id, tbl.versioned.col_id.c_str()) == 0) // so that a row may come without one
-            KT_TRY(KT_string__append__format(ctx, sql, " DEFAULT %s", client_no_version));
-        KT_TRY(KT_string__append__sz(ctx, sql, client_find_collation(tbl.collations, col_id)));
+        KT_TRY(my_write_defin(ctx, schema, tbl, col_id, form, sql));
+        const char *before = check_follows && n == count - 1 ? "," : "";
+        KT_TRY(my_write_constraints(ctx, schema, tbl, col_id, form, before, sql));
     }
 }
 
@@ -52,18 +81,15 @@ static void my_append_constraint(KT_context *ctx, KT_string *sql, const char *de
     KT_TRY(KT_string__append__sz(ctx, sql, defin));
 }
 
-// An integer primary key is declared by its column already.
-static void my_append_pk(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_string *sql) noexcept
+// The definition of the key; null where the table has none, or an integer primary key that its column declares.
+static void my_get_pk(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char **defin) noexcept
 {
     const char *ipk_col_id = nullptr;
     uint32_t count = 0;
     KT_TRY(tov_schema__has_integer_primary_key(ctx, schema, tbl_id, &ipk_col_id));
     KT_TRY(tov_schema__count_pk_cols(ctx, schema, tbl_id, &count));
-    if (ipk_col_id || count == 0)
-        return;
-    const char *defin = nullptr;
-    KT_TRY(tov_schema__get_pk_defin(ctx, schema, tbl_id, &defin));
-    KT_TRY(my_append_constraint(ctx, sql, defin));
+    if (!ipk_col_id && count > 0)
+        KT_TRY(tov_schema__get_pk_defin(ctx, schema, tbl_id, defin));
 }
 
 static void my_append_constraints(KT_context *ctx, tov_schema *schema, const char *tbl_id, const constraint_kind &kind,
@@ -97,15 +123,32 @@ static void my_append_rowid_rules(KT_context *ctx, const client_row_tbl &tbl, KT
     });
 }
 
-void client_write_tbl(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, bool with_rules,
+// Whether a check comes first after the columns.
+static void my_check_follows(KT_context *ctx, tov_schema *schema, const char *tbl_id, bool *follows) noexcept
+{
+    uint32_t uniques = 0;
+    uint32_t foreignkeys = 0;
+    uint32_t checks = 0;
+    KT_TRY(tov_schema__count_uniques(ctx, schema, tbl_id, &uniques));
+    KT_TRY(tov_schema__count_foreignkeys(ctx, schema, tbl_id, &foreignkeys));
+    KT_TRY(tov_schema__count_checks(ctx, schema, tbl_id, &checks));
+    *follows = uniques + foreignkeys == 0 && checks > 0;
+}
+
+void client_write_tbl(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const client_tbl_form &form,
                       KT_string *sql) noexcept
 {
+    const char *pk = nullptr;
+    bool check_follows = false;
+    KT_TRY(my_get_pk(ctx, schema, tbl.id, &pk));
+    KT_TRY(my_check_follows(ctx, schema, tbl.id, &check_follows));
     KT_TRY(KT_string__append__format(ctx, sql, "CREATE TABLE \"%s\" (", tbl.name));
-    KT_TRY(my_append_cols(ctx, schema, tbl, with_rules, sql));
-    KT_TRY(my_append_pk(ctx, schema, tbl.id, sql));
+    KT_TRY(my_append_cols(ctx, schema, tbl, form, check_follows && !pk, sql));
+    if (pk)
+        KT_TRY(my_append_constraint(ctx, sql, pk));
     for (const constraint_kind &kind : constraint_kinds)
         KT_TRY(my_append_constraints(ctx, schema, tbl.id, kind, sql));
-    if (with_rules)
+    if (form.with_rules)
         KT_TRY(my_append_rowid_rules(ctx, tbl.rows, sql));
     KT_TRY(KT_string__append__sz(ctx, sql, "\n)"));
 }

@@ -1,5 +1,5 @@
 // A table made anew as SQLite's documentation describes: a new table, the rows, the old table dropped, the new one
-// renamed. The rows are held to what the new table's triggers check while they are copied.
+// renamed. The rows are held to what the new table checks, or its triggers, while they are copied.
 #include "migrate/client_carried.hpp"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 // The order of a migration: what is made anew goes first, then tables go, get their names and those of their columns,
 // are altered or rebuilt and are added, and in the end everything on tables is made.
 #include "migrate/client_steps.hpp"
+#include "create/client_tbl_statement.hpp"
 
 #include "kt_folded.hpp"
 #include "migrate/client_rehearsal.hpp"
@@ -88,6 +89,20 @@ static void my_is_default_constant(KT_context *ctx, tov_schema *schema, const ch
     is_constant = !has || (expression && expression[0] != '(' && KT_strnicmp(expression, "current_", 8) != 0);
 }
 
+static void my_write_added(KT_context *ctx, const client_migration &migration, const std::string &tbl_id,
+                           const char *col_id, std::string &defin)
+{
+    const client_plan &plan = migration.new_list.plan;
+    const auto tbl = std::find_if(plan.tbls.begin(), plan.tbls.end(),
+                                  [&](const client_tbl &other) { return other.rows.id == tbl_id; });
+    client_code_pages pages;
+    kt_owned_string text{ctx};
+    KT_TRY(KT_string__alloc(ctx, text.out()));
+    KT_TRY(client_write_col(ctx, migration.new_schema, *tbl, col_id, {plan.with_rules, plan.with_constraints, pages},
+                            text));
+    defin = KT_string__sz(text);
+}
+
 // The statements that alter a table in place; none can where a new column needs a value that SQLite does not give it.
 // Whether they come to the new table is tried.
 static void my_alterations(KT_context *ctx, const client_migration &migration, const client_changed_tbl &changed,
@@ -101,10 +116,10 @@ static void my_alterations(KT_context *ctx, const client_migration &migration, c
         if ((old_col && !old_col->id.empty()) || !new_col || new_col->id.empty())
             continue;
         const char *tbl_id = changed.new_tbl.id.c_str();
-        const char *defin = nullptr;
+        std::string defin;
         bool is_constant = false;
         KT_TRY(my_is_default_constant(ctx, migration.new_schema, tbl_id, new_col->id.c_str(), is_constant));
-        KT_TRY(tov_schema__get_col_defin(ctx, migration.new_schema, tbl_id, new_col->id.c_str(), nullptr, &defin));
+        KT_TRY(my_write_added(ctx, migration, tbl_id, new_col->id.c_str(), defin));
         is_possible = is_possible && is_constant;
         step.statements.push_back(
             {"ALTER TABLE " + client_quoted(tbl) + " ADD COLUMN " + defin, client_duty::column, tbl});

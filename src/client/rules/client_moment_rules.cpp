@@ -15,8 +15,10 @@ static std::string my_fraction_pattern(int digits)
 }
 
 // One and two digits of a moment are filled up to three.
-static std::string my_scale_pattern(const client_server_type &type)
+std::string client_fraction_pattern(const client_server_type &type)
 {
+    if (type.base == client_base::datetime)
+        return ".[0-9][0-9][037]";
     if (type.scale == 0)
         return "";
     if (type.base == client_base::time || type.scale > 2)
@@ -29,15 +31,13 @@ static std::string my_pattern(const client_server_type &type)
     const std::string moment = std::string(day_pattern) + " " + time_pattern;
     switch (type.base) {
     case client_base::time:
-        return time_pattern + my_scale_pattern(type);
+        return time_pattern + client_fraction_pattern(type);
     case client_base::smalldatetime:
         return std::string(day_pattern) + " " + minute_pattern + ":00";
-    case client_base::datetime:
-        return moment + ".[0-9][0-9][037]";
     case client_base::datetimeoffset:
-        return moment + my_scale_pattern(type) + " [-+][01][0-9]:[0-5][0-9]";
+        return moment + client_fraction_pattern(type) + " [-+][01][0-9]:[0-5][0-9]";
     default:
-        return moment + my_scale_pattern(type);
+        return moment + client_fraction_pattern(type);
     }
 }
 

@@ -96,7 +96,7 @@ TEST_F(ClientActions, SetDefaultIsCheckedLikeAnyUpdate)
     tov_schema__set_colcon_defval(ctx, schema, "c", "f", 1, nullptr, "'x'");
     open();
     expect("INSERT INTO P VALUES(1); INSERT INTO C VALUES(1,1)", "");
-    expect("DELETE FROM P", "[F] constraint violation: type mismatch: sint32(integer)");
+    expect("DELETE FROM P", "CHECK constraint failed: [F] constraint violation: type mismatch: sint32(integer)");
     expect_rows("SELECT * FROM P", "1");
 }
 

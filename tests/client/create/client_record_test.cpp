@@ -28,8 +28,14 @@ TEST_F(ClientRecord, IsTheSchemaAndWhatWasSaid)
 {
     reset_schema_to(R"({"compat_level":1,"tbls":{"a":{"name":"T","cols":{"x":{"name":"X","type":{"name":"sint32"},)"
                     R"("defval":{"expr":"'it''s'"}}}}}})");
-    tov_client_create_options options = {
-        1, nullptr, nullptr, TOV_CLIENT_RULES_BASIC, TOV_CLIENT_INDEXES_NONE, TOV_CLIENT_COLLATIONS_BUILTIN, 0};
+    tov_client_create_options options = {1,
+                                         nullptr,
+                                         nullptr,
+                                         TOV_CLIENT_RULES_BASIC,
+                                         TOV_CLIENT_INDEXES_NONE,
+                                         TOV_CLIENT_COLLATIONS_BUILTIN,
+                                         0,
+                                         TOV_CLIENT_CHECKS_CONSTRAINTS};
     create(options);
     ASSERT_OK(ctx);
     tov_client_create_options read = {};

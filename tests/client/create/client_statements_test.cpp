@@ -9,6 +9,7 @@ class ClientStatements : public ClientTest {
     std::string statement(const char *name)
     {
         client_plan plan;
+        plan.with_constraints = false;
         client_make_plan(ctx, schema, plan);
         EXPECT_OK(ctx);
         search_ = name;
@@ -21,6 +22,7 @@ class ClientStatements : public ClientTest {
     std::string names()
     {
         client_plan plan;
+        plan.with_constraints = false;
         client_make_plan(ctx, schema, plan);
         EXPECT_OK(ctx);
         names_ = "";
@@ -50,15 +52,18 @@ TEST_F(ClientStatements, KnowTheOptionsThatTheyAreMadeWith)
         int32_t rules;
         int32_t indexes;
         const char *message;
+        int32_t checks = TOV_CLIENT_CHECKS_CONSTRAINTS;
     } cases[] = {
         {2, TOV_CLIENT_INDEXES_ALL, "the option \"rules\" cannot be 2"},
         {-1, TOV_CLIENT_INDEXES_ALL, "the option \"rules\" cannot be -1"},
         {TOV_CLIENT_RULES_BASIC, 3, "the option \"indexes\" cannot be 3"},
         {TOV_CLIENT_RULES_BASIC, -1, "the option \"indexes\" cannot be -1"},
+        {TOV_CLIENT_RULES_BASIC, TOV_CLIENT_INDEXES_ALL, "the option \"checks\" cannot be 2", 2},
+        {TOV_CLIENT_RULES_BASIC, TOV_CLIENT_INDEXES_ALL, "the option \"checks\" cannot be -1", -1},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.message);
-        const tov_client_create_options options = {0, nullptr, nullptr, c.rules, c.indexes, 0, 0};
+        const tov_client_create_options options = {0, nullptr, nullptr, c.rules, c.indexes, 0, 0, c.checks};
         KT_string *text = nullptr;
         tov_client__write_script__with(ctx, schema, &options, &text);
         EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
@@ -140,7 +145,7 @@ TEST_F(ClientStatements, NameTriggersLikeNoTable)
     EXPECT_EQ(names(), "T on T,TOV_insert_T on TOV_insert_T,tov2_ on tov2_,"
                        "tov3_insert_T on T,tov3_insert_TOV_insert_T on TOV_insert_T,tov3_insert_tov2_ on tov2_,"
                        "tov3_update_T on T,tov3_update_TOV_insert_T on TOV_insert_T,tov3_update_tov2_ on tov2_");
-    open();
+    open(&with_triggers);
     EXPECT_EQ(rows(connection, "SELECT count(*), count(DISTINCT lower(name)) FROM sqlite_master WHERE sql IS NOT NULL"),
               "9|9");
 }
@@ -187,7 +192,7 @@ TEST_F(ClientStatements, MakeSqliteRefuseWhatTheHostWould)
         SCOPED_TRACE(std::string(c.type) + " " + c.value);
         make_one_tbl();
         add_col("t", "x", "X", c.type);
-        open();
+        open(&with_triggers);
         EXPECT_EQ(run(connection, "INSERT INTO T(A, X) VALUES(1, " + std::string(c.value) + ")"), c.message);
         EXPECT_EQ(run(connection, "INSERT OR REPLACE INTO T(A) VALUES(2)"), "");
         EXPECT_EQ(run(connection, "UPDATE T SET X = " + std::string(c.value) + " WHERE A = 2"), c.message);
@@ -197,8 +202,9 @@ TEST_F(ClientStatements, MakeSqliteRefuseWhatTheHostWould)
 TEST_F(ClientStatements, AreTheSameInTheScript)
 {
     make_one_tbl();
-    EXPECT_EQ(script(), "PRAGMA foreign_keys=ON;\nPRAGMA recursive_triggers=ON;\nBEGIN IMMEDIATE;\n" + statement("T") +
-                            ";\n" + statement("tov_insert_T") + ";\n" + statement("tov_update_T") + ";\nCOMMIT;\n");
+    EXPECT_EQ(script(&with_triggers), "PRAGMA foreign_keys=ON;\nPRAGMA recursive_triggers=ON;\nBEGIN IMMEDIATE;\n" +
+                                          statement("T") + ";\n" + statement("tov_insert_T") + ";\n" +
+                                          statement("tov_update_T") + ";\nCOMMIT;\n");
 }
 
 TEST_F(ClientStatements, OfNoTablesAreAnEmptyTransaction)
@@ -210,7 +216,7 @@ TEST_F(ClientStatements, AreCompleteForAShellThatReadsLines)
 {
     make_one_tbl();
     add_col("t", "x", "X", "datetime");
-    const std::string text = script();
+    const std::string text = script(&with_triggers);
     std::string line;
     int statements = 0;
     for (char c : text) {

@@ -114,8 +114,8 @@ class value_source {
     std::mt19937 random_;
 };
 
-// Tables T0, T1 ... of the types: created, and as plain ones with the same columns.
-class ClientOracle : public LoadTest {
+// Tables T0, T1 ... of the types: created in either form, and as plain ones with the same columns.
+class ClientOracle : public LoadTest, public testing::WithParamInterface<tov_client_create_options> {
   protected:
     void SetUp() override
     {
@@ -125,7 +125,7 @@ class ClientOracle : public LoadTest {
         for (const server_truth &truth : truths)
             types.push_back(truth.type);
         reset_schema_to(document_of_tables(types).c_str());
-        open();
+        open(&GetParam());
         ASSERT_EQ(sqlite3_open(path("plain").c_str(), &plain), SQLITE_OK);
         std::string script = "PRAGMA synchronous=OFF; PRAGMA journal_mode=MEMORY; BEGIN;";
         for (size_t n = 0; n < truths.size(); n++) {
@@ -218,7 +218,7 @@ struct judged_value {
     bool is_taken;
 };
 
-TEST_F(ClientOracle, TheDatabaseAndTheCheckJudgeAsTheServer)
+TEST_P(ClientOracle, TheDatabaseAndTheCheckJudgeAsTheServer)
 {
     const unsigned count = from_environment("TOV_ORACLE_VALUES", 60);
     value_source source(from_environment("TOV_ORACLE_SEED", 1));
@@ -254,5 +254,10 @@ TEST_F(ClientOracle, TheDatabaseAndTheCheckJudgeAsTheServer)
     EXPECT_LT(taken, judged.size() * 3 / 4);
     RecordProperty("values", static_cast<int>(judged.size()));
 }
+
+INSTANTIATE_TEST_SUITE_P(OfEitherForm, ClientOracle, testing::Values(without_record, with_triggers),
+                         [](const testing::TestParamInfo<tov_client_create_options> &form) {
+                             return form.param.checks == TOV_CLIENT_CHECKS_TRIGGERS ? "Triggers" : "Constraints";
+                         });
 
 } // namespace

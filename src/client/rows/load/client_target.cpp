@@ -1,9 +1,11 @@
 // Values are converted and bound one after the other; SQLite judges the row as a whole.
 //
 // The check that a schema's trigger makes of each value is left out where conversion alone decides: every converted
-// value passes it. Where the database computes a value (a default), or has other triggers, they run.
+// value passes it. Constraints are the table's own, and always asked. Where the database computes a value (a default),
+// or has other triggers, they run.
 #include "rows/load/client_target.hpp"
 
+#include "create/client_col_constraints.hpp"
 #include "create/client_statements.hpp"
 
 #include <algorithm>
@@ -40,28 +42,59 @@ static void my_list_texts(KT_context *ctx, tov_schema *schema, const client_plan
     }
 }
 
-void client_target__look_at_triggers(KT_context *ctx, client_connection &database, tov_schema *schema,
-                                     const client_plan &plan, const client_tbl &tbl, client_target &target) noexcept
+static void my_look_at_triggers(KT_context *ctx, client_connection &database, const trigger_texts &texts,
+                                client_target &target)
 {
     static constexpr const char *sql =
         "SELECT sql FROM sqlite_master WHERE type = 'trigger' AND tbl_name = ?1 COLLATE NOCASE";
+    kt_owned_statement handle{tov__get_sqlite_functions()};
+    bool has = false;
+    KT_TRY(client_connection__prepare(ctx, database, sql, handle));
+    KT_TRY(client_connection__bind_text(ctx, database, handle, 1, target.tbl.name));
+    target.with_triggers = false;
+    KT_TRY(client_connection__step(ctx, database, handle, has));
+    while (has) {
+        const std::string text(client_column_text(database, handle, 0));
+        const bool is_other = std::find(texts.others.begin(), texts.others.end(), text) != texts.others.end();
+        target.with_triggers |= text != texts.insert && text != texts.basic && !is_other;
+        target.with_rules |= text == texts.insert;
+        KT_TRY(client_connection__step(ctx, database, handle, has));
+    }
+}
+
+// Whether the constraints of the table hold the server's rules.
+static void my_look_at_constraints(KT_context *ctx, client_connection &database, tov_schema *schema,
+                                   const client_tbl &tbl, client_target &target)
+{
+    static constexpr const char *sql =
+        "SELECT sql FROM sqlite_master WHERE type = 'table' AND name = ?1 COLLATE NOCASE";
+    kt_owned_statement handle{tov__get_sqlite_functions()};
+    client_code_pages pages;
+    bool has = false;
+    KT_TRY(client_connection__prepare(ctx, database, sql, handle));
+    KT_TRY(client_connection__bind_text(ctx, database, handle, 1, target.tbl.name));
+    KT_TRY(client_connection__step(ctx, database, handle, has));
+    const std::string text(has ? client_column_text(database, handle, 0) : "");
+    bool holds_all = has;
+    for (const client_row_col &col : target.tbl.cols) {
+        std::string constraints;
+        if (!col.stored)
+            continue;
+        KT_TRY(client_append_col_constraints(ctx, schema, tbl, col.col_id.c_str(), true, pages, constraints));
+        holds_all &= text.find(constraints) != std::string::npos;
+    }
+    target.with_rules |= holds_all;
+}
+
+void client_target__look_at_triggers(KT_context *ctx, client_connection &database, tov_schema *schema,
+                                     const client_plan &plan, const client_tbl &tbl, client_target &target) noexcept
+{
     kt_contain(ctx, [&] {
         trigger_texts texts;
-        kt_owned_statement handle{tov__get_sqlite_functions()};
-        bool has = false;
-        KT_TRY(my_list_texts(ctx, schema, plan, tbl, texts));
-        KT_TRY(client_connection__prepare(ctx, database, sql, handle));
-        KT_TRY(client_connection__bind_text(ctx, database, handle, 1, target.tbl.name));
-        target.with_triggers = false;
         target.with_rules = false;
-        KT_TRY(client_connection__step(ctx, database, handle, has));
-        while (has) {
-            const std::string text(client_column_text(database, handle, 0));
-            const bool is_other = std::find(texts.others.begin(), texts.others.end(), text) != texts.others.end();
-            target.with_triggers |= text != texts.insert && text != texts.basic && !is_other;
-            target.with_rules |= text == texts.insert;
-            KT_TRY(client_connection__step(ctx, database, handle, has));
-        }
+        KT_TRY(my_list_texts(ctx, schema, plan, tbl, texts));
+        KT_TRY(my_look_at_triggers(ctx, database, texts, target));
+        KT_TRY(my_look_at_constraints(ctx, database, schema, tbl, target));
         if (target.with_rules && !tbl.versioned.col_id.empty())
             target.versions->counter = client_counter_name(plan);
     });
@@ -159,7 +192,8 @@ static void my_bind_version(KT_context *ctx, client_connection &database, client
         client_connection__check(ctx, database, database.functions->bind_blob(statement, index, bytes.data(), size)));
 }
 
-static client_reject my_constraint(int code) noexcept
+// The types and rules of the columns are constraints of the table too, each named by what a trigger would say.
+static client_reject my_constraint(int code, const std::string &message) noexcept
 {
     switch (code) {
     case SQLITE_CONSTRAINT_PRIMARYKEY:
@@ -169,7 +203,8 @@ static client_reject my_constraint(int code) noexcept
     case SQLITE_CONSTRAINT_NOTNULL:
         return client_reject::null_not_allowed;
     case SQLITE_CONSTRAINT_CHECK:
-        return client_reject::check_violated;
+        return message.find("] constraint violation: ") == std::string::npos ? client_reject::check_violated
+                                                                             : client_reject::not_accepted;
     default:
         return client_reject::not_accepted;
     }
@@ -191,7 +226,7 @@ static void my_insert(KT_context *ctx, client_connection &database, sqlite3_stmt
     if (primary == SQLITE_TOOBIG)
         verdict.reject = client_reject::too_long;
     else if (primary == SQLITE_CONSTRAINT || primary == SQLITE_MISMATCH)
-        verdict.reject = my_constraint(extended);
+        verdict.reject = my_constraint(extended, verdict.message);
     else
         KT_FAIL(KT_ERR_SQLITE(code), "%s", verdict.message.c_str());
 }

@@ -24,10 +24,10 @@ inline constexpr size_t client_no_field = SIZE_MAX;
 
 struct client_target {
     client_row_tbl tbl;
-    client_versions *versions = nullptr; // of the load
-    bool has_version = false;            // whether the greatest of the table's own is known among them
-    bool with_triggers = true;           // whether the checks of the triggers have to run
-    bool with_rules = false;             // whether they hold the server's rules, which say more of code pages
+    client_versions *versions = nullptr;                  // of the load
+    bool has_version = false;                             // whether the greatest of the table's own is known among them
+    bool with_triggers = true;                            // whether the checks of the triggers have to run
+    bool with_rules = false;                              // whether the table holds values to the server's rules
     std::map<std::vector<size_t>, client_layout> layouts; // by cols
 };
 
