@@ -74,8 +74,14 @@ TEST_F(ClientRowversion, FollowsThoseThatAreGiven)
 
 TEST_F(ClientRowversion, IsTheWritersOwnAffairUnderBasicRules)
 {
-    const tov_client_create_options options = {
-        0, nullptr, nullptr, TOV_CLIENT_RULES_BASIC, TOV_CLIENT_INDEXES_ALL, TOV_CLIENT_COLLATIONS_BUILTIN, 0, TOV_CLIENT_CHECKS_CONSTRAINTS};
+    const tov_client_create_options options = {0,
+                                               nullptr,
+                                               nullptr,
+                                               TOV_CLIENT_RULES_BASIC,
+                                               TOV_CLIENT_INDEXES_ALL,
+                                               TOV_CLIENT_COLLATIONS_BUILTIN,
+                                               0,
+                                               TOV_CLIENT_CHECKS_CONSTRAINTS};
     KT_string *text = nullptr;
     tov_client__write_script__with(ctx, schema, &options, &text);
     EXPECT_EQ(take(ctx, text).find("rowversion"), std::string::npos);
@@ -109,8 +115,14 @@ TEST_F(ClientRowversion, OfALoadIsGivenOnceWhateverTheTable)
                                                  "INSERT tov_U (k) VALUES (2)\n");
     for (const int32_t rules : {TOV_CLIENT_RULES_SERVER, TOV_CLIENT_RULES_BASIC}) {
         SCOPED_TRACE(rules);
-        const tov_client_create_options options = {
-            0, nullptr, nullptr, rules, TOV_CLIENT_INDEXES_ALL, TOV_CLIENT_COLLATIONS_BUILTIN, 0, TOV_CLIENT_CHECKS_CONSTRAINTS};
+        const tov_client_create_options options = {0,
+                                                   nullptr,
+                                                   nullptr,
+                                                   rules,
+                                                   TOV_CLIENT_INDEXES_ALL,
+                                                   TOV_CLIENT_COLLATIONS_BUILTIN,
+                                                   0,
+                                                   TOV_CLIENT_CHECKS_CONSTRAINTS};
         std::remove(path("db").c_str());
         tov_client__create_database__with(ctx, schema, path("db").c_str(), &options);
         EXPECT_EQ(load({script}), "T 4 4 0; tov_U 2 2 0") << shown_remarks;
