@@ -13,7 +13,7 @@ class CommandDoctorTest : public CommandTest {
     {
         CommandTest::SetUp();
         write("s.json", sample_schema);
-        ASSERT_EXIT_CODE(run({"create", path("s.json"), path("client.db")}), 0);
+        ASSERT_EXIT_CODE(run({"create", "--checks", "triggers", path("s.json"), path("client.db")}), 0);
     }
     void change(const std::string &sql)
     {
