@@ -84,7 +84,7 @@ class ReportTest(unittest.TestCase):
     def test_says_what_is_in_the_schema(self):
         self.browser.open(self.shop)
         self.assertEqual(self.texts("h1"), ["Shop"])
-        self.assertIn("12 tables · 94 columns · 17 references · 9 findings", self.texts("#summary")[0])
+        self.assertIn("12 tables · 94 columns · 17 references · 20 findings", self.texts("#summary")[0])
         self.assertEqual(self.heading(), "Overview")
         self.assertEqual(len(self.texts("main tbody tr")), 12)
         self.assertIn("Whoever orders, private or company", self.texts("main td .text"))
@@ -133,7 +133,7 @@ class ReportTest(unittest.TestCase):
         self.assertEqual(self.browser.run("document.querySelector('tr[data-column=Margin] + tr.notes b').textContent"),
                          "warning column-computed")
         self.browser.open(self.shop, "#findings")
-        self.assertEqual(len(self.texts("main .note")), 9)
+        self.assertEqual(len(self.texts("main .note")), 20)
 
     def test_the_diagram_grows_where_it_is_clicked(self):
         page = self.report_of("fifty", schema_of(50))
