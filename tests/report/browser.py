@@ -113,6 +113,11 @@ class Browser:
         parameters = {"key": key, "windowsVirtualKeyCode": code, "text": text}
         self.call("Input.dispatchKeyEvent", {"type": "keyDown", **parameters})
         self.call("Input.dispatchKeyEvent", {"type": "keyUp", **parameters})
+        self.settle()
+
+    def settle(self):
+        """Waits until what an event has set off is there."""
+        self.run("new Promise((done) => requestAnimationFrame(() => setTimeout(done)))")
 
     def type(self, text):
         self.call("Input.insertText", {"text": text})
@@ -127,4 +132,4 @@ class Browser:
         for kind in ("mousePressed", "mouseReleased"):
             self.call("Input.dispatchMouseEvent", {"type": kind, "x": place[0], "y": place[1], "button": "left",
                                                    "clickCount": 1})
-        self.run("new Promise((done) => requestAnimationFrame(() => setTimeout(done)))")
+        self.settle()
