@@ -1,6 +1,6 @@
 // Two schema documents in one JSON text, {"old":...,"new":...}: they are compared or refused in order, a schema is the
 // same as itself, and what is different from one side is different from the other.
-#include "kt_owned.hpp"
+#include "schema_pair.hpp"
 #include "tov_changes.h"
 
 #include <cstdio>
@@ -13,19 +13,6 @@ static void my_check(bool holds, const char *why)
         return;
     std::fprintf(stderr, "wrong: %s\n", why);
     std::abort();
-}
-
-static tov_schema *my_schema_of(KT_context *ctx, const KT_vhash *both, const char *key)
-{
-    tov_schema *schema = nullptr;
-    KT_vhash *child = nullptr;
-    kt_owned_vhash copy{ctx};
-    KT_vhash__get__vhash(ctx, both, key, &child);
-    if (!kt_has_err(ctx))
-        KT_vhash__alloc__copy(ctx, copy.out(), child);
-    if (!kt_has_err(ctx))
-        tov_schema__alloc__vhash(ctx, copy.out(), nullptr, &schema);
-    return schema;
 }
 
 static bool my_is_empty(KT_context *ctx, const KT_vhash *changes, const char *key)
@@ -66,8 +53,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     KT_vhash *both = nullptr;
     const std::string json(reinterpret_cast<const char *>(data), size);
     KT_vhash__alloc__from_json__sz(ctx, &both, json.c_str());
-    tov_schema *a = kt_has_err(ctx) ? nullptr : my_schema_of(ctx, both, "old");
-    tov_schema *b = kt_has_err(ctx) ? nullptr : my_schema_of(ctx, both, "new");
+    tov_schema *a = kt_has_err(ctx) ? nullptr : schema_of(ctx, both, "old");
+    tov_schema *b = kt_has_err(ctx) ? nullptr : schema_of(ctx, both, "new");
     KT_context__err_reset(ctx);
     if (a && b) {
         my_try(ctx, a, b, {});

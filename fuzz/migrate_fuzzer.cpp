@@ -1,8 +1,8 @@
 // Two schema documents in one JSON text, {"old":...,"new":...}: a database of the first is migrated to the second,
 // which ends in order. It then has what creating it from the second would make; or it is as it was, and the error says
 // why.
-#include "kt_owned.hpp"
 #include "migrate/client_object_list.hpp"
+#include "schema_pair.hpp"
 #include "tov_migrate.h"
 
 #include <sqlite3.h>
@@ -50,19 +50,6 @@ struct place {
     std::string folder, migrated, fresh;
     KT_context *ctx = nullptr;
 };
-
-tov_schema *schema_of(KT_context *ctx, const KT_vhash *both, const char *key)
-{
-    tov_schema *schema = nullptr;
-    KT_vhash *child = nullptr;
-    kt_owned_vhash copy{ctx};
-    KT_vhash__get__vhash(ctx, both, key, &child);
-    if (!kt_has_err(ctx))
-        KT_vhash__alloc__copy(ctx, copy.out(), child);
-    if (!kt_has_err(ctx))
-        tov_schema__alloc__vhash(ctx, copy.out(), nullptr, &schema);
-    return schema;
-}
 
 // Whether the schemas can be compared: they have the shape of schemas, and so has what they say of the server.
 bool are_comparable(KT_context *ctx, tov_schema *a, tov_schema *b)
