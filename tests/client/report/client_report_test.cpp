@@ -280,6 +280,29 @@ TEST_F(ReportTest, FailsWhereMemoryRunsOut)
     }
 }
 
+TEST_F(ReportTest, MarkdownFailsWhereMemoryRunsOut)
+{
+    ASSERT_NO_FATAL_FAILURE(read(shop));
+    const files whole = markdown();
+    for (kt_failing_alloc fault; fault.next(); KT_context__err_reset(ctx)) {
+        files written;
+        tov_client__write_markdown_report(
+            ctx, schema, nullptr,
+            [](KT_context *, void *data, const char *name, const char *text) {
+                (*static_cast<files *>(data))[name] = text;
+            },
+            &written);
+        if (KT_context__has_err(ctx)) {
+            EXPECT_FAILED(ctx, KT_ERR_OUT_OF_MEMORY);
+            EXPECT_LT(written.size(), whole.size()) << "the index comes last, and is missing";
+            continue;
+        }
+        EXPECT_EQ(written, whole);
+        if (!fault.fired())
+            break;
+    }
+}
+
 // With rows of a database, and what has changed: a report that fails leaves nothing open, and is no report.
 TEST_F(ReportTest, FailsWhereTheDatabaseDoes)
 {
