@@ -45,24 +45,16 @@ def _violation(described: c.Violation) -> Violation:
 def check(handle: ctypes.c_void_p, database: Any, rules: int, only: Iterable[str], skip: Iterable[str],
           limit: int) -> Checked:
     violations: List[Violation] = []
-    raised: List[BaseException] = []
+    raised = c.Raised()
 
     @c.TakeViolation
     def take(context: Any, _: Any, violation: Any) -> None:
-        try:
+        with raised.caught(context):
             violations.append(_violation(violation.contents))
-        except BaseException as error:
-            raised.append(error)
-            c.fail(context)
     wanted, unwanted, is_whole = c.strings(only), c.strings(skip), ctypes.c_int32()
     options = c.CheckOptions(rules=rules, only=wanted, only_count=len(wanted), skip=unwanted, skip_count=len(unwanted),
                              max=limit)
-    try:
-        with c.Call() as call, _collations.added_if_there():
-            call(c.check_database, handle, c.encoded_path(database), ctypes.byref(options), take, None,
-                 ctypes.byref(is_whole))
-    except c.Error:
-        if raised:
-            raise raised[0] from None
-        raise
+    with raised, c.Call() as call, _collations.added_if_there():
+        call(c.check_database, handle, c.encoded_path(database), ctypes.byref(options), take, None,
+             ctypes.byref(is_whole))
     return Checked(violations, bool(is_whole.value))

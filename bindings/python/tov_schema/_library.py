@@ -1,10 +1,11 @@
 """The C libraries: where they are, what their operations take, and how their failures become exceptions."""
+import contextlib
 import ctypes
 import ctypes.util
 import json
 import os
 import pathlib
-from typing import Any, Iterable, List, NamedTuple, Optional
+from typing import Any, Iterable, Iterator, List, NamedTuple, Optional
 
 _POINTER = ctypes.c_void_p
 _SQLITE_DOMAIN = 8  # the upper 32 bits of KT_ERR_SQLITE()
@@ -204,9 +205,28 @@ unload = _declare("tov_client__unload", _POINTER, _POINTER, ctypes.c_char_p, cty
                   ctypes.POINTER(UnloadOptions), _OUT)
 
 
-def fail(context: ctypes.c_void_p) -> None:
-    """Makes the library end what it does: ctypes drops the exceptions of the functions that it is called back with."""
-    _set_err(context, _UNEXPECTED_VALUE, b"a function of Python's", 0, b"an exception in Python")
+class Raised:
+    """Exceptions of functions that the library calls back: ctypes drops them, so the first ends what the library does,
+    and comes out of the block in which this was the context."""
+
+    def __init__(self) -> None:
+        self._error: Optional[BaseException] = None
+
+    @contextlib.contextmanager
+    def caught(self, context: ctypes.c_void_p) -> Iterator[None]:
+        """What a function that is called back does."""
+        try:
+            yield
+        except BaseException as error:
+            self._error = self._error or error
+            _set_err(context, _UNEXPECTED_VALUE, b"a function of Python's", 0, b"an exception in Python")
+
+    def __enter__(self) -> "Raised":
+        return self
+
+    def __exit__(self, _: Any, error: Optional[BaseException], __: Any) -> None:
+        if self._error is not None and isinstance(error, Error):
+            raise self._error from None
 
 
 class Call:

@@ -45,20 +45,12 @@ def html(handle: ctypes.c_void_p, *content: Any) -> str:
 
 def markdown(handle: ctypes.c_void_p, *content: Any) -> Dict[str, str]:
     files: Dict[str, str] = {}
-    raised: List[BaseException] = []
+    raised = c.Raised()
 
     @c.TakeReportFile
     def take(context: Any, _: Any, name: bytes, text: bytes) -> None:
-        try:
+        with raised.caught(context):
             files[name.decode()] = text.decode("utf-8", "replace")
-        except BaseException as error:
-            raised.append(error)
-            c.fail(context)
-    try:
-        with c.Call() as call, _collations.added_if_there(), _Content(call, *content) as options:
-            call(c.write_markdown_report, handle, options, take, None)
-    except c.Error:
-        if raised:
-            raise raised[0] from None
-        raise
+    with raised, c.Call() as call, _collations.added_if_there(), _Content(call, *content) as options:
+        call(c.write_markdown_report, handle, options, take, None)
     return files

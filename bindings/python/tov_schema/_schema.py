@@ -307,34 +307,22 @@ class Schema:
     def _load_package(self, database: Path, package: Path, content: bytes, rejects: Optional[Path] = None,
                       exact: bool = False, all_or_nothing: bool = False) -> Loaded:
         options = c.LoadOptions(rejects=c.encoded_path(rejects), exact=exact, all_or_nothing=all_or_nothing)
-        raised: List[BaseException] = []
-
-        def fail(context: Any, error: BaseException) -> None:
-            raised.append(error)
-            c.fail(context)
+        raised = c.Raised()
 
         @c.ReadParts
         def read(context: Any, _: Any, take: Any, take_data: Any) -> None:
             @c.TakeRows
             def pass_on(context: Any, _: Any, part: Any, data: Any, size: int) -> None:
-                try:
+                with raised.caught(context):
                     described = part.contents
                     take(context, take_data, described.schema_name, described.tbl_name, described.number, data, size)
-                except BaseException as error:
-                    fail(context, error)
-            try:
+            with raised.caught(context):
                 c.read_row_parts(context, content, len(content), pass_on, None)
-            except BaseException as error:
-                fail(context, error)
 
         def load_all(call: c.Call, loader: ctypes.c_void_p) -> None:
             call(c.load_parts, loader, c.encoded_path(package), read, None)
-        try:
+        with raised:
             return self._load(database, options, load_all)
-        except c.Error:
-            if raised:
-                raise raised[0] from None
-            raise
 
     def _load(self, database: Path, options: c.LoadOptions, load_all: Any) -> Loaded:
         loader, report, remarks = ctypes.c_void_p(), ctypes.c_void_p(), ctypes.c_void_p()
