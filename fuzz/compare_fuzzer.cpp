@@ -46,23 +46,19 @@ static void my_try(KT_context *ctx, tov_schema *a, tov_schema *b, const tov_clie
     my_check(my_compare(ctx, a, a, options) != answer::different, "a schema differs from itself");
 }
 
+static void my_try_both(KT_context *ctx, const schema_pair &pair)
+{
+    if (!pair.is_whole())
+        return;
+    my_try(ctx, pair.old_schema, pair.new_schema, {});
+    my_try(ctx, pair.old_schema, pair.new_schema, {1, nullptr, 0});
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     KT_context *ctx = nullptr;
     KT_context__alloc(&ctx);
-    KT_vhash *both = nullptr;
-    const std::string json(reinterpret_cast<const char *>(data), size);
-    KT_vhash__alloc__from_json__sz(ctx, &both, json.c_str());
-    tov_schema *a = kt_has_err(ctx) ? nullptr : schema_of(ctx, both, "old");
-    tov_schema *b = kt_has_err(ctx) ? nullptr : schema_of(ctx, both, "new");
-    KT_context__err_reset(ctx);
-    if (a && b) {
-        my_try(ctx, a, b, {});
-        my_try(ctx, a, b, {1, nullptr, 0});
-    }
-    tov_schema__nullfree(ctx, &a);
-    tov_schema__nullfree(ctx, &b);
-    KT_vhash__free(ctx, both);
+    my_try_both(ctx, schema_pair(ctx, data, size));
     KT_context__free(ctx);
     return 0;
 }

@@ -3,6 +3,7 @@
 // why.
 #include "migrate/client_object_list.hpp"
 #include "schema_pair.hpp"
+#include "schema_tbls.hpp"
 #include "tov_migrate.h"
 
 #include <sqlite3.h>
@@ -118,21 +119,6 @@ std::string first_value(const std::string &file, const std::string &sql)
     return value;
 }
 
-std::vector<std::string> tbls_of(KT_context *ctx, tov_schema *schema)
-{
-    std::vector<std::string> tbls;
-    uint32_t count = 0;
-    tov_schema__count_tbls(ctx, schema, &count);
-    for (uint32_t n = 0; n < count; n++) {
-        const char *id = nullptr;
-        const char *name = nullptr;
-        tov_schema__get_nth_tbl_id(ctx, schema, n, &id);
-        tov_schema__get_tbl_name(ctx, schema, id, &name);
-        tbls.emplace_back(name ? name : "");
-    }
-    return tbls;
-}
-
 // A row of defaults in each table that takes one.
 void add_rows(const std::string &file, const std::vector<std::string> &tbls)
 {
@@ -143,7 +129,7 @@ void add_rows(const std::string &file, const std::vector<std::string> &tbls)
 void migrate(const place &at, tov_schema *a, tov_schema *b, bool with_rows, const std::string &refusal)
 {
     KT_context *ctx = at.ctx;
-    const std::vector<std::string> tbls = tbls_of(ctx, a);
+    const std::vector<std::string> tbls = tbl_names_of(ctx, a);
     std::vector<const char *> losses;
     for (const std::string &tbl : tbls)
         losses.push_back(tbl.c_str());
@@ -187,22 +173,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     static const place at;
     KT_context *ctx = at.ctx;
-    KT_vhash *both = nullptr;
-    const std::string json(reinterpret_cast<const char *>(data), size);
-    KT_vhash__alloc__from_json__sz(ctx, &both, json.c_str());
-    tov_schema *a = kt_has_err(ctx) ? nullptr : schema_of(ctx, both, "old");
-    tov_schema *b = kt_has_err(ctx) ? nullptr : schema_of(ctx, both, "new");
-    KT_context__err_reset(ctx);
-    if (a && b) {
-        plan(ctx, a, b);
-    }
-    if (a && b && are_comparable(ctx, a, b)) {
-        const std::string refusal = create(ctx, b, at.fresh);
-        migrate(at, a, b, false, refusal);
-        migrate(at, a, b, true, refusal);
-    }
-    tov_schema__nullfree(ctx, &a);
-    tov_schema__nullfree(ctx, &b);
-    KT_vhash__free(ctx, both);
+    const schema_pair pair(ctx, data, size);
+    tov_schema *a = pair.old_schema;
+    tov_schema *b = pair.new_schema;
+    if (!pair.is_whole())
+        return 0;
+    plan(ctx, a, b);
+    if (!are_comparable(ctx, a, b))
+        return 0;
+    const std::string refusal = create(ctx, b, at.fresh);
+    migrate(at, a, b, false, refusal);
+    migrate(at, a, b, true, refusal);
     return 0;
 }

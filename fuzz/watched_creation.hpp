@@ -4,6 +4,7 @@
 #pragma once
 
 #include "kt_sqlite_functions.h"
+#include "schema_tbls.hpp"
 #include "tov_client.h"
 
 #include <sqlite3.h>
@@ -144,15 +145,8 @@ inline bool ended_well(KT_context *ctx)
 inline watch watch_of(KT_context *ctx, tov_schema *schema)
 {
     watch w;
-    uint32_t count = 0;
-    tov_schema__count_tbls(ctx, schema, &count);
-    for (uint32_t n = 0; n < count; n++) {
-        const char *tbl_id = nullptr;
-        const char *name = nullptr;
-        tov_schema__get_nth_tbl_id(ctx, schema, n, &tbl_id);
-        tov_schema__get_tbl_name(ctx, schema, tbl_id, &name);
-        w.tbls.insert(lower(name));
-    }
+    for (const std::string &name : tbl_names_of(ctx, schema))
+        w.tbls.insert(lower(name.c_str()));
     check(!KT_context__has_err(ctx), "tables of an imported schema");
     return w;
 }

@@ -1,6 +1,7 @@
 // Constraints and triggers give the same verdicts: on every type, on values at its edges and on strange ones, with the
 // server's rules and without, whichever statement brings the value.
 #include "client_test.hpp"
+#include "schema_tbls.hpp"
 #include "type_document.hpp"
 #include "verify/server_truth.hpp"
 
@@ -260,15 +261,8 @@ TEST_F(ClientChecks, KnowEveryAbstractType)
     for (uint32_t n = 0; const tov_abstract_type *type = tov_get_nth_abstract_type(n); n++)
         EXPECT_TRUE(names.contains(type->name)) << type->name;
     open_both(TOV_CLIENT_RULES_BASIC);
-    uint32_t count = 0;
-    tov_schema__count_tbls(ctx, schema, &count);
-    for (uint32_t n = 0; n < count; n++) {
-        const char *tbl_id = nullptr;
-        const char *name = nullptr;
-        tov_schema__get_nth_tbl_id(ctx, schema, n, &tbl_id);
-        tov_schema__get_tbl_name(ctx, schema, tbl_id, &name);
+    for (const std::string &name : tbl_names_of(ctx, schema))
         compare_all(name, strangers);
-    }
     EXPECT_OK(ctx);
 }
 
