@@ -5,15 +5,6 @@
 
 #define KT_HERE "src/client/create/client_col_constraints"
 
-const client_row_col *client_find_stored_col(const client_row_tbl &tbl, const char *col_id) noexcept
-{
-    for (const client_row_col &col : tbl.cols) {
-        if (col.stored && KT_stricmp(col.col_id.c_str(), col_id) == 0)
-            return &col;
-    }
-    return nullptr;
-}
-
 // Numbers that the document lacks read as -1; the module's own statement tells whether it needs them.
 static void my_require_numbers(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id) noexcept
 {

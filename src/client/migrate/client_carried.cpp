@@ -1,19 +1,8 @@
 #include "migrate/client_carried.hpp"
 
-#include "kt_folded.hpp"
-
 #include <algorithm>
 
 #define KT_HERE "src/client/migrate/client_carried"
-
-static const client_row_col *my_find(const client_row_tbl &tbl, const std::string &col_id)
-{
-    for (const client_row_col &col : tbl.cols) {
-        if (col.stored && kt_equal_folded(col.col_id, col_id))
-            return &col;
-    }
-    return nullptr;
-}
 
 // Values of a type of a program library are nothing to another one.
 static bool my_is_another_library(const client_row_col &old_col, const client_part &old_part,
@@ -29,8 +18,8 @@ static void my_carry(const client_changed_tbl &changed, const client_pair &pair,
 {
     const client_part &old_part = changed.old_tbl.cols[pair.old_at];
     const client_part &new_part = changed.new_tbl.cols[pair.new_at];
-    const client_row_col *old_col = my_find(carried.old_tbl, old_part.id);
-    const client_row_col *new_col = my_find(carried.new_tbl, new_part.id);
+    const client_row_col *old_col = client_find_stored_col(carried.old_tbl, old_part.id.c_str());
+    const client_row_col *new_col = client_find_stored_col(carried.new_tbl, new_part.id.c_str());
     if (old_col && !new_col)
         carried.dropped.push_back(&old_part);
     if (!old_col || !new_col)
@@ -47,10 +36,11 @@ void client_read_carried(KT_context *ctx, const client_migration &migration, con
     KT_TRY(client_read_row_tbl(ctx, migration.old_schema, changed.old_tbl.id.c_str(), carried.old_tbl));
     KT_TRY(client_read_row_tbl(ctx, migration.new_schema, changed.new_tbl.id.c_str(), carried.new_tbl));
     for (const client_pair &pair : changed.pair.cols) {
+        const client_part *old_part = pair.old_at == client_nothing ? nullptr : &changed.old_tbl.cols[pair.old_at];
         if (pair.is_both())
             my_carry(changed, pair, carried);
-        else if (pair.old_at != client_nothing && my_find(carried.old_tbl, changed.old_tbl.cols[pair.old_at].id))
-            carried.dropped.push_back(&changed.old_tbl.cols[pair.old_at]);
+        else if (old_part && client_find_stored_col(carried.old_tbl, old_part->id.c_str()))
+            carried.dropped.push_back(old_part);
     }
     for (const client_row_col &col : carried.new_tbl.cols) {
         const bool is_carried = std::any_of(carried.cols.begin(), carried.cols.end(), [&](const auto &other) {

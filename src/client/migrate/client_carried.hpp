@@ -23,3 +23,10 @@ struct client_carried_tbl {
 
 void client_read_carried(KT_context *ctx, const client_migration &migration, const client_changed_tbl &changed,
                          client_carried_tbl &carried);
+
+// Whether rows have to be written anew for their values.
+bool client_needs_values(const client_carried_tbl &carried);
+
+// Adds the steps that make a table anew.
+void client_add_rebuild(client_migration &migration, const client_changed_tbl &changed,
+                        const client_carried_tbl &carried);

@@ -97,16 +97,27 @@ static void my_append_step(KT_context *ctx, KT_string *script, const client_migr
         KT_TRY(my_append_line(ctx, script, statement.sql));
 }
 
+static std::string my_converted_cols(const client_migration_step &step)
+{
+    std::string cols;
+    for (const client_migration_statement &statement : step.statements) {
+        if (!statement.copy)
+            continue;
+        for (const client_copied_col &col : statement.copy->cols) {
+            if (col.is_converted)
+                cols += (cols.empty() ? "" : ", ") + col.name;
+        }
+    }
+    return cols;
+}
+
 // SQL has no words for what the loader's converters do.
 static void my_check_is_sql(KT_context *ctx, const client_migration &migration)
 {
     std::string cols;
     for (const client_migration_step &step : migration.steps) {
-        for (const client_migration_statement &statement : step.statements) {
-            for (const client_copied_col &col :
-                 statement.copy ? statement.copy->cols : std::vector<client_copied_col>())
-                cols += col.is_converted ? (cols.empty() ? "" : ", ") + col.name : "";
-        }
+        if (client_takes_converters(step))
+            cols += (cols.empty() ? "" : ", ") + my_converted_cols(step);
     }
     if (!cols.empty())
         KT_FAIL(KT_ERR_SCHEMA_NOT_SUPPORTED, "no script can convert the values of %s: migrate the database itself",

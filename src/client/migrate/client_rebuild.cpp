@@ -52,10 +52,9 @@ static void my_add_copy(const client_migration &migration, const client_carried_
     step.statements.push_back(std::move(statement));
 }
 
-void client_add_rebuild(KT_context *ctx, client_migration &migration, const client_changed_tbl &changed)
+void client_add_rebuild(client_migration &migration, const client_changed_tbl &changed,
+                        const client_carried_tbl &carried)
 {
-    client_carried_tbl carried;
-    KT_TRY(client_read_carried(ctx, migration, changed, carried));
     const std::string &name = changed.new_tbl.sqlite_name;
     const std::string moving = client_moving_name(migration, name);
     const std::string check = migration.new_list.plan.trigger_prefix + "moved_" + name;
@@ -82,12 +81,9 @@ void client_add_rebuild(KT_context *ctx, client_migration &migration, const clie
     migration.steps.push_back(std::move(step));
 }
 
-void client_needs_values(KT_context *ctx, const client_migration &migration, const client_changed_tbl &changed,
-                         bool &needs)
+bool client_needs_values(const client_carried_tbl &carried)
 {
-    client_carried_tbl carried;
-    KT_TRY(client_read_carried(ctx, migration, changed, carried));
-    needs = std::any_of(carried.cols.begin(), carried.cols.end(), [](const client_carried_col &col) {
+    return std::any_of(carried.cols.begin(), carried.cols.end(), [](const client_carried_col &col) {
         return col.change.how != client_carrying::kept || !client_takes_all(col.old_col->type, col.new_col->type);
     });
 }

@@ -64,12 +64,6 @@ static void my_rename(const std::string &prefix, renaming work, client_migration
     }
 }
 
-static void my_add(client_migration &migration, client_migration_step step)
-{
-    if (!step.statements.empty())
-        migration.steps.push_back(std::move(step));
-}
-
 static void my_rename_tbls(client_migration &migration)
 {
     renaming work{"ALTER TABLE ", " RENAME TO "};
@@ -86,8 +80,8 @@ static void my_rename_tbls(client_migration &migration)
     client_migration_step away{client_migration_class::free, "tables make way for others of their names"};
     client_migration_step step{client_migration_class::free, "tables are renamed"};
     my_rename(migration.new_list.plan.trigger_prefix, std::move(work), away, step);
-    my_add(migration, std::move(away));
-    my_add(migration, std::move(step));
+    client_add_step(migration, std::move(away));
+    client_add_step(migration, std::move(step));
 }
 
 // The columns of a table whose names change, and those that go though another one gets their name.
@@ -123,8 +117,8 @@ static void my_rename_cols(client_migration &migration, const client_changed_tbl
     client_migration_step step{client_migration_class::free, changed.new_tbl.name + ": columns are renamed",
                                changed.new_tbl.sqlite_name};
     my_rename(migration.new_list.plan.trigger_prefix, my_renaming_of(changed), away, step);
-    my_add(migration, std::move(away));
-    my_add(migration, std::move(step));
+    client_add_step(migration, std::move(away));
+    client_add_step(migration, std::move(step));
 }
 
 void client_add_renames(client_migration &migration)

@@ -50,10 +50,9 @@ static void my_add_carried(client_migration &migration, const client_changed_tbl
     my_add_value_risks(migration, changed, col);
 }
 
-void client_add_risks(KT_context *ctx, client_migration &migration, const client_changed_tbl &changed)
+void client_add_risks(KT_context *ctx, client_migration &migration, const client_changed_tbl &changed,
+                      const client_carried_tbl &carried)
 {
-    client_carried_tbl carried;
-    KT_TRY(client_read_carried(ctx, migration, changed, carried));
     for (const client_part *col : carried.dropped)
         my_add_loss(migration, changed, col->name, col->sqlite_name, "is dropped");
     for (const client_carried_col &col : carried.cols)

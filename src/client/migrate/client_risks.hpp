@@ -4,7 +4,8 @@
 #include "migrate/client_carried.hpp"
 
 // All of it.
-void client_add_risks(KT_context *ctx, client_migration &migration, const client_changed_tbl &changed);
+void client_add_risks(KT_context *ctx, client_migration &migration, const client_changed_tbl &changed,
+                      const client_carried_tbl &carried);
 
 // What is in the way of new keys, checks and references.
 void client_add_key_risks(KT_context *ctx, client_migration &migration, const client_changed_tbl &changed,

@@ -57,7 +57,7 @@ std::string client_moving_name(const client_migration &migration, const std::str
     return migration.new_list.plan.trigger_prefix + "moving_" + name;
 }
 
-static void my_add(client_migration &migration, client_migration_step step)
+void client_add_step(client_migration &migration, client_migration_step step)
 {
     if (!step.statements.empty())
         migration.steps.push_back(std::move(step));
@@ -74,11 +74,11 @@ static void my_drop_tbls(client_migration &migration)
         step.count_query = "SELECT count(*) FROM " + client_quoted(tbl.sqlite_name);
         step.loss.old_tbl = pair.tbl.old_at;
         step.add("DROP TABLE " + client_quoted(tbl.sqlite_name));
-        my_add(migration, std::move(step));
+        client_add_step(migration, std::move(step));
     }
 }
 
-// A default that SQLite does not give to rows that are there already.
+// Whether SQLite can give the default to rows that are there already.
 static void my_is_default_constant(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                    bool &is_constant)
 {
@@ -90,12 +90,11 @@ static void my_is_default_constant(KT_context *ctx, tov_schema *schema, const ch
 }
 
 static void my_write_added(KT_context *ctx, const client_migration &migration, const std::string &tbl_id,
-                           const char *col_id, std::string &defin)
+                           const char *col_id, client_code_pages &pages, std::string &defin)
 {
     const client_plan &plan = migration.new_list.plan;
     const auto tbl = std::find_if(plan.tbls.begin(), plan.tbls.end(),
                                   [&](const client_tbl &other) { return other.rows.id == tbl_id; });
-    client_code_pages pages;
     kt_owned_string text{ctx};
     KT_TRY(KT_string__alloc(ctx, text.out()));
     KT_TRY(client_write_col(ctx, migration.new_schema, *tbl, col_id, {plan.with_rules, plan.with_constraints, pages},
@@ -109,6 +108,7 @@ static void my_alterations(KT_context *ctx, const client_migration &migration, c
                            client_migration_step &step, bool &is_possible)
 {
     const std::string &tbl = changed.new_tbl.sqlite_name;
+    client_code_pages pages;
     is_possible = true;
     for (const client_pair &pair : changed.pair.cols) {
         const client_part *old_col = pair.old_at == client_nothing ? nullptr : &changed.old_tbl.cols[pair.old_at];
@@ -119,7 +119,7 @@ static void my_alterations(KT_context *ctx, const client_migration &migration, c
         std::string defin;
         bool is_constant = false;
         KT_TRY(my_is_default_constant(ctx, migration.new_schema, tbl_id, new_col->id.c_str(), is_constant));
-        KT_TRY(my_write_added(ctx, migration, tbl_id, new_col->id.c_str(), defin));
+        KT_TRY(my_write_added(ctx, migration, tbl_id, new_col->id.c_str(), pages, defin));
         is_possible = is_possible && is_constant;
         step.statements.push_back(
             {"ALTER TABLE " + client_quoted(tbl) + " ADD COLUMN " + defin, client_duty::column, tbl});
@@ -132,19 +132,18 @@ static void my_change_tbl(KT_context *ctx, client_migration &migration, client_r
     const client_object *wanted = migration.new_list.find(changed.new_tbl.sqlite_name);
     client_migration_step step{client_migration_class::free, changed.new_tbl.name + ": is altered in place",
                                wanted->name};
-    bool needs_values = false;
+    client_carried_tbl carried;
     bool is_in_place = false;
-    KT_TRY(client_needs_values(ctx, migration, changed, needs_values));
-    KT_TRY(my_alterations(ctx, migration, changed, step, is_in_place));
-    if (needs_values)
-        is_in_place = false;
+    KT_TRY(client_read_carried(ctx, migration, changed, carried));
+    if (!client_needs_values(carried))
+        KT_TRY(my_alterations(ctx, migration, changed, step, is_in_place));
     if (is_in_place)
         KT_TRY(client_rehearsal__try(ctx, rehearsal, step.statements, *wanted, is_in_place));
-    KT_TRY(client_add_risks(ctx, migration, changed));
+    KT_TRY(client_add_risks(ctx, migration, changed, carried));
     if (is_in_place)
-        return my_add(migration, std::move(step));
+        return client_add_step(migration, std::move(step));
     migration.touched.insert(kt_folded(wanted->name));
-    KT_TRY(client_add_rebuild(ctx, migration, changed));
+    client_add_rebuild(migration, changed, carried);
 }
 
 static void my_change_tbls(KT_context *ctx, client_migration &migration, client_rehearsal &rehearsal)

@@ -65,6 +65,10 @@ struct client_changed_tbl {
     const client_tbl_content &new_tbl;
     const client_tbl_pair &pair;
 };
+
+// Adds a step that does something.
+void client_add_step(client_migration &migration, client_migration_step step);
+
 // What a table is called while it is made anew; the same with an empty name before any name.
 std::string client_moving_name(const client_migration &migration, const std::string &name);
 
@@ -76,13 +80,6 @@ void client_plan_migration(KT_context *ctx, const tov_client_migrate_options &op
 
 // Adds the steps that give tables and columns their new names.
 void client_add_renames(client_migration &migration);
-
-// Adds the steps that make a table anew.
-void client_add_rebuild(KT_context *ctx, client_migration &migration, const client_changed_tbl &changed);
-
-// Whether rows have to be written anew for their values.
-void client_needs_values(KT_context *ctx, const client_migration &migration, const client_changed_tbl &changed,
-                         bool &needs);
 
 // Adds steps that number the rows of tables whose column for it is new.
 void client_add_new_versions(KT_context *ctx, client_migration &migration);

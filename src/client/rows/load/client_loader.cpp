@@ -96,7 +96,7 @@ void client_loader__get_target(KT_context *ctx, tov_client_loader &loader, const
                                   [&](const client_tbl &planned) { return KT_stricmp(planned.id, tbl_id) == 0; });
     place->second.tbl = tbl->rows;
     place->second.versions = &loader.versions;
-    KT_TRY(client_target__look_at_triggers(ctx, loader.database, loader.schema, loader.plan, *tbl, place->second));
+    KT_TRY(client_target__look_at_checks(ctx, loader.database, loader.schema, loader.plan, *tbl, place->second));
     place->second.with_triggers |= loader.settings.with_triggers;
 }
 

@@ -81,20 +81,21 @@ static void my_look_at_constraints(KT_context *ctx, client_connection &database,
         if (!col.stored)
             continue;
         KT_TRY(client_append_col_constraints(ctx, schema, tbl, col.col_id.c_str(), true, pages, constraints));
-        holds_all &= text.find(constraints) != std::string::npos;
+        holds_all = holds_all && text.find(constraints) != std::string::npos;
     }
-    target.with_rules |= holds_all;
+    target.with_rules = holds_all;
 }
 
-void client_target__look_at_triggers(KT_context *ctx, client_connection &database, tov_schema *schema,
-                                     const client_plan &plan, const client_tbl &tbl, client_target &target) noexcept
+void client_target__look_at_checks(KT_context *ctx, client_connection &database, tov_schema *schema,
+                                   const client_plan &plan, const client_tbl &tbl, client_target &target) noexcept
 {
     kt_contain(ctx, [&] {
         trigger_texts texts;
         target.with_rules = false;
         KT_TRY(my_list_texts(ctx, schema, plan, tbl, texts));
         KT_TRY(my_look_at_triggers(ctx, database, texts, target));
-        KT_TRY(my_look_at_constraints(ctx, database, schema, tbl, target));
+        if (!target.with_rules)
+            KT_TRY(my_look_at_constraints(ctx, database, schema, tbl, target));
         if (target.with_rules && !tbl.versioned.col_id.empty())
             target.versions->counter = client_counter_name(plan);
     });

@@ -42,9 +42,10 @@ struct client_verdict {
 };
 
 // Whether what a table's triggers do to an inserted row is done as well by converting its fields: when the schema's own
-// check is the only trigger for insertions, word for word. Sets with_triggers and with_rules.
-void client_target__look_at_triggers(KT_context *ctx, client_connection &database, tov_schema *schema,
-                                     const client_plan &plan, const client_tbl &tbl, client_target &target) noexcept;
+// check is the only trigger for insertions, word for word; and whether triggers or constraints hold the server's rules.
+// Sets with_triggers and with_rules.
+void client_target__look_at_checks(KT_context *ctx, client_connection &database, tov_schema *schema,
+                                   const client_plan &plan, const client_tbl &tbl, client_target &target) noexcept;
 
 // The layout for rows whose n-th field belongs to the column cols[n] of the table, or to none that is stored. Borrowed
 // from the target.

@@ -277,3 +277,12 @@ std::string client_quoted(const std::string &name)
 {
     return '"' + name + '"';
 }
+
+const client_row_col *client_find_stored_col(const client_row_tbl &tbl, const char *col_id) noexcept
+{
+    for (const client_row_col &col : tbl.cols) {
+        if (col.stored && KT_stricmp(col.col_id.c_str(), col_id) == 0)
+            return &col;
+    }
+    return nullptr;
+}

@@ -39,5 +39,8 @@ void client_read_row_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id
 // The position of a column by name, ASCII case aside; the number of columns when there is none.
 size_t client_find_row_col(const client_row_tbl &tbl, std::string_view name) noexcept;
 
+// The column that has an id of the document, ASCII case aside; null when SQLite's table has none.
+const client_row_col *client_find_stored_col(const client_row_tbl &tbl, const char *col_id) noexcept;
+
 // A name in double quotes, safe in a statement, since names are checked.
 std::string client_quoted(const std::string &name);
