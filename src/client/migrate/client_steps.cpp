@@ -190,11 +190,12 @@ static client_migration_step my_dropping(const client_migration &migration)
 {
     client_migration_step step{client_migration_class::free, "indexes, triggers and views that change are dropped"};
     const std::vector<client_object> &objects = migration.old_list.objects;
-    for (auto object = objects.rbegin(); object != objects.rend(); ++object) {
-        const bool is_later = my_is_tbl(*object) || object->kind == client_kind::counter;
-        if (!is_later && !my_stays(migration, *object, migration.new_list))
-            step.add(std::string("DROP ") + client_object_word(object->kind) + " IF EXISTS " +
-                     client_quoted(object->name));
+    for (size_t n = objects.size(); n-- > 0;) { // what was made last goes first
+        const client_object &object = objects[n];
+        const bool is_later = my_is_tbl(object) || object.kind == client_kind::counter;
+        if (!is_later && !my_stays(migration, object, migration.new_list))
+            step.add(std::string("DROP ") + client_object_word(object.kind) + " IF EXISTS " +
+                     client_quoted(object.name));
     }
     return step;
 }

@@ -54,4 +54,4 @@ void client_target__lay_out(KT_context *ctx, client_connection &database, client
 
 // Puts in a row. What only this row has to do with is a verdict; a failure is something that ends the load.
 void client_target__put(KT_context *ctx, client_connection &database, client_converter &converter,
-                        client_target &target, client_layout &layout, const client_row &row, client_verdict &verdict);
+                        client_target &target, client_layout &whole, const client_row &row, client_verdict &verdict);
