@@ -13,6 +13,9 @@ void register_module_benches();
 void register_references_benches();
 void register_defaults_benches();
 void register_checks_benches();
+void register_creation_benches();
+void register_database_benches();
+void add_database_cases(std::vector<bench_case> &cases);
 void register_check_benches();
 void register_package_benches();
 void register_rows_benches();
@@ -24,7 +27,7 @@ void measure_whole_way_peaks();
 // their source says.
 const std::vector<bench_case> &bench_cases()
 {
-    static const std::vector<bench_case> cases = {
+    static std::vector<bench_case> cases = {
         {"json_parse", "read JSON", {{"1000", 0.60}, {"10000", 0.60}}},
         {"json_parse_more", "read JSON, beside other libraries", {}},
         {"json_write", "write JSON", {{"1000", 0.60}, {"10000", 0.60}}},
@@ -50,6 +53,10 @@ const std::vector<bench_case> &bench_cases()
         {"rows_unload_csv", "unload a table as CSV", {{"200000", 1.5}}},
         {"rows_package", "load a package's rows of 8 columns", {{"200000", 1.8}}},
         {"check_rows", "check rows of 8 columns, against count(*) with the conditions by hand", {{"1000000", 3.0}}},
+        {"create", "create a database, checks as constraints, server's rules", {{"", 3.0}}},
+        {"create_triggers", "create a database, checks as triggers, server's rules", {}},
+        {"open_created", "open the created database", {{"26653", 1.0}}},
+        {"bytes_created", "memory of a connection to it", {{"26653", 1.0}}},
         {"peak", "the whole way, one step after the other: most memory held", {}},
         {"way_import", "import a catalogue", {}},
         {"way_import_script", "import a script", {}},
@@ -59,6 +66,8 @@ const std::vector<bench_case> &bench_cases()
         {"way_texts", "all texts of tables", {}},
         {"way_triggers", "all inputs of triggers", {}},
     };
+    static const bool is_complete = (add_database_cases(cases), true);
+    (void)is_complete;
     return cases;
 }
 
@@ -83,6 +92,8 @@ int main(int argc, char **argv)
     register_references_benches();
     register_defaults_benches();
     register_checks_benches();
+    register_creation_benches();
+    register_database_benches();
     register_check_benches();
     register_package_benches();
     register_rows_benches();

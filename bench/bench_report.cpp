@@ -61,8 +61,17 @@ std::string as_time(double nanoseconds)
     return text + std::string(units[unit]);
 }
 
+std::string as_size(double bytes)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "%.3g %s", bytes < 1e6 ? bytes / 1e3 : bytes / 1e6, bytes < 1e6 ? "kB" : "MB");
+    return text;
+}
+
 std::string as_value(const std::string &name, double value)
 {
+    if (name.rfind("bytes", 0) == 0)
+        return as_size(value);
     if (name.rfind("peak", 0) == 0)
         return rounded(value / 1e6, 0) + " MB";
     return name.rfind("memory", 0) == 0 ? rounded(value, 2) + " B/B" : as_time(value);

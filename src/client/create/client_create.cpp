@@ -56,6 +56,7 @@ static void my_create_all(KT_context *ctx, tov_schema *schema, const client_plan
     KT_TRY(client_database__check_names(ctx, database, plan));
     KT_TRY(client_schema_rows__begin(ctx, database, plan));
     KT_TRY(client_each_statement(ctx, schema, plan, my_create_one, &work));
+    KT_TRY(client_schema_rows__end_tbls(ctx, database));
     KT_TRY(client_database__commit(ctx, database));
 }
 

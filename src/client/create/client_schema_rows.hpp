@@ -10,7 +10,7 @@ void client_schema_rows__begin(KT_context *ctx, client_database &database, const
 // To be told of each table before it is created.
 void client_schema_rows__begin_tbl(KT_context *ctx, client_database &database) noexcept;
 
-// To be called once all tables are created.
+// To be called once all tables are created, and before the transaction ends; does nothing when called again.
 void client_schema_rows__end_tbls(KT_context *ctx, client_database &database) noexcept;
 
 // Inserts the row that running the statement of a trigger or a view would write. The code is SQLite's.

@@ -85,6 +85,20 @@ TEST_F(ClientSchemaRows, StandAfterThoseThatWereThere)
     EXPECT_EQ(look("PRAGMA integrity_check"), "ok");
 }
 
+// Nothing that would end the creation of tables comes after them: no trigger, no view, no record.
+TEST_F(ClientSchemaRows, AreAllThereWhereOnlyTablesAreWanted)
+{
+    reset_schema();
+    for (int n = 0; n < tbl_count; n++) {
+        const std::string name = "T" + std::to_string(n);
+        add_tbl(name.c_str(), name.c_str());
+        add_col(name.c_str(), "a", "A");
+    }
+    tov_client__create_database__with(ctx, schema, file_.c_str(), &without_record);
+    EXPECT_OK(ctx);
+    EXPECT_EQ(look("SELECT count(*) FROM sqlite_master"), std::to_string(tbl_count));
+}
+
 TEST_F(ClientSchemaRows, SurviveAutomaticVacuuming)
 {
     look("PRAGMA auto_vacuum=FULL; CREATE TABLE mine(x); INSERT INTO mine VALUES(zeroblob(100000))");
