@@ -39,19 +39,14 @@ static void my_add_precision(int32_t precision, const std::string &col, std::vec
     constraints.push_back({condition, "precision exceeded (" + std::to_string(precision) + ")"});
 }
 
-// A string has no more characters than bytes, which are the ones that SQLite need not count.
+// Characters of strings, bytes of blobs.
 static void my_add_width(const client_checked_type &type, const std::string &col,
                          std::vector<client_constraint> &constraints)
 {
     if (type.width <= 0)
         return;
     const std::string width = std::to_string(type.width);
-    const bool is_blob = type.abstract->kind == TOV_KIND_BLOB;
-    const char *bytes = is_blob ? "length(@)<=" : "length(CAST(@ AS BLOB))<=";
-    std::string condition = client_about(col, bytes) + width;
-    if (!is_blob)
-        condition += client_about(col, " OR length(@)<=") + width;
-    constraints.push_back({condition, "width exceeded: " + width});
+    constraints.push_back({client_about(col, "length(@)<=") + width, "width exceeded: " + width});
 }
 
 // The server's width in other units than characters is never the wider one.
@@ -68,7 +63,7 @@ static void my_add_rules(const client_checked_type &type, const std::string &col
         if (my_is_width(type, rule))
             std::erase_if(constraints,
                           [](const client_constraint &own) { return own.message.starts_with("width exceeded"); });
-        constraints.push_back({"NOT (" + rule.refused + ")", rule.message});
+        constraints.push_back({client_accepted_by(rule), rule.message});
     }
 }
 

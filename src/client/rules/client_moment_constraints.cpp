@@ -25,12 +25,17 @@ static constexpr const char *own_time =
 
 // Blanks at the end aside, the forms are a date, with a time to the minute, the second, the thousandth, and with four
 // to seven digits, of which only the part up to the second is looked at; a T may stand between date and time.
+//
+// Three lengths are looked for in a string: of a list SQLite would make a table each time that it is asked. No moment
+// is as long as one of the digits that are in there too.
 static constexpr const char *own_datetime =
-    "CASE WHEN @<':' AND @ GLOB datetime(@,'+0 days')||'.[0-9][0-9][0-9]' AND length(CAST(@ AS BLOB))=23 THEN 1 "
-    "WHEN length(rtrim(@))=23 THEN coalesce(strftime('%Y-%m-%d %H:%M:%f',@)=replace(rtrim(@),'T',' '),0) "
-    "WHEN length(rtrim(@)) IN (10,16,19,24,25,26,27) THEN coalesce(substr(strftime('%Y-%m-%d %H:%M:%S',@),1,"
-    "length(rtrim(@)))=CASE WHEN length(rtrim(@))<20 THEN replace(rtrim(@),'T',' ') ELSE "
-    "replace(substr(rtrim(@),1,19),'T',' ') END,0) ELSE @ IS NULL END";
+    "CASE WHEN @<':' AND length(CAST(@ AS BLOB))=23 AND @ GLOB datetime(@,'+0 days')||'.[0-9][0-9][0-9]' THEN 1 "
+    "WHEN length(rtrim(@))=23 THEN strftime('%Y-%m-%d %H:%M:%f',@) IS replace(rtrim(@),'T',' ') "
+    "WHEN instr('10 16 19',length(rtrim(@))) THEN "
+    "substr(strftime('%Y-%m-%d %H:%M:%S',@),1,length(rtrim(@))) IS replace(rtrim(@),'T',' ') "
+    "WHEN length(rtrim(@)) BETWEEN 24 AND 27 THEN "
+    "strftime('%Y-%m-%d %H:%M:%S',@) IS replace(substr(rtrim(@),1,19),'T',' ') "
+    "ELSE @ IS NULL END";
 
 void client_add_moment_constraints(tov_type_kind kind, const std::string &col,
                                    std::vector<client_constraint> &constraints)
@@ -94,11 +99,11 @@ void client_add_server_moment_constraints(const client_server_type &type, const 
     if (type.base == client_base::date) {
         constraints.push_back({client_about(col, good_date), form.message});
     } else if (type.base == client_base::time) {
-        constraints.push_back({"NOT (" + form.refused + ")", form.message});
+        constraints.push_back({client_accepted_by(form), form.message});
         if (type.scale > 3)
             constraints.push_back({client_about(col, own_long_time), "invalid time"});
     } else {
         constraints.push_back({client_about(col, my_datetime(type)), form.message});
-        constraints.push_back({"NOT (" + limits.refused + ")", limits.message});
+        constraints.push_back({client_accepted_by(limits), limits.message});
     }
 }

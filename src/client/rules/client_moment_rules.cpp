@@ -62,7 +62,8 @@ static void my_add_form(const client_server_type &type, const std::string &value
         good += client_about(value, " AND substr(@,-5) <= '14:00' AND substr(@,-6) != '-00:00'");
     const client_declared_type declared{type, ""};
     rules.push_back({"NOT (" + good + ")",
-                     "invalid " + client_declared_type_text(declared) + " (" + client_form_of(declared).form + ")"});
+                     "invalid " + client_declared_type_text(declared) + " (" + client_form_of(declared).form + ")",
+                     good});
 }
 
 // Any month has 28 days; about the few others SQLite is asked.
@@ -84,11 +85,13 @@ static void my_add_limits(const client_server_type &type, const std::string &val
 {
     switch (type.base) {
     case client_base::datetime:
-        rules.push_back({client_about(value, "@ < '1753'"), "out of range: datetime (1753-01-01 to 9999-12-31)"});
+        rules.push_back({client_about(value, "@ < '1753'"), "out of range: datetime (1753-01-01 to 9999-12-31)",
+                         client_about(value, "@>='1753'")});
         break;
     case client_base::smalldatetime:
         rules.push_back({client_about(value, "@ NOT BETWEEN '1900' AND '2079-06-07'"),
-                         "out of range: smalldatetime (1900-01-01 to 2079-06-06)"});
+                         "out of range: smalldatetime (1900-01-01 to 2079-06-06)",
+                         client_about(value, "@ BETWEEN '1900' AND '2079-06-07'")});
         break;
     case client_base::datetimeoffset:
         rules.push_back({client_about(value, beyond_utc), "out of range: " + client_declared_type_text({type, ""}) +
@@ -96,7 +99,8 @@ static void my_add_limits(const client_server_type &type, const std::string &val
         break;
     default:
         rules.push_back({client_about(value, "@ < '0001'"),
-                         "out of range: " + client_declared_type_text({type, ""}) + " (0001-01-01 to 9999-12-31)"});
+                         "out of range: " + client_declared_type_text({type, ""}) + " (0001-01-01 to 9999-12-31)",
+                         client_about(value, "@>='0001'")});
     }
 }
 

@@ -20,24 +20,39 @@ static std::string my_out_of_range(const client_server_type &type)
     return "out of range: " + client_declared_type_text({type, ""});
 }
 
+std::string client_accepted_by(const client_rule &rule)
+{
+    return rule.accepted.empty() ? "NOT (" + rule.refused + ")" : rule.accepted;
+}
+
+static client_rule my_rule(const std::string &value, std::string_view refused, std::string_view accepted,
+                           const std::string &message)
+{
+    return {client_about(value, refused), message, client_about(value, accepted)};
+}
+
 std::vector<client_rule> client_rules_of(const client_server_type &type, const std::string &value,
                                          client_code_pages &pages)
 {
     std::vector<client_rule> rules;
     switch (type.base) {
     case client_base::real: // what lies beyond half a step after the greatest number of 32 bits
-        rules.push_back({client_about(value, "abs(@) >= 3.4028235677973366e38"), my_out_of_range(type)});
+        rules.push_back(
+            my_rule(value, "abs(@) >= 3.4028235677973366e38", "abs(@)<3.4028235677973366e38", my_out_of_range(type)));
         break;
     case client_base::floating: // infinite
-        rules.push_back({client_about(value, "@ IS NOT NULL AND @ - @ IS NULL"), my_out_of_range(type)});
+        rules.push_back(
+            my_rule(value, "@ IS NOT NULL AND @ - @ IS NULL", "@ IS NULL OR @-@ IS NOT NULL", my_out_of_range(type)));
         break;
     case client_base::binary:
-        if (type.length > 0)
-            rules.push_back({client_about(value, "length(@) < ") + std::to_string(type.length),
-                             "width not filled with zeros: " + std::to_string(type.length)});
+        if (type.length > 0) {
+            const std::string width = std::to_string(type.length);
+            rules.push_back(
+                my_rule(value, "length(@) < " + width, "length(@)>=" + width, "width not filled with zeros: " + width));
+        }
         break;
     case client_base::rowversion:
-        rules.push_back({client_about(value, "length(@) != 8"), "must be 8 bytes (rowversion)"});
+        rules.push_back(my_rule(value, "length(@) != 8", "length(@)=8", "must be 8 bytes (rowversion)"));
         break;
     default:
         if (client_is_text(type.base))

@@ -14,7 +14,11 @@
 struct client_rule {
     std::string refused; // an expression that holds for values that are refused, and not for NULL
     std::string message;
+    std::string accepted = {}; // its opposite, which does not hold for them alone, where that is shorter than NOT
 };
+
+// The opposite of what a rule refuses.
+std::string client_accepted_by(const client_rule &rule);
 
 // The rules for a column's values; value is an expression without side effects that has one of the storage class of
 // the column, or NULL, and has passed the schema's own checks.

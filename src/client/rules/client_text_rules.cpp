@@ -94,18 +94,31 @@ static std::string my_has_doubles(const width_unit &unit, const std::string &val
            my_has(value, unit.singles, others) + " END";
 }
 
-static void my_add_width(const width_unit &unit, const std::string &width, const std::string &value,
+// How many characters SQLite's limit of patterns has room for.
+static constexpr int32_t most_in_pattern = 4000;
+
+// Whether a string that has more bytes than the width is too wide. One of so few characters that it cannot be so is
+// found by the pattern, too, which then asks for more characters than there are.
+static std::string my_too_wide(const width_unit &unit, const client_server_type &type, const std::string &value)
+{
+    if (unit.singles.empty() && type.length <= most_in_pattern)
+        return my_has(value, unit.doubles, std::to_string(type.length + 1) + client_about(value, "-length(@)"));
+    const std::string width = std::to_string(type.length);
+    return client_about(value, "length(@)*2 > ") + width + " AND " +
+           my_has_doubles(unit, value, width + client_about(value, "-length(@)+1"));
+}
+
+static void my_add_width(const width_unit &unit, const client_server_type &type, const std::string &value,
                          std::vector<client_rule> &rules)
 {
-    const std::string bytes = client_about(value, "length(CAST(@ AS BLOB)) > ") + width;
+    const std::string width = std::to_string(type.length);
+    const std::string bytes = client_about(value, "length(CAST(@ AS BLOB))");
     const std::string message = "width exceeded: " + width + unit.name;
-    const std::string spare = width + client_about(value, "-length(@)");
+    const std::string is_wide = unit.bytes || unit.doubles.empty() ? "" : my_too_wide(unit, type, value);
     if (unit.bytes)
-        rules.push_back({bytes, message});
-    else if (!unit.doubles.empty())
-        rules.push_back({bytes + client_about(value, " AND length(@)*2 > ") + width + " AND " +
-                             my_has_doubles(unit, value, spare + "+1"),
-                         message});
+        rules.push_back({bytes + " > " + width, message, bytes + "<=" + width});
+    else if (!is_wide.empty())
+        rules.push_back({bytes + " > " + width + " AND " + is_wide, message});
 }
 
 // A char or nchar has its trailing blanks, as the server returns it.
@@ -147,7 +160,7 @@ void client_add_text_rules(const client_server_type &type, const std::string &va
         return;
     const width_unit unit = my_unit_of(type, pages);
     const std::string width = std::to_string(type.length);
-    my_add_width(unit, width, value, rules);
+    my_add_width(unit, type, value, rules);
     if (type.base == client_base::fixed_char || type.base == client_base::fixed_nchar)
         my_add_fill(unit, width, value, rules);
 }
