@@ -64,18 +64,27 @@ static inline const char *my_read_text(kt_json_reader *reader, const char *at, K
     return at + run + 1;
 }
 
+// The text's NUL is the first byte that differs, at the latest.
+template <size_t Size> static inline bool my_begins_with(const char *at, const char (&word)[Size]) noexcept
+{
+    for (size_t i = 0; i < Size - 1; i++)
+        if (at[i] != word[i])
+            return false;
+    return true;
+}
+
 static const char *my_read_word(kt_json_reader *reader, const char *at, KT_variant *value) noexcept
 {
     *value = {};
     value->type = KT_VARIANT_BOOL;
-    if (std::strncmp(at, "true", 4) == 0) {
+    if (my_begins_with(at, "true")) {
         value->as.boolean = 1;
         return at + 4;
     }
-    if (std::strncmp(at, "false", 5) == 0)
+    if (my_begins_with(at, "false"))
         return at + 5;
     value->type = KT_VARIANT_NULL;
-    return std::strncmp(at, "null", 4) == 0 ? at + 4 : kt_reader_fail(reader, at, "a value");
+    return my_begins_with(at, "null") ? at + 4 : kt_reader_fail(reader, at, "a value");
 }
 
 static inline const char *my_read_scalar(kt_json_reader *reader, const char *at) noexcept
@@ -167,6 +176,7 @@ static inline const char *my_go_on(kt_json_reader *reader, const char *at, bool 
         if (*at != (is_list ? ']' : '}'))
             return kt_reader_fail(reader, at, is_list ? "',' or ']'" : "',' or '}'");
         *is_end = reader->frames.count() == 0;
+        reader->progress.place = at;
         if (!my_close(reader))
             return nullptr;
         at++;
@@ -248,7 +258,11 @@ void KT_vhash__alloc__from_json__sz(KT_context *ctx, KT_vhash **map, const char 
     reader.arena = kt_arena_new(length);
     if (!reader.arena)
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
-    if (!my_read_document(&reader)) {
+    reader.progress = {text, text, reader.end};
+    reader.arena->pools.progress = &reader.progress;
+    const bool is_read = my_read_document(&reader) != nullptr;
+    reader.arena->pools.progress = nullptr;
+    if (!is_read) {
         kt_arena_destroy(reader.arena);
         KT_TRY(my_raise(ctx, &reader));
     }

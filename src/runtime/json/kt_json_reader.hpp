@@ -79,6 +79,7 @@ struct kt_reader_key {
 struct kt_json_reader {
     const char *text;
     const char *end;
+    kt_progress progress; // up to the map or list that closed last
     kt_arena *arena;
     kt_reader_frame frame; // the innermost one; the others are on the stack
     kt_reader_stack<kt_reader_frame, 16> frames;

@@ -31,12 +31,20 @@ struct alignas(kt_granule) kt_large_block {
     kt_large_block *previous;
 };
 
+// How much of a text has been read: what is to come takes as much memory for each byte as what came.
+struct kt_progress {
+    const char *text;
+    const char *place;
+    const char *end;
+};
+
 struct kt_pools {
     char *bump; // the free part of the newest chunk
     char *bump_end;
     kt_chunk *chunks;
     size_t next_chunk_size;
-    size_t chunk_bytes; // of all chunks
+    size_t chunk_bytes;          // of all chunks
+    const kt_progress *progress; // while the tree is read from a text
     kt_large_block *large;
     kt_free_block *free_blocks[kt_size_classes];
 };

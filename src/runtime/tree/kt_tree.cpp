@@ -9,7 +9,7 @@
 #include <random>
 
 static constexpr size_t my_first_size = 1024; // holds the arena itself and a small map or two
-static constexpr size_t my_largest_first_chunk = size_t{1} << 20;
+static constexpr size_t my_largest_first_chunk = size_t{1} << 18;
 static_assert(sizeof(kt_arena) < my_first_size / 2);
 
 // Where the system has no random numbers to give, the time and a random address have to do.
