@@ -2,72 +2,25 @@
 
 #include "bench_memory.hpp"
 #include "bench_report.hpp"
-#include "bench_schema.hpp"
+#include "json_libraries.hpp"
 
-#include <boost/json.hpp>
 #include <nlohmann/json.hpp>
-#include <rapidjson/document.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 #include <simdjson.h>
 
-#include <random>
+#include <map>
+#include <memory>
 
 namespace {
 
-namespace bj = boost::json;
-
-constexpr unsigned rapidjson_flags = rapidjson::kParseValidateEncodingFlag | rapidjson::kParseFullPrecisionFlag;
-
-KT_vhash *parse_ours(const std::string &text)
-{
-    KT_vhash *map = nullptr;
-    KT_vhash__alloc__from_json__sz(bench_ctx(), &map, text.c_str());
-    bench_check();
-    return map;
-}
-
 // Freeing is measured on its own, so it happens outside of the time.
-void parse(benchmark::State &state, const bench_size &size)
+template <class Tree> void parse(benchmark::State &state, const bench_size &size)
 {
     const std::string &text = bench_json(size);
     for (auto _ : state) {
-        KT_vhash *map = parse_ours(text);
-        benchmark::DoNotOptimize(map);
+        auto tree = std::make_unique<Tree>(text);
+        benchmark::DoNotOptimize(tree.get());
         state.PauseTiming();
-        KT_vhash__free(bench_ctx(), map);
-        state.ResumeTiming();
-    }
-}
-
-void parse_boost(benchmark::State &state, const bench_size &size)
-{
-    const std::string &text = bench_json(size);
-    for (auto _ : state) {
-        state.PauseTiming();
-        auto memory = std::make_unique<bj::monotonic_resource>();
-        state.ResumeTiming();
-        {
-            const bj::value value = bj::parse(text, memory.get());
-            benchmark::DoNotOptimize(&value);
-        }
-        state.PauseTiming();
-        memory.reset();
-        state.ResumeTiming();
-    }
-}
-
-void parse_rapidjson(benchmark::State &state, const bench_size &size)
-{
-    const std::string &text = bench_json(size);
-    for (auto _ : state) {
-        state.PauseTiming();
-        auto document = std::make_unique<rapidjson::Document>();
-        state.ResumeTiming();
-        document->Parse<rapidjson_flags>(text.c_str(), text.size());
-        benchmark::DoNotOptimize(document.get());
-        state.PauseTiming();
-        document.reset();
+        tree.reset();
         state.ResumeTiming();
     }
 }
@@ -96,104 +49,43 @@ void release(benchmark::State &state, const bench_size &size)
     const std::string &text = bench_json(size);
     for (auto _ : state) {
         state.PauseTiming();
-        KT_vhash *map = parse_ours(text);
+        auto tree = std::make_unique<our_tree>(text);
         state.ResumeTiming();
-        KT_vhash__free(bench_ctx(), map);
+        tree.reset();
     }
 }
 
-void write(benchmark::State &state, const bench_size &size)
+template <class Tree> void write(benchmark::State &state, const bench_size &size)
 {
-    KT_vhash *map = parse_ours(bench_json(size));
-    for (auto _ : state) {
-        KT_string *text = nullptr;
-        KT_string__alloc(bench_ctx(), &text);
-        KT_vhash__to_json(bench_ctx(), map, text);
-        benchmark::DoNotOptimize(KT_string__sz(text));
-        KT_string__free(bench_ctx(), text);
-    }
-    bench_check();
-    KT_vhash__free(bench_ctx(), map);
+    const Tree tree(bench_json(size));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(tree.write());
 }
 
-void write_boost(benchmark::State &state, const bench_size &size)
+const std::vector<bench_place> &places(const bench_size &size)
 {
-    bj::monotonic_resource memory;
-    const bj::value value = bj::parse(bench_json(size), &memory);
-    for (auto _ : state) {
-        const std::string text = bj::serialize(value);
-        benchmark::DoNotOptimize(text.data());
-    }
-}
-
-void write_rapidjson(benchmark::State &state, const bench_size &size)
-{
-    rapidjson::Document document;
-    document.Parse<rapidjson_flags>(bench_json(size).c_str());
-    for (auto _ : state) {
-        rapidjson::StringBuffer text;
-        rapidjson::Writer<rapidjson::StringBuffer> writer(text);
-        document.Accept(writer);
-        benchmark::DoNotOptimize(text.GetString());
-    }
-}
-
-// Tables and columns to ask for, the same for everyone.
-struct question {
-    std::string tbl;
-    std::string col;
-};
-
-std::vector<question> questions(const bench_size &size)
-{
-    KT_context *ctx = bench_ctx();
-    std::mt19937 random(1);
-    std::vector<question> all(20000);
-    for (question &q : all) {
-        const char *tbl = nullptr;
-        uint32_t count = 0;
-        tov_schema__get_nth_tbl_id(ctx, bench_schema(size), static_cast<uint32_t>(random() % size.tables), &tbl);
-        tov_schema__count_cols(ctx, bench_schema(size), tbl, &count);
-        q = {tbl, std::to_string(1 + random() % count)};
-    }
-    bench_check();
+    static std::map<uint32_t, std::vector<bench_place>> made;
+    std::vector<bench_place> &all = made[size.tables];
+    if (all.empty())
+        all = bench_places(size, 1'000'000);
     return all;
 }
 
-void walk(benchmark::State &state, const bench_size &size)
+template <class Tree> void walk(benchmark::State &state, const bench_size &size)
 {
-    KT_context *ctx = bench_ctx();
-    KT_vhash *map = parse_ours(bench_json(size));
-    const std::vector<question> all = questions(size);
-    for (auto _ : state) {
-        for (const question &q : all) {
-            KT_vhash *at = nullptr;
-            const char *name = nullptr;
-            KT_vhash__get__vhash(ctx, map, "tbls", &at);
-            KT_vhash__get__vhash(ctx, at, q.tbl.c_str(), &at);
-            KT_vhash__get__vhash(ctx, at, "cols", &at);
-            KT_vhash__get__vhash(ctx, at, q.col.c_str(), &at);
-            KT_vhash__get__vhash(ctx, at, "type", &at);
-            KT_vhash__get__sz(ctx, at, "name", &name);
-            benchmark::DoNotOptimize(name);
-        }
-    }
+    const Tree tree(bench_json(size));
+    const std::vector<bench_place> &all = places(size);
+    for (auto _ : state)
+        for (const bench_place &place : all)
+            benchmark::DoNotOptimize(tree.type_name(place));
     bench_check();
-    KT_vhash__free(ctx, map);
 }
 
-void walk_boost(benchmark::State &state, const bench_size &size)
+template <class Tree> double live_bytes(const std::string &text)
 {
-    bj::monotonic_resource memory;
-    const bj::value value = bj::parse(bench_json(size), &memory);
-    const std::vector<question> all = questions(size);
-    for (auto _ : state) {
-        for (const question &q : all) {
-            const bj::object &tbl = value.as_object().at("tbls").as_object().at(q.tbl).as_object();
-            const bj::object &type = tbl.at("cols").as_object().at(q.col).as_object().at("type").as_object();
-            benchmark::DoNotOptimize(type.at("name").as_string().data());
-        }
-    }
+    const size_t before = bench_live_bytes();
+    const Tree tree(text);
+    return static_cast<double>(bench_live_bytes() - before) / static_cast<double>(text.size());
 }
 
 // Measured once; its time says nothing.
@@ -201,19 +93,9 @@ void measure_memory(benchmark::State &state, const bench_size &size)
 {
     for (auto _ : state) {
     }
-    const std::string &text = bench_json(size);
-    const auto length = static_cast<double>(text.size());
-    const size_t before = bench_live_bytes();
-    KT_vhash *map = parse_ours(text);
-    const size_t with_ours = bench_live_bytes();
-    KT_vhash__free(bench_ctx(), map);
-    const size_t between = bench_live_bytes();
-    rapidjson::Document document;
-    document.Parse<rapidjson_flags>(text.c_str());
-    const size_t with_rapidjson = bench_live_bytes();
     const std::string name = "memory_live/" + std::to_string(size.tables);
-    bench_add_figure(name + "/ours", static_cast<double>(with_ours - before) / length);
-    bench_add_figure(name + "/RapidJSON", static_cast<double>(with_rapidjson - between) / length);
+    bench_add_figure(name + "/ours", live_bytes<our_tree>(bench_json(size)));
+    bench_add_figure(name + "/RapidJSON", live_bytes<rapidjson_tree>(bench_json(size)));
 }
 
 using bench = void (*)(benchmark::State &, const bench_size &);
@@ -234,18 +116,18 @@ void register_json_benches()
         benchmark::RegisterBenchmark(("measure_memory/" + std::to_string(size.tables)).c_str(), measure_memory, size)
             ->Iterations(1)
             ->Repetitions(1);
-        add("json_parse", "ours", size, parse);
-        add("json_parse", "Boost.JSON", size, parse_boost);
-        add("json_parse", "RapidJSON", size, parse_rapidjson);
-        add("json_write", "ours", size, write);
-        add("json_write", "Boost.JSON", size, write_boost);
-        add("json_write", "RapidJSON", size, write_rapidjson);
-        add("json_walk", "ours", size, walk);
-        add("json_walk", "Boost.JSON", size, walk_boost);
+        add("json_parse", "ours", size, parse<our_tree>);
+        add("json_parse", "Boost.JSON", size, parse<boost_tree>);
+        add("json_parse", "RapidJSON", size, parse<rapidjson_tree>);
+        add("json_write", "ours", size, write<our_tree>);
+        add("json_write", "Boost.JSON", size, write<boost_tree>);
+        add("json_write", "RapidJSON", size, write<rapidjson_tree>);
+        add("json_walk", "ours", size, walk<our_tree>);
+        add("json_walk", "Boost.JSON", size, walk<boost_tree>);
         add("json_release", "ours", size, release)->Iterations(5); // each needs a parse that is not counted
-        add("json_release", "the parse", size, parse);
+        add("json_release", "the parse", size, parse<our_tree>);
         if (size.tables <= 1000) { // beside the others: a tree that cannot be changed, and a slow one
-            add("json_parse_more", "ours", size, parse);
+            add("json_parse_more", "ours", size, parse<our_tree>);
             add("json_parse_more", "simdjson (read-only)", size, parse_simdjson);
             add("json_parse_more", "nlohmann", size, parse_nlohmann);
         }
