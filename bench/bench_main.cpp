@@ -41,6 +41,7 @@ const std::vector<bench_case> &bench_cases()
         {"memory_live", "live bytes for each byte of JSON", {{"1000", 0.70}, {"10000", 0.70}}},
         {"json_release", "free, against the parse", {{"1000", 0.05}, {"10000", 0.05}}},
         {"col_read", "read a column's type, against two lookups", {}},
+        {"shape", "check the shape of a document, against reading it", {}},
         {"texts", "all texts of tables and triggers, against SQLite executing them", {{"", 0.10}}},
         {"refs_to_tbl", "find_references_to_tbl for every table, against one walk", {{"10000", 5.0}}},
         {"refs_to_col", "find_references_to_col for every table, against one walk", {{"10000", 5.0}}},

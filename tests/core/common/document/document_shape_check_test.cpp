@@ -37,6 +37,12 @@ const shape_case shape_cases[] = {
     {TBL(R"("foreignkeys":{"f":{"ref_tbl_id":"x","cols":{"a":1}}})"), KT_ERR_WRONG_TYPE,
      "tbls.t.foreignkeys.f.cols.a is not a string"},
     {TBL(R"("check":{"k":{"expr":null}})"), KT_ERR_WRONG_TYPE, "tbls.t.check.k.expr is not a string"},
+    {R"({"compat_level":1,"tbls":{"t":{"name":"T","txid":1},"u":{"name":"U","txid":"1"}}})", KT_ERR_WRONG_TYPE,
+     "tbls.u.txid is not an integer"},
+    {R"({"compat_level":1,"tbls":{"t":{"name":"T","txid":1},"u":{"nam":"U","txid":1}}})", KT_ERR_KEY_NOT_FOUND,
+     "tbls.u.name is missing"},
+    {TBL(R"("a":0,"b":0,"c":0,"d":0,"e":0,"f":0,"g":0,"h":0,"i":0,"j":0,"k":0,"l":0,"m":0,"n":0,"o":0,"p":0,"pk":1)"),
+     KT_ERR_WRONG_TYPE, "tbls.t.pk is not an object"},
     {R"({"compat_level":1,"backend":null})", KT_ERR_WRONG_TYPE, "backend is not an object"},
     {R"({"compat_level":1,"backend":{"name":1}})", KT_ERR_WRONG_TYPE, "backend.name is not a string"},
 };
