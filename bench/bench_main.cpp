@@ -23,6 +23,7 @@ void register_check_benches();
 void register_package_benches();
 void register_rows_benches();
 void register_script_benches();
+void register_small_benches();
 void register_whole_way_benches();
 void measure_whole_way_peaks();
 
@@ -40,6 +41,11 @@ const std::vector<bench_case> &bench_cases()
         {"cold_walk", "the same walk, in a fresh process", {{"", 0.55}}},
         {"memory_live", "live bytes for each byte of JSON", {{"1000", 0.70}, {"10000", 0.70}}},
         {"json_release", "free, against the parse", {{"1000", 0.05}, {"10000", 0.05}}},
+        {"small_table", "one table of ten columns: JSON in, all texts, free", {{"", 1.0}}},
+        {"get_map", "KT_vhash__get__sz() of a small map", {{"", 1.0}}},
+        {"get_tbl", "tov_schema__get_tbl_name(), 100 tables", {{"", 1.0}}},
+        {"get_col", "tov_schema__get_col_name(), 100 tables", {{"", 1.0}}},
+        {"start", "start of the command, against that of the shell", {{"", 1.3}}},
         {"col_read", "read a column's type, against two lookups", {}},
         {"shape", "check the shape of a document, against reading it", {}},
         {"texts", "all texts of tables and triggers, against SQLite executing them", {{"", 0.10}}},
@@ -112,6 +118,7 @@ int main(int argc, char **argv)
     register_package_benches();
     register_rows_benches();
     register_script_benches();
+    register_small_benches();
     register_whole_way_benches();
 
     bench_collector collector;

@@ -180,6 +180,28 @@ const std::string &bench_json(const bench_size &size)
     return json;
 }
 
+void bench_texts_of_table(KT_context *ctx, tov_schema *schema, const char *tbl)
+{
+    uint32_t columns = 0, uniques = 0;
+    tov_schema__count_cols(ctx, schema, tbl, &columns);
+    tov_schema__count_uniques(ctx, schema, tbl, &uniques);
+    for (uint32_t c = 0; c < columns; c++) {
+        const char *col = nullptr, *defin = nullptr;
+        KT_string *check = nullptr;
+        tov_schema__get_nth_col_id(ctx, schema, tbl, c, &col);
+        tov_schema__get_col_defin(ctx, schema, tbl, col, nullptr, &defin);
+        tov_schema__get_col_validation_expression(ctx, schema, tbl, col, &check);
+        KT_string__free(ctx, check);
+    }
+    const char *defin = nullptr;
+    tov_schema__get_pk_defin(ctx, schema, tbl, &defin);
+    for (uint32_t n = 0; n < uniques; n++) {
+        const char *unique = nullptr;
+        tov_schema__get_nth_unique_id(ctx, schema, tbl, n, &unique);
+        tov_schema__get_unique_defin(ctx, schema, tbl, unique, &defin);
+    }
+}
+
 static tov_schema *make_tables(uint32_t tables, uint32_t columns)
 {
     KT_context *ctx = bench_ctx();
@@ -246,11 +268,26 @@ static std::string column_json(uint32_t n, const std::string &tbl, const std::st
     return json + "}";
 }
 
+// The key and a check of the table's first column, and its reference to the first column of the table before.
+static std::string constraints_json(const std::string &tbl, const std::string &key, const std::string &ref_tbl,
+                                    const std::string &ref_key)
+{
+    std::string json = R"json(,"pk":{"name":"PK_)json" + tbl + R"json(","is_clustered":true,"columns":[{"name":")json" +
+                       key + R"json(","descending":false}]},"checks":[{"name":"CK_)json" + tbl +
+                       R"json(","definition":"([)json" + key + R"json(]>(0))"}])json";
+    if (ref_tbl.empty())
+        return json;
+    return json + R"json(,"fks":[{"name":"FK_)json" + tbl + R"json(","ref_table_id":)json" + ref_tbl +
+           R"json(,"on_delete":"NO_ACTION","on_update":"NO_ACTION","columns":[{"column":")json" + key +
+           R"json(","ref_column":")json" + ref_key + R"json("}]}])json";
+}
+
 std::string bench_catalogue(const bench_size &size)
 {
     std::mt19937 random(42);
     std::string json = R"json({"format":"sqlserver-catalogue","format_version":1,)json"
                        R"json("database":{"name":"B","can_view_definitions":true},"tables":[)json";
+    std::string last_key;
     uint32_t left = size.columns;
     for (uint32_t n = 0; n < size.tables; n++) {
         const uint32_t columns = left / (size.tables - n);
@@ -258,9 +295,12 @@ std::string bench_catalogue(const bench_size &size)
         const std::string tbl = tbl_id_of(n);
         json += (n ? ",{\"id\":" : "{\"id\":") + tbl + ",\"schema\":\"dbo\",\"name\":\"" + name_of(random) +
                 std::to_string(n) + "\",\"columns\":[";
+        const std::string key = name_of(random) + "1";
         for (uint32_t c = 1; c <= columns; c++)
-            json += (c > 1 ? "," : "") + column_json(c, tbl, name_of(random) + std::to_string(c), random);
-        json += "]}";
+            json +=
+                (c > 1 ? "," : "") + column_json(c, tbl, c == 1 ? key : name_of(random) + std::to_string(c), random);
+        json += "]" + constraints_json(tbl, key, n ? tbl_id_of(n - 1) : "", last_key) + "}";
+        last_key = key;
     }
     return json + "]}";
 }

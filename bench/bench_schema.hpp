@@ -27,6 +27,9 @@ const std::string &bench_json(const bench_size &size);
 tov_schema *bench_reference_schema(uint32_t tables, uint32_t references);
 tov_schema *bench_reversed_chain(uint32_t tables);
 
+// Asks for all texts of a table: of its columns, their checks, and its keys.
+void bench_texts_of_table(KT_context *ctx, tov_schema *schema, const char *tbl);
+
 // A catalogue export of that size, as the importer reads it.
 std::string bench_catalogue(const bench_size &size);
 

@@ -76,28 +76,6 @@ void look_up(benchmark::State &state, const bench_size &size)
 }
 
 // The texts live in the schema's pool, so each round starts from a fresh schema.
-void texts_of_table(KT_context *ctx, tov_schema *schema, const char *tbl)
-{
-    uint32_t columns = 0, uniques = 0;
-    tov_schema__count_cols(ctx, schema, tbl, &columns);
-    tov_schema__count_uniques(ctx, schema, tbl, &uniques);
-    for (uint32_t c = 0; c < columns; c++) {
-        const char *col = nullptr, *defin = nullptr;
-        KT_string *check = nullptr;
-        tov_schema__get_nth_col_id(ctx, schema, tbl, c, &col);
-        tov_schema__get_col_defin(ctx, schema, tbl, col, nullptr, &defin);
-        tov_schema__get_col_validation_expression(ctx, schema, tbl, col, &check);
-        KT_string__free(ctx, check);
-    }
-    const char *defin = nullptr;
-    tov_schema__get_pk_defin(ctx, schema, tbl, &defin);
-    for (uint32_t n = 0; n < uniques; n++) {
-        const char *unique = nullptr;
-        tov_schema__get_nth_unique_id(ctx, schema, tbl, n, &unique);
-        tov_schema__get_unique_defin(ctx, schema, tbl, unique, &defin);
-    }
-}
-
 void texts(benchmark::State &state, const bench_size &size)
 {
     KT_context *ctx = bench_ctx();
@@ -109,7 +87,7 @@ void texts(benchmark::State &state, const bench_size &size)
         for (uint32_t t = 0; t < size.tables; t++) {
             const char *tbl = nullptr;
             tov_schema__get_nth_tbl_id(ctx, schema, t, &tbl);
-            texts_of_table(ctx, schema, tbl);
+            bench_texts_of_table(ctx, schema, tbl);
         }
         state.PauseTiming();
         tov_schema__nullfree(ctx, &schema);
