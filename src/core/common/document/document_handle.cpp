@@ -25,6 +25,7 @@ void tov_schema__nullfree(KT_context *ctx, tov_schema **schema) noexcept
     my_free_in_level(ctx, KT_vhash__free, freed->document);
     my_free_in_level(ctx, KT_vhash__free, freed->host_internals);
     my_free_in_level(ctx, _tov_fk_index__free, freed->fk_index);
+    my_free_in_level(ctx, _tov_fk_order__free, freed->fk_order);
     my_free_in_level<void>(ctx, _kt_free, freed);
 }
 

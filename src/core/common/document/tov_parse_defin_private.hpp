@@ -18,6 +18,8 @@ struct tov_schema {
     uint64_t reference_change_count;
     // The keys by the table that they refer to, once questions about that were asked.
     struct tov_fk_index *fk_index;
+    // The order of the tables, once it was asked for.
+    struct tov_fk_order *fk_order;
     // The integer primary key of the table that was asked about last. Who writes a table asks once for each column,
     // and the answer takes a look at every column's type. Nothing is known of a table whose answer may depend on how
     // its id was spelled.
@@ -127,6 +129,7 @@ void _tov_schema__get_col_type_field_int32(KT_context *ctx, tov_schema *schema, 
 
 // Frees an index of foreign keys. Null does nothing.
 void _tov_fk_index__free(KT_context *ctx, struct tov_fk_index *index) noexcept;
+void _tov_fk_order__free(KT_context *ctx, struct tov_fk_order *order) noexcept;
 
 // Records a rule for a foreign key; TOV_VIOLATION_ON_INSERT is the only conflict situation known.
 constexpr int32_t TOV_VIOLATION_ON_INSERT = 5;

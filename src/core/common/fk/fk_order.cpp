@@ -13,6 +13,13 @@
 #include "fk/fk_graph.hpp"
 #include "fk/fk_group.hpp"
 
+// A schema keeps its order as positions until a table, a column or a key comes or goes.
+struct tov_fk_order {
+    uint64_t reference_change_count; // of the schema that it describes
+    uint32_t *tbls;
+    uint32_t count;
+};
+
 static constexpr uint32_t NEVER = 0;
 
 namespace {
@@ -165,17 +172,53 @@ static void my_find_order(KT_context *ctx, const fk_graph &graph, my_order *orde
     KT_TRY(fk_sort_by(ctx, order->level, order->level.count, &order->tbls));
 }
 
-void tov_schema__sort_by_references(KT_context *ctx, tov_schema *schema, KT_varray **tbl_ids) noexcept
+void _tov_fk_order__free(KT_context *ctx, tov_fk_order *order) noexcept
+{
+    if (!order)
+        return;
+    _kt_free(ctx, order->tbls);
+    _kt_free(ctx, order);
+}
+
+using my_owned_order = kt_owned<tov_fk_order, _tov_fk_order__free>;
+
+static void my_make_order(KT_context *ctx, tov_schema *schema, my_owned_order *made) noexcept
 {
     fk_graph graph{ctx};
     my_order order{ctx};
-    kt_owned_varray list{ctx};
+    void *block = nullptr;
     KT_TRY(fk_read_graph(ctx, schema, fk_match::exactly, &graph));
     KT_TRY(my_find_order(ctx, graph, &order));
     if (order.tbls.count < graph.arcs.count())
         KT_FAIL(KT_ERR_SCHEMA_NOT_SUPPORTED, "Foreign key constraints create a circular dependency among tables.");
+    KT_TRY(_kt_malloc(ctx, sizeof(tov_fk_order), &block));
+    auto *whole = new (block) tov_fk_order{schema->reference_change_count, nullptr, order.tbls.count};
+    order.tbls.items.move_to(&whole->tbls);
+    *made->out() = whole;
+}
+
+static void my_list_ids(KT_context *ctx, tov_schema *schema, const tov_fk_order &order, KT_varray **tbl_ids) noexcept
+{
+    kt_owned_varray list{ctx};
     KT_TRY(KT_varray__alloc(ctx, list.out()));
-    for (uint32_t n = 0; n < order.tbls.count; n++)
-        KT_TRY(KT_varray__append__string__sz(ctx, list, graph.ids.names[order.tbls[n]].text));
+    for (uint32_t n = 0; n < order.count; n++) {
+        const char *tbl_id = nullptr;
+        KT_TRY(tov_schema__get_nth_tbl_id(ctx, schema, order.tbls[n], &tbl_id));
+        KT_TRY(KT_varray__append__string__sz(ctx, list, tbl_id));
+    }
     list.move_to(tbl_ids);
+}
+
+void tov_schema__sort_by_references(KT_context *ctx, tov_schema *schema, KT_varray **tbl_ids) noexcept
+{
+    KT_RETURN_IF_FAILED;
+    if (schema->fk_order && schema->fk_order->reference_change_count == schema->reference_change_count) {
+        KT_TRY(my_list_ids(ctx, schema, *schema->fk_order, tbl_ids));
+        return;
+    }
+    my_owned_order order{ctx};
+    KT_TRY(my_make_order(ctx, schema, &order));
+    KT_TRY(my_list_ids(ctx, schema, *order.get(), tbl_ids));
+    _tov_fk_order__free(ctx, std::exchange(schema->fk_order, nullptr));
+    order.move_to(&schema->fk_order);
 }

@@ -25,6 +25,9 @@ class IndexTest : public FkTest {
     }
     void change_at_random(fk_random *random);
     void compare_with_plain(fk_random *random);
+    void compare_order_with_plain();
+
+    int kept_orders = 0; // and given again
 };
 
 TEST_F(IndexTest, AnswersWithoutAWalk)
@@ -234,6 +237,25 @@ void IndexTest::compare_with_plain(fk_random *random)
     }
 }
 
+// Where plain passes end at all.
+void IndexTest::compare_order_with_plain()
+{
+    bool ended = false;
+    KT_varray *probe = nullptr;
+    plain_sort_by_references(ctx, schema, 100, &ended, &probe);
+    const bool has_answer = ended || KT_context__has_err(ctx);
+    reset();
+    KT_varray__free(ctx, probe);
+    if (!has_answer)
+        return;
+    const auto *before = schema->fk_order;
+    expect_same<KT_varray>(
+        ctx, [&](auto **r) { tov_schema__sort_by_references(ctx, schema, r); },
+        [&](auto **r) { plain_sort_by_references(ctx, schema, 100, &ended, r); },
+        [](KT_context *c, KT_varray *list) { return take(c, list); });
+    kept_orders += before && before == schema->fk_order;
+}
+
 TEST_F(IndexTest, AnswersAreThePlainOnesThroughChanges)
 {
     int known = 0;
@@ -253,10 +275,12 @@ TEST_F(IndexTest, AnswersAreThePlainOnesThroughChanges)
             SCOPED_TRACE(document());
             for (uint32_t asked = random.below(5); asked > 0; asked--)
                 compare_with_plain(&random);
+            compare_order_with_plain();
             (schema->fk_index && is_known("t0") ? known : walked)++;
             change_at_random(&random);
         }
     }
+    EXPECT_GT(kept_orders, 100);
     EXPECT_GT(known, 2000);
     EXPECT_GT(walked, 2000);
 }
