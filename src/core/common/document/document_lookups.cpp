@@ -9,7 +9,9 @@
 
 void _tov_schema__get_tbls(KT_context *ctx, tov_schema *schema, KT_vhash **tbls) noexcept
 {
-    KT_TRY(KT_vhash__ensure__vhash(ctx, schema->document, "tbls", tbls));
+    if (!schema->tbls)
+        KT_TRY(KT_vhash__ensure__vhash(ctx, schema->document, "tbls", &schema->tbls));
+    *tbls = schema->tbls;
 }
 
 void _tov_schema__get_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash **tbl) noexcept

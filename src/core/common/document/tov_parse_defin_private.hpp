@@ -10,6 +10,7 @@
 struct tov_schema {
     KT_vhash *document;
     KT_vhash *host_internals; // null until a write first needs it
+    KT_vhash *tbls;           // the document's "tbls", which nothing removes; null until a lookup first needs it
     KT_strpool *strpool;
     // Counts the operations that may have changed either tree, failed ones too: what is derived from the document
     // holds as long as this number stays the same. A read that creates an empty record is not a change.
