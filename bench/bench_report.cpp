@@ -175,7 +175,8 @@ std::string bench_collector::table(bool *is_met) const
         if (found == all.end())
             continue;
         for (const auto &[size, entry] : found->second)
-            text += row(c, size, entry, is_met);
+            if (entry.ours > 0) // a limit alone says nothing
+                text += row(c, size, entry, is_met);
         if (found->second.size() < 3 || std::string(c.name).rfind("memory", 0) == 0)
             continue;
         const double exponent = growth(found->second, "ours");
