@@ -65,16 +65,16 @@ bool document_is_absent(const KT_variant *value, const tov_member &member) noexc
     return value->type == KT_VARIANT_NULL && member.type == TOV_MEMBER_STRING && !member.is_required;
 }
 
-static my_knowledge *my_knowledge_of(my_walk *walk, const tov_shape &shape) noexcept
+static my_knowledge &my_knowledge_of(my_walk *walk, const tov_shape &shape) noexcept
 {
     for (uint32_t n = 0; n < walk->count; n++)
         if (walk->all[n].shape == &shape)
-            return &walk->all[n];
+            return walk->all[n];
     assert(walk->count < my_shape_count && shape.count <= 32);
-    my_knowledge *made = &walk->all[walk->count++];
-    made->shape = &shape;
+    my_knowledge &made = walk->all[walk->count++];
+    made.shape = &shape;
     for (uint32_t n = 0; n < shape.count; n++)
-        made->required |= static_cast<uint32_t>(shape.members[n].is_required) << n;
+        made.required |= static_cast<uint32_t>(shape.members[n].is_required) << n;
     return made;
 }
 
@@ -83,13 +83,13 @@ static my_known_key my_look_at_key(my_walk *walk, const tov_shape &shape, const 
     const tov_member *member = document_find_member(shape, key);
     if (!member)
         return {key, nullptr, nullptr, 0};
-    return {key, member, member->shape ? my_knowledge_of(walk, *member->shape) : nullptr,
+    return {key, member, member->shape ? &my_knowledge_of(walk, *member->shape) : nullptr,
             uint32_t{1} << (member - shape.members)};
 }
 
-static bool my_has_shape(my_walk *walk, const KT_vhash *record, my_knowledge *knowledge) noexcept;
+static bool my_has_shape(my_walk *walk, const KT_vhash *record, my_knowledge &knowledge) noexcept;
 
-static bool my_have_shape(my_walk *walk, const KT_varray *list, my_knowledge *knowledge) noexcept
+static bool my_have_shape(my_walk *walk, const KT_varray *list, my_knowledge &knowledge) noexcept
 {
     uint32_t count = 0;
     KT_varray__count(walk->ctx, list, &count);
@@ -110,7 +110,7 @@ static bool my_are_values(my_walk *walk, const KT_vhash *map, KT_variant_type ty
     for (uint32_t n = 0; n < count; n++) {
         const KT_variant *value = nullptr;
         KT_vhash__get_nth_pair(walk->ctx, map, n, nullptr, &value);
-        if (value->type != type || (knowledge && !my_has_shape(walk, value->as.vhash, knowledge)))
+        if (value->type != type || (knowledge && !my_has_shape(walk, value->as.vhash, *knowledge)))
             return false;
     }
     return true;
@@ -122,9 +122,9 @@ static bool my_is_value(my_walk *walk, const KT_variant *value, const my_known_k
         return document_is_absent(value, *known.member);
     switch (known.member->type) {
     case TOV_MEMBER_RECORD:
-        return my_has_shape(walk, value->as.vhash, known.inside);
+        return my_has_shape(walk, value->as.vhash, *known.inside);
     case TOV_MEMBER_LIST:
-        return my_have_shape(walk, value->as.varray, known.inside);
+        return my_have_shape(walk, value->as.varray, *known.inside);
     case TOV_MEMBER_RECORDS:
     case TOV_MEMBER_COL_SETS:
         return my_are_values(walk, value->as.vhash, KT_VARIANT_VHASH, known.inside);
@@ -135,7 +135,7 @@ static bool my_is_value(my_walk *walk, const KT_variant *value, const my_known_k
     }
 }
 
-static bool my_has_shape(my_walk *walk, const KT_vhash *record, my_knowledge *knowledge) noexcept
+static bool my_has_shape(my_walk *walk, const KT_vhash *record, my_knowledge &knowledge) noexcept
 {
     uint32_t count = 0, found = 0;
     KT_vhash__count(walk->ctx, record, &count);
@@ -143,16 +143,16 @@ static bool my_has_shape(my_walk *walk, const KT_vhash *record, my_knowledge *kn
         const char *key = nullptr;
         const KT_variant *value = nullptr;
         KT_vhash__get_nth_pair(walk->ctx, record, n, &key, &value);
-        my_known_key further;
-        my_known_key *known = n < my_known_count ? &knowledge->keys[n] : &further;
-        if (known == &further || known->key != key)
-            *known = my_look_at_key(walk, *knowledge->shape, key);
-        const my_known_key now = *known; // a record inside may have the same shape
+        my_known_key further = {};
+        my_known_key &known = n < my_known_count ? knowledge.keys[n] : further;
+        if (known.key != key)
+            known = my_look_at_key(walk, *knowledge.shape, key);
+        const my_known_key now = known; // a record inside may have the same shape
         found |= now.bit;
         if (now.member && !my_is_value(walk, value, now))
             return false;
     }
-    return (knowledge->required & ~found) == 0;
+    return (knowledge.required & ~found) == 0;
 }
 
 bool document_has_shape(KT_context *ctx, const KT_vhash *record, const tov_shape &shape) noexcept
