@@ -122,9 +122,9 @@ static bool my_is_value(my_walk *walk, const KT_variant *value, const my_known_k
         return document_is_absent(value, *known.member);
     switch (known.member->type) {
     case TOV_MEMBER_RECORD:
-        return my_has_shape(walk, value->as.vhash, *known.inside);
+        return !known.inside || my_has_shape(walk, value->as.vhash, *known.inside);
     case TOV_MEMBER_LIST:
-        return my_have_shape(walk, value->as.varray, *known.inside);
+        return !known.inside || my_have_shape(walk, value->as.varray, *known.inside);
     case TOV_MEMBER_RECORDS:
     case TOV_MEMBER_COL_SETS:
         return my_are_values(walk, value->as.vhash, KT_VARIANT_VHASH, known.inside);
