@@ -1,8 +1,6 @@
 // They stand with their column rather than after all columns, so that ALTER TABLE can add a column with its own.
 #include "create/client_col_constraints.hpp"
 
-#include "rules/client_constraints.hpp"
-
 #define KT_HERE "src/client/create/client_col_constraints"
 
 // Numbers that the document lacks read as -1; the module's own statement tells whether it needs them.
@@ -33,17 +31,26 @@ static void my_read_type(KT_context *ctx, tov_schema *schema, const char *tbl_id
         KT_TRY(my_require_numbers(ctx, schema, tbl_id, col_id));
 }
 
-void client_append_col_constraints(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const char *col_id,
-                                   bool with_rules, client_code_pages &pages, std::string &sql)
+void client_find_col_constraints(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const char *col_id,
+                                 const std::string &value, bool with_rules, client_code_pages &pages,
+                                 std::vector<client_constraint> &constraints)
 {
     client_checked_type type{};
-    const char *name = nullptr;
     KT_TRY(my_read_type(ctx, schema, tbl.id, col_id, type));
-    KT_TRY(tov_schema__get_col_name(ctx, schema, tbl.id, col_id, &name));
     const client_row_col *col = with_rules && tbl.rows.has_facts ? client_find_stored_col(tbl.rows, col_id) : nullptr;
     if (col && !col->rowid)
         type.server = &col->type;
-    for (const client_constraint &constraint : client_constraints_of(type, client_quoted(name), pages))
+    constraints = client_constraints_of(type, value, pages);
+}
+
+void client_append_col_constraints(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const char *col_id,
+                                   bool with_rules, client_code_pages &pages, std::string &sql)
+{
+    const char *name = nullptr;
+    std::vector<client_constraint> constraints;
+    KT_TRY(tov_schema__get_col_name(ctx, schema, tbl.id, col_id, &name));
+    KT_TRY(client_find_col_constraints(ctx, schema, tbl, col_id, client_quoted(name), with_rules, pages, constraints));
+    for (const client_constraint &constraint : constraints)
         sql += std::string("\n        CONSTRAINT \"[") + name + "] constraint violation: " + constraint.message +
                "\" CHECK (" + constraint.accepted + ")";
 }

@@ -1,8 +1,13 @@
-// What CREATE TABLE says about the values of a column.
+// What CREATE TABLE says about the values of a column, and what triggers ask first.
 #pragma once
 
 #include "create/client_plan.hpp"
-#include "rows/convert/client_code_page.hpp"
+#include "rules/client_constraints.hpp"
+
+// Finds the conditions for a value of the column, an expression, with the server's rules or without.
+void client_find_col_constraints(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const char *col_id,
+                                 const std::string &value, bool with_rules, client_code_pages &pages,
+                                 std::vector<client_constraint> &constraints);
 
 // Appends the column's constraints, each named by what a trigger would say, with the server's rules or without.
 void client_append_col_constraints(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const char *col_id,

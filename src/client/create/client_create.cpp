@@ -55,8 +55,11 @@ static void my_create_all(KT_context *ctx, tov_schema *schema, const client_plan
     KT_TRY(my_begin(ctx, file_name, file, database));
     KT_TRY(client_database__check_names(ctx, database, plan));
     KT_TRY(client_schema_rows__begin(ctx, database, plan));
-    KT_TRY(client_each_statement(ctx, schema, plan, my_create_one, &work));
-    KT_TRY(client_schema_rows__end_tbls(ctx, database));
+    if (client_schema_rows__are_ours(database))
+        KT_TRY(client_each_creation(ctx, schema, plan, my_create_one, &work));
+    else
+        KT_TRY(client_each_statement(ctx, schema, plan, my_create_one, &work));
+    KT_TRY(client_schema_rows__finish(ctx, database));
     KT_TRY(client_database__commit(ctx, database));
 }
 

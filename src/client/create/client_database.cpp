@@ -14,7 +14,8 @@ static constexpr int patience = 5000;
 
 void client_database__close(client_database &database) noexcept
 {
-    database.insert_row.close();
+    database.shelve_row.close();
+    database.shelve_text.close();
     database.connection.close();
 }
 
@@ -151,14 +152,17 @@ static void my_check(KT_context *ctx, const client_database &database, const cli
 static void my_create_tbl(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
 {
     KT_TRY(client_schema_rows__begin_tbl(ctx, database));
-    const int code = my_compile(database, {client_duty::tbl, statement.tbl}, statement.sql, true);
+    const char *sql = statement.bare ? statement.bare : statement.sql;
+    int code = my_compile(database, {client_duty::tbl, statement.tbl}, sql, true);
+    if (code == SQLITE_OK && statement.bare)
+        code = client_schema_rows__keep_text(database, statement);
     KT_TRY(my_check(ctx, database, statement, code));
 }
 
 // Its text is our own but for the beginning of its name.
 static void my_create_own_tbl(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
 {
-    KT_TRY(client_schema_rows__end_tbls(ctx, database));
+    KT_TRY(client_schema_rows__begin_tbl(ctx, database));
     KT_TRY(client_database__run(ctx, database, statement.sql));
 }
 
@@ -171,12 +175,14 @@ static void my_create_index(KT_context *ctx, client_database &database, const cl
 // A trigger or a view.
 static void my_create_on_tbl(KT_context *ctx, client_database &database, const client_statement &statement) noexcept
 {
-    KT_TRY(client_schema_rows__end_tbls(ctx, database));
-    const bool insert = database.insert_row != nullptr;
+    KT_TRY(client_schema_rows__show_tbls(ctx, database));
+    const bool is_ours = client_schema_rows__are_ours(database);
     const client_duty duty = statement.kind == client_kind::view ? client_duty::view : client_duty::trigger;
-    int code = my_compile(database, {duty, statement.tbl, statement.name}, statement.sql, !insert);
-    if (code == SQLITE_OK && insert)
-        code = client_schema_rows__insert(database, statement);
+    int code = SQLITE_OK;
+    if (!is_ours || statement.kind != client_kind::update_trigger) // which says what the insert trigger said
+        code = my_compile(database, {duty, statement.tbl, statement.name}, statement.sql, !is_ours);
+    if (code == SQLITE_OK && is_ours)
+        code = client_schema_rows__add(database, statement);
     KT_TRY(my_check(ctx, database, statement, code));
 }
 

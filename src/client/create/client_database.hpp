@@ -10,10 +10,11 @@ struct client_database {
     kt_owned_connection connection{functions};
     client_guard guard;
     // Of client_schema_rows.cpp.
-    kt_owned_statement insert_row{functions}; // null where rows are not written, or SQLite does not allow it
-    int64_t last_old_row = 0;                 // the last row of the schema table that was there before
-    uint32_t new_tbls = 0;                    // whose rows are in the schema table
-    bool has_shelf = false;
+    kt_owned_statement shelve_row{functions};  // null where rows are not written, or SQLite does not allow it
+    kt_owned_statement shelve_text{functions}; // of a table that was created bare
+    int64_t last_old_row = 0;                  // the last row of the schema table that was there before
+    uint32_t new_tbls = 0;                     // whose rows are in the schema table
+    bool has_all_tbls = false;                 // whether all rows of tables are in the schema table, for triggers
 };
 
 // Opens a file that is there, with the settings under which the database works as it should.

@@ -2,11 +2,11 @@
 // database, so it is laid out for a reader.
 #include "create/client_statements.hpp"
 
+#include "create/client_check_triggers.hpp"
 #include "create/client_indexes.hpp"
 #include "create/client_record.hpp"
 #include "create/client_tbl_statement.hpp"
 #include "create/client_views.hpp"
-#include "rules/client_rules.hpp"
 
 #include <algorithm>
 #include <unordered_map>
@@ -26,46 +26,28 @@ struct writing {
     bool with_rules;
     client_sink sink;
     void *data;
+    bool with_bare = false;
     client_code_pages pages = {};
     std::unordered_map<const client_tbl *, std::string> checks = {}; // the body of both checking triggers of a table
 };
 } // namespace
-
-// What the server's rules for a column add to its own statement.
-static std::string my_rules_text(const client_row_col &col, client_code_pages &pages)
-{
-    std::string text;
-    for (const client_rule &rule : client_rules_of(col.type, "NEW." + client_quoted(col.name), pages))
-        text += "WHEN (" + rule.refused + ") THEN RAISE(ABORT, '[" + col.name +
-                "] constraint violation: " + rule.message + "')\n";
-    return text.empty() ? text : "SELECT CASE\n" + text + "ELSE 1\nEND;\n";
-}
-
-// Each column's statements, which raise an error or do nothing.
-static void my_write_checks(KT_context *ctx, writing &w, const client_tbl &tbl, std::string &checks)
-{
-    uint32_t count = 0;
-    KT_TRY(tov_schema__count_cols(ctx, w.schema, tbl.id, &count));
-    for (uint32_t n = 0; n < count; n++) {
-        const char *col_id = nullptr;
-        kt_owned_string expression{ctx};
-        KT_TRY(tov_schema__get_nth_col_id(ctx, w.schema, tbl.id, n, &col_id));
-        KT_TRY(tov_schema__get_col_validation_expression(ctx, w.schema, tbl.id, col_id, expression.out()));
-        checks.append(KT_string__sz(expression)).append(";\n");
-        const client_row_col *col =
-            w.with_rules && tbl.rows.has_facts ? client_find_stored_col(tbl.rows, col_id) : nullptr;
-        if (col && !col->rowid)
-            checks += my_rules_text(*col, w.pages);
-    }
-}
 
 static void my_append_checks(KT_context *ctx, writing &w, const client_tbl &tbl, KT_string *sql) noexcept
 {
     kt_contain(ctx, [&] {
         std::string &checks = w.checks[&tbl];
         if (checks.empty())
-            KT_TRY(my_write_checks(ctx, w, tbl, checks));
+            KT_TRY(client_write_checks(ctx, w.schema, tbl, w.with_rules, w.pages, checks));
         KT_TRY(KT_string__append__sz(ctx, sql, checks.c_str()));
+    });
+}
+
+static void my_append_doubt(KT_context *ctx, writing &w, client_kind kind, const client_tbl &tbl,
+                            client_doubt &doubt) noexcept
+{
+    kt_contain(ctx, [&] {
+        KT_TRY(
+            client_find_doubt(ctx, w.schema, tbl, w.with_rules, kind == client_kind::update_trigger, w.pages, doubt));
     });
 }
 
@@ -90,11 +72,19 @@ std::string client_counter_name(const client_plan &plan)
     return plan.trigger_prefix + "rowversion";
 }
 
+static bool my_is_check(client_kind kind) noexcept
+{
+    return kind == client_kind::insert_trigger || kind == client_kind::update_trigger;
+}
+
 static void my_write_trigger(KT_context *ctx, writing &w, client_kind kind, const client_tbl &tbl, const char *name,
                              KT_string *sql) noexcept
 {
-    const char *event = my_event(kind);
-    KT_TRY(KT_string__append__format(ctx, sql, "CREATE TRIGGER \"%s\" %s ON \"%s\"\nBEGIN\n", name, event, tbl.name));
+    client_doubt doubt;
+    if (my_is_check(kind))
+        KT_TRY(my_append_doubt(ctx, w, kind, tbl, doubt));
+    KT_TRY(KT_string__append__format(ctx, sql, "CREATE TRIGGER \"%s\" %s%s ON \"%s\"\n%sBEGIN\n", name, my_event(kind),
+                                     doubt.cols.c_str(), tbl.name, doubt.when.c_str()));
     if (kind == client_kind::delete_trigger) {
         KT_TRY(KT_string__append__sz(ctx, sql, tbl.cascades.c_str()));
         KT_TRY(KT_string__append__sz(ctx, sql, tbl.resets.c_str()));
@@ -108,11 +98,6 @@ static void my_write_trigger(KT_context *ctx, writing &w, client_kind kind, cons
         KT_TRY(my_append_checks(ctx, w, tbl, sql));
     }
     KT_TRY(KT_string__append__sz(ctx, sql, "END"));
-}
-
-static bool my_is_check(client_kind kind) noexcept
-{
-    return kind == client_kind::insert_trigger || kind == client_kind::update_trigger;
 }
 
 static bool my_is_needed(const client_plan &plan, bool with_rules, client_kind kind, const client_tbl &tbl) noexcept
@@ -152,10 +137,24 @@ static void my_hand_out(KT_context *ctx, writing &w, client_kind kind, const cli
     KT_TRY(w.sink(ctx, w.data, {kind, tbl.name, KT_string__sz(name), KT_string__sz(sql)}));
 }
 
+static void my_hand_out_both_forms(KT_context *ctx, writing &w, const client_tbl &tbl) noexcept
+{
+    kt_owned_string sql{ctx};
+    kt_owned_string bare{ctx};
+    KT_TRY(KT_string__alloc(ctx, sql.out()));
+    KT_TRY(KT_string__alloc(ctx, bare.out()));
+    KT_TRY(client_write_tbl(ctx, w.schema, tbl, {w.with_rules, true, w.pages}, sql));
+    KT_TRY(client_write_tbl(ctx, w.schema, tbl, {w.with_rules, false, w.pages}, bare));
+    KT_TRY(w.sink(ctx, w.data, {client_kind::tbl, tbl.name, tbl.name, KT_string__sz(sql), KT_string__sz(bare)}));
+}
+
 // A table and its indexes, which SQLite makes more quickly while it does not know many other tables.
 static void my_hand_out_tbl(KT_context *ctx, writing &w, const client_tbl &tbl) noexcept
 {
-    KT_TRY(my_hand_out(ctx, w, client_kind::tbl, tbl));
+    if (w.with_bare)
+        KT_TRY(my_hand_out_both_forms(ctx, w, tbl));
+    else
+        KT_TRY(my_hand_out(ctx, w, client_kind::tbl, tbl));
     kt_contain(ctx, [&] {
         for (const client_index &index : tbl.indexes) {
             const std::string sql = client_index_statement(tbl, index);
@@ -231,6 +230,15 @@ void client_each_statement(KT_context *ctx, tov_schema *schema, const client_pla
 {
     kt_contain(ctx, [&] {
         writing w{schema, plan, plan.with_rules, sink, data};
+        KT_TRY(my_each(ctx, w));
+    });
+}
+
+void client_each_creation(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink,
+                          void *data) noexcept
+{
+    kt_contain(ctx, [&] {
+        writing w{schema, plan, plan.with_rules, sink, data, plan.with_constraints};
         KT_TRY(my_each(ctx, w));
     });
 }

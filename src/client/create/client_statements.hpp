@@ -22,6 +22,7 @@ struct client_statement {
     const char *tbl;  // the name of the table that is created, or that the index or trigger is on or the view shows
     const char *name; // the name of what is created
     const char *sql;
+    const char *bare = nullptr; // of a table, where asked for: the same without the constraints that are generated
 };
 
 using client_sink = void (*)(KT_context *ctx, void *data, const client_statement &statement) noexcept;
@@ -46,6 +47,10 @@ std::string client_counter_name(const client_plan &plan);
 // all triggers and views.
 void client_each_statement(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink,
                            void *data) noexcept;
+
+// The same, with the bare statements of tables that have generated constraints.
+void client_each_creation(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink,
+                          void *data) noexcept;
 
 // Hands the statements of one table's triggers to a sink, as they are with the server's rules or without; those that
 // check values come first, whether the plan has constraints instead or not.

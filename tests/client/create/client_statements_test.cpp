@@ -121,8 +121,43 @@ TEST_F(ClientStatements, CheckTheValuesOfEveryColumn)
                              "ELSE 1\nEND;\n"
                              "-- loose/int\nSELECT CASE\nWHEN (NEW.\"B\" IS NULL) THEN 1\nELSE 1\nEND;\n"
                              "END";
-    EXPECT_EQ(statement("tov_insert_T"), "CREATE TRIGGER \"tov_insert_T\" BEFORE INSERT ON \"T\"\n" + body);
-    EXPECT_EQ(statement("tov_update_T"), "CREATE TRIGGER \"tov_update_T\" BEFORE UPDATE ON \"T\"\n" + body);
+    EXPECT_EQ(statement("tov_insert_T"), "CREATE TRIGGER \"tov_insert_T\" BEFORE INSERT ON \"T\"\n"
+                                         "WHEN NOT (\n(NEW.\"A\"|0=NEW.\"A\") AND "
+                                         "(NEW.\"A\" BETWEEN -2147483648 AND 2147483647))\n" +
+                                             body);
+    EXPECT_EQ(statement("tov_update_T"), "CREATE TRIGGER \"tov_update_T\" BEFORE UPDATE OF \"A\" ON \"T\"\n"
+                                         "WHEN NOT (\n(NEW.\"A\" COLLATE BINARY IS OLD.\"A\" OR "
+                                         "(NEW.\"A\"|0=NEW.\"A\") AND "
+                                         "(NEW.\"A\" BETWEEN -2147483648 AND 2147483647)))\n" +
+                                             body);
+}
+
+// SQLite takes trees of 1000 levels.
+TEST_F(ClientStatements, CheckTheValuesOfVeryManyColumns)
+{
+    add_tbl("t", "T");
+    for (int n = 0; n < 1500; n++)
+        add_col("t", ("c" + std::to_string(n)).c_str(), ("C" + std::to_string(n)).c_str());
+    open(&with_triggers);
+    EXPECT_EQ(run(connection, "INSERT INTO T(C0, C1499) VALUES(1, 2)"), "");
+    EXPECT_EQ(run(connection, "INSERT INTO T(C1499) VALUES('x')"),
+              "[C1499] constraint violation: type mismatch: sint32(integer)");
+    EXPECT_EQ(run(connection, "UPDATE T SET C1498 = 0.5"),
+              "[C1498] constraint violation: type mismatch: sint32(integer)");
+}
+
+// A value that was bad before triggers were there is in nobody's way until it changes, if only by what a collation
+// does not see.
+TEST_F(ClientStatements, CheckAfterAnUpdateWhatItChanged)
+{
+    make_one_tbl();
+    add_text_col("t", "b", "B", true);
+    open(&with_triggers);
+    run(connection, "DROP TRIGGER tov_insert_T; INSERT INTO T VALUES('bad', x'00')");
+    EXPECT_EQ(run(connection, "UPDATE T SET B = 'good'"), "");
+    EXPECT_EQ(run(connection, "UPDATE T SET A = 'worse'"), "[A] constraint violation: type mismatch: sint32(integer)");
+    EXPECT_EQ(run(connection, "UPDATE T SET A = 'BAD'"), "[A] constraint violation: type mismatch: sint32(integer)");
+    EXPECT_EQ(rows(connection, "SELECT A, B FROM T"), "bad|good");
 }
 
 TEST_F(ClientStatements, CreateAllTablesBeforeTheFirstTrigger)
