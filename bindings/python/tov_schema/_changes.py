@@ -70,7 +70,7 @@ def _changes(described: Mapping[str, Any]) -> Tuple[Change, ...]:
 
 
 def _table_change(described: Mapping[str, Any]) -> TableChange:
-    return TableChange(**{**_known(TableChange, described), "changes": _changes(described)})
+    return dataclasses.replace(TableChange(**_known(TableChange, described)), changes=_changes(described))
 
 
 def _compare_options(by_id: bool, renames: Iterable[str]) -> c.CompareOptions:

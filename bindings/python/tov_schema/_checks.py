@@ -47,7 +47,6 @@ def check(handle: ctypes.c_void_p, database: Any, rules: int, only: Iterable[str
     violations: List[Violation] = []
     raised = c.Raised()
 
-    @c.TakeViolation
     def take(context: Any, _: Any, violation: Any) -> None:
         with raised.caught(context):
             violations.append(_violation(violation.contents))
@@ -55,6 +54,6 @@ def check(handle: ctypes.c_void_p, database: Any, rules: int, only: Iterable[str
     options = c.CheckOptions(rules=rules, only=wanted, only_count=len(wanted), skip=unwanted, skip_count=len(unwanted),
                              max=limit)
     with raised, c.Call() as call, _collations.added_if_there():
-        call(c.check_database, handle, c.encoded_path(database), ctypes.byref(options), take, None,
+        call(c.check_database, handle, c.encoded_path(database), ctypes.byref(options), c.TakeViolation(take), None,
              ctypes.byref(is_whole))
     return Checked(violations, bool(is_whole.value))

@@ -261,7 +261,7 @@ class Call:
     def take_string(self, string: ctypes.c_void_p) -> str:
         """The text of a string that the library handed over, which is freed."""
         try:
-            return _string_sz(string).decode("utf-8", "surrogateescape")
+            return bytes(_string_sz(string)).decode("utf-8", "surrogateescape")
         finally:
             _free_string(self.context, string)
 

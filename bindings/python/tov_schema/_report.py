@@ -47,10 +47,9 @@ def markdown(handle: ctypes.c_void_p, *content: Any) -> Dict[str, str]:
     files: Dict[str, str] = {}
     raised = c.Raised()
 
-    @c.TakeReportFile
     def take(context: Any, _: Any, name: bytes, text: bytes) -> None:
         with raised.caught(context):
             files[name.decode()] = text.decode("utf-8", "replace")
     with raised, c.Call() as call, _collations.added_if_there(), _Content(call, *content) as options:
-        call(c.write_markdown_report, handle, options, take, None)
+        call(c.write_markdown_report, handle, options, c.TakeReportFile(take), None)
     return files

@@ -309,18 +309,16 @@ class Schema:
         options = c.LoadOptions(rejects=c.encoded_path(rejects), exact=exact, all_or_nothing=all_or_nothing)
         raised = c.Raised()
 
-        @c.ReadParts
         def read(context: Any, _: Any, take: Any, take_data: Any) -> None:
-            @c.TakeRows
             def pass_on(context: Any, _: Any, part: Any, data: Any, size: int) -> None:
                 with raised.caught(context):
                     described = part.contents
                     take(context, take_data, described.schema_name, described.tbl_name, described.number, data, size)
             with raised.caught(context):
-                c.read_row_parts(context, content, len(content), pass_on, None)
+                c.read_row_parts(context, content, len(content), c.TakeRows(pass_on), None)
 
         def load_all(call: c.Call, loader: ctypes.c_void_p) -> None:
-            call(c.load_parts, loader, c.encoded_path(package), read, None)
+            call(c.load_parts, loader, c.encoded_path(package), c.ReadParts(read), None)
         with raised:
             return self._load(database, options, load_all)
 
@@ -418,7 +416,7 @@ def convert(source: Union[Path, Iterable[Path]], database: Path, *, views: bool 
 
     options: those of import_source().
     """
-    files = _sources(source)
+    files: Any = _sources(source)  # which import_source() takes too, in private
     schema, findings = import_source(files, **options)
     schema.create_database(database, views=views, rules=rules, indexes=indexes, collations=collations)
     kinds = {c.recognise(content, len(content)) for _, content in files}

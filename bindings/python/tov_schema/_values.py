@@ -116,11 +116,11 @@ def _dump_decimal(type_: Type, value: Any) -> int:
 def _dump_float(_: Type, value: Any) -> float:
     if not math.isfinite(value):
         raise ValueError(f"not a finite number: {value!r}")
-    return value
+    return float(value)
 
 
 def _dump_real(type_: Type, value: Any) -> float:
-    return struct.unpack("<f", struct.pack("<f", _dump_float(type_, value)))[0]
+    return float(struct.unpack("<f", struct.pack("<f", _dump_float(type_, value)))[0])
 
 
 def _rounded(value: Any, step: int, base: int = 1_000_000) -> Any:
