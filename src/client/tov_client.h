@@ -150,6 +150,8 @@ TOV_API void tov_client__creation_order(KT_context *ctx, tov_schema *schema, KT_
  *   changes the direction of writing, or are not UTF-8; tables named alike but for case, or sqlite_...; columns of a
  *   table named alike but for case;
  * - actions other than NO ACTION, CASCADE, SET NULL and SET DEFAULT; abstract types that are not known;
+ * - members and facts about the server of another kind than docs/document.md says (KT_ERR_WRONG_TYPE), or missing
+ *   (KT_ERR_KEY_NOT_FOUND);
  * - keys without columns, and keys that use a table that is absent or a column that is absent or unprepared;
  * - default and check expressions, and conditions of indexes, that are not one expression: each is split into tokens,
  *   must keep to its place, and is compiled in a scratch database where only harmless functions and the table's own

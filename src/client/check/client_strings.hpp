@@ -49,6 +49,11 @@ void client_check_string(KT_context *ctx, const client_walk &w, const client_rec
 // Checks the conditions of a table's indexes, which the facts about the server hold.
 void client_check_conditions(KT_context *ctx, const client_walk &w, const KT_vhash *record) noexcept;
 
+// Refuses facts about the server that are of another kind than their readers expect: those about all of it, and those
+// about a table.
+void client_check_server_facts(KT_context *ctx, tov_schema *schema) noexcept;
+void client_check_tbl_facts(KT_context *ctx, const client_walk &w, const KT_vhash *record) noexcept;
+
 // Refuses a name that is absent or unsafe in a statement.
 void client_check_name(KT_context *ctx, const client_place &place, const char *name) noexcept;
 

@@ -191,6 +191,7 @@ static void my_check_tbl(KT_context *ctx, client_text_check &check, const char *
     KT_TRY(my_check_tbl_name(ctx, w, at));
     KT_TRY(KT_vhash__alloc(ctx, tbl.col_names.out()));
     KT_TRY(my_walk(ctx, w, at));
+    KT_TRY(client_check_tbl_facts(ctx, w, record));
     KT_TRY(client_check_conditions(ctx, w, record));
     uint32_t count = 0;
     KT_TRY(KT_vhash__count(ctx, tbl.col_names, &count));
@@ -215,7 +216,8 @@ static void my_check_tbls(KT_context *ctx, client_text_check &check, const KT_vh
     }
 }
 
-// Of the document itself only the tables come into statements.
+// Of the document itself only the tables come into statements. What else is wrong with its shape would be found when it
+// is compared or reported, with the database already there.
 void tov_client__check_texts(KT_context *ctx, tov_schema *schema) noexcept
 {
     client_text_check check{ctx};
@@ -229,4 +231,6 @@ void tov_client__check_texts(KT_context *ctx, tov_schema *schema) noexcept
         if (shape->members[n].type == TOV_MEMBER_RECORDS)
             KT_TRY(my_check_tbls(ctx, check, document, shape->members[n]));
     }
+    KT_TRY(tov_schema__check_shape(ctx, schema));
+    KT_TRY(client_check_server_facts(ctx, schema));
 }

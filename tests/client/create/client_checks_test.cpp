@@ -247,7 +247,7 @@ static constexpr const char *abstract_types[] = {
 
 TEST_F(ClientChecks, KnowEveryAbstractType)
 {
-    std::string document = R"({"tbls":{)";
+    std::string document = R"({"compat_level":1,"tbls":{)";
     std::set<std::string> names{"identity"};
     for (const char *type : abstract_types) {
         const std::string id = std::to_string(document.size());

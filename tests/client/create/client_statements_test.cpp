@@ -104,7 +104,8 @@ TEST_F(ClientStatements, WriteNoKeyClauseForAnIntegerPrimaryKey)
 
 TEST_F(ClientStatements, WriteNoKeyClauseForAKeyWithoutColumns)
 {
-    load(R"({"tbls":{"t":{"name":"T","cols":{"a":{"name":"A","type":{"name":"sint32"}}},"pk":{"cols":{}}}}})");
+    load(
+        R"({"compat_level":1,"tbls":{"t":{"name":"T","cols":{"a":{"name":"A","type":{"name":"sint32"}}},"pk":{"cols":{}}}}})");
     EXPECT_EQ(statement("T"), "CREATE TABLE \"T\" (\n    \"A\" int\n)");
 }
 
