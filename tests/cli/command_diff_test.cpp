@@ -98,6 +98,36 @@ TEST_F(CommandDiffChangesTest, PrintsJson)
               "\n");
 }
 
+// What belongs to no table comes first.
+TEST_F(CommandDiffTest, PrintsChangesOfTheWhole)
+{
+    const std::string newer = changed("\"compat_level\":1", "\"compat_level\":2");
+    EXPECT_EQ(run({"diff", old_schema, newer}).out, "~ the schema as a whole\n"
+                                                    "    ~ compatibility level: 1 -> 2\n"
+                                                    "tables: 0 changed, 0 added, 0 removed\n");
+    EXPECT_EQ(run({"diff", old_schema, newer, "--format", "markdown"}).out,
+              "## The schema as a whole\n\n"
+              "| | What | Old | New |\n|---|---|---|---|\n"
+              "| \\~ | compatibility level | 1 | 2 |\n");
+}
+
+TEST_F(CommandDiffTest, MarkdownShowsNamesAsTheyAre)
+{
+    const std::string newer = changed("\"Children\"", "\"<b>&Co|\"");
+    EXPECT_EQ(run({"diff", old_schema, newer, "--format", "markdown"}).out,
+              "## &lt;b>&amp;Co\\|: renamed from Children (a guess)\n");
+}
+
+TEST_F(CommandDiffChangesTest, MarkdownShowsWhatIsGone)
+{
+    const std::string out = run({"diff", new_schema, old_schema, "--format", "markdown"}).out;
+    EXPECT_NE(out.find("## Extra: removed\n\n"
+                       "| | What | Old | New |\n|---|---|---|---|\n"
+                       "| &minus; | column X\\|Y | guid |  |\n"),
+              std::string::npos)
+        << out;
+}
+
 TEST_F(CommandDiffTest, ComparesWhatImportReads)
 {
     const std::string source = write("export.json", sample_catalogue);

@@ -110,6 +110,44 @@ TEST_F(CommandDoctorTest, SaysWhatIsBroken)
     }
 }
 
+// SQLite cannot alter a constraint, so whoever wants another one edits the statement that SQLite keeps.
+const struct {
+    const char *name;
+    const char *from; // in the statements of the tables
+    const char *to;
+    const char *changed_tbl; // empty: the statement means the same
+} edited_constraints[] = {
+    {"a check allows more", "<=20", "<=30", "Parents"},
+    {"a check is gone", "CHECK (\"K\" BETWEEN -2147483648 AND 2147483647)", "", "Children"},
+    {"a check has another name", "width exceeded: 20", "width exceeded: 21", "Parents"},
+    {"NULL is allowed", "NOT NULL", "", "Parents"},
+    {"strings compare by case", "NOCASE", "BINARY", "Parents"},
+    {"a reference does something else", "ON UPDATE NO ACTION", "ON UPDATE CASCADE", "Children"},
+    {"the key is gone", ",\n    PRIMARY KEY (\"K\")", "", "Children"},
+    {"blanks and letter case mean nothing", "NOT NULL", "not\n  null", ""},
+    {"comments mean nothing", "<=20", "<= /* as on the server */ 20", ""},
+};
+
+TEST_F(CommandDoctorTest, SaysWhichTableHasAnotherConstraint)
+{
+    ASSERT_EXIT_CODE(run({"create", path("s.json"), path("constraints.db")}), 0);
+    const std::string sound = read("constraints.db");
+    for (const auto &c : edited_constraints) {
+        SCOPED_TRACE(c.name);
+        write("client.db", sound);
+        change("PRAGMA writable_schema=ON; UPDATE sqlite_schema SET sql = replace(sql, '" + std::string(c.from) +
+               "', '" + c.to + "') WHERE type = 'table' AND name IN ('Parents', 'Children')");
+        ASSERT_NE(read("client.db"), sound);
+        const command_result result = doctor();
+        const std::string changed = c.changed_tbl;
+        EXPECT_EXIT_CODE(result, changed.empty() ? 0 : 1);
+        const std::string lines = "error: table-changed: table \"" + changed +
+                                  "\" is not as the schema has it\n    unload the rows, create the database anew from "
+                                  "its schema, and load them\n";
+        EXPECT_EQ(result.out, settings + (changed.empty() ? "" : lines) + dates());
+    }
+}
+
 TEST_F(CommandDoctorTest, MendsWhatSqlCanMend)
 {
     EXPECT_EQ(doctor({"--format", "sql"}).out, "");

@@ -8,6 +8,7 @@
 
 struct kt_failing_alloc::state {
     mode how = mode::once;
+    size_t least = 0; // bytes of an allocation that counts
     std::mutex mutex;
     size_t turn = 0;  // the allocation that fails, counted from 1
     size_t count = 0; // allocations since next()
@@ -15,9 +16,9 @@ struct kt_failing_alloc::state {
     bool paused = false;
     std::unordered_set<void *> blocks;
 
-    bool is_to_fail()
+    bool is_to_fail(size_t size)
     {
-        if (paused)
+        if (paused || size < least)
             return false;
         count++;
         const bool fails = (how == mode::once && count == turn) || (how == mode::from_there_on && count >= turn);
@@ -30,7 +31,7 @@ static void *allocate(void *data, size_t size)
 {
     auto *state = static_cast<kt_failing_alloc::state *>(data);
     const std::lock_guard lock{state->mutex};
-    if (state->is_to_fail())
+    if (state->is_to_fail(size))
         return nullptr;
     void *block = std::malloc(size);
     state->blocks.insert(block);
@@ -41,7 +42,7 @@ static void *resize(void *data, void *block, size_t, size_t new_size)
 {
     auto *state = static_cast<kt_failing_alloc::state *>(data);
     const std::lock_guard lock{state->mutex};
-    if (state->is_to_fail())
+    if (state->is_to_fail(new_size))
         return nullptr;
     const bool is_new = state->blocks.erase(block) > 0;
     void *moved = std::realloc(block, new_size);
@@ -58,9 +59,10 @@ static void release(void *data, void *block)
     std::free(block);
 }
 
-kt_failing_alloc::kt_failing_alloc(mode how) : state_(new state)
+kt_failing_alloc::kt_failing_alloc(mode how, size_t least) : state_(new state)
 {
     state_->how = how;
+    state_->least = least;
     const KT_allocator allocator = {allocate, resize, release, state_};
     KT_memory__set_allocator(&allocator);
 }

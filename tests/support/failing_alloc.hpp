@@ -23,7 +23,8 @@ class kt_failing_alloc {
     // Fails one allocation, or all from it on, or none: then it only watches what is taken and given back.
     enum class mode { once, from_there_on, never };
 
-    explicit kt_failing_alloc(mode how = mode::once);
+    // Allocations of fewer bytes than the least neither fail nor count.
+    explicit kt_failing_alloc(mode how = mode::once, size_t least = 0);
     ~kt_failing_alloc();
     kt_failing_alloc(const kt_failing_alloc &) = delete;
     kt_failing_alloc &operator=(const kt_failing_alloc &) = delete;

@@ -157,6 +157,11 @@ TEST_F(HostCheckGrammarTest, WrittenDifferently)
         {"([D]+[D]<=[M])", "(([D]+[D])*100<=[M])"},
         {"([D]+(1)<=(2))", "([D]+(100)<=(200))"},
         {"([D]*[J]<=(2))", "([D]*[J]<=(200))"},
+        {"([J]*[D]<=(2))", "([J]*[D]<=(200))"},
+        {"([M]+[M]<=(2))", "([M]+[M]<=(20000))"},
+        {"([M]*(3)<=(2))", "([M]*(3)<=(20000))"},
+        {"((3)*[M]<=(2))", "((3)*[M]<=(20000))"},
+        {"((1)+[D]<=(2))", "((100)+[D]<=(200))"},
         {"([D]*[D4]<=(2))", "([D]*[D4]<=(2000000))"},
         {"(-[M]<(2))", "(-[M]<(20000))"},
         {"(abs([M])<(2))", "(max([M],-([M]))<(20000))"},
@@ -192,6 +197,10 @@ TEST_F(HostCheckGrammarTest, WrittenDifferently)
         {"(ltrim(rtrim([V]))<>'')", "(rtrim(ltrim(rtrim([V]))) COLLATE NOCASE<>'')"},
         {"(isnull([V],'')<>'')", "(rtrim(ifnull([V],'')) COLLATE NOCASE<>'')"},
         {"(coalesce([I],(0))>=(0))", "(ifnull([I],(0))>=(0))"},
+        {"(isnull([Bit],(1))=(1))", "(ifnull([Bit],(1))=(1))"},
+        {"(isnull([I],[J])>=(0))", "(ifnull([I],[J])>=(0))"},
+        {"(trim([V])<>'')", "(rtrim(trim([V])) COLLATE NOCASE<>'')"},
+        {"(day([Day])<(15))", "(CAST(substr([Day],9,2) AS INTEGER)<(15))"},
         {"([Bin2]='a')", "(rtrim([Bin2])='a')"},
         // lengths
         {"(len([V])>=(3))", "(length(rtrim([V]))>=(3))"},
@@ -237,6 +246,13 @@ TEST_F(HostCheckGrammarTest, Refused)
     const char *const wide = "decimals are compared or computed that may not fit 64 bits with one scale";
     const char *const length = "the length of a Unicode text is compared with something other than a number";
     const char *const computed = "it computes with values other than whole numbers of up to 32 bits, or decimals";
+    const char *const not_text = "a function is used on something other than a text";
+    const char *const no_date = "YEAR, MONTH or DAY is used on something other than a date";
+    const char *const converted = "ISNULL or COALESCE is used with values that the server may convert";
+    const char *const converted_text = "ISNULL or COALESCE is used with a text that the server may change";
+    const char *const scaled_only =
+        "a decimal or money value, which is a scaled integer here, meets something that is not one";
+    const char *const rounded = "decimals are multiplied in a way that the server rounds";
     const struct {
         const char *definition;
         const char *refusal;
@@ -303,10 +319,22 @@ TEST_F(HostCheckGrammarTest, Refused)
         {"([Wide]<[D4])", wide},
         {"([Wide]+(1)<(2))", wide},
         {"([Wide]*[I]<(2))", wide},
-        {"([M]*[M]<(2))", "decimals are multiplied in a way that the server rounds"},
+        {"([M]*[M]<(2))", rounded},
+        {"([D]*(1.5)<(2))", rounded},
+        {"((1.5)*[D]<(2))", rounded},
+        {"([D]*[F]<(2))", rounded},
+        {"([V]*[D]<(2))", rounded},
+        {"([D]+(0.125)<(2))", "a number with more decimals than the decimal that it is added to"},
+        {"((0.125)-[D]<(2))", "a number with more decimals than the decimal that it is added to"},
+        {"([D]+[Big]<(2))", scaled_only},
+        {"([Wide]+[Wide]<(2))", wide},
+        {"([I]>[Sm])", "a smallmoney is compared with numbers beyond its range, which is an error on the server"},
+        {"([Sm]<(9999999999))",
+         "a smallmoney is compared with a number beyond its range, which is an error on the server"},
+        {"((1)+[Sm]<(2))", "it computes with smallmoney, whose result has to be one on the server"},
         {"([D]/(2)<(2))", "it divides decimals, which the server rounds"},
-        {"([D]<[Big])", "a decimal or money value, which is a scaled integer here, meets something that is not one"},
-        {"([D]<[F])", "a decimal or money value, which is a scaled integer here, meets something that is not one"},
+        {"([D]<[Big])", scaled_only},
+        {"([D]<[F])", scaled_only},
         {"([Sm]<[I])", "a smallmoney is compared with numbers beyond its range, which is an error on the server"},
         {"([Sm]<(214749))", "a smallmoney is compared with a number beyond its range, which is an error on the server"},
         {"([Sm]+[Sm]<(2))", "it computes with smallmoney, whose result has to be one on the server"},
@@ -343,10 +371,10 @@ TEST_F(HostCheckGrammarTest, Refused)
         {"([Unknown]='i')", "a text is compared with letters, and its collation is not known"},
         {"([Unknown] LIKE 'i%')", letters},
         {"(upper([VCs])='a')", "UPPER() or LOWER() is compared with letters of the other case"},
-        {"(upper([I])='a')", "a function is used on something other than a text", "UPPER or LOWER"},
-        {"(isnull([V],[W])='a')", "ISNULL or COALESCE is used with values that the server may convert"},
-        {"(isnull([Tiny],(0))=(1))", "ISNULL or COALESCE is used with values that the server may convert"},
-        {"(isnull([C],'')='a')", "ISNULL or COALESCE is used with a text that the server may change"},
+        {"(upper([I])='a')", not_text, "UPPER or LOWER"},
+        {"(isnull([V],[W])='a')", converted},
+        {"(isnull([Tiny],(0))=(1))", converted},
+        {"(isnull([C],'')='a')", converted_text},
         {"(len([W])>[I])", length},
         {"((3)<len([W]))", length},
         {"(len([W])>(-1))", length},
@@ -355,7 +383,28 @@ TEST_F(HostCheckGrammarTest, Refused)
         {"(len([W]) IS NULL)", unread, "NULL"},
         {"(len([W])+(1)>(3))", computed},
         {"(datalength([Jp])>(3))", "DATALENGTH is used where SQLite counts other bytes"},
-        {"(isjson([I])>(0))", "a function is used on something other than a text", "ISJSON"},
+        {"(isjson([I])>(0))", not_text, "ISJSON"},
+        // functions
+        {"(len([I])=(3))", not_text, "LEN"},
+        {"(len([Utf])=(3))", "the length of a text in UTF-8 is used, which the server may count in units"},
+        {"(datalength([I])>(3))", "DATALENGTH is used where SQLite counts other bytes"},
+        {"(datalength((5))>(3))", "DATALENGTH is used where SQLite counts other bytes"},
+        {"(lower(upper([VCs]))='a')", not_text, "UPPER or LOWER"},
+        {"(ltrim([I])='a')", not_text, "TRIM"},
+        {"(rtrim(upper([VCs]))='A')", not_text, "TRIM"},
+        {"(trim(upper([VCs]))='A')", not_text, "TRIM"},
+        {"(year([I])=(1))", no_date},
+        {"(month([F])=(1))", no_date},
+        {"(day([Clock])=(1))", no_date},
+        {"(isnull([V],'\xC3\xA4')='a')", converted_text},
+        {"(isnull([V],'more than twenty letters')='a')", converted_text},
+        {"(isnull([Bit],(2))=(1))", converted},
+        {"(isnull([Bit],-(1))=(1))", converted},
+        {"(isnull([F],(1))=(1))", converted},
+        {"(isnull(upper([V]),'')='A')", converted},
+        {"(isnull([I])=(1))", unread, ")"},
+        {"(isnull([Nope],(1))=(1))", "it names a column that the table lacks", "Nope"},
+        {"(abs([I],[J])=(1))", unread, ","},
         {"([V]>(0))", "a number is compared with something that is not a number"},
         {"([Bin]=[Bin])", "values of a type are compared that SQLite compares differently"},
         // LIKE

@@ -128,6 +128,104 @@ TEST_F(HostSecondDefaultTest, Constants)
     EXPECT_EQ(import_default("int", "", deep), "");
 }
 
+// A default is dropped where a conversion may change its value, and where it is none of the server's.
+TEST_F(HostSecondDefaultTest, Conversions)
+{
+    const struct {
+        const char *name;
+        const char *type;
+        const char *sizes;
+        const char *definition;
+        const char *expr; // empty: dropped
+    } cases[] = {
+        {"the least of a small type", "int", "", "(CONVERT([smallint],(-32768)))", "-32768"},
+        {"more than a small type holds", "int", "", "(CONVERT([smallint],(32768)))", ""},
+        {"a number for a string", "nvarchar", R"("max_length":20)", "(CONVERT([int],(3)))", ""},
+        {"a string for a number", "int", "", "(CONVERT([varchar](5),'12'))", ""},
+        {"a decimal that keeps its digits", "float", "", "(CONVERT([decimal](9,2),(1.25)))", "1.25"},
+        {"a decimal that is rounded", "float", "", "(CONVERT([decimal](9,2),(1.255)))", ""},
+        {"a number with an exponent", "float", "", "(CONVERT([float],(1e3)))", ""},
+        {"letters beyond ASCII", "varchar", R"("max_length":20)", "(CONVERT([varchar](20),N'\u00E4'))", ""},
+        {"a string without a length", "varchar", R"("max_length":40)", "(CONVERT([varchar],'abc'))", "'abc'"},
+        {"a string without a limit", "varchar", R"("max_length":-1)", "(CONVERT([varchar](max),'abc'))", "'abc'"},
+        {"a string of fixed width", "nchar", R"("max_length":10)", "(CONVERT([nchar](5),'abc'))", "'abc  '"},
+        {"as many bytes as the column", "binary", R"("max_length":4)", "(CONVERT([binary](4),0x0A0B0C0D))",
+         "x'0A0B0C0D'"},
+        {"bytes that are cut off", "varbinary", R"("max_length":4)", "(CONVERT([varbinary](1),0x0A0B))", ""},
+        {"bytes for a guid", "uniqueidentifier", "", "(CONVERT([uniqueidentifier],0x00))", ""},
+        {"a type of the database", "int", "", "(CONVERT([dbo].[Mine],(5)))", ""},
+        {"a style that does nothing", "int", "", "(CONVERT([int],(5),(1)))", ""},
+        {"a conversion of a conversion", "varchar", R"("max_length":9)",
+         "(CONVERT([varchar](9),CAST('a' AS [char](3))))", ""},
+        {"a conversion without a comma", "int", "", "(CONVERT([int] (5)))", ""},
+        {"a conversion without parentheses", "int", "", "(CONVERT [int])", ""},
+        {"a cast without a type", "int", "", "(CAST((5)))", ""},
+        {"signs", "int", "", "(-(+(-(5))))", "5"},
+        {"a sign before a conversion", "int", "", "(-CONVERT([int],(5)))", ""},
+        {"a sign before a string", "int", "", "(-'5')", ""},
+        {"strings that are subtracted", "nvarchar", R"("max_length":20)", "(N'a'-N'b')", ""},
+        {"a sum that ends early", "int", "", "((1)+)", ""},
+        {"a product that ends early", "int", "", "((2)*)", ""},
+        {"a word", "int", "", "([five])", ""},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(import_default(c.type, c.sizes, c.definition), c.expr);
+        EXPECT_EQ(codes().empty(), *c.expr != '\0') << codes();
+    }
+}
+
+// What is not a call of the server's in the form that it keeps, or one that SQLite may compute otherwise.
+TEST_F(HostSecondDefaultTest, CallsThatAreDropped)
+{
+    const char *const definitions[] = {
+        "(dateadd(fortnight,(1),getdate()))",
+        "(dateadd(day (1),getdate()))",
+        "(dateadd(day,getdate()))",
+        "(dateadd(day,[dbo].[f](),getdate()))",
+        "(dateadd(day,'1',getdate()))",
+        "(dateadd(day,(1) getdate()))",
+        "(dateadd(day,(1),[dbo].[f]()))",
+        "(dateadd(day,(1),(2)))",
+        "(dateadd(day,(1),getdate(),(2)))",
+        "(dateadd(hour,(1000001),getdate()))",
+        "(dateadd(hour,(-1000001),getdate()))",
+        "(dateadd(day,(-100001),getdate()))",
+        "(dateadd(hour,datediff(day,(0),getdate()),(0)))",
+        "(dateadd(day,datediff(day,(0),getdate()),(1)))",
+        "(dateadd(day,datediff(day,(0),getdate()),'0'))",
+        "(dateadd(day,datediff(fortnight,(0),getdate()),(0)))",
+        "(dateadd(day,datediff(hour,(0),getdate()),(0)))",
+        "(dateadd(day,datediff(day (0),getdate()),(0)))",
+        "(dateadd(day,datediff(day,[dbo].[f](),getdate()),(0)))",
+        "(dateadd(day,datediff(day,'0',getdate()),(0)))",
+        "(dateadd(day,datediff(day,(1),getdate()),(0)))",
+        "(dateadd(day,datediff(day,(0) getdate()),(0)))",
+        "(dateadd(day,datediff(day,(0),[dbo].[f]()),(0)))",
+        "(dateadd(day,datediff(day,(0),(0)),(0)))",
+        "(dateadd(day,datediff(day,(0),getdate(),(0)),(0)))",
+        "(getdate()*(2))",
+        "(getdate()+'2')",
+        "(getdate()+[dbo].[f]())",
+        "(-getdate())",
+        "(CONVERT([datetime],getdate())+(1))",
+        "(getdate(1))",
+        "(floor((1)))",
+    };
+    for (const char *definition : definitions) {
+        SCOPED_TRACE(definition);
+        EXPECT_EQ(import_default("datetime", R"("scale":3)", definition), "");
+        EXPECT_EQ(codes(), "default-dropped dbo.T.C");
+    }
+    for (const char *definition :
+         {"(datepart(fortnight,getdate()))", "(datepart(year getdate()))", "(datepart(year,(5)))",
+          "(datepart(year,[dbo].[f]()))", "(datepart(year,getdate(),(1)))", "(year((5)))", "(year(getdate(),(1)))"}) {
+        SCOPED_TRACE(definition);
+        EXPECT_EQ(import_default("int", "", definition), "");
+        EXPECT_EQ(codes(), "default-dropped dbo.T.C");
+    }
+}
+
 // Each gives a value of the column's form; # in it stands for a digit.
 TEST_F(HostSecondDefaultTest, Clocks)
 {
@@ -168,6 +266,23 @@ TEST_F(HostSecondDefaultTest, Clocks)
         {"varchar", R"("max_length":20)", "(CONVERT([varchar](20),getdate()))", ""},
         {"varchar", R"("max_length":20)", "(CONVERT([varchar](20),getdate(),(100)))", ""},
         {"varchar", R"("max_length":20)", "(getdate())", ""},
+        {"datetime", R"("scale":3)", "(getdate()-(1))", "####-##-## ##:##:##.##[037]"},
+        {"datetime", R"("scale":3)", "(dateadd(wk,(1),getdate()))", "####-##-## ##:##:##.##[037]"},
+        {"datetime", R"("scale":3)", "(dateadd(hh,(-1),getdate()))", "####-##-## ##:##:##.##[037]"},
+        {"datetime", R"("scale":3)", "(dateadd(n,(30),getdate()))", "####-##-## ##:##:##.##[037]"},
+        {"date", "", "(newid())", ""},
+        {"tinyint", "", "(month(getdate()))", "#*"},
+        {"tinyint", "", "(year(getdate()))", ""},
+        {"smallint", "", "(day(getdate()))", "#*"},
+        {"bit", "", "(month(getdate()))", ""},
+        {"float", "", "(getdate())", ""},
+        {"nvarchar", R"("max_length":20)", "(CONVERT([varchar](10),getdate(),(120)))", "####-##-##"},
+        {"varchar", R"("max_length":-1)", "(CONVERT([varchar](10),getdate(),(120)))", "####-##-##"},
+        {"varchar", R"("max_length":9)", "(CONVERT([varchar](10),getdate(),(120)))", ""},
+        {"varchar", R"("max_length":20)", "(CONVERT([varchar](10),getdate(),'120'))", ""},
+        {"varchar", R"("max_length":20)", "(CONVERT([varchar](10),getdate(),[dbo].[f]()))", ""},
+        {"char", R"("max_length":12)", "(CONVERT([char](12),getdate(),(112)))", ""},
+        {"nchar", R"("max_length":16)", "(CONVERT([nchar](8),getdate(),(112)))", "########"},
     };
     tov_host_options options{};
     options.clock = TOV_HOST_CLOCK_LOCAL;
@@ -252,4 +367,11 @@ TEST_F(HostSecondDefaultTest, ASequenceThatNumbersTheKeyBecomesTheRowid)
     EXPECT_EQ(codes(), "default-dropped dbo.T.C");
     import_tables(a_table(7, "T", a_col(1, "C", "nvarchar", defval), a_pk("PK", "C")));
     EXPECT_EQ(codes(), "default-dropped dbo.T.C\ncomparison-approximate dbo.T.C");
+    for (const char *definition :
+         {"(NEXT ROW FOR [dbo].[S])", "(NEXT VALUE OF [dbo].[S])", "(THE VALUE FOR [dbo].[S])"}) {
+        const std::string other =
+            R"("default":{"kind":"constraint","id":5,"name":"DF","definition":")" + std::string(definition) + "\"}";
+        import_tables(a_table(7, "T", a_col(1, "C", "int", other), a_pk("PK", "C")));
+        EXPECT_EQ(codes(), "default-dropped dbo.T.C") << definition;
+    }
 }
