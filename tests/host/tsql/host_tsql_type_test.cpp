@@ -28,6 +28,8 @@ const size_case size_cases[] = {
     {"float(53)", ""},
     {"float(54)", "float takes a size from 1 to 53, not 54"},
     {"dbo.Money(99)", ""},
+    {"vector(3, float16)", ""},
+    {"vector(3)", ""},
 };
 
 } // namespace
