@@ -7,6 +7,7 @@
 
 #include "failing_alloc.hpp"
 
+#include <gtest/gtest.h>
 #include <string>
 
 // Does it with each padding, and each chunk in turn failing. prepare(padding) is called while memory can be had, and
