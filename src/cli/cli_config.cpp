@@ -5,6 +5,7 @@
 #include "cli_import.hpp"
 #include "cli_nearest.hpp"
 #include "kt_folded.hpp"
+#include "tov_host_types.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -84,6 +85,21 @@ template <auto Member> static void my_take_map(const toml::node &value, const kn
     }
 }
 
+// The types are the server's; the place of another one is known here only.
+static void my_take_types(const toml::node &value, const known_key &key, settings &to)
+{
+    my_take_map<[](settings &from) -> strings & { return from.import.types; }>(value, key, to);
+    for (const auto &[name, item] : *value.as_table()) {
+        const cli_context context;
+        tov_host_type type{};
+        KT_bool is_known = 0;
+        tov_host__find_type(context.ctx, item.as_string()->get().c_str(), &type, &is_known);
+        cli_check(context.ctx, to.path);
+        if (!is_known)
+            my_fail(to, item.source().begin, "'" + item.as_string()->get() + "' is not a type of the server");
+    }
+}
+
 static void my_take_encoding(const toml::node &value, const known_key &key, settings &to)
 {
     const std::string encoding = my_string(value, key, to, "a string");
@@ -120,6 +136,7 @@ static constexpr known_key known_keys[] = {
     {"only", my_take_list<[](settings &to) -> strings & { return to.import.only; }>},
     {"skip", my_take_list<[](settings &to) -> strings & { return to.import.skip; }>},
     {"rename", my_take_map<[](settings &to) -> strings & { return to.import.renames; }>},
+    {"type", my_take_types},
     {"define", my_take_map<[](settings &to) -> strings & { return to.import.defines; }>},
     {"constant", my_take_map<[](settings &to) -> strings & { return to.import.constants; }>},
     {"encoding", my_take_encoding},

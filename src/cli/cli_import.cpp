@@ -91,7 +91,7 @@ void cli_import(KT_context *ctx, const cli_import_options &options, const std::v
 {
     const std::vector<tov_host_file> files = my_files(sources);
     const string_list only(options.only), skip(options.skip), renames(options.renames), defines(options.defines),
-        constants(options.constants);
+        constants(options.constants), types(options.types);
     tov_host_options host_options{};
     host_options.txid = options.txid;
     host_options.verbose = options.is_verbose;
@@ -103,6 +103,7 @@ void cli_import(KT_context *ctx, const cli_import_options &options, const std::v
     host_options.defines = defines;
     host_options.clock = my_clock(options.clock);
     host_options.constants = constants;
+    host_options.types = types;
     {
         const cli_waiting waiting("importing");
         tov_host__import_files(ctx, files.data(), files.size(), &host_options, &schema->schema, &findings->list);
@@ -121,6 +122,11 @@ void cli_add_source_options(const cli_command &command, cli_import_options &opti
     command.option("--rename", options.renames,
                    "give a table or column another name in SQLite; OLD is SCHEMA.TABLE or SCHEMA.TABLE.COLUMN",
                    "OLD=NEW");
+    command.option(
+        "--type", options.types,
+        "give a column another type of the server; NAME is SCHEMA.TABLE.COLUMN, or SCHEMA.TYPE for all columns "
+        "of an alias type",
+        "NAME=TYPE");
     command.option("--encoding", options.encoding, "the encoding of scripts that are not Unicode, e.g. windows-1252",
                    "NAME");
     command.option("--define", options.defines, "the value of a variable $(NAME) in scripts", "NAME=VALUE");

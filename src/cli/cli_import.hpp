@@ -15,7 +15,7 @@ struct cli_import_options {
     std::string kind = "auto";
     std::string encoding;
     std::string clock;
-    std::vector<std::string> defines, only, skip, renames, constants;
+    std::vector<std::string> defines, only, skip, renames, types, constants;
     int64_t txid = 0;
     bool is_verbose = false;
     cli_config_choice config;

@@ -66,6 +66,12 @@ typedef struct tov_host_options {
     int32_t clock;
     /** What functions such as db_name() and suser_sname() give in defaults, each as NAME=VALUE. */
     tov_host_list constants;
+    /**
+     * Types in place of the server's, each as NAME=TYPE, where NAME is SCHEMA.TABLE.COLUMN or that of an alias type,
+     * SCHEMA.TYPE, for all its columns, and TYPE a type of the server as scripts declare it, e.g.
+     * "dbo.Orders.Total=decimal(18,4)".
+     */
+    tov_host_list types;
 } tov_host_options;
 
 /** One of several files that are read together. */

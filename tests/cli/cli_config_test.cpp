@@ -43,6 +43,18 @@ TEST_F(CliConfigTest, SaysWhatIsImported)
     EXPECT_FALSE(has("Orders"));
 }
 
+TEST_F(CliConfigTest, GivesColumnsOtherTypes)
+{
+    std::filesystem::create_directory(path("scripts"));
+    write("scripts/t.sql", "CREATE TABLE dbo.T (Id int PRIMARY KEY, A money, B money)");
+    write("scripts/tov-schema.toml", "[type]\n\"dbo.T.A\" = \"decimal(18,6)\"\n\"dbo.T.B\" = \"int\"\n");
+    EXPECT_EXIT_CODE(import({"--type", "dbo.T.B=nvarchar(9)"}, "scripts"), 0);
+    const std::string columns = run({"columns", path("s.json")}).out;
+    EXPECT_NE(columns.find("decimal(18,6)"), std::string::npos) << columns;
+    EXPECT_NE(columns.find("nvarchar(9)"), std::string::npos) << columns;
+    EXPECT_EQ(columns.find("money"), std::string::npos) << columns;
+}
+
 TEST_F(CliConfigTest, TheCommandLineWins)
 {
     configure("skip = [\"Orders\"]\n[rename]\n\"dbo.Customers\" = \"Clients\"\n\"dbo.Orders\" = \"Requests\"\n");
@@ -112,6 +124,9 @@ const mistake_case mistake_cases[] = {
     {"a list for a table", "rename = []\n", ":1:10: 'rename' is not a table of strings"},
     {"a number in a table", "[define]\nA = 1\n", ":2:5: 'define' is not a table of strings"},
     {"a name with =", "[define]\n\"A=B\" = \"1\"\n", ":2:1: a name holds '=' or the character NUL"},
+    {"a type that the server lacks", "[type]\nA = \"int\"\nB = \"integr\"\n",
+     ":3:5: 'integr' is not a type of the server"},
+    {"a type of impossible size", "type.A = \"decimal(39)\"\n", ":1:10: 'decimal(39)' is not a type of the server"},
     {"NUL", "encoding = \"a\\u0000b\"\n", ":1:12: a string holds the character NUL"},
     {"another clock", "clock = \"sun\"\n", ":1:9: 'clock' is not \"local\" or \"utc\""},
     {"a string for a flag", "strict = \"yes\"\n", ":1:10: 'strict' is not true or false"},

@@ -42,6 +42,14 @@ def test_clocks_and_constants(tmp_path):
         "default-clock", "default-dropped"]
 
 
+def test_types():
+    script = b"CREATE TABLE dbo.T (Id int PRIMARY KEY, A money)"
+    imported = tov_schema.import_source(script, types=["dbo.T.A=decimal(9,1)"])
+    declared = tov_schema.import_source(script.replace(b"money", b"decimal(9,1)"))
+    assert imported.findings == []
+    assert imported.schema.to_json() == declared.schema.to_json()
+
+
 def test_json_is_read_back(schema):
     text = schema.to_json()
     assert json.loads(text)["tbls"]

@@ -43,7 +43,8 @@ class HostList(ctypes.Structure):
 class HostOptions(ctypes.Structure):
     _fields_ = [("txid", ctypes.c_int64), ("verbose", ctypes.c_int32), ("source", ctypes.c_int32),
                 ("encoding", ctypes.c_char_p), ("only", HostList), ("skip", HostList), ("renames", HostList),
-                ("defines", HostList), ("clock", ctypes.c_int32), ("constants", HostList)]
+                ("defines", HostList), ("clock", ctypes.c_int32), ("constants", HostList),
+                ("types", HostList)]
 
 
 class HostFile(ctypes.Structure):

@@ -383,13 +383,14 @@ def _sources(paths: Union[_Sources, Path, Iterable[Path]]) -> _Sources:
 def import_source(source: Union[bytes, Path, Iterable[Path]], *, kind: str = "auto", encoding: Optional[str] = None,
                   only: Iterable[str] = (), skip: Iterable[str] = (), renames: Iterable[str] = (),
                   defines: Iterable[str] = (), txid: int = 0, clock: str = "reported",
-                  constants: Iterable[str] = ()) -> Imported:
+                  constants: Iterable[str] = (), types: Iterable[str] = ()) -> Imported:
     """Makes a schema of a package, scripts (files or folders of them) or a catalogue export, by path or as bytes.
 
     kind: "auto" looks at the content; "json", "package" or "script" says what it is.
     only, skip: patterns of SCHEMA.TABLE with * and ?.  renames: OLD=NEW.  defines: NAME=VALUE of script variables.
     clock: what getdate() becomes in defaults: "local", "utc", or "reported", which is local with a finding for each.
     constants: NAME=VALUE of functions such as db_name and suser_sname.
+    types: NAME=TYPE of columns, SCHEMA.TABLE.COLUMN, and of alias types, in place of the server's.
 
     >>> schema, findings = tov_schema.import_source("Shop.bacpac")
     """
@@ -398,7 +399,7 @@ def import_source(source: Union[bytes, Path, Iterable[Path]], *, kind: str = "au
                                           for name, content in sources))
     lists = {name: c.strings(words) for name, words in
              (("only", only), ("skip", skip), ("renames", renames), ("defines", defines),
-              ("constants", constants))}
+              ("constants", constants), ("types", types))}
     options = c.HostOptions(txid=txid, source=_choice("kind", _KINDS, kind), encoding=c.encoded(encoding),
                             clock=_choice("clock", _CLOCKS, clock),
                             **{name: c.HostList(words, len(words)) for name, words in lists.items()})

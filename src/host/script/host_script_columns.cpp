@@ -15,12 +15,7 @@ static bool my_is(const host_tsql_token &token, std::string_view text)
 
 void host_set_type(host_script_state &state, const host_tsql_type &type, host_column &record)
 {
-    host_declared_type declared;
-    declared.name = type.name();
-    declared.length = type.is_max ? -1 : type.first;
-    declared.precision = type.first;
-    declared.scale = type.system_name == "decimal" || type.system_name == "numeric" ? type.second : type.first;
-    host_set_declared_type(state.texts, declared, record);
+    host_set_declared_type(state.texts, host_declared(type), record);
     record.user_type_schema = "sys";
 }
 

@@ -15,7 +15,7 @@ static void my_find(const char *declared, tov_host_type *type, KT_bool *is_known
         return;
     host_texts texts;
     host_column col;
-    host_set_declared_type(texts, {read.system_name, {}, read.first, read.second}, col);
+    host_set_declared_type(texts, host_declared(read), col);
     const bool is_decimal = read.system_name == "decimal" || read.system_name == "numeric";
     *type = {host_abstract_type(col), is_decimal ? static_cast<uint32_t>(col.scale) : 0, host_is_row_version(col)};
 }

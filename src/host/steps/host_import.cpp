@@ -136,6 +136,7 @@ static void my_import(KT_context *ctx, std::span<const tov_host_file> files, con
     KT_TRY(my_report_source(ctx, findings, source.catalogue));
     host_order_catalogue(source.catalogue);
     KT_TRY(host_select_tables(ctx, options, findings, source.catalogue));
+    KT_TRY(host_override_types(ctx, options.types, findings, source.catalogue));
     KT_TRY(host_link_catalogue(ctx, source.catalogue));
     host_owned_schema schema{ctx};
     KT_TRY(my_new_schema(ctx, schema));

@@ -42,6 +42,10 @@ struct host_import {
 void host_select_tables(KT_context *ctx, const tov_host_options &options, host_findings &findings,
                         host_catalogue &catalogue);
 
+// host_override_types.cpp: types that the caller gives columns.
+void host_override_types(KT_context *ctx, const tov_host_list &types, host_findings &findings,
+                         host_catalogue &catalogue);
+
 // host_names.cpp: what cannot have its name in SQLite is left out.
 void host_check_names(KT_context *ctx, host_import &import);
 

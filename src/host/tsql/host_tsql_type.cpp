@@ -223,6 +223,16 @@ host_tsql_type host_read_type(host_tsql_cursor &cursor)
     return type;
 }
 
+host_declared_type host_declared(const host_tsql_type &type)
+{
+    host_declared_type declared;
+    declared.name = type.name();
+    declared.length = type.is_max ? -1 : type.first;
+    declared.precision = type.first;
+    declared.scale = type.system_name == "decimal" || type.system_name == "numeric" ? type.second : type.first;
+    return declared;
+}
+
 std::string host_read_type_spelling(host_tsql_cursor &cursor)
 {
     const host_tsql_type type = host_read_type(cursor);

@@ -1,6 +1,7 @@
 // Types as scripts write them: varchar(10), [sys].[int], national character varying(20), dbo.Money.
 #pragma once
 
+#include "records/host_declared_type.hpp"
 #include "tsql/host_tsql_cursor.hpp"
 
 #include <cstdint>
@@ -28,6 +29,9 @@ struct host_tsql_type {
 const char *host_nth_type_name(uint32_t n);
 
 host_tsql_type host_read_type(host_tsql_cursor &cursor);
+
+// The same for records; it borrows the type's name.
+host_declared_type host_declared(const host_tsql_type &type);
 
 // Reads a type and writes it as the server does: [varchar](10).
 std::string host_read_type_spelling(host_tsql_cursor &cursor);
