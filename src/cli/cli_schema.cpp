@@ -102,7 +102,7 @@ std::string cli_table_name(KT_context *ctx, tov_schema *schema, const std::strin
     return name ? name : tbl_id;
 }
 
-static std::string my_unknown_table(KT_context *ctx, tov_schema *schema, const std::string &table)
+std::vector<std::string> cli_table_names(KT_context *ctx, tov_schema *schema)
 {
     std::vector<std::string> names;
     uint32_t count = 0;
@@ -110,10 +110,15 @@ static std::string my_unknown_table(KT_context *ctx, tov_schema *schema, const s
     for (uint32_t n = 0; n < count; n++) {
         const char *tbl_id = nullptr;
         tov_schema__get_nth_tbl_id(ctx, schema, n, &tbl_id);
-        cli_check(ctx, table);
+        cli_check(ctx, "");
         names.push_back(cli_table_name(ctx, schema, tbl_id));
     }
-    const std::string nearest = cli_nearest(table, names);
+    return names;
+}
+
+static std::string my_unknown_table(KT_context *ctx, tov_schema *schema, const std::string &table)
+{
+    const std::string nearest = cli_nearest(table, cli_table_names(ctx, schema));
     return "there is no table '" + table + "'" + (nearest.empty() ? "" : "; did you mean '" + nearest + "'?");
 }
 

@@ -3,6 +3,9 @@
 
 #include "cli.hpp"
 
+#include <string>
+#include <vector>
+
 // Reads either form of a schema: the document alone, or {"schema":...,"host_internals":...}. A file of another shape
 // is refused with the place that is wrong.
 void cli_load_schema(KT_context *ctx, const std::string &path, cli_schema *schema);
@@ -18,3 +21,6 @@ std::string cli_find_table(KT_context *ctx, tov_schema *schema, const std::strin
 
 // A table's name, or its id where it has none.
 std::string cli_table_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id);
+
+// The names of all tables.
+std::vector<std::string> cli_table_names(KT_context *ctx, tov_schema *schema);

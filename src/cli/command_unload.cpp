@@ -3,10 +3,12 @@
 #include "cli_files.hpp"
 #include "cli_harmless.hpp"
 #include "cli_json.hpp"
+#include "cli_paths.hpp"
 #include "cli_schema.hpp"
 #include "commands.hpp"
 #include "tov_client.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -54,11 +56,27 @@ static void my_print_report(KT_context *ctx, KT_varray *report)
     cli_print(text);
 }
 
+// Refuses to write over the schema or the database, which a file in the folder may be.
+static void my_keep_inputs(KT_context *ctx, const unload_options &options, tov_schema *schema)
+{
+    static constexpr std::pair<const char *, const char *> endings[] = {
+        {"bcp", ".dat"}, {"csv", ".csv"}, {"json", ".jsonl"}, {"insert", ".sql"}};
+    std::vector<std::string> names = cli_table_names(ctx, schema);
+    names.insert(names.end(), {"rows", "query"});
+    for (std::string &name : names) {
+        std::replace(name.begin(), name.end(), '/', '_');
+        for (const auto &[format, ending] : endings)
+            if (options.format == format)
+                cli_keep_inputs(options.folder + "/" + name + ending, {options.schema, options.database});
+    }
+}
+
 static int my_run_unload(const unload_options &options)
 {
     const cli_context context;
     cli_schema schema(context.ctx);
     cli_load_schema(context.ctx, options.schema, &schema);
+    my_keep_inputs(context.ctx, options, schema);
     std::vector<const char *> tables;
     for (const std::string &table : options.tables)
         tables.push_back(table.c_str());

@@ -27,6 +27,9 @@ const overwriting_case overwriting_cases[] = {
     {"lite @/s.json -o @/s.json", "s.json"},
     {"check @/s.json @/client.db -o @/s.json", "s.json"},
     {"check @/s.json @/client.db -o @/client.db", "client.db"},
+    {"unload @/s.json @/client.db @/rows", "s.json"},
+    {"unload @/s.json @/client.db @/rows --format insert", "client.db"},
+    {"unload @/s.json @/client.db @/rows --format csv --query SELECT", "client.db"},
     {"doctor @/client.db -o @/client.db", "client.db"},
     {"migrate @/s.json @/s2.json -o @/s.json", "s.json"},
     {"migrate @/client.db @/s2.json -o @/client.db", "client.db"},
@@ -60,6 +63,10 @@ TEST_F(CliOverwritingTest, InputsAndOutputsAreKeptApart)
     write("s2.json", sample_schema);
     std::filesystem::create_directory(path("scripts"));
     write("scripts/t.sql", "CREATE TABLE dbo.T (Id int PRIMARY KEY)");
+    std::filesystem::create_directory(path("rows"));
+    std::filesystem::create_symlink("../s.json", path("rows/Children.dat"));
+    std::filesystem::create_symlink("../client.db", path("rows/rows.sql"));
+    std::filesystem::create_symlink("../client.db", path("rows/query.csv"));
     std::filesystem::create_symlink("c.json", path("link"));
     std::filesystem::create_hard_link(path("c.json"), path("hard"));
     ASSERT_EXIT_CODE(run({"create", path("s.json"), path("client.db")}), 0);
