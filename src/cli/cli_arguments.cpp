@@ -22,14 +22,19 @@ static std::vector<std::string> my_words_of(int argc, const char *const *argv)
     return words;
 }
 
+static std::string my_unknown(const char *what, const std::string &word, const std::vector<std::string> &words)
+{
+    const std::string nearest = cli_nearest(word, words);
+    return std::string("there is no ") + what + " '" + word + "'" +
+           (nearest.empty() ? "" : "; did you mean '" + nearest + "'?");
+}
+
 static void my_refuse_unknown_command(const std::vector<std::string> &words, const std::vector<std::string> &names)
 {
     if (words.empty() || words.front().starts_with('-') ||
         std::find(names.begin(), names.end(), words.front()) != names.end())
         return;
-    const std::string nearest = cli_nearest(words.front(), names);
-    throw cli_usage_failure("there is no command '" + words.front() + "'" +
-                            (nearest.empty() ? "" : "; did you mean '" + nearest + "'?"));
+    throw cli_usage_failure(my_unknown("command", words.front(), names));
 }
 
 cli_option cli_option::required() const
@@ -188,6 +193,22 @@ std::vector<cli_known_command> cli_arguments::known() const
     return commands;
 }
 
+// What is wrong with the words: an option that is not known rather than what is missing beside it.
+static std::string my_problem(const CLI::App &app, const CLI::ParseError &error)
+{
+    const std::vector<CLI::App *> chosen = app.get_subcommands();
+    for (const std::string &word : app.remaining(/*recurse*/ true)) {
+        if (word.size() < 2 || !word.starts_with('-'))
+            continue;
+        std::vector<std::string> known;
+        for (const CLI::Option *option : (chosen.empty() ? &app : chosen.front())->get_options())
+            for (const std::string &name : option->get_lnames())
+                known.push_back("--" + name);
+        return my_unknown("option", word, known);
+    }
+    return chosen.empty() ? "a command is required" : error.what();
+}
+
 int cli_arguments::run(int argc, const char *const *argv)
 {
     if (argc > 1 && std::string_view(argv[1]) == cli_complete_word)
@@ -205,7 +226,7 @@ int cli_arguments::run(int argc, const char *const *argv)
     } catch (const CLI::ParseError &error) {
         if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
             return app_->exit(error); // --help, --version
-        throw cli_usage_failure(error.what());
+        throw cli_usage_failure(my_problem(*app_, error));
     }
     return chosen_();
 }

@@ -50,10 +50,15 @@ const unknown_case unknown_cases[] = {
     {{"Tables"}, "there is no command 'Tables'; did you mean 'tables'?"},
     {{"help", "grap"}, "there is no command 'grap'; did you mean 'graph'?"},
     {{"frobnicate"}, "there is no command 'frobnicate'"},
+    {{}, "a command is required"},
+    {{"--versoin"}, "there is no option '--versoin'; did you mean '--version'?"},
+    {{"import", "--ouput", "a"}, "there is no option '--ouput'; did you mean '--output'?"},
+    {{"tables", "a", "b", "-q"}, "there is no option '-q'"},
+    {{"tables"}, "SCHEMA is required"},
     {{"x\u009B2J"}, "there is no command 'x<U+009B>2J'"},
 };
 
-TEST_F(CliRunTest, AnUnknownCommandIsNamedWithTheNearest)
+TEST_F(CliRunTest, WhatIsNotKnownIsNamedWithTheNearest)
 {
     for (const unknown_case &c : unknown_cases) {
         const command_result result = run(c.arguments);
