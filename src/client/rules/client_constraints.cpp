@@ -12,10 +12,11 @@ static std::string my_storage_condition(const client_checked_type &type, const s
         return col + "<x''";
     if (storage == "blob")
         return col + ">=x''";
-    // The least integer equals a real, which is refused for its range where a type has one.
+    // The least integer equals a real, which is refused for its range where a type has one. One more makes a greater
+    // integer, but not a greater real of that size.
     const bool has_range =
         type.abstract->low != INT64_MIN || (type.abstract->kind == TOV_KIND_DECIMAL && type.precision <= 18);
-    return client_about(col, has_range ? "@|0=@" : "@|0=@ AND (@>-9e18 OR typeof(@)='integer')");
+    return client_about(col, has_range ? "@|0=@" : "@|0=@ AND @+1>@");
 }
 
 static void my_add_range(const tov_abstract_type &type, const std::string &col,

@@ -5,14 +5,13 @@
 // of a second, too, so a moment with more digits than that may be good though it comes out as another.
 //
 // A CHECK may not ask for the time. Moments begin with a digit, and only one that does is shown to these functions:
-// others might be 'now'. A condition ends in "@ IS NULL" where a function's NULL has to count as a refusal, but that of
-// the column does not.
+// others might be 'now'. A condition ends in "@ IS NULL", or compares with IS, where a function's NULL has to count as
+// a refusal, but that of the column does not.
 #include "rules/client_constraint_parts.hpp"
 #include "rules/client_rule_parts.hpp"
 
 // The year 0 is refused, and so are those before it, whose sign comes before all digits.
-static constexpr const char *good_date =
-    "CASE WHEN @>='0001' AND @<':' AND date(@,'+0 days')=@ THEN 1 ELSE @ IS NULL END";
+static constexpr const char *good_date = "@>='0001' AND @<':' AND @ IS date(@,'+0 days')";
 
 // A string of ten characters of which SQLite cannot make a date is none of this check's business.
 static constexpr const char *own_date = "CASE WHEN @>='0001' AND @<':' AND date(@)=@ THEN 1 WHEN length(@)=10 THEN "
