@@ -50,6 +50,27 @@ typedef struct tov_client_compare_options {
  * - "member": what has changed of it, e.g. "type"
  * - "old", "new": what it was and is, as text for people: of the member, or of what was removed or added as a whole
  *
+ * @code{.c}
+ * void print_changed_tables(KT_context *ctx, tov_schema *old_schema, tov_schema *new_schema)
+ * {
+ *     KT_vhash *changes = NULL;
+ *     KT_varray *tables = NULL;
+ *     uint32_t count = 0;
+ *     tov_client__compare(ctx, old_schema, new_schema, NULL, &changes);
+ *     KT_vhash__get__varray(ctx, changes, "tables", &tables);
+ *     KT_varray__count(ctx, tables, &count);
+ *     for (uint32_t n = 0; n < count && !KT_context__has_err(ctx); n++) {
+ *         KT_vhash *table = NULL;
+ *         const char *name = NULL;
+ *         KT_varray__get__vhash(ctx, tables, n, &table);
+ *         KT_vhash__get__sz(ctx, table, "name", &name);
+ *         if (name)
+ *             puts(name);
+ *     }
+ *     KT_vhash__free(ctx, changes);
+ * }
+ * @endcode
+ *
  * @param options       optional.
  * @param[out] changes  owned.
  *

@@ -62,6 +62,19 @@ typedef struct tov_client_check_options {
  * schema order, first the values, then checks, keys and references. Of a value with several things wrong the callback
  * gets each that can be told without the others.
  *
+ * @code{.c}
+ * static void print(KT_context *ctx, void *data, const tov_client_violation *violation)
+ * {
+ *     (void)ctx;
+ *     fprintf((FILE *)data, "%s: %s: %s\n", violation->kind->code, violation->tbl, violation->message);
+ * }
+ *
+ * void check(KT_context *ctx, tov_schema *schema)
+ * {
+ *     tov_client__check_database(ctx, schema, "shop.db", NULL, print, stdout, NULL);
+ * }
+ * @endcode
+ *
  * @param database        the path of a file, always.
  * @param options         optional.
  * @param take            called for each violation; when it raises an error in the context, the check ends with that.
