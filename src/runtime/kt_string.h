@@ -4,8 +4,23 @@
 
 #include "kt_memory.h"
 #include <stdarg.h>
+#ifdef __cplusplus
+#include <cstring>
+#endif
 
 KT_BEGIN_DECLS
+
+/** A piece of text of so many bytes, borrowed. In C++ a string is one, and the compiler counts the bytes of literals.
+ */
+typedef struct KT_piece {
+    const char *text;
+    size_t length;
+#ifdef __cplusplus
+    KT_piece(const char *string) KT_NOEXCEPT : text(string), length(std::strlen(string))
+    {
+    }
+#endif
+} KT_piece;
 
 /** Makes an empty string, owned; freed with KT_string__free(). */
 KT_API void KT_string__alloc(KT_context *ctx, KT_string **string) KT_NOEXCEPT;
@@ -18,6 +33,10 @@ KT_API void KT_string__free(KT_context *ctx, KT_string *string) KT_NOEXCEPT;
 
 /** Appends a string; it may be part of the string itself. */
 KT_API void KT_string__append__sz(KT_context *ctx, KT_string *string, const char *text) KT_NOEXCEPT;
+
+/** Appends so many pieces, one after another. None may be null, hold a NUL, or be part of the string itself. */
+KT_API void KT_string__append__pieces(KT_context *ctx, KT_string *string, const KT_piece *pieces,
+                                      size_t count) KT_NOEXCEPT;
 
 /** Appends another string; the two may be the same. */
 KT_API void KT_string__append__string(KT_context *ctx, KT_string *string, const KT_string *other) KT_NOEXCEPT;

@@ -92,6 +92,25 @@ void KT_string__append__sz(KT_context *ctx, KT_string *string, const char *text)
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
 }
 
+void KT_string__append__pieces(KT_context *ctx, KT_string *string, const KT_piece *pieces, size_t count) noexcept
+{
+    KT_RETURN_IF_FAILED;
+    size_t length = 0;
+    for (size_t n = 0; n < count; n++) {
+        if (pieces[n].length > SIZE_MAX - length)
+            KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
+        length += pieces[n].length;
+    }
+    if (!kt_string_reserve(string, length))
+        KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
+    char *end = string->end;
+    for (size_t n = 0; n < count; n++) {
+        std::memcpy(end, pieces[n].text, pieces[n].length);
+        end += pieces[n].length;
+    }
+    kt_string_set_end(string, end);
+}
+
 void KT_string__append__string(KT_context *ctx, KT_string *string, const KT_string *other) noexcept
 {
     KT_RETURN_IF_FAILED;

@@ -71,11 +71,25 @@ TEST_F(StringTest, TextsAndStringsAreAppended)
         KT_string__append__string(ctx, string, other);
         KT_string__append__format(ctx, string, "<%d>", static_cast<int>(length));
         expected += piece + "other<" + std::to_string(length) + ">";
+        const KT_piece pieces[] = {"(", piece.c_str(), "", ")"};
+        KT_string__append__pieces(ctx, string, pieces, 4);
+        KT_string__append__pieces(ctx, string, pieces, 0);
+        expected += "(" + piece + ")";
         EXPECT_EQ(text(), expected);
     }
     EXPECT_STREQ(KT_string__sz(other), "other");
     KT_string__free(ctx, other);
     EXPECT_OK(ctx);
+}
+
+TEST_F(StringTest, PiecesThatNoMemoryHoldsAreRefused)
+{
+    KT_piece pieces[] = {"a", "b", "c"};
+    pieces[1].length = SIZE_MAX - 1;
+    KT_string__append__pieces(ctx, string, pieces, 3);
+    EXPECT_ERROR(ctx, KT_ERR_OUT_OF_MEMORY, "out of memory");
+    EXPECT_EQ(text(), "");
+    reset();
 }
 
 TEST_F(StringTest, PartsOfItselfAreAppendedWhetherItGrowsOrNot)
@@ -157,8 +171,9 @@ TEST_F(StringTest, AFailedChangeLeavesTheStringAsItWas)
     const std::string long_text(500, 'x');
     KT_string *other = nullptr;
     KT_string__alloc__sz(ctx, &other, long_text.c_str());
+    const KT_piece pieces[] = {"fits", long_text.c_str()};
     for (const std::string &start : {std::string("short"), std::string(150, 's')}) {
-        for (int operation = 0; operation < 5; operation++) {
+        for (int operation = 0; operation < 6; operation++) {
             set(start);
             kt_failing_alloc fault{kt_failing_alloc::mode::from_there_on};
             fault.next();
@@ -166,6 +181,8 @@ TEST_F(StringTest, AFailedChangeLeavesTheStringAsItWas)
                 KT_string__append__sz(ctx, string, long_text.c_str());
             else if (operation == 1)
                 KT_string__append__string(ctx, string, other);
+            else if (operation == 5)
+                KT_string__append__pieces(ctx, string, pieces, 2);
             else if (operation == 2)
                 KT_string__append__format(ctx, string, "%s%d%s", "fits", 1, long_text.c_str());
             else if (operation == 3)

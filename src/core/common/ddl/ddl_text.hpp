@@ -7,10 +7,9 @@
 #include <initializer_list>
 
 // Appends the pieces one after another; none may be null, and each is written as it is.
-inline void ddl_append(KT_context *ctx, KT_string *text, std::initializer_list<const char *> pieces) noexcept
+inline void ddl_append(KT_context *ctx, KT_string *text, std::initializer_list<KT_piece> pieces) noexcept
 {
-    for (const char *piece : pieces)
-        KT_TRY(KT_string__append__sz(ctx, text, piece));
+    KT_TRY(KT_string__append__pieces(ctx, text, pieces.begin(), pieces.size()));
 }
 
 // Type names are compared exactly. A record without one gives null, which is not a type.

@@ -14,13 +14,13 @@ struct my_statement {
     const char *type;               // the abstract type
     const tov_abstract_type *facts; // null for a name of no type
     const char *sqlite_typeof;      // what typeof() must say
-    const char *col_name;
-    const char *value; // NEW."column"
+    KT_piece col_name;
+    KT_piece value;    // NEW."column"
     int32_t width;     // longest value, in characters or bytes; unbounded when not above 0
     int32_t precision; // most digits
 };
 
-using my_pieces = std::initializer_list<const char *>;
+using my_pieces = std::initializer_list<KT_piece>;
 
 } // namespace
 
@@ -36,7 +36,7 @@ static void my_append_rejection(KT_context *ctx, const my_statement &s, my_piece
 static void my_append_check(KT_context *ctx, const my_statement &s, my_pieces condition, my_pieces message,
                             const char *end = "\n") noexcept
 {
-    KT_TRY(KT_string__append__sz(ctx, s.text, "WHEN ("));
+    KT_TRY(ddl_append(ctx, s.text, {"WHEN ("}));
     KT_TRY(ddl_append(ctx, s.text, condition));
     KT_TRY(my_append_rejection(ctx, s, message, end));
 }

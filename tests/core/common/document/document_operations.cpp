@@ -58,6 +58,8 @@ constexpr char json[] = R"({"tbls":{"t":{"name":"T","txid":1,"cols":{"c":{"name"
 constexpr char long_text[] =
     "a text that is longer than what a value holds by itself, and than what is left of a block";
 
+const KT_piece long_pieces[] = {long_text, long_text};
+
 // Longer than what a string or a set has room for from the start.
 const char *longer_text()
 {
@@ -78,6 +80,7 @@ const operation operations[] = {
     ROW(KT_string__alloc, all, &o.string),
     ROW(KT_string__alloc__sz, all, &o.string, long_text),
     ROW(KT_string__append__format, all, s.string, "%s%s%s", long_text, long_text, long_text),
+    ROW(KT_string__append__pieces, all, s.string, long_pieces, 2),
     ROW(KT_string__append__string, all, s.string, s.longer_string),
     ROW(KT_string__append__harmless, all, s.string, longer_text()),
     ROW(KT_string__append__shown, all, s.string, longer_text()),
