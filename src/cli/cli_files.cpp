@@ -37,7 +37,7 @@ struct open_file {
 
 } // namespace
 
-static void my_write_all(int fd, const std::string &content, const std::string &path)
+static void my_write_all(int fd, std::string_view content, const std::string &path)
 {
     size_t written = 0;
     while (written < content.size()) {
@@ -48,6 +48,13 @@ static void my_write_all(int fd, const std::string &content, const std::string &
             fail("cannot write", path, errno);
         written += static_cast<size_t>(count);
     }
+}
+
+using my_writing = std::function<void(const cli_sink &)>;
+
+static cli_sink my_sink_of(int fd, const std::string &path)
+{
+    return [fd, path](std::string_view piece) { my_write_all(fd, piece, path); };
 }
 
 static mode_t my_rights_of_new_file()
@@ -79,7 +86,7 @@ static bool my_find_replaced(const std::string &target, const std::string &path,
     return true;
 }
 
-static void my_write_and_rename(const std::string &path, const std::string &target, const std::string &content)
+static void my_write_and_rename(const std::string &path, const std::string &target, const my_writing &write)
 {
     struct stat replaced;
     const bool replaces = my_find_replaced(target, path, &replaced);
@@ -88,7 +95,7 @@ static void my_write_and_rename(const std::string &path, const std::string &targ
     if (file.fd < 0)
         fail("cannot write", path, errno);
     try {
-        my_write_all(file.fd, content, path);
+        write(my_sink_of(file.fd, path));
         const bool alike =
             replaces ? my_make_alike(file.fd, replaced) : ::fchmod(file.fd, my_rights_of_new_file()) == 0;
         if (!alike || ::fsync(file.fd) != 0 || ::rename(beside.c_str(), target.c_str()) != 0)
@@ -166,23 +173,28 @@ void cli_tell(const char *format, ...)
 }
 
 // A device or pipe cannot be replaced by a file beside it.
-static void my_write_on(const std::string &path, const std::string &content)
+static void my_write_on(const std::string &path, const my_writing &write)
 {
     const open_file file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
     if (file.fd < 0)
         fail("cannot write", path, errno);
-    my_write_all(file.fd, content, path);
+    write(my_sink_of(file.fd, path));
 }
 
-void cli_write_file(const std::string &path, const std::string &content)
+void cli_write_pieces(const std::string &path, const my_writing &write)
 {
     if (path == "-" || my_is_standard_output(path)) {
-        cli_print(content);
+        write(my_sink_of(STDOUT_FILENO, "standard output"));
         return;
     }
     const std::string target = cli_behind_links(path);
     if (my_is_special(path))
-        my_write_on(path, content);
+        my_write_on(path, write);
     else
-        my_write_and_rename(path, target, content);
+        my_write_and_rename(path, target, write);
+}
+
+void cli_write_file(const std::string &path, const std::string &content)
+{
+    cli_write_pieces(path, [&content](const cli_sink &take) { take(content); });
 }

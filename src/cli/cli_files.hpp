@@ -1,7 +1,9 @@
 // Files as a whole: read at once, written beside and renamed, so that a failure leaves nothing half-written.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
 
 // The content of a file, or of standard input for "-". Fails when it cannot be read or is empty.
 std::string cli_read_file(const std::string &path);
@@ -12,6 +14,10 @@ void cli_refuse_nul(const std::string &content, const std::string &path);
 
 // Writes a file, or to standard output for "-".
 void cli_write_file(const std::string &path, const std::string &content);
+
+// The same for what is made piece by piece: write is called with what takes a piece.
+using cli_sink = std::function<void(std::string_view)>;
+void cli_write_pieces(const std::string &path, const std::function<void(const cli_sink &)> &write);
 
 // Writes to standard output and makes sure that it arrived.
 void cli_print(const std::string &text);

@@ -10,6 +10,7 @@
 #include "commands.hpp"
 #include "tov_client.h"
 
+#include <exception>
 #include <memory>
 
 namespace {
@@ -55,6 +56,49 @@ static int my_run_create(const create_options &options)
     return cli_done;
 }
 
+namespace {
+
+// What takes a script on its way from the library; a failure of it waits here until the library has returned.
+struct script_taker {
+    const cli_sink &sink;
+    std::string pieces = {};
+    std::exception_ptr failure = {};
+};
+
+} // namespace
+
+static constexpr size_t pieces_at_a_time = 1 << 20;
+
+static void my_take_piece(KT_context *ctx, void *data, const char *text) noexcept
+{
+    auto *taker = static_cast<script_taker *>(data);
+    try {
+        const std::string_view piece = text;
+        if (taker->pieces.size() + piece.size() > pieces_at_a_time) {
+            taker->sink(taker->pieces);
+            taker->pieces.clear();
+        }
+        if (piece.size() > pieces_at_a_time)
+            taker->sink(piece);
+        else
+            taker->pieces += piece;
+    } catch (...) {
+        taker->failure = std::current_exception();
+        KT_context__err__generic(ctx, KT_ERR_UNEXPECTED_VALUE, "src/cli/command_create", __LINE__);
+    }
+}
+
+static void my_write_script(KT_context *ctx, tov_schema *schema, const create_options &options, const cli_sink &sink)
+{
+    const tov_client_create_options client_options = options.made.for_client();
+    script_taker taker{sink};
+    tov_client__stream_script(ctx, schema, &client_options, my_take_piece, &taker);
+    if (taker.failure)
+        std::rethrow_exception(taker.failure);
+    cli_check(ctx, options.schema);
+    sink(taker.pieces);
+}
+
 static int my_run_sql(const create_options &options)
 {
     cli_keep_inputs(options.output, {options.schema});
@@ -62,15 +106,9 @@ static int my_run_sql(const create_options &options)
     cli_schema schema(context.ctx);
     cli_load_schema(context.ctx, options.schema, &schema);
     my_print_remarks(context.ctx, schema, options.schema);
-    KT_string *script = nullptr;
-    {
-        const cli_waiting waiting("writing");
-        const tov_client_create_options client_options = options.made.for_client();
-        tov_client__write_script__with(context.ctx, schema, &client_options, &script);
-    }
-    const std::string text = cli_take(context.ctx, script);
-    cli_check(context.ctx, options.schema);
-    cli_write_file(options.output, text);
+    const cli_waiting waiting("writing");
+    cli_write_pieces(options.output,
+                     [&](const cli_sink &sink) { my_write_script(context.ctx, schema, options, sink); });
     return cli_done;
 }
 

@@ -115,6 +115,18 @@ typedef struct tov_client_create_options {
 TOV_API void tov_client__write_script__with(KT_context *ctx, tov_schema *schema,
                                             const tov_client_create_options *options, KT_string **script) KT_NOEXCEPT;
 
+/**
+ * The script of tov_client__write_script__with(), handed out a statement at a time and so without room for the whole.
+ *
+ * @param options  optional, as everywhere.
+ * @param take     called with each part, borrowed until it returns; the parts one after another are the script. When it
+ *                 leaves an error in the context, that ends the writing.
+ * @param data     handed to take.
+ */
+TOV_API void tov_client__stream_script(KT_context *ctx, tov_schema *schema, const tov_client_create_options *options,
+                                       void (*take)(KT_context *ctx, void *data, const char *text),
+                                       void *data) KT_NOEXCEPT;
+
 /** tov_client__create_database() with options. */
 TOV_API void tov_client__create_database__with(KT_context *ctx, tov_schema *schema, const char *file_name,
                                                const tov_client_create_options *options) KT_NOEXCEPT;

@@ -3,30 +3,51 @@
 
 #define KT_HERE "src/client/create/client_script"
 
-static void my_append_line(KT_context *ctx, KT_string *script, const char *sql) noexcept
+using my_take = void (*)(KT_context *ctx, void *data, const char *text);
+
+namespace {
+struct my_taker {
+    my_take take;
+    void *data;
+};
+} // namespace
+
+static void my_hand_out(KT_context *ctx, const my_taker &taker, const char *sql) noexcept
 {
-    KT_TRY(KT_string__append__sz(ctx, script, sql));
-    KT_TRY(KT_string__append__sz(ctx, script, ";\n"));
+    KT_TRY(taker.take(ctx, taker.data, sql));
+    KT_TRY(taker.take(ctx, taker.data, ";\n"));
 }
 
-static void my_append_statement(KT_context *ctx, void *script, const client_statement &statement) noexcept
+static void my_hand_out_statement(KT_context *ctx, void *taker, const client_statement &statement) noexcept
 {
-    KT_TRY(my_append_line(ctx, static_cast<KT_string *>(script), statement.sql));
+    KT_TRY(my_hand_out(ctx, *static_cast<const my_taker *>(taker), statement.sql));
+}
+
+void tov_client__stream_script(KT_context *ctx, tov_schema *schema, const tov_client_create_options *options,
+                               my_take take, void *data) noexcept
+{
+    my_taker taker{take, data};
+    client_plan plan;
+    KT_TRY(client_apply_options(ctx, options, plan));
+    KT_TRY(client_make_plan(ctx, schema, plan));
+    for (const char *setting : client_settings)
+        KT_TRY(my_hand_out(ctx, taker, setting));
+    KT_TRY(my_hand_out(ctx, taker, client_begin));
+    KT_TRY(client_each_statement(ctx, schema, plan, my_hand_out_statement, &taker));
+    KT_TRY(my_hand_out(ctx, taker, client_commit));
+}
+
+static void my_append(KT_context *ctx, void *script, const char *text) noexcept
+{
+    KT_TRY(KT_string__append__sz(ctx, static_cast<KT_string *>(script), text));
 }
 
 void tov_client__write_script__with(KT_context *ctx, tov_schema *schema, const tov_client_create_options *options,
                                     KT_string **script) noexcept
 {
-    client_plan plan;
-    KT_TRY(client_apply_options(ctx, options, plan));
-    KT_TRY(client_make_plan(ctx, schema, plan));
     kt_owned_string text{ctx};
     KT_TRY(KT_string__alloc(ctx, text.out()));
-    for (const char *setting : client_settings)
-        KT_TRY(my_append_line(ctx, text, setting));
-    KT_TRY(my_append_line(ctx, text, client_begin));
-    KT_TRY(client_each_statement(ctx, schema, plan, my_append_statement, text));
-    KT_TRY(my_append_line(ctx, text, client_commit));
+    KT_TRY(tov_client__stream_script(ctx, schema, options, my_append, text));
     text.move_to(script);
 }
 

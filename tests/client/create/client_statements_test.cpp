@@ -76,6 +76,41 @@ TEST_F(ClientStatements, KnowTheOptionsThatTheyAreMadeWith)
     }
 }
 
+TEST_F(ClientStatements, AreHandedOutOneAfterAnother)
+{
+    struct taken {
+        std::string text;
+        int left; // calls until an error
+    };
+    const auto take = [](KT_context *c, void *data, const char *text) {
+        auto *all = static_cast<taken *>(data);
+        all->text += text;
+        if (--all->left == 0)
+            KT_context__err__generic(c, KT_ERR_UNEXPECTED_VALUE, "here", 1);
+    };
+    make_one_tbl();
+    add_text_col("t", "b", "B", true);
+    KT_string *script = nullptr;
+    tov_client__write_script(ctx, schema, &script);
+    ASSERT_OK(ctx);
+    const std::string whole = KT_string__sz(script);
+    KT_string__free(ctx, script);
+
+    taken all{"", -1};
+    tov_client__stream_script(ctx, schema, nullptr, take, &all);
+    EXPECT_OK(ctx);
+    EXPECT_EQ(all.text, whole);
+    EXPECT_LT(all.left, -10) << "in parts";
+
+    taken some{"", 5};
+    tov_client__stream_script(ctx, schema, nullptr, take, &some);
+    EXPECT_FAILED(ctx, KT_ERR_UNEXPECTED_VALUE);
+    EXPECT_EQ(some.left, 0);
+    EXPECT_EQ(whole.find(some.text), 0u);
+    EXPECT_LT(some.text.size(), whole.size());
+    KT_context__err_reset(ctx);
+}
+
 TEST_F(ClientStatements, LayATableOutForAReader)
 {
     make_one_tbl();
