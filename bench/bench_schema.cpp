@@ -270,15 +270,16 @@ static std::string column_json(uint32_t n, const std::string &tbl, const std::st
 
 // The key and a check of the table's first column, and its reference to the first column of the table before.
 static std::string constraints_json(const std::string &tbl, const std::string &key, const std::string &ref_tbl,
-                                    const std::string &ref_key)
+                                    const std::string &ref_name, const std::string &ref_key)
 {
     std::string json = R"json(,"pk":{"name":"PK_)json" + tbl + R"json(","is_clustered":true,"columns":[{"name":")json" +
                        key + R"json(","descending":false}]},"checks":[{"name":"CK_)json" + tbl +
                        R"json(","definition":"([)json" + key + R"json(]>(0))"}])json";
     if (ref_tbl.empty())
         return json;
-    return json + R"json(,"fks":[{"name":"FK_)json" + tbl + R"json(","ref_table_id":)json" + ref_tbl +
-           R"json(,"on_delete":"NO_ACTION","on_update":"NO_ACTION","columns":[{"column":")json" + key +
+    return json + R"json(,"fks":[{"id":9)json" + tbl + R"json(,"name":"FK_)json" + tbl +
+           R"json(","ref_table_id":)json" + ref_tbl + R"json(,"ref_schema":"dbo","ref_table":")json" + ref_name +
+           R"json(","on_delete":"NO_ACTION","on_update":"NO_ACTION","columns":[{"column":")json" + key +
            R"json(","ref_column":")json" + ref_key + R"json("}]}])json";
 }
 
@@ -287,19 +288,21 @@ std::string bench_catalogue(const bench_size &size)
     std::mt19937 random(42);
     std::string json = R"json({"format":"sqlserver-catalogue","format_version":1,)json"
                        R"json("database":{"name":"B","can_view_definitions":true},"tables":[)json";
-    std::string last_key;
+    std::string last_name, last_key;
     uint32_t left = size.columns;
     for (uint32_t n = 0; n < size.tables; n++) {
         const uint32_t columns = left / (size.tables - n);
         left -= columns;
         const std::string tbl = tbl_id_of(n);
-        json += (n ? ",{\"id\":" : "{\"id\":") + tbl + ",\"schema\":\"dbo\",\"name\":\"" + name_of(random) +
-                std::to_string(n) + "\",\"columns\":[";
+        const std::string name = name_of(random) + std::to_string(n);
+        json += (n ? ",{\"id\":" : "{\"id\":") + tbl + R"json(,"schema":"dbo","name":")json" + name +
+                R"json(","columns":[)json";
         const std::string key = name_of(random) + "1";
         for (uint32_t c = 1; c <= columns; c++)
             json +=
                 (c > 1 ? "," : "") + column_json(c, tbl, c == 1 ? key : name_of(random) + std::to_string(c), random);
-        json += "]" + constraints_json(tbl, key, n ? tbl_id_of(n - 1) : "", last_key) + "}";
+        json += "]" + constraints_json(tbl, key, n ? tbl_id_of(n - 1) : "", last_name, last_key) + "}";
+        last_name = name;
         last_key = key;
     }
     return json + "]}";
