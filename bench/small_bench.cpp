@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <fcntl.h>
+#include <spawn.h>
 
 #include <stdexcept>
 
@@ -82,17 +83,16 @@ double children_time()
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
+// Spawned, since a fork would copy the page tables of this process, which is large by then.
 void run(const char *const *command)
 {
-    const pid_t child = fork();
-    if (child == 0) {
-        dup2(open("/dev/null", O_WRONLY), STDOUT_FILENO);
-        execvp(command[0], const_cast<char *const *>(command));
-        _exit(127);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    if (status != 0)
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t child = 0;
+    int status = posix_spawnp(&child, command[0], &actions, nullptr, const_cast<char *const *>(command), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (status != 0 || waitpid(child, &status, 0) != child || status != 0)
         throw std::runtime_error(std::string(command[0]) + " failed");
 }
 
