@@ -4,6 +4,8 @@
 #include "kt_owned.hpp"
 #include "tov_parse_defin.h"
 
+#include <benchmark/benchmark.h>
+
 #include <string>
 
 // How large: the last one is the largest database on record among users of schema tools.
@@ -26,6 +28,9 @@ const std::string &bench_json(const bench_size &size);
 // A schema whose tables refer to others at random (references), or each to the one behind it (chain).
 tov_schema *bench_reference_schema(uint32_t tables, uint32_t references);
 tov_schema *bench_reversed_chain(uint32_t tables);
+
+// A case: reading the JSON text of a schema. Freeing it is not counted.
+void bench_read_schema(benchmark::State &state, const bench_size &size);
 
 // Asks for all texts of a table: of its columns, their checks, and its keys.
 void bench_texts_of_table(KT_context *ctx, tov_schema *schema, const char *tbl);

@@ -126,18 +126,6 @@ void check_shape(benchmark::State &state, const bench_size &size)
     tov_schema__nullfree(bench_ctx(), &schema);
 }
 
-void read_schema(benchmark::State &state, const bench_size &size)
-{
-    for (auto _ : state) {
-        tov_schema *schema = nullptr;
-        tov_schema__from_json(bench_ctx(), bench_json(size).c_str(), &schema);
-        state.PauseTiming();
-        tov_schema__nullfree(bench_ctx(), &schema);
-        state.ResumeTiming();
-    }
-    bench_check();
-}
-
 using bench = void (*)(benchmark::State &, const bench_size &);
 
 void add(const char *name, const char *who, const bench_size &size, bench body)
@@ -156,7 +144,7 @@ void register_module_benches()
         add("col_read", "ours", size, read_type);
         add("col_read", "the lookups", size, look_up);
         add("shape", "ours", size, check_shape);
-        add("shape", "reading it", size, read_schema);
+        add("shape", "reading it", size, bench_read_schema);
         add("texts", "ours", size, texts);
         if (size.tables <= 1000) // SQLite's own work grows faster than the schema
             add("texts", "SQLite", size, execute);

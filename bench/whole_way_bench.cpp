@@ -9,6 +9,18 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+void bench_read_schema(benchmark::State &state, const bench_size &size)
+{
+    for (auto _ : state) {
+        tov_schema *schema = nullptr;
+        tov_schema__from_json(bench_ctx(), bench_json(size).c_str(), &schema);
+        state.PauseTiming();
+        tov_schema__nullfree(bench_ctx(), &schema);
+        state.ResumeTiming();
+    }
+    bench_check();
+}
+
 namespace {
 
 void import_catalogue(benchmark::State &state, const bench_size &size)
@@ -33,18 +45,6 @@ void write_schema(benchmark::State &state, const bench_size &size)
         KT_string *json = nullptr;
         tov_schema__to_json(bench_ctx(), bench_schema(size), &json);
         KT_string__free(bench_ctx(), json);
-    }
-    bench_check();
-}
-
-void read_schema(benchmark::State &state, const bench_size &size)
-{
-    for (auto _ : state) {
-        tov_schema *schema = nullptr;
-        tov_schema__from_json(bench_ctx(), bench_json(size).c_str(), &schema);
-        state.PauseTiming();
-        tov_schema__nullfree(bench_ctx(), &schema);
-        state.ResumeTiming();
     }
     bench_check();
 }
@@ -176,7 +176,7 @@ void register_whole_way_benches()
     const std::pair<const char *, bench> steps[] = {
         {"way_import", import_catalogue},
         {"way_write", write_schema},
-        {"way_read", read_schema},
+        {"way_read", bench_read_schema},
         {"way_order", order},
         {"way_texts", texts},
         {"way_triggers", triggers},
