@@ -230,7 +230,8 @@ typedef struct tov_client_load_options {
     KT_bool again;
     /** Whether references are left unchecked, because rows that are referred to come with a later load. */
     KT_bool skip_references;
-    /** Whether the triggers run for every row, though converting a value decides what they would. */
+    /** Whether triggers run and constraints are asked for every row, though converting a value decides what they would.
+     */
     KT_bool with_triggers;
     /** Whether the database is of no use if the load fails: then nothing is done to survive a failing machine, which is
      * faster. */

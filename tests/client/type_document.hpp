@@ -69,8 +69,9 @@ inline std::string server_facts_of(const client_declared_type &declared)
     return facts + (type.nullable ? R"(,"nullable":true)" : "");
 }
 
-// Tables "T0", "T1" ... with a key "Id" and a column "c" of one type each.
-inline std::string document_of_tables(const std::vector<client_declared_type> &types)
+// Tables "T0", "T1" ... with a key "Id" and a column "c" of one type each, and what the document says of the server's.
+inline std::string document_of_tables(const std::vector<client_declared_type> &types,
+                                      const std::vector<client_declared_type> &facts)
 {
     std::string tbls;
     for (size_t n = 0; n < types.size(); n++) {
@@ -79,9 +80,14 @@ inline std::string document_of_tables(const std::vector<client_declared_type> &t
         tbls += R"("1":{"name":"Id","type":{"name":"identity"},"notnull":{}},"2":{"name":"c","type":{)";
         tbls += abstract_type_of(types[n].type) + "}" + (types[n].type.nullable ? "" : R"(,"notnull":{})");
         tbls += R"(}},"server":{"schema":"dbo","name":"T)" + id + R"(","cols":[{"name":"Id","id":"1","type":"int"},)";
-        tbls += R"({"name":"c","id":"2",)" + server_facts_of(types[n]) + "}]}}";
+        tbls += R"({"name":"c","id":"2",)" + server_facts_of(facts[n]) + "}]}}";
     }
     return R"({"compat_level":1,"backend":{},"tbls":{)" + tbls + "}}";
+}
+
+inline std::string document_of_tables(const std::vector<client_declared_type> &types)
+{
+    return document_of_tables(types, types);
 }
 
 // Table "T", on the server "dbo.T", with columns "c0", "c1" ... Types without a form in SQLite are left out of it.

@@ -10,8 +10,8 @@ static void my_require_numbers(KT_context *ctx, tov_schema *schema, const char *
     KT_TRY(tov_schema__get_col_validation_expression(ctx, schema, tbl_id, col_id, statement.out()));
 }
 
-static void my_read_type(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
-                         client_checked_type &type) noexcept
+void client_read_checked_type(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
+                              client_checked_type &type) noexcept
 {
     const char *name = nullptr;
     int32_t scale = 0;
@@ -36,7 +36,7 @@ void client_find_col_constraints(KT_context *ctx, tov_schema *schema, const clie
                                  std::vector<client_constraint> &constraints)
 {
     client_checked_type type{};
-    KT_TRY(my_read_type(ctx, schema, tbl.id, col_id, type));
+    KT_TRY(client_read_checked_type(ctx, schema, tbl.id, col_id, type));
     const client_row_col *col = with_rules && tbl.rows.has_facts ? client_find_stored_col(tbl.rows, col_id) : nullptr;
     if (col && !col->rowid)
         type.server = &col->type;

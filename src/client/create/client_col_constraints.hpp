@@ -4,6 +4,10 @@
 #include "create/client_plan.hpp"
 #include "rules/client_constraints.hpp"
 
+// Reads what the document says of a column's abstract type, as far as its values are checked; not the server's.
+void client_read_checked_type(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
+                              client_checked_type &type) noexcept;
+
 // Finds the conditions for a value of the column, an expression, with the server's rules or without.
 void client_find_col_constraints(KT_context *ctx, tov_schema *schema, const client_tbl &tbl, const char *col_id,
                                  const std::string &value, bool with_rules, client_code_pages &pages,

@@ -7,6 +7,9 @@
 // How long to wait for another program's lock, in milliseconds.
 static constexpr int patience = 5000;
 
+// How often constraints are set aside by one connection.
+static constexpr int most_set_aside = 1000;
+
 // Pages are kept in 32 MB, so that a table's keys need not be read again and again.
 static constexpr const char *settings[] = {"PRAGMA foreign_keys=OFF", "PRAGMA recursive_triggers=ON",
                                            "PRAGMA cache_size=-32768"};
@@ -112,6 +115,16 @@ void client_connection__run_triggers(KT_context *ctx, client_connection &databas
     const int code = database.functions->configure(database.connection, SQLITE_DBCONFIG_ENABLE_TRIGGER, on ? 1 : 0);
     KT_TRY(client_connection__check(ctx, database, code));
     database.runs_triggers = on;
+}
+
+void client_connection__ask_constraints(KT_context *ctx, client_connection &database, bool on) noexcept
+{
+    if (database.asks_constraints == on || (!on && database.times_set_aside == most_set_aside))
+        return;
+    const char *setting = on ? "PRAGMA ignore_check_constraints=OFF" : "PRAGMA ignore_check_constraints=ON";
+    KT_TRY(client_connection__check(ctx, database, database.functions->exec(database.connection, setting)));
+    database.asks_constraints = on;
+    database.times_set_aside += on ? 0 : 1;
 }
 
 std::string_view client_column_text(const client_connection &database, sqlite3_stmt *statement, int column) noexcept

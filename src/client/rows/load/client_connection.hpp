@@ -12,6 +12,8 @@ struct client_connection {
     const KT_sqlite_functions *functions = tov__get_sqlite_functions();
     kt_owned_connection connection{functions};
     bool runs_triggers = true;
+    bool asks_constraints = true;
+    int times_set_aside = 0; // the constraints
 };
 
 // Opens a database that is there, for reading alone or for loading: references are not looked at row by row, because
@@ -37,6 +39,10 @@ void client_connection__bind_text(KT_context *ctx, client_connection &database, 
 
 // Whether triggers run from now on.
 void client_connection__run_triggers(KT_context *ctx, client_connection &database, bool on) noexcept;
+
+// Whether SQLite asks the CHECK constraints of rows that are put in from now on. What is set aside very often stays,
+// since statements are compiled anew each time.
+void client_connection__ask_constraints(KT_context *ctx, client_connection &database, bool on) noexcept;
 
 // The text of a column of the present row, with its length.
 std::string_view client_column_text(const client_connection &database, sqlite3_stmt *statement, int column) noexcept;

@@ -152,12 +152,25 @@ static void my_take_script_row(KT_context *ctx, tov_client_loader &loader, clien
     KT_TRY(my_take_row(ctx, loader, job, *part, input, row));
 }
 
+// Another program may have changed the database while no transaction held it: then no check is left out any more.
+static void my_note_changes(KT_context *ctx, tov_client_loader &loader)
+{
+    int64_t version = 0;
+    KT_TRY(client_connection__ask(ctx, loader.database, "PRAGMA schema_version", version));
+    if (version == loader.schema_version)
+        return;
+    loader.schema_version = version;
+    for (auto &[id, target] : loader.targets)
+        target.with_triggers = target.with_constraints = true;
+}
+
 void client_loader__begin(KT_context *ctx, tov_client_loader &loader)
 {
     if (loader.in_transaction)
         return;
     KT_TRY(client_connection__run(ctx, loader.database, "BEGIN IMMEDIATE"));
     loader.in_transaction = true;
+    KT_TRY(my_note_changes(ctx, loader));
 }
 
 std::string client_pack_counts(const std::map<std::string, int64_t> &counts)

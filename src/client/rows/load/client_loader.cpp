@@ -66,6 +66,7 @@ static void my_open(KT_context *ctx, tov_schema *schema, const char *database, c
     }
     KT_TRY(client_loader__begin(ctx, loader));
     KT_TRY(client_progress__prepare(ctx, loader.database, loader.plan.trigger_prefix));
+    KT_TRY(client_connection__ask(ctx, loader.database, "PRAGMA schema_version", loader.schema_version));
     KT_TRY(client_loader__commit(ctx, loader, nullptr));
 }
 

@@ -84,7 +84,8 @@ struct tov_client_loader {
     std::deque<client_part_source> sources;
     std::vector<std::string> remarks; // the first rejects, for a person
     int64_t rejected = 0;
-    int64_t in_batch = 0; // rows since the last transaction ended
+    int64_t in_batch = 0;       // rows since the last transaction ended
+    int64_t schema_version = 0; // of the database, for which the targets' checks were looked at
     bool in_transaction = false;
 };
 

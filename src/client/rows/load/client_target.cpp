@@ -1,105 +1,13 @@
 // Values are converted and bound one after the other; SQLite judges the row as a whole.
 //
-// The check that a schema's trigger makes of each value is left out where conversion alone decides: every converted
-// value passes it. Constraints are the table's own, and always asked. Where the database computes a value (a default),
-// or has other triggers, they run.
+// The schema's check of each value, made by triggers or by constraints, is left out where conversion alone decides:
+// every converted value passes it. Where the database computes a value (a default, the number of a row), or has other
+// triggers or constraints, they are asked.
 #include "rows/load/client_target.hpp"
-
-#include "create/client_col_constraints.hpp"
-#include "create/client_statements.hpp"
 
 #include <algorithm>
 
 #define KT_HERE "src/client/rows/load/client_target"
-
-namespace {
-// What the triggers of one table should be.
-struct trigger_texts {
-    bool with_rules = false; // which of them are being listed
-    std::string insert;      // with the server's rules
-    std::string basic;       // and without
-    std::vector<std::string> others;
-};
-} // namespace
-
-static void my_note_text(KT_context *ctx, void *data, const client_statement &statement) noexcept
-{
-    auto &texts = *static_cast<trigger_texts *>(data);
-    kt_contain(ctx, [&] {
-        if (statement.kind == client_kind::insert_trigger)
-            (texts.with_rules ? texts.insert : texts.basic) = statement.sql;
-        else
-            texts.others.emplace_back(statement.sql);
-    });
-}
-
-static void my_list_texts(KT_context *ctx, tov_schema *schema, const client_plan &plan, const client_tbl &tbl,
-                          trigger_texts &texts)
-{
-    for (const bool with_rules : {true, false}) {
-        texts.with_rules = with_rules;
-        KT_TRY(client_each_trigger(ctx, schema, plan, tbl, with_rules, my_note_text, &texts));
-    }
-}
-
-static void my_look_at_triggers(KT_context *ctx, client_connection &database, const trigger_texts &texts,
-                                client_target &target)
-{
-    static constexpr const char *sql =
-        "SELECT sql FROM sqlite_master WHERE type = 'trigger' AND tbl_name = ?1 COLLATE NOCASE";
-    kt_owned_statement handle{tov__get_sqlite_functions()};
-    bool has = false;
-    KT_TRY(client_connection__prepare(ctx, database, sql, handle));
-    KT_TRY(client_connection__bind_text(ctx, database, handle, 1, target.tbl.name));
-    target.with_triggers = false;
-    KT_TRY(client_connection__step(ctx, database, handle, has));
-    while (has) {
-        const std::string text(client_column_text(database, handle, 0));
-        const bool is_other = std::find(texts.others.begin(), texts.others.end(), text) != texts.others.end();
-        target.with_triggers |= text != texts.insert && text != texts.basic && !is_other;
-        target.with_rules |= text == texts.insert;
-        KT_TRY(client_connection__step(ctx, database, handle, has));
-    }
-}
-
-// Whether the constraints of the table hold the server's rules.
-static void my_look_at_constraints(KT_context *ctx, client_connection &database, tov_schema *schema,
-                                   const client_tbl &tbl, client_target &target)
-{
-    static constexpr const char *sql =
-        "SELECT sql FROM sqlite_master WHERE type = 'table' AND name = ?1 COLLATE NOCASE";
-    kt_owned_statement handle{tov__get_sqlite_functions()};
-    client_code_pages pages;
-    bool has = false;
-    KT_TRY(client_connection__prepare(ctx, database, sql, handle));
-    KT_TRY(client_connection__bind_text(ctx, database, handle, 1, target.tbl.name));
-    KT_TRY(client_connection__step(ctx, database, handle, has));
-    const std::string text(has ? client_column_text(database, handle, 0) : "");
-    bool holds_all = has;
-    for (const client_row_col &col : target.tbl.cols) {
-        std::string constraints;
-        if (!col.stored)
-            continue;
-        KT_TRY(client_append_col_constraints(ctx, schema, tbl, col.col_id.c_str(), true, pages, constraints));
-        holds_all = holds_all && text.find(constraints) != std::string::npos;
-    }
-    target.with_rules = holds_all;
-}
-
-void client_target__look_at_checks(KT_context *ctx, client_connection &database, tov_schema *schema,
-                                   const client_plan &plan, const client_tbl &tbl, client_target &target) noexcept
-{
-    kt_contain(ctx, [&] {
-        trigger_texts texts;
-        target.with_rules = false;
-        KT_TRY(my_list_texts(ctx, schema, plan, tbl, texts));
-        KT_TRY(my_look_at_triggers(ctx, database, texts, target));
-        if (!target.with_rules)
-            KT_TRY(my_look_at_constraints(ctx, database, schema, tbl, target));
-        if (target.with_rules && !tbl.versioned.col_id.empty())
-            target.versions->counter = client_counter_name(plan);
-    });
-}
 
 static std::string my_insert_text(const client_row_tbl &tbl, const std::vector<size_t> &cols)
 {
@@ -141,6 +49,7 @@ static void my_fill_layout(client_target &target, client_layout &layout)
             layout.blame = n;
         }
         target.with_triggers |= !given && col.has_default; // a value that was not converted
+        target.with_constraints |= !given && (col.has_default || col.rowid);
     }
 }
 
@@ -291,6 +200,7 @@ void client_target__put(KT_context *ctx, client_connection &database, client_con
         return;
     }
     KT_TRY(client_connection__run_triggers(ctx, database, target.with_triggers));
+    KT_TRY(client_connection__ask_constraints(ctx, database, target.with_triggers || target.with_constraints));
     converter.with_rules = target.with_rules;
     my_bind_all(ctx, database, converter, target, *layout, row, verdict);
     converter.room = &converter.scratch;

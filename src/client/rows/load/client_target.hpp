@@ -27,6 +27,7 @@ struct client_target {
     client_versions *versions = nullptr;                  // of the load
     bool has_version = false;                             // whether the greatest of the table's own is known among them
     bool with_triggers = true;                            // whether the checks of the triggers have to run
+    bool with_constraints = true;                         // whether the constraints have to be asked
     bool with_rules = false;                              // whether the table holds values to the server's rules
     std::map<std::vector<size_t>, client_layout> layouts; // by cols
 };
@@ -41,9 +42,10 @@ struct client_verdict {
     int64_t rowid = 0;             // of a row that was inserted
 };
 
-// Whether what a table's triggers do to an inserted row is done as well by converting its fields: when the schema's own
-// check is the only trigger for insertions, word for word; and whether triggers or constraints hold the server's rules.
-// Sets with_triggers and with_rules.
+// Whether what a table's triggers and constraints do to an inserted row is done as well by converting its fields: when
+// the schema's own check is the only trigger for insertions, word for word, when the table is word for word what would
+// be created and has no check but those of its types, and when these are the types of the fields. And whether triggers
+// or constraints hold the server's rules. Sets with_triggers, with_constraints and with_rules.
 void client_target__look_at_checks(KT_context *ctx, client_connection &database, tov_schema *schema,
                                    const client_plan &plan, const client_tbl &tbl, client_target &target) noexcept;
 
