@@ -25,6 +25,25 @@ TOV_API const tov_client_diagnosis_kind *tov_client__get_nth_diagnosis_kind(uint
 /**
  * Examines a database.
  *
+ *
+ * @code{.c}
+ * void print_cures(KT_context *ctx)
+ * {
+ *     KT_varray *diagnoses = NULL;
+ *     uint32_t count = 0;
+ *     tov_client__examine_database(ctx, "shop.db", &diagnoses);
+ *     KT_varray__count(ctx, diagnoses, &count);
+ *     for (uint32_t n = 0; n < count && !KT_context__has_err(ctx); n++) {
+ *         KT_vhash *diagnosis = NULL;
+ *         const char *sql = NULL;
+ *         KT_varray__get__vhash(ctx, diagnoses, n, &diagnosis);
+ *         KT_vhash__check__sz(ctx, diagnosis, "sql", &sql);
+ *         if (sql)
+ *             puts(sql);
+ *     }
+ *     KT_varray__free(ctx, diagnoses);
+ * }
+ * @endcode
  * @param file_name       the path of a file, always.
  * @param[out] diagnoses  owned; a map for each, in the order in which things are looked at; members that have nothing
  *                        to say are left out:

@@ -32,6 +32,26 @@ typedef struct tov_client_migrate_options {
 /**
  * Plans the way from one schema to another.
  *
+ *
+ * @code{.c}
+ * // What would be lost, each as options.allowed_losses has to name it.
+ * void print_losses(KT_context *ctx, tov_schema *old_schema, tov_schema *new_schema)
+ * {
+ *     KT_varray *steps = NULL;
+ *     uint32_t count = 0;
+ *     tov_client__plan_migration(ctx, old_schema, new_schema, NULL, &steps);
+ *     KT_varray__count(ctx, steps, &count);
+ *     for (uint32_t n = 0; n < count && !KT_context__has_err(ctx); n++) {
+ *         KT_vhash *step = NULL;
+ *         const char *loss = NULL;
+ *         KT_varray__get__vhash(ctx, steps, n, &step);
+ *         KT_vhash__check__sz(ctx, step, "loss", &loss);
+ *         if (loss)
+ *             puts(loss);
+ *     }
+ *     KT_varray__free(ctx, steps);
+ * }
+ * @endcode
  * @param options     optional.
  * @param[out] steps  owned; a map for each step, in order; members that have nothing to say are left out:
  *                    - "description": what it does, for people; "table": the table's name in SQLite

@@ -26,6 +26,20 @@ typedef struct tov_client_report_options {
 /**
  * Writes a report as one HTML page that needs nothing but a browser: no network, no file beside it.
  *
+ *
+ * @code{.c}
+ * void report(KT_context *ctx, tov_schema *schema, const KT_varray *findings, FILE *page)
+ * {
+ *     tov_client_report_options options = {0};
+ *     KT_string *html = NULL;
+ *     options.title = "Shop";
+ *     options.findings = findings;
+ *     tov_client__write_html_report(ctx, schema, &options, &html);
+ *     if (html)
+ *         fputs(KT_string__sz(html), page);
+ *     KT_string__free(ctx, html);
+ * }
+ * @endcode
  * @param options    optional.
  * @param[out] html  owned.
  *

@@ -87,6 +87,34 @@ typedef struct tov_host_file {
  * Takes what tools make of an export: UTF-8 with or without byte-order mark, UTF-16LE with one, a header line with its
  * dashes, a trailing row count, line ends put into the document by a tool, and a bare list of tables.
  *
+ *
+ * @code{.c}
+ * // The schema of a source, or null and an error in the context; prints what does not go over unchanged.
+ * tov_schema *import(KT_context *ctx, const char *bytes, size_t size)
+ * {
+ *     tov_host_options options = {0};
+ *     tov_schema *schema = NULL;
+ *     KT_varray *findings = NULL;
+ *     KT_string *line = NULL;
+ *     uint32_t count = 0;
+ *     options.clock = TOV_HOST_CLOCK_UTC;
+ *     tov_host__import(ctx, bytes, size, &options, &schema, &findings);
+ *     if (findings)
+ *         KT_varray__count(ctx, findings, &count);
+ *     for (uint32_t n = 0; n < count && !KT_context__has_err(ctx); n++) {
+ *         KT_vhash *finding = NULL;
+ *         KT_string__alloc(ctx, &line);
+ *         KT_varray__get__vhash(ctx, findings, n, &finding);
+ *         tov_host__format_finding(ctx, finding, line);
+ *         if (!KT_context__has_err(ctx))
+ *             puts(KT_string__sz(line));
+ *         KT_string__free(ctx, line);
+ *         line = NULL;
+ *     }
+ *     KT_varray__free(ctx, findings);
+ *     return schema;
+ * }
+ * @endcode
  * @param bytes           the source's content; need not end at NUL.
  * @param size            its size in bytes.
  * @param options         optional.

@@ -34,6 +34,24 @@ typedef void (*tov_host_take_rows)(KT_context *ctx, void *data, const tov_host_r
 /**
  * Unpacks the rows of a package, table by table in the order of their names, part by part, never a whole part at once.
  *
+ *
+ * @code{.c}
+ * static void count(KT_context *ctx, void *data, const tov_host_row_part *part, const char *bytes, size_t size)
+ * {
+ *     (void)ctx;
+ *     (void)bytes;
+ *     if (size == 0)
+ *         printf("%s.%s, part %u\n", part->schema_name, part->tbl_name, (unsigned)part->number);
+ *     *(size_t *)data += size;
+ * }
+ *
+ * size_t measure_rows(KT_context *ctx, const char *package, size_t size)
+ * {
+ *     size_t total = 0;
+ *     tov_host__read_row_parts(ctx, package, size, count, &total);
+ *     return total;
+ * }
+ * @endcode
  * @param bytes  the package's content.
  * @param take   called for each piece.
  * @param data   handed to it.

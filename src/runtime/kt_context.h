@@ -105,6 +105,23 @@ KT_API void KT_context__err_reset(KT_context *ctx) KT_NOEXCEPT;
 /**
  * Opens a nested level with no error, for clean-up or for a trial whose failure is expected. The error of the level
  * left stays as it is. Never fails; takes no memory.
+ *
+ * @code{.c}
+ * #include "kt_vhash.h"
+ *
+ * // Whether a text is a JSON object. That it is not is no failure of the caller's.
+ * KT_bool is_object(KT_context *ctx, const char *text)
+ * {
+ *     KT_vhash *map = NULL;
+ *     KT_bool is_one;
+ *     KT_context__push_level(ctx);
+ *     KT_vhash__alloc__from_json__sz(ctx, &map, text);
+ *     is_one = !KT_context__has_err(ctx);
+ *     KT_vhash__free(ctx, map);
+ *     KT_context__pop_level(ctx);
+ *     return is_one;
+ * }
+ * @endcode
  */
 KT_API void KT_context__push_level(KT_context *ctx) KT_NOEXCEPT;
 

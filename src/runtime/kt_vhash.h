@@ -135,6 +135,22 @@ KT_API void KT_vhash__remove_if_present(KT_context *ctx, KT_vhash *map, const ch
 /*
  * The n-th pair in order, counted from 0; both outputs are optional. KT_ERR_OUT_OF_RANGE when n is not below the
  * count, KT_ERR_WRONG_TYPE when the value is not of the type in the name.
+ *
+ * @code{.c}
+ * // Prints {"a":"1","b":"2"} as two lines.
+ * void print_pairs(KT_context *ctx, const KT_vhash *map)
+ * {
+ *     uint32_t count = 0;
+ *     KT_vhash__count(ctx, map, &count);
+ *     for (uint32_t n = 0; n < count && !KT_context__has_err(ctx); n++) {
+ *         const char *key = NULL;
+ *         const char *value = NULL;
+ *         KT_vhash__get_nth_pair__sz(ctx, map, n, &key, &value);
+ *         if (!KT_context__has_err(ctx))
+ *             printf("%s: %s\n", key, value);
+ *     }
+ * }
+ * @endcode
  */
 KT_API void KT_vhash__get_nth_pair(KT_context *ctx, const KT_vhash *map, uint32_t n, const char **key,
                                    const KT_variant **value) KT_NOEXCEPT;

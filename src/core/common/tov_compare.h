@@ -27,6 +27,22 @@ TOV_API void tov_schema__list_tbls(KT_context *ctx, tov_schema *schema, KT_varra
  * A table of both has changed when both transaction ids are other than 0 and differ, and is the same otherwise; what
  * the tables hold is not compared.
  *
+ *
+ * @code{.c}
+ * #include "tov_parse_defin.h"
+ *
+ * // How many tables were added or have changed.
+ * uint32_t count_news(KT_context *ctx, tov_schema *old_schema, tov_schema *new_schema)
+ * {
+ *     KT_varray *news = NULL; // one list for both: what is found is appended
+ *     uint32_t count = 0;
+ *     tov_schema__diff_tbls(ctx, old_schema, new_schema, NULL, &news, NULL, &news);
+ *     if (news)
+ *         KT_varray__count(ctx, news, &count);
+ *     KT_varray__free(ctx, news);
+ *     return count;
+ * }
+ * @endcode
  * @param a, b  optional; a null schema has no tables.
  * @param[out] only_in_a, in_both_same, in_both_changed  lists as described above, in the order of a; each address is
  *              optional, null when the category is not wanted.

@@ -99,6 +99,22 @@ TOV_API void tov_schema__get_validation_expression(KT_context *ctx, const char *
 
 /**
  * Builds the same for a column of the schema, with what its type says.
+ *
+ * @code{.c}
+ * #include "tov_parse_defin.h"
+ *
+ * // CREATE TRIGGER "check_Qty" BEFORE INSERT ON "Orders" BEGIN SELECT CASE ... END; END
+ * void make_trigger(KT_context *ctx, tov_schema *schema, KT_string *sql)
+ * {
+ *     KT_string *check = NULL;
+ *     tov_schema__get_col_validation_expression(ctx, schema, "101", "3", &check);
+ *     KT_string__append__sz(ctx, sql, "CREATE TRIGGER \"check_Qty\" BEFORE INSERT ON \"Orders\" BEGIN ");
+ *     if (check)
+ *         KT_string__append__sz(ctx, sql, KT_string__sz(check));
+ *     KT_string__append__sz(ctx, sql, "; END");
+ *     KT_string__free(ctx, check);
+ * }
+ * @endcode
  * Fails with KT_ERR_KEY_NOT_FOUND: no type, text or blob without width, decimal without precision or scale.
  */
 TOV_API void tov_schema__get_col_validation_expression(KT_context *ctx, tov_schema *schema, const char *tbl_id,

@@ -18,6 +18,25 @@ KT_BEGIN_DECLS
 
 /**
  * Makes an empty schema, owned; freed with tov_schema__nullfree().
+ *
+ * @code{.c}
+ * #include "tov_parse_defin.h"
+ *
+ * // A schema with one table of two columns, or null and an error in the context.
+ * tov_schema *describe(KT_context *ctx)
+ * {
+ *     tov_schema *schema = NULL;
+ *     tov_schema__new(ctx, 1, &schema);
+ *     tov_schema__add_tbl(ctx, schema, "101", "Product", 1);
+ *     tov_schema__add_col(ctx, schema, "101", "1", "ProductId", 1, 0, 0);
+ *     tov_schema__set_col_type_identity(ctx, schema, "101", "1", NULL);
+ *     tov_schema__add_col(ctx, schema, "101", "2", "Listed", 1, 0, 0);
+ *     tov_schema__set_col_type_simple(ctx, schema, "101", "2", "date");
+ *     if (KT_context__has_err(ctx)) // a call that follows a failed one does nothing, so this looks once
+ *         tov_schema__nullfree(ctx, &schema);
+ *     return schema;
+ * }
+ * @endcode
  * @param compat_level  the compatibility level that the schema is made for; kept in the document.
  */
 TOV_API void tov_schema__new(KT_context *ctx, uint32_t compat_level, tov_schema **schema) KT_NOEXCEPT;

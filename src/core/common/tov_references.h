@@ -92,6 +92,32 @@ TOV_API void tov_schema__list_tbls_referenced_by(KT_context *ctx, tov_schema *sc
  * that changed nothing. Tables are listed by level, and within a level as they first got one: by pass, then in schema
  * order. Time is linear in the size of the schema.
  *
+ *
+ * @code{.c}
+ * #include "tov_parse_defin.h"
+ *
+ * void print_names_in_order(KT_context *ctx, tov_schema *schema)
+ * {
+ *     KT_varray *cycles = NULL;
+ *     KT_varray *tbl_ids = NULL;
+ *     uint32_t count = 0;
+ *     tov_schema__find_reference_cycles(ctx, schema, &cycles, NULL);
+ *     if (!cycles && !KT_context__has_err(ctx)) {
+ *         tov_schema__sort_by_references(ctx, schema, &tbl_ids);
+ *         KT_varray__count(ctx, tbl_ids, &count);
+ *     }
+ *     for (uint32_t n = 0; n < count && !KT_context__has_err(ctx); n++) {
+ *         const char *tbl_id = NULL;
+ *         const char *name = NULL;
+ *         KT_varray__get__sz(ctx, tbl_ids, n, &tbl_id);
+ *         tov_schema__get_tbl_name(ctx, schema, tbl_id, &name);
+ *         if (name)
+ *             puts(name);
+ *     }
+ *     KT_varray__free(ctx, tbl_ids);
+ *     KT_varray__free(ctx, cycles);
+ * }
+ * @endcode
  * @param[out] tbl_ids  owned; empty for a schema without tables.
  *
  * Fails with KT_ERR_SCHEMA_NOT_SUPPORTED when a table gets no level: it refers to nothing but tables in a cycle, or
