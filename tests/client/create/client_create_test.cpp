@@ -349,7 +349,7 @@ TEST_F(ClientCreate, KilledAtAnyMomentLeavesAllTablesOrNone)
     std::random_device seed;
     std::minstd_rand random(seed());
     std::uniform_int_distribution<int64_t> moment(0, usual.count() * 3 / 2);
-    const int count = 25;
+    const int count = 12;
     int none_left = 0;
     for (int n = 0; n < count; n++) {
         fs::remove(file);
