@@ -45,6 +45,7 @@ const std::vector<bench_case> &bench_cases()
         {"get_map", "KT_vhash__get__sz() of a small map", {{"", 1.0}}},
         {"get_tbl", "tov_schema__get_tbl_name(), 100 tables", {{"", 1.0}}},
         {"get_col", "tov_schema__get_col_name(), 100 tables", {{"", 1.0}}},
+        {"get_cols", "the same of another column of another table each time", {}},
         {"start", "start of the command, against that of the shell", {{"", 1.3}}},
         {"col_read", "read a column's type, against two lookups", {}},
         {"shape", "check the shape of a document, against reading it", {}},

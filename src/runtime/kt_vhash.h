@@ -122,6 +122,13 @@ KT_API void KT_vhash__check__sz(KT_context *ctx, const KT_vhash *map, const char
 KT_API void KT_vhash__check__int64(KT_context *ctx, const KT_vhash *map, const char *key, int64_t *value) KT_NOEXCEPT;
 KT_API void KT_vhash__check__bool(KT_context *ctx, const KT_vhash *map, const char *key, KT_bool *value) KT_NOEXCEPT;
 
+/**
+ * The child map under the folded form of a key (KT_char__folded()), as KT_vhash__check__vhash() finds it.
+ * @param[out] folded  the key as the map has it, borrowed; left as it was when the child is absent.
+ */
+KT_API void KT_vhash__check_folded__vhash(KT_context *ctx, const KT_vhash *map, const char *key, const char **folded,
+                                          KT_vhash **value) KT_NOEXCEPT;
+
 /* Ensure: the child under a key, added empty at the end when the key is absent. Borrowed. */
 KT_API void KT_vhash__ensure__vhash(KT_context *ctx, KT_vhash *map, const char *key, KT_vhash **child) KT_NOEXCEPT;
 KT_API void KT_vhash__ensure__varray(KT_context *ctx, KT_vhash *map, const char *key, KT_varray **child) KT_NOEXCEPT;

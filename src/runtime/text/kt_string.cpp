@@ -14,6 +14,9 @@
 
 #define KT_HERE "src/runtime/kt_string"
 
+// Most texts that outgrow the object are definitions and conditions, which seldom outgrow this.
+static constexpr size_t my_first_block = 512;
+
 void kt_string_init(KT_string *string) noexcept
 {
     string->begin = string->inside;
@@ -35,7 +38,7 @@ bool kt_string_grow(KT_string *string, size_t more) noexcept
     if (more > std::numeric_limits<size_t>::max() / 4 - length)
         return false;
     const size_t old_size = static_cast<size_t>(string->limit - string->begin) + 1;
-    const size_t new_size = std::max(2 * old_size, length + more + 1);
+    const size_t new_size = std::max({2 * old_size, length + more + 1, my_first_block});
     const bool is_inside = string->begin == string->inside;
     void *block = is_inside ? kt_allocate(new_size) : kt_resize(string->begin, old_size, new_size);
     if (!block)
@@ -92,6 +95,27 @@ void KT_string__append__sz(KT_context *ctx, KT_string *string, const char *text)
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
 }
 
+// Most pieces are a few bytes long, for which a call takes longer than the copy: two moves that may overlap.
+static inline char *my_copy(char *to, const char *from, size_t length) noexcept
+{
+    if (length > 16 || length < 4) {
+        std::memcpy(to, from, length);
+    } else if (length >= 8) {
+        uint64_t first, last;
+        std::memcpy(&first, from, 8);
+        std::memcpy(&last, from + length - 8, 8);
+        std::memcpy(to, &first, 8);
+        std::memcpy(to + length - 8, &last, 8);
+    } else {
+        uint32_t first, last;
+        std::memcpy(&first, from, 4);
+        std::memcpy(&last, from + length - 4, 4);
+        std::memcpy(to, &first, 4);
+        std::memcpy(to + length - 4, &last, 4);
+    }
+    return to + length;
+}
+
 void KT_string__append__pieces(KT_context *ctx, KT_string *string, const KT_piece *pieces, size_t count) noexcept
 {
     KT_RETURN_IF_FAILED;
@@ -104,10 +128,8 @@ void KT_string__append__pieces(KT_context *ctx, KT_string *string, const KT_piec
     if (!kt_string_reserve(string, length))
         KT_FAIL_GENERIC(KT_ERR_OUT_OF_MEMORY);
     char *end = string->end;
-    for (size_t n = 0; n < count; n++) {
-        std::memcpy(end, pieces[n].text, pieces[n].length);
-        end += pieces[n].length;
-    }
+    for (size_t n = 0; n < count; n++)
+        end = my_copy(end, pieces[n].text, pieces[n].length);
     kt_string_set_end(string, end);
 }
 

@@ -44,11 +44,9 @@ inline uint32_t kt_find_in_shape_index(const kt_shape *shape, const kt_query &qu
     }
 }
 
-inline uint32_t kt_find_in_shape(const kt_shape *shape, const kt_query &query) noexcept
+inline uint32_t kt_scan_shape(const kt_shape *shape, const kt_query &query) noexcept
 {
     const uint32_t count = shape->count;
-    if (count > kt_scan_limit)
-        return kt_find_in_shape_index(shape, query);
     if (count == 0)
         return kt_no_slot;
     const kt_shape_key *keys = shape->keys->keys;
@@ -56,6 +54,11 @@ inline uint32_t kt_find_in_shape(const kt_shape *shape, const kt_query &query) n
         if (kt_key_equals(keys[slot].packed, query))
             return slot;
     return kt_no_slot;
+}
+
+inline uint32_t kt_find_in_shape(const kt_shape *shape, const kt_query &query) noexcept
+{
+    return shape->count > kt_scan_limit ? kt_find_in_shape_index(shape, query) : kt_scan_shape(shape, query);
 }
 
 // The slot of a key, or kt_no_slot.

@@ -90,6 +90,23 @@ inline kt_query kt_make_query(const char *text) noexcept
     return kt_make_query(text, std::strlen(text));
 }
 
+// Capitals among 8 bytes as small letters, all other bytes as they are, as KT_char__folded() has it.
+inline uint64_t kt_fold_bytes(uint64_t bytes) noexcept
+{
+    constexpr uint64_t each = 0x0101010101010101;
+    const uint64_t low_bits = bytes & (each * 0x7F);
+    const uint64_t from_a = low_bits + each * (0x80 - 'A'); // the top bit of each byte says whether
+    const uint64_t after_z = low_bits + each * (0x7F - 'Z');
+    return bytes | ((from_a & ~after_z & ~bytes & (each * 0x80)) >> 2);
+}
+
+// The folded form of a short key. Its length is not the number of a letter.
+inline void kt_fold_short_key(kt_packed_key *packed) noexcept
+{
+    packed->words[0] = kt_fold_bytes(packed->words[0]);
+    packed->words[1] = kt_fold_bytes(packed->words[1]);
+}
+
 inline const char *kt_key_text(const kt_packed_key &key) noexcept
 {
     return key.bytes[0] == kt_long_key ? key.outside.text : reinterpret_cast<const char *>(key.bytes + 1);

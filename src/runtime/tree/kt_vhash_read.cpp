@@ -6,11 +6,21 @@
 
 #define KT_HERE "src/runtime/kt_vhash"
 
-// The value of a key, or null when the key is absent.
+[[gnu::noinline]] static const KT_variant *my_look_up_any(const KT_vhash *map, const char *key, size_t length) noexcept
+{
+    const uint32_t slot = kt_find(map, kt_make_query(key, length));
+    return slot == kt_no_slot ? nullptr : kt_value_at(map, slot);
+}
+
+// The value of a key, or null when the key is absent. What most lookups meet, a short key and a few shared ones, stands
+// by itself, so that it saves no registers for the rest.
 static inline const KT_variant *my_look_up(const KT_vhash *map, const char *key) noexcept
 {
-    const uint32_t slot = kt_find(map, kt_make_query(key));
-    return slot == kt_no_slot ? nullptr : kt_value_at(map, slot);
+    const size_t length = std::strlen(key);
+    if (length > kt_max_short_key || map->layout->is_private || map->layout->count > kt_scan_limit)
+        return my_look_up_any(map, key, length);
+    const uint32_t slot = kt_scan_shape(kt_shape_of(map), kt_make_query(key, length));
+    return slot == kt_no_slot ? nullptr : kt_map_slot(map, slot);
 }
 
 // How each type is read out of a variant; false when it holds another.

@@ -1,6 +1,11 @@
 // Maps: reading by key and by position.
 
+#include "failing_alloc.hpp"
+#include "kt_chars.h"
 #include "kt_test.hpp"
+
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -158,6 +163,89 @@ TEST_F(VhashReadTest, CheckSetsAPointerToNullWhenThereIsNothing)
         EXPECT_EQ(list, nullptr);
         EXPECT_EQ(text, nullptr);
     }
+}
+
+// A map of one map for each key.
+KT_vhash *map_of_maps(KT_context *ctx, const std::vector<std::string> &keys)
+{
+    KT_vhash *maps = nullptr;
+    KT_vhash *child = nullptr;
+    KT_vhash__alloc(ctx, &maps);
+    for (const std::string &key : keys)
+        KT_vhash__addnew__vhash(ctx, maps, key.c_str(), &child);
+    return maps;
+}
+
+TEST_F(VhashReadTest, CheckFoldedFindsSmallLettersUnderAnyByteAtAnyPlace)
+{
+    for (size_t length = 1; length <= 40; length++) {
+        for (size_t at = 0; at < length; at++) {
+            for (int byte = 1; byte < 256; byte++) {
+                std::string key(length, 'Q');
+                std::string folded(length, 'q');
+                key[at] = static_cast<char>(byte);
+                folded[at] = static_cast<char>(KT_char__folded(byte));
+                KT_vhash *maps = map_of_maps(ctx, {folded});
+                KT_vhash *expected = nullptr, *found = nullptr;
+                const char *found_key = nullptr;
+                KT_vhash__get__vhash(ctx, maps, folded.c_str(), &expected);
+                KT_vhash__check_folded__vhash(ctx, maps, key.c_str(), &found_key, &found);
+                ASSERT_OK(ctx);
+                ASSERT_EQ(found, expected) << key;
+                ASSERT_EQ(found_key, folded);
+                KT_vhash__free(ctx, maps);
+            }
+        }
+    }
+}
+
+TEST_F(VhashReadTest, CheckFoldedDoesNotFindCapitals)
+{
+    for (const char *key : {"A", "MixedCase", "ALongKeyWithCapitals", "\xC3\x84 with a capital A"}) {
+        KT_vhash *maps = map_of_maps(ctx, {key});
+        KT_vhash *found = some_map;
+        const char *found_key = "preset";
+        KT_vhash__check_folded__vhash(ctx, maps, key, &found_key, &found);
+        EXPECT_OK(ctx);
+        EXPECT_EQ(found, nullptr);
+        EXPECT_STREQ(found_key, "preset");
+        KT_vhash__free(ctx, maps);
+    }
+}
+
+TEST_F(VhashReadTest, CheckFoldedSaysWhatIsNotAMap)
+{
+    KT_vhash *found = some_map;
+    const char *found_key = "preset";
+    KT_vhash__check_folded__vhash(ctx, map, "TOO BIG", &found_key, &found);
+    EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "key 'too big' is not a map");
+    EXPECT_EQ(found, some_map);
+    EXPECT_STREQ(found_key, "preset");
+    KT_vhash__check_folded__vhash(ctx, map, "map", &found_key, &found); // does nothing any more
+    EXPECT_EQ(found, some_map);
+    reset();
+    for (const char *key : {"Absent", "NULL"}) {
+        found = some_map;
+        KT_vhash__check_folded__vhash(ctx, map, key, &found_key, &found);
+        EXPECT_OK(ctx);
+        EXPECT_EQ(found, nullptr);
+    }
+}
+
+TEST_F(VhashReadTest, CheckFoldedTakesMemoryForALongKeyWithCapitalsOnly)
+{
+    KT_vhash *maps = map_of_maps(ctx, {"a key that is long", "short"});
+    for (const char *key : {"a key that is long", "SHORT", "A key that is long"}) {
+        kt_failing_alloc fault(kt_failing_alloc::mode::from_there_on);
+        fault.next();
+        KT_vhash *found = some_map;
+        const char *found_key = nullptr;
+        KT_vhash__check_folded__vhash(ctx, maps, key, &found_key, &found);
+        EXPECT_FAILED(ctx, *key == 'A' ? KT_ERR_OUT_OF_MEMORY : 0);
+        EXPECT_EQ(found == some_map, *key == 'A');
+        reset();
+    }
+    KT_vhash__free(ctx, maps);
 }
 
 TEST_F(VhashReadTest, CheckReadsWhatIsThereAndRefusesOtherTypes)

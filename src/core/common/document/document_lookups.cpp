@@ -7,6 +7,8 @@
 #include "document/document_ids.hpp"
 #include "document/tov_parse_defin_private.hpp"
 
+#include <cstring>
+
 void _tov_schema__get_tbls(KT_context *ctx, tov_schema *schema, KT_vhash **tbls) noexcept
 {
     if (!schema->tbls)
@@ -16,15 +18,20 @@ void _tov_schema__get_tbls(KT_context *ctx, tov_schema *schema, KT_vhash **tbls)
 
 void _tov_schema__get_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash **tbl) noexcept
 {
+    KT_RETURN_IF_FAILED;
+    auto &last = schema->last_tbl;
+    if (last.tbl && std::strcmp(last.id, tbl_id) == 0) {
+        *tbl = last.tbl;
+        return;
+    }
     KT_vhash *tbls = nullptr;
     KT_TRY(_tov_schema__get_tbls(ctx, schema, &tbls));
-    tov_id_room room{ctx};
-    const char *key = nullptr;
-    KT_TRY(tov_lower_id(ctx, tbl_id, &room, &key));
+    const char *id = nullptr;
     KT_vhash *found = nullptr;
-    KT_TRY(KT_vhash__check__vhash(ctx, tbls, key, &found));
+    KT_TRY(KT_vhash__check_folded__vhash(ctx, tbls, tbl_id, &id, &found));
     if (!found)
         KT_FAIL(KT_ERR_NOT_FOUND, "table id '%s' not found in schema", tbl_id);
+    last = {id, found, nullptr};
     *tbl = found;
 }
 
@@ -40,27 +47,47 @@ void _tov_schema__get_tbl_cols(KT_context *ctx, tov_schema *schema, const char *
     KT_TRY(_tov_tbl__get_cols(ctx, tbl, cols));
 }
 
-static void my_check_unprepared_col(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *key,
+// The columns of a table that _tov_schema__get_tbl() gave.
+static void my_get_cols(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, KT_vhash **cols) noexcept
+{
+    auto &last = schema->last_tbl;
+    if (last.tbl != tbl) {
+        KT_TRY(_tov_tbl__get_cols(ctx, tbl, cols));
+        return;
+    }
+    if (!last.cols)
+        KT_TRY(_tov_tbl__get_cols(ctx, tbl, &last.cols));
+    *cols = last.cols;
+}
+
+static void my_check_unprepared_col(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                     KT_vhash **col) noexcept
 {
     KT_vhash *cols = nullptr;
+    const char *id = nullptr;
     KT_TRY(_tov_schema__check_tbl_unprepared_cols(ctx, schema, tbl_id, &cols));
     if (cols)
-        KT_TRY(KT_vhash__check__vhash(ctx, cols, key, col));
+        KT_TRY(KT_vhash__check_folded__vhash(ctx, cols, col_id, &id, col));
 }
 
 void _tov_schema__get_col_in_tbl(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
                                  const char *col_id, KT_vhash **col) noexcept
 {
+    KT_RETURN_IF_FAILED;
+    auto &last = schema->last_col;
+    if (last.tbl == tbl && std::strcmp(last.id, col_id) == 0) {
+        *col = last.col;
+        return;
+    }
     KT_vhash *cols = nullptr;
-    KT_TRY(_tov_tbl__get_cols(ctx, tbl, &cols));
-    tov_id_room room{ctx};
-    const char *key = nullptr;
-    KT_TRY(tov_lower_id(ctx, col_id, &room, &key));
+    KT_TRY(my_get_cols(ctx, schema, tbl, &cols));
+    const char *id = nullptr;
     KT_vhash *found = nullptr;
-    KT_TRY(KT_vhash__check__vhash(ctx, cols, key, &found));
-    if (!found)
-        KT_TRY(my_check_unprepared_col(ctx, schema, tbl_id, key, &found));
+    KT_TRY(KT_vhash__check_folded__vhash(ctx, cols, col_id, &id, &found));
+    if (found)
+        last = {tbl, id, found};
+    else
+        KT_TRY(my_check_unprepared_col(ctx, schema, tbl_id, col_id, &found));
     if (!found)
         KT_FAIL(KT_ERR_NOT_FOUND, "col id '%s' not found in tbl id '%s' in schema", col_id, tbl_id);
     *col = found;

@@ -11,6 +11,18 @@ struct tov_schema {
     KT_vhash *document;
     KT_vhash *host_internals; // null until a write first needs it
     KT_vhash *tbls;           // the document's "tbls", which nothing removes; null until a lookup first needs it
+    // The table and the prepared column that a lookup found last, each with its id in the map it was found in, since
+    // who asks one thing of a column asks the next of it too. Nothing removes either, nor moves its record.
+    struct {
+        const char *id;
+        KT_vhash *tbl;  // null while nothing is known
+        KT_vhash *cols; // null until a lookup first needs them
+    } last_tbl;
+    struct {
+        const KT_vhash *tbl; // null while nothing is known
+        const char *id;
+        KT_vhash *col;
+    } last_col;
     KT_strpool *strpool;
     // Counts the operations that may have changed either tree, failed ones too: what is derived from the document
     // holds as long as this number stays the same. A read that creates an empty record is not a change.

@@ -1,5 +1,9 @@
 #include "document_support.hpp"
 
+#include <cctype>
+#include <random>
+#include <string>
+
 // An unprepared column u of table T, whose id the host passed as "t".
 static constexpr char unprepared_u[] = R"({"unprep-cols":{"t":{"u":{"name":"U"}}}})";
 
@@ -53,6 +57,38 @@ TEST_F(DocumentTest, APreparedColumnComesBeforeAnUnpreparedOneOfTheSameId)
 {
     load_trees(one_col, R"({"unprep-cols":{"t":{"c":{"name":"other"}}}})");
     EXPECT_EQ(col_record(), R"({"name":"C"})");
+}
+
+TEST_F(DocumentTest, AColumnThatWasFoundUnpreparedIsFoundPreparedOnceItIs)
+{
+    load_trees(one_col, R"({"unprep-cols":{"t":{"u":{"name":"other"}}}})");
+    const char *name = nullptr;
+    tov_schema__get_col_name(ctx, schema, "t", "u", &name);
+    EXPECT_STREQ(name, "other");
+    tov_schema__add_col(ctx, schema, "t", "u", "prepared", 1, 0, 0);
+    tov_schema__get_col_name(ctx, schema, "t", "u", &name);
+    EXPECT_STREQ(name, "prepared");
+    EXPECT_OK(ctx);
+}
+
+// One lookup after another, each by every spelling: what one found does not show in the next.
+TEST_F(DocumentTest, LookupsInAnyOrderFindTheSame)
+{
+    load(R"({"tbls":{"t":{"name":"T","cols":{"a":{"name":"Ta"},"b":{"name":"Tb"}}},)"
+         R"("s":{"name":"S","cols":{"a":{"name":"Sa"},"b":{"name":"Sb"}}}}})");
+    std::mt19937 random(7);
+    for (int n = 0; n < 2000; n++) {
+        const std::string tbl(1, "tTsS"[random() % 4]), col(1, "aAbB"[random() % 4]);
+        SCOPED_TRACE(tbl + col);
+        const char *tbl_name = nullptr, *col_name = nullptr;
+        if (random() % 2)
+            tov_schema__get_tbl_name(ctx, schema, tbl.c_str(), &tbl_name);
+        tov_schema__get_col_name(ctx, schema, tbl.c_str(), col.c_str(), &col_name);
+        ASSERT_OK(ctx);
+        const std::string expected = {static_cast<char>(toupper(tbl[0])), static_cast<char>(tolower(col[0]))};
+        EXPECT_EQ(col_name, expected);
+        EXPECT_EQ(tbl_name ? tbl_name : expected.substr(0, 1), expected.substr(0, 1));
+    }
 }
 
 TEST_F(DocumentTest, ANullRecordCountsAsAbsent)

@@ -117,6 +117,7 @@ const operation operations[] = {
     ROW(KT_vhash__check__sz, nothing, s.map, "sz", &o.texts[0]),
     ROW(KT_vhash__check__varray, nothing, s.map, "varray", &o.child_list),
     ROW(KT_vhash__check__vhash, nothing, s.map, "vhash", &o.child),
+    ROW(KT_vhash__check_folded__vhash, nothing, s.map, "VHASH", &o.texts[0], &o.child),
     ROW(KT_vhash__count, nothing, s.map, &o.count),
     ROW(KT_vhash__ensure__varray, all, s.map, "new", &o.child_list),
     ROW(KT_vhash__ensure__vhash, all, s.map, "new", &o.child),
