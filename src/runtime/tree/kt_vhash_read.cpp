@@ -205,8 +205,8 @@ static void my_find_nth(KT_context *ctx, const KT_vhash *map, uint32_t n, uint32
     *slot = kt_slot_at_position(map, n);
 }
 
-void KT_vhash__get_nth_pair(KT_context *ctx, const KT_vhash *map, uint32_t n, const char **key,
-                            const KT_variant **value) noexcept
+[[gnu::noinline]] static void my_get_nth_pair(KT_context *ctx, const KT_vhash *map, uint32_t n, const char **key,
+                                              const KT_variant **value) noexcept
 {
     uint32_t slot = 0;
     KT_TRY(my_find_nth(ctx, map, n, &slot));
@@ -214,6 +214,23 @@ void KT_vhash__get_nth_pair(KT_context *ctx, const KT_vhash *map, uint32_t n, co
         *key = kt_key_at(map, slot);
     if (value)
         *value = kt_value_at(map, slot);
+}
+
+// Whole documents are walked by this. What most steps meet, a value in a small map's own slots, stands by itself, so
+// that it saves no registers for the rest.
+void KT_vhash__get_nth_pair(KT_context *ctx, const KT_vhash *map, uint32_t n, const char **key,
+                            const KT_variant **value) noexcept
+{
+    KT_RETURN_IF_FAILED;
+    const kt_layout *layout = map->layout;
+    if (layout->is_private || n >= layout->count || n >= kt_own_capacity(map)) {
+        my_get_nth_pair(ctx, map, n, key, value);
+        return;
+    }
+    if (key)
+        *key = kt_shape_of(map)->keys->keys[n].text;
+    if (value)
+        *value = map->slots + n;
 }
 
 template <class T>

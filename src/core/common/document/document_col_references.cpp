@@ -49,6 +49,16 @@ void tov_schema__set_colcon_fk(KT_context *ctx, tov_schema *schema, const char *
 void _tov_col__get_fk(KT_context *ctx, const KT_vhash *col, KT_bool *has, const char **name, const char **ref_tbl_id,
                       const char **ref_col_id, const char **on_delete, const char **on_update) noexcept
 {
+    KT_vhash *fk = nullptr;
+    KT_TRY(KT_vhash__check__vhash(ctx, col, "fk", &fk));
+    if (!fk) {
+        *has = 0;
+        for (const char **result : {name, ref_tbl_id, ref_col_id, on_delete, on_update}) {
+            if (result)
+                *result = nullptr;
+        }
+        return;
+    }
     struct field {
         const char *key;
         const char **result;
@@ -58,13 +68,11 @@ void _tov_col__get_fk(KT_context *ctx, const KT_vhash *col, KT_bool *has, const 
         {"name", name, nullptr},           {"ref_tbl_id", ref_tbl_id, nullptr}, {"ref_col_id", ref_col_id, nullptr},
         {"on_delete", on_delete, nullptr}, {"on_update", on_update, nullptr},
     };
-    KT_vhash *fk = nullptr;
-    KT_TRY(KT_vhash__check__vhash(ctx, col, "fk", &fk));
     for (field &f : fields) {
-        if (fk && f.result)
+        if (f.result)
             KT_TRY(KT_vhash__check__sz(ctx, fk, f.key, &f.text));
     }
-    *has = fk != nullptr;
+    *has = 1;
     for (const field &f : fields) {
         if (f.result)
             *f.result = f.text;

@@ -9,6 +9,25 @@
 
 #include <cstring>
 
+// Ids that the schema hands out are the very strings that its maps have for keys.
+static inline bool my_is_same(const char *known_id, const char *id) noexcept
+{
+    return known_id == id || std::strcmp(known_id, id) == 0;
+}
+
+// The table or the column if it is the one that was found last, else null.
+static inline KT_vhash *my_last_tbl(const tov_schema *schema, const char *tbl_id) noexcept
+{
+    const auto &last = schema->last_tbl;
+    return last.tbl && my_is_same(last.id, tbl_id) ? last.tbl : nullptr;
+}
+
+static inline KT_vhash *my_last_col(const tov_schema *schema, const KT_vhash *tbl, const char *col_id) noexcept
+{
+    const auto &last = schema->last_col;
+    return last.tbl == tbl && my_is_same(last.id, col_id) ? last.col : nullptr;
+}
+
 void _tov_schema__get_tbls(KT_context *ctx, tov_schema *schema, KT_vhash **tbls) noexcept
 {
     if (!schema->tbls)
@@ -16,23 +35,26 @@ void _tov_schema__get_tbls(KT_context *ctx, tov_schema *schema, KT_vhash **tbls)
     *tbls = schema->tbls;
 }
 
-void _tov_schema__get_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash **tbl) noexcept
+static void my_search_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash **tbl) noexcept
 {
-    KT_RETURN_IF_FAILED;
-    auto &last = schema->last_tbl;
-    if (last.tbl && std::strcmp(last.id, tbl_id) == 0) {
-        *tbl = last.tbl;
-        return;
-    }
     KT_vhash *tbls = nullptr;
-    KT_TRY(_tov_schema__get_tbls(ctx, schema, &tbls));
     const char *id = nullptr;
     KT_vhash *found = nullptr;
+    KT_TRY(_tov_schema__get_tbls(ctx, schema, &tbls));
     KT_TRY(KT_vhash__check_folded__vhash(ctx, tbls, tbl_id, &id, &found));
     if (!found)
         KT_FAIL(KT_ERR_NOT_FOUND, "table id '%s' not found in schema", tbl_id);
-    last = {id, found, nullptr};
+    schema->last_tbl = {id, found, nullptr};
     *tbl = found;
+}
+
+void _tov_schema__get_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash **tbl) noexcept
+{
+    KT_RETURN_IF_FAILED;
+    if (KT_vhash *last = my_last_tbl(schema, tbl_id))
+        *tbl = last;
+    else
+        my_search_tbl(ctx, schema, tbl_id, tbl);
 }
 
 void _tov_tbl__get_cols(KT_context *ctx, KT_vhash *tbl, KT_vhash **cols) noexcept
@@ -40,14 +62,7 @@ void _tov_tbl__get_cols(KT_context *ctx, KT_vhash *tbl, KT_vhash **cols) noexcep
     KT_TRY(KT_vhash__ensure__vhash(ctx, tbl, "cols", cols));
 }
 
-void _tov_schema__get_tbl_cols(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash **cols) noexcept
-{
-    KT_vhash *tbl = nullptr;
-    KT_TRY(_tov_schema__get_tbl(ctx, schema, tbl_id, &tbl));
-    KT_TRY(_tov_tbl__get_cols(ctx, tbl, cols));
-}
-
-// The columns of a table that _tov_schema__get_tbl() gave.
+// The columns of a table, known already if it is the one that was found last.
 static void my_get_cols(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, KT_vhash **cols) noexcept
 {
     auto &last = schema->last_tbl;
@@ -60,6 +75,13 @@ static void my_get_cols(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, KT_v
     *cols = last.cols;
 }
 
+void _tov_schema__get_tbl_cols(KT_context *ctx, tov_schema *schema, const char *tbl_id, KT_vhash **cols) noexcept
+{
+    KT_vhash *tbl = nullptr;
+    KT_TRY(_tov_schema__get_tbl(ctx, schema, tbl_id, &tbl));
+    KT_TRY(my_get_cols(ctx, schema, tbl, cols));
+}
+
 static void my_check_unprepared_col(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
                                     KT_vhash **col) noexcept
 {
@@ -70,22 +92,16 @@ static void my_check_unprepared_col(KT_context *ctx, tov_schema *schema, const c
         KT_TRY(KT_vhash__check_folded__vhash(ctx, cols, col_id, &id, col));
 }
 
-void _tov_schema__get_col_in_tbl(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
-                                 const char *col_id, KT_vhash **col) noexcept
+static void my_search_col(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id, const char *col_id,
+                          KT_vhash **col) noexcept
 {
-    KT_RETURN_IF_FAILED;
-    auto &last = schema->last_col;
-    if (last.tbl == tbl && std::strcmp(last.id, col_id) == 0) {
-        *col = last.col;
-        return;
-    }
     KT_vhash *cols = nullptr;
-    KT_TRY(my_get_cols(ctx, schema, tbl, &cols));
     const char *id = nullptr;
     KT_vhash *found = nullptr;
+    KT_TRY(my_get_cols(ctx, schema, tbl, &cols));
     KT_TRY(KT_vhash__check_folded__vhash(ctx, cols, col_id, &id, &found));
     if (found)
-        last = {tbl, id, found};
+        schema->last_col = {tbl, id, found};
     else
         KT_TRY(my_check_unprepared_col(ctx, schema, tbl_id, col_id, &found));
     if (!found)
@@ -93,12 +109,34 @@ void _tov_schema__get_col_in_tbl(KT_context *ctx, tov_schema *schema, KT_vhash *
     *col = found;
 }
 
-void _tov_schema__get_col(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
-                          KT_vhash **col) noexcept
+void _tov_schema__get_col_in_tbl(KT_context *ctx, tov_schema *schema, KT_vhash *tbl, const char *tbl_id,
+                                 const char *col_id, KT_vhash **col) noexcept
+{
+    KT_RETURN_IF_FAILED;
+    if (KT_vhash *last = my_last_col(schema, tbl, col_id))
+        *col = last;
+    else
+        my_search_col(ctx, schema, tbl, tbl_id, col_id, col);
+}
+
+static void my_search_tbl_and_col(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
+                                  KT_vhash **col) noexcept
 {
     KT_vhash *tbl = nullptr;
     KT_TRY(_tov_schema__get_tbl(ctx, schema, tbl_id, &tbl));
     KT_TRY(_tov_schema__get_col_in_tbl(ctx, schema, tbl, tbl_id, col_id, col));
+}
+
+void _tov_schema__get_col(KT_context *ctx, tov_schema *schema, const char *tbl_id, const char *col_id,
+                          KT_vhash **col) noexcept
+{
+    KT_RETURN_IF_FAILED;
+    const KT_vhash *tbl = my_last_tbl(schema, tbl_id);
+    KT_vhash *last = tbl ? my_last_col(schema, tbl, col_id) : nullptr;
+    if (last)
+        *col = last;
+    else
+        my_search_tbl_and_col(ctx, schema, tbl_id, col_id, col);
 }
 
 // Whether a lookup by the id of a pair finds the pair itself.

@@ -1,8 +1,8 @@
 // Whether a document has the shape of one.
 //
 // Nearly every document has, and it is asked of each one that is read, so this is one walk that compares no strings
-// twice: maps of a tree share their keys, so that the n-th key of one record is mostly the very string that the n-th
-// key of the record before was, and what is known of it is remembered by its address.
+// twice: maps of a tree share their keys, so that a key of one record is mostly the very string that a key of a record
+// before was, and what is known of it is remembered by its address.
 
 #include "document/document_shape_proof.hpp"
 
@@ -12,12 +12,12 @@
 
 namespace {
 
-constexpr uint32_t my_known_count = 16; // keys of a record that are remembered; a further one is looked up
+constexpr uint32_t my_known_count = 64; // keys of the records of one shape that are remembered
 constexpr uint32_t my_shape_count = 16;
 
 struct my_knowledge;
 
-// What is known of the key at one position of a record.
+// What is known of a key that a record has.
 struct my_known_key {
     const char *key;
     const tov_member *member; // null: none of the shape's
@@ -28,8 +28,8 @@ struct my_known_key {
 // What is known of the records of one shape.
 struct my_knowledge {
     const tov_shape *shape;
-    uint32_t required; // the bits of members that must be there
-    my_known_key keys[my_known_count];
+    uint32_t required;                 // the bits of members that must be there
+    my_known_key keys[my_known_count]; // each where its address says, as my_place_of() has it
 };
 
 struct my_walk {
@@ -85,6 +85,12 @@ static my_known_key my_look_at_key(my_walk *walk, const tov_shape &shape, const 
         return {key, nullptr, nullptr, 0};
     return {key, member, member->shape ? &my_knowledge_of(walk, *member->shape) : nullptr,
             uint32_t{1} << (member - shape.members)};
+}
+
+// Blocks of a tree's memory are multiples of 16 bytes.
+static uint32_t my_place_of(const char *key) noexcept
+{
+    return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(key) / 16) % my_known_count;
 }
 
 static bool my_has_shape(my_walk *walk, const KT_vhash *record, my_knowledge &knowledge) noexcept;
@@ -143,8 +149,7 @@ static bool my_has_shape(my_walk *walk, const KT_vhash *record, my_knowledge &kn
         const char *key = nullptr;
         const KT_variant *value = nullptr;
         KT_vhash__get_nth_pair(walk->ctx, record, n, &key, &value);
-        my_known_key further = {};
-        my_known_key &known = n < my_known_count ? knowledge.keys[n] : further;
+        my_known_key &known = knowledge.keys[my_place_of(key)];
         if (known.key != key)
             known = my_look_at_key(walk, *knowledge.shape, key);
         const my_known_key now = known; // a record inside may have the same shape
