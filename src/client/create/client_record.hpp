@@ -8,7 +8,12 @@
 
 std::string client_record_name(const client_plan &plan);
 
-// CREATE TABLE of the record, with its row.
+// Takes a piece of a statement, borrowed until it returns.
+using client_take = void (*)(KT_context *ctx, void *data, const char *text);
+
+// Hands CREATE TABLE of the record, with its row, out in pieces.
+void client_stream_record(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_take take, void *data);
+// The same, as a whole.
 void client_write_record(KT_context *ctx, tov_schema *schema, const client_plan &plan, std::string &sql);
 
 // Finds the record of a database, and reads it; one that is not there is KT_ERR_NOT_FOUND.

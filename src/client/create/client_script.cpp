@@ -23,6 +23,12 @@ static void my_hand_out_statement(KT_context *ctx, void *taker, const client_sta
     KT_TRY(my_hand_out(ctx, *static_cast<const my_taker *>(taker), statement.sql));
 }
 
+static void my_hand_out_piece(KT_context *ctx, void *taker, const char *piece) noexcept
+{
+    const my_taker &to = *static_cast<const my_taker *>(taker);
+    KT_TRY(to.take(ctx, to.data, piece));
+}
+
 void tov_client__stream_script(KT_context *ctx, tov_schema *schema, const tov_client_create_options *options,
                                my_take take, void *data) noexcept
 {
@@ -33,7 +39,7 @@ void tov_client__stream_script(KT_context *ctx, tov_schema *schema, const tov_cl
     for (const char *setting : client_settings)
         KT_TRY(my_hand_out(ctx, taker, setting));
     KT_TRY(my_hand_out(ctx, taker, client_begin));
-    KT_TRY(client_each_statement(ctx, schema, plan, my_hand_out_statement, &taker));
+    KT_TRY(client_each_piece(ctx, schema, plan, my_hand_out_statement, my_hand_out_piece, &taker));
     KT_TRY(my_hand_out(ctx, taker, client_commit));
 }
 

@@ -27,6 +27,7 @@ struct writing {
     client_sink sink;
     void *data;
     bool with_bare = false;
+    client_take take = nullptr; // for the statement of the record, where it is wanted in pieces
     client_code_pages pages = {};
     std::unordered_map<const client_tbl *, std::string> checks = {}; // the body of both checking triggers of a table
 };
@@ -183,7 +184,9 @@ static void my_hand_out_record(KT_context *ctx, const writing &w) noexcept
     kt_contain(ctx, [&] {
         const std::string name = client_record_name(w.plan);
         std::string sql;
-        if (w.schema)
+        if (w.take)
+            KT_TRY(client_stream_record(ctx, w.schema, w.plan, w.take, w.data));
+        else if (w.schema)
             KT_TRY(client_write_record(ctx, w.schema, w.plan, sql));
         KT_TRY(w.sink(ctx, w.data, {client_kind::record, name.c_str(), name.c_str(), sql.c_str()}));
     });
@@ -230,6 +233,15 @@ void client_each_statement(KT_context *ctx, tov_schema *schema, const client_pla
 {
     kt_contain(ctx, [&] {
         writing w{schema, plan, plan.with_rules, sink, data};
+        KT_TRY(my_each(ctx, w));
+    });
+}
+
+void client_each_piece(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink, client_take take,
+                       void *data) noexcept
+{
+    kt_contain(ctx, [&] {
+        writing w{schema, plan, plan.with_rules, sink, data, false, take};
         KT_TRY(my_each(ctx, w));
     });
 }

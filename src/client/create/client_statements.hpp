@@ -2,6 +2,7 @@
 #pragma once
 
 #include "create/client_plan.hpp"
+#include "create/client_record.hpp"
 
 enum class client_kind {
     tbl,
@@ -48,7 +49,12 @@ std::string client_counter_name(const client_plan &plan);
 void client_each_statement(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink,
                            void *data) noexcept;
 
-// The same, with the bare statements of tables that have generated constraints.
+// The same, but the text of the record, which is as large as the document, goes to take in pieces, with the same data;
+// its statement, which follows them, is empty.
+void client_each_piece(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink, client_take take,
+                       void *data) noexcept;
+
+// The same as client_each_statement(), with the bare statements of tables that have generated constraints.
 void client_each_creation(KT_context *ctx, tov_schema *schema, const client_plan &plan, client_sink sink,
                           void *data) noexcept;
 

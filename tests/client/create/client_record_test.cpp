@@ -46,6 +46,28 @@ TEST_F(ClientRecord, IsTheSchemaAndWhatWasSaid)
     EXPECT_EQ(read.indexes, TOV_CLIENT_INDEXES_NONE);
 }
 
+// The script has the record in pieces, whatever members the document has.
+TEST_F(ClientRecord, OfAScriptIsTheSame)
+{
+    const std::string tbls =
+        R"("tbls":{"a":{"name":"T","note":"it's","cols":{"x":{"name":"X","type":{"name":"sint32"}}}},)"
+        R"("b":{"name":"U","cols":{"x":{"name":"X","type":{"name":"sint32"},"notnull":{}}}}})";
+    for (const std::string more :
+         {"", R"(,"it's \"more\"":{},"o'":"'\n\u00e9","n":-7,"r":1.5,"t":true,"z":null)", R"(,"list":[1,{"a":"'"}])"}) {
+        SCOPED_TRACE(more);
+        KT_string *script = nullptr;
+        reset_schema_to((R"({"compat_level":1,)" + tbls + more + "}").c_str());
+        tov_client__write_script(ctx, schema, &script);
+        ASSERT_OK(ctx);
+        ASSERT_EQ(sqlite3_open(path("db").c_str(), &connection), SQLITE_OK);
+        EXPECT_EQ(run(connection, take(ctx, script)), "");
+        close();
+        EXPECT_EQ(recorded(), document());
+        EXPECT_OK(ctx);
+        std::remove(path("db").c_str());
+    }
+}
+
 // A table of the schema that has the record's name makes the record take another.
 TEST_F(ClientRecord, KeepsOutOfTheWayOfTables)
 {
