@@ -15,7 +15,7 @@ inline void ddl_append(KT_context *ctx, KT_string *text, std::initializer_list<K
 // Type names are compared exactly. A record without one gives null, which is not a type.
 inline bool ddl_is_type(const char *abstract_type, const char *name) noexcept
 {
-    return abstract_type && std::strcmp(abstract_type, name) == 0;
+    return abstract_type && *abstract_type == *name && std::strcmp(abstract_type, name) == 0;
 }
 
 // The name of a column, which must be there: a document from outside may lack it, and no text can do without it.

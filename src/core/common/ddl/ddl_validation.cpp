@@ -11,9 +11,9 @@ namespace {
 // What all lines of one statement share.
 struct my_statement {
     KT_string *text;
-    const char *type;               // the abstract type
+    KT_piece type;                  // the abstract type
     const tov_abstract_type *facts; // null for a name of no type
-    const char *sqlite_typeof;      // what typeof() must say
+    KT_piece sqlite_typeof;         // what typeof() must say
     KT_piece col_name;
     KT_piece value;    // NEW."column"
     int32_t width;     // longest value, in characters or bytes; unbounded when not above 0
@@ -25,7 +25,7 @@ using my_pieces = std::initializer_list<KT_piece>;
 } // namespace
 
 // The end of a WHEN line. Lines of some types follow one another without a line feed.
-static void my_append_rejection(KT_context *ctx, const my_statement &s, my_pieces message, const char *end) noexcept
+static void my_append_rejection(KT_context *ctx, const my_statement &s, my_pieces message, KT_piece end) noexcept
 {
     KT_TRY(ddl_append(ctx, s.text, {") THEN RAISE(ABORT, '[", s.col_name, "] constraint violation: "}));
     KT_TRY(ddl_append(ctx, s.text, message));
@@ -34,7 +34,7 @@ static void my_append_rejection(KT_context *ctx, const my_statement &s, my_piece
 
 // One line that rejects a value when the condition holds.
 static void my_append_check(KT_context *ctx, const my_statement &s, my_pieces condition, my_pieces message,
-                            const char *end = "\n") noexcept
+                            KT_piece end = "\n") noexcept
 {
     KT_TRY(ddl_append(ctx, s.text, {"WHEN ("}));
     KT_TRY(ddl_append(ctx, s.text, condition));
@@ -46,7 +46,7 @@ static void my_append_type_check(KT_context *ctx, const my_statement &s) noexcep
     if (s.facts && !s.facts->is_checked)
         return;
     const my_pieces message = {"type mismatch: ", s.type, "(", s.sqlite_typeof, ")"};
-    if (std::strcmp(s.sqlite_typeof, "real") != 0) {
+    if (std::strcmp(s.sqlite_typeof.text, "real") != 0) {
         KT_TRY(my_append_check(ctx, s, {"typeof(", s.value, ")!='", s.sqlite_typeof, "'"}, message));
         return;
     }

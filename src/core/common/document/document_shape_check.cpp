@@ -134,6 +134,10 @@ static void my_check_record(KT_context *ctx, const my_step *step, const KT_vhash
 void tov_schema__check_shape(KT_context *ctx, tov_schema *schema) noexcept
 {
     KT_RETURN_IF_FAILED;
+    auto &known = schema->known_shape;
+    if (known.is_right && known.change_count == schema->change_count)
+        return;
     if (!document_has_shape(ctx, schema->document, *tov_get_document_shape()))
         KT_TRY(my_check_record(ctx, nullptr, schema->document, *tov_get_document_shape()));
+    known = {true, schema->change_count};
 }

@@ -29,6 +29,12 @@ struct tov_schema {
     uint64_t change_count;
     // Counts those among them that may have changed which tables, columns and foreign keys there are, or a foreign key.
     uint64_t reference_change_count;
+    // Whether the document had the shape of one when it was checked last. Who checks it before use hands it on to
+    // others who do. What a caller may change without a call, the server's facts, has no shape.
+    struct {
+        bool is_right;
+        uint64_t change_count;
+    } known_shape;
     // The keys by the table that they refer to, once questions about that were asked.
     struct tov_fk_index *fk_index;
     // The order of the tables, once it was asked for.

@@ -80,6 +80,23 @@ TEST_F(DocumentTest, ShapeCheckAcceptsWhatHasTheShapeAndWhatIsNotKnown)
     }
 }
 
+TEST_F(DocumentTest, ShapeCheckLooksAgainAfterAChange)
+{
+    load(R"({"compat_level":1,"tbls":{"t":{"name":"T","txid":1}}})");
+    tov_schema__check_shape(ctx, schema);
+    tov_schema__check_shape(ctx, schema);
+    EXPECT_OK(ctx);
+    tov_schema__add_tbl(ctx, schema, "u", nullptr, 1);
+    for (int n = 0; n < 2; n++) {
+        tov_schema__check_shape(ctx, schema);
+        EXPECT_ERROR(ctx, KT_ERR_WRONG_TYPE, "tbls.u.name is not a string");
+        reset();
+    }
+    tov_schema__set_tbl_name(ctx, schema, "u", "U");
+    tov_schema__check_shape(ctx, schema);
+    EXPECT_OK(ctx);
+}
+
 static void expect_plain_flags(const tov_shape &shape)
 {
     for (uint32_t n = 0; n < shape.count; n++) {
