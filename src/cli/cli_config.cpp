@@ -109,7 +109,7 @@ static void my_take_encoding(const toml::node &value, const known_key &key, sett
 
 static void my_take_clock(const toml::node &value, const known_key &key, settings &to)
 {
-    static constexpr const char *what = "\"local\" or \"utc\"";
+    static constexpr const char *what = R"("local" or "utc")";
     const std::string clock = my_string(value, key, to, what);
     if (clock != "local" && clock != "utc")
         my_fail(to, value, key, what);
