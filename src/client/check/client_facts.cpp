@@ -27,8 +27,8 @@ struct fact_place {
 };
 
 struct kind_traits {
-    KT_variant_type type;
     const char *words;
+    KT_variant_type type;
     KT_variant_type element;
 };
 
@@ -36,13 +36,13 @@ struct kind_traits {
 
 // By kind.
 static constexpr kind_traits kinds[] = {
-    {KT_VARIANT_STRING, "a string", KT_VARIANT_NULL},
-    {KT_VARIANT_INT64, "an integer", KT_VARIANT_NULL},
-    {KT_VARIANT_BOOL, "true or false", KT_VARIANT_NULL},
-    {KT_VARIANT_VARRAY, "a list of strings", KT_VARIANT_STRING},
-    {KT_VARIANT_VARRAY, "a list of two strings", KT_VARIANT_STRING},
-    {KT_VARIANT_VARRAY, "a list of truth values", KT_VARIANT_BOOL},
-    {KT_VARIANT_VARRAY, "a list of objects", KT_VARIANT_VHASH},
+    {"a string", KT_VARIANT_STRING, KT_VARIANT_NULL},
+    {"an integer", KT_VARIANT_INT64, KT_VARIANT_NULL},
+    {"true or false", KT_VARIANT_BOOL, KT_VARIANT_NULL},
+    {"a list of strings", KT_VARIANT_VARRAY, KT_VARIANT_STRING},
+    {"a list of two strings", KT_VARIANT_VARRAY, KT_VARIANT_STRING},
+    {"a list of truth values", KT_VARIANT_VARRAY, KT_VARIANT_BOOL},
+    {"a list of objects", KT_VARIANT_VARRAY, KT_VARIANT_VHASH},
 };
 
 static const kind_traits &my_traits(const server_fact &fact) noexcept
