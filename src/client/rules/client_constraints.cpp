@@ -53,7 +53,7 @@ static void my_add_width(const client_checked_type &type, const std::string &col
 // The server's width in other units than characters is never the wider one.
 static bool my_is_width(const client_checked_type &type, const client_rule &rule)
 {
-    return type.abstract->kind == TOV_KIND_TEXT && type.server->length == type.width &&
+    return type.abstract && type.abstract->kind == TOV_KIND_TEXT && type.server->length == type.width &&
            rule.message.starts_with("width exceeded");
 }
 

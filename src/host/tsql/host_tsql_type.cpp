@@ -149,13 +149,16 @@ static void my_check_sizes(host_tsql_cursor &cursor, const host_tsql_type &type)
     for (const host_size_limits &limits : size_limits) {
         if (type.system_name != limits.type || !type.first)
             continue;
-        const std::string name(limits.type), size = std::to_string(*type.first);
-        if (*type.first < limits.low || *type.first > limits.high)
-            cursor.fail(name + " takes a size from " + std::to_string(limits.low) + " to " +
-                        std::to_string(limits.high) + ", not " + size);
-        else if (limits.high == most_digits && type.second && *type.second > *type.first)
-            cursor.fail(name + '(' + size + ',' + std::to_string(*type.second) +
-                        ") has more digits after the point than digits");
+        std::string what(limits.type);
+        const std::string size = std::to_string(*type.first);
+        if (*type.first < limits.low || *type.first > limits.high) {
+            what.append(" takes a size from ").append(std::to_string(limits.low));
+            what.append(" to ").append(std::to_string(limits.high)).append(", not ").append(size);
+            cursor.fail(what);
+        } else if (limits.high == most_digits && type.second && *type.second > *type.first) {
+            what.append("(").append(size).append(",").append(std::to_string(*type.second));
+            cursor.fail(what.append(") has more digits after the point than digits"));
+        }
     }
 }
 
