@@ -8,6 +8,9 @@
 
 #include <cstring>
 
+// What errors name: __FILE__ has the folder of the build in it, and the command would differ with that.
+static constexpr const char *here = "src/cli/cli_violations";
+
 // How much is kept before it goes to standard output.
 static constexpr size_t piece_size = size_t{64} * 1024;
 
@@ -133,9 +136,9 @@ void cli_violations::take(KT_context *ctx, void *data, const tov_client_violatio
 try {
     static_cast<cli_violations *>(data)->add(*violation);
 } catch (const std::bad_alloc &) {
-    KT_context__err__generic(ctx, KT_ERR_OUT_OF_MEMORY, __FILE__, __LINE__);
+    KT_context__err__generic(ctx, KT_ERR_OUT_OF_MEMORY, here, __LINE__);
 } catch (const std::exception &error) {
-    KT_context__err__generic(ctx, KT_ERR_UNEXPECTED_VALUE, __FILE__, __LINE__);
+    KT_context__err__generic(ctx, KT_ERR_UNEXPECTED_VALUE, here, __LINE__);
     KT_context__err_set_description(ctx, "%s", error.what());
 }
 
