@@ -3,11 +3,9 @@
 
 #define KT_HERE "src/client/create/client_script"
 
-using my_take = void (*)(KT_context *ctx, void *data, const char *text);
-
 namespace {
 struct my_taker {
-    my_take take;
+    client_take take;
     void *data;
 };
 } // namespace
@@ -30,7 +28,7 @@ static void my_hand_out_piece(KT_context *ctx, void *taker, const char *piece) n
 }
 
 void tov_client__stream_script(KT_context *ctx, tov_schema *schema, const tov_client_create_options *options,
-                               my_take take, void *data) noexcept
+                               client_take take, void *data) noexcept
 {
     my_taker taker{take, data};
     client_plan plan;
