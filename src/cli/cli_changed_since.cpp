@@ -38,15 +38,6 @@ static column_diff my_compare_columns(KT_context *ctx, tov_schema *a, tov_schema
     return diff;
 }
 
-static std::string my_column_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id,
-                                  const std::string &col_id)
-{
-    const char *name = nullptr;
-    tov_schema__get_col_name(ctx, schema, tbl_id.c_str(), col_id.c_str(), &name);
-    cli_check(ctx, tbl_id);
-    return name ? name : col_id;
-}
-
 static std::string my_as_text(KT_context *ctx, tov_schema *a, tov_schema *b, const table_diff &tables,
                               const std::vector<column_diff> &columns)
 {
@@ -59,7 +50,7 @@ static std::string my_as_text(KT_context *ctx, tov_schema *a, tov_schema *b, con
                                  const std::vector<std::string> &ids) {
         for (const std::string &id : ids)
             text += what +
-                    cli_harmless(cli_table_name(ctx, schema, tbl_id) + "." + my_column_name(ctx, schema, tbl_id, id)) +
+                    cli_harmless(cli_table_name(ctx, schema, tbl_id) + "." + cli_column_name(ctx, schema, tbl_id, id)) +
                     "\n";
     };
     add_tables("only in old: ", a, tables.only_in_old);

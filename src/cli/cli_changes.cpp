@@ -93,9 +93,9 @@ static bool my_is_coloured()
     return ::isatty(STDOUT_FILENO) && !(no_colour && *no_colour);
 }
 
-static std::string my_line(char sign, const std::string &indent, const std::string &text)
+static std::string my_line(char sign, const std::string &margin, const std::string &text)
 {
-    const std::string line = indent + sign + ' ' + cli_harmless(text);
+    const std::string line = margin + sign + ' ' + cli_harmless(text);
     return my_is_coloured() ? my_colour(sign) + line + "\033[0m\n" : line + "\n";
 }
 
@@ -141,7 +141,7 @@ std::string cli_changes::text() const
 }
 
 // Text that Markdown takes for nothing but text, also in a table.
-static std::string my_escaped(const std::string &text)
+static std::string my_markdown_text(const std::string &text)
 {
     std::string escaped;
     for (const char c : cli_harmless(text)) {
@@ -165,8 +165,8 @@ static std::string my_markdown_table(KT_context *ctx, const std::vector<KT_vhash
         const shown_change shown = my_shown(ctx, change);
         const std::string sign =
             shown.sign == '-' ? "&minus;" : std::string(shown.sign == '~' ? "\\" : "") + shown.sign;
-        text += "| " + sign + " | " + my_escaped(shown.what) + " | " + my_escaped(shown.old_text) + " | " +
-                my_escaped(shown.new_text) + " |\n";
+        text += "| " + sign + " | " + my_markdown_text(shown.what) + " | " + my_markdown_text(shown.old_text) + " | " +
+                my_markdown_text(shown.new_text) + " |\n";
     }
     return text + "\n";
 }
@@ -181,8 +181,8 @@ std::string cli_changes::markdown() const
         const std::string change = cli_text_of(ctx_, table, "change");
         const std::string old_name = cli_text_of(ctx_, table, "old_name");
         const std::string guess = cli_flag_of(ctx_, table, "guess") ? " (a guess)" : "";
-        text += "## " + my_escaped(cli_text_of(ctx_, table, "name")) + ": " + change +
-                (old_name.empty() ? "" : " from " + my_escaped(old_name) + guess) + "\n\n" +
+        text += "## " + my_markdown_text(cli_text_of(ctx_, table, "name")) + ": " + change +
+                (old_name.empty() ? "" : " from " + my_markdown_text(old_name) + guess) + "\n\n" +
                 my_markdown_table(ctx_, my_list_of(ctx_, table, "changes"));
     }
     text.pop_back();

@@ -141,7 +141,7 @@ static std::string my_json(const cli_findings &findings)
     return json + (findings.count ? "\n]}\n" : "]}\n");
 }
 
-static std::vector<cli_sarif_rule> my_rules()
+static std::vector<cli_sarif_rule> my_finding_rules()
 {
     std::vector<cli_sarif_rule> rules;
     for (uint32_t n = 0; const tov_host_finding_kind *kind = tov_host__get_nth_finding_kind(n); n++)
@@ -153,7 +153,7 @@ static std::string my_text(const cli_findings &findings, const std::string &form
 {
     if (format == "text")
         return my_lines(findings, true);
-    return format == "sarif" ? cli_sarif(findings.ctx, my_rules(), findings.list, source) : my_json(findings);
+    return format == "sarif" ? cli_sarif(findings.ctx, my_finding_rules(), findings.list, source) : my_json(findings);
 }
 
 void cli_report_findings(const cli_findings &findings, const cli_findings_options &options, bool is_verbose,

@@ -12,9 +12,9 @@ namespace {
 // Strings as the library takes them; borrowed from the options.
 class string_list {
   public:
-    explicit string_list(const std::vector<std::string> &strings)
+    explicit string_list(const std::vector<std::string> &list)
     {
-        for (const std::string &string : strings)
+        for (const std::string &string : list)
             items_.push_back(string.c_str());
     }
     operator tov_host_list() const

@@ -1,6 +1,6 @@
 #include "cli_json_lines.hpp"
 
-static constexpr size_t indent = 2;
+static constexpr size_t indentation = 2;
 
 // Where a string ends that begins here.
 static size_t my_string_end(std::string_view json, size_t at)
@@ -39,7 +39,7 @@ std::string cli_json_lines(std::string_view json)
 {
     std::string text;
     size_t depth = 0;
-    const auto new_line = [&] { text.append(1, '\n').append(depth * indent, ' '); };
+    const auto new_line = [&] { text.append(1, '\n').append(depth * indentation, ' '); };
     for (size_t at = 0; at < json.size();) {
         const size_t end = my_whole_end(json, at);
         if (end != std::string_view::npos) {

@@ -3,15 +3,6 @@
 #include "cli_json.hpp"
 #include "cli_schema.hpp"
 
-static std::string my_column_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id,
-                                  const std::string &col_id)
-{
-    const char *name = nullptr;
-    tov_schema__get_col_name(ctx, schema, tbl_id.c_str(), col_id.c_str(), &name);
-    cli_check(ctx, cli_table_name(ctx, schema, tbl_id));
-    return name ? name : col_id;
-}
-
 static KT_varray *my_list_in(KT_context *ctx, const KT_vhash *record, const char *key)
 {
     KT_varray *list = nullptr;
@@ -25,7 +16,7 @@ static std::vector<std::string> my_column_names(KT_context *ctx, tov_schema *sch
 {
     std::vector<std::string> names;
     for (const std::string &col_id : cli_texts_of(ctx, col_ids))
-        names.push_back(my_column_name(ctx, schema, tbl_id, col_id));
+        names.push_back(cli_column_name(ctx, schema, tbl_id, col_id));
     return names;
 }
 
@@ -86,7 +77,7 @@ std::vector<std::vector<std::string>> cli_column_cycles(KT_context *ctx, tov_sch
         for (const KT_vhash *col : cli_maps_of(ctx, my_list_in(ctx, cycle, "cols"))) {
             const std::string tbl_id = cli_text_of(ctx, col, "tbl");
             result.back().push_back(cli_table_name(ctx, schema, tbl_id) + "." +
-                                    my_column_name(ctx, schema, tbl_id, cli_text_of(ctx, col, "col")));
+                                    cli_column_name(ctx, schema, tbl_id, cli_text_of(ctx, col, "col")));
         }
     }
     return result;

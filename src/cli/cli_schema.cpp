@@ -102,6 +102,14 @@ std::string cli_table_name(KT_context *ctx, tov_schema *schema, const std::strin
     return name ? name : tbl_id;
 }
 
+std::string cli_column_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id, const std::string &col_id)
+{
+    const char *name = nullptr;
+    tov_schema__get_col_name(ctx, schema, tbl_id.c_str(), col_id.c_str(), &name);
+    cli_check(ctx, cli_table_name(ctx, schema, tbl_id));
+    return name ? name : col_id;
+}
+
 std::vector<std::string> cli_table_names(KT_context *ctx, tov_schema *schema)
 {
     std::vector<std::string> names;

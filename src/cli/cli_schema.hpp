@@ -22,5 +22,8 @@ std::string cli_find_table(KT_context *ctx, tov_schema *schema, const std::strin
 // A table's name, or its id where it has none.
 std::string cli_table_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id);
 
+// A column's name, or its id where it has none.
+std::string cli_column_name(KT_context *ctx, tov_schema *schema, const std::string &tbl_id, const std::string &col_id);
+
 // The names of all tables.
 std::vector<std::string> cli_table_names(KT_context *ctx, tov_schema *schema);

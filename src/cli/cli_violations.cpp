@@ -142,7 +142,7 @@ try {
     KT_context__err_set_description(ctx, "%s", error.what());
 }
 
-static std::vector<cli_sarif_rule> my_rules()
+static std::vector<cli_sarif_rule> my_violation_rules()
 {
     std::vector<cli_sarif_rule> rules;
     for (uint32_t n = 0; const tov_client_violation_kind *kind = tov_client__get_nth_violation_kind(n); n++)
@@ -155,7 +155,7 @@ void cli_violations::finish(bool is_whole)
     if (format_ == "json")
         text_ += std::string(counts_.empty() ? "]" : "\n]") + ",\"complete\":" + (is_whole ? "true" : "false") + "}\n";
     if (format_ == "sarif")
-        text_ = cli_sarif(ctx_, my_rules(), list_, database_);
+        text_ = cli_sarif(ctx_, my_violation_rules(), list_, database_);
     if (output_.empty())
         flush(0);
     else

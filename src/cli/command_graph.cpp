@@ -24,7 +24,7 @@ struct graph_options {
 } // namespace
 
 // Names are inside HTML-like labels in both formats.
-static std::string my_escaped(const std::string &text)
+static std::string my_label_text(const std::string &text)
 {
     std::string result;
     for (const char byte : cli_harmless(text)) {
@@ -56,9 +56,9 @@ static std::string my_edge_label(const cli_reference &reference)
 {
     std::string label;
     for (const std::string &column : reference.from_columns)
-        label += (label.empty() ? "" : "<br/>") + my_escaped(column);
+        label += (label.empty() ? "" : "<br/>") + my_label_text(column);
     if (!reference.on_delete.empty())
-        label += " (" + my_escaped(reference.on_delete) + ")";
+        label += " (" + my_label_text(reference.on_delete) + ")";
     return label;
 }
 
@@ -86,12 +86,13 @@ static std::vector<std::pair<std::string, std::vector<const cli_graph_node *>>> 
 
 static std::string my_dot_box(const cli_graph_node &table, const char *indent)
 {
-    std::string text = indent + ("\"" + my_escaped(table.id)) +
+    std::string text = indent + ("\"" + my_label_text(table.id)) +
                        R"(" [label=<<table border="0" cellborder="1" cellspacing="0" cellpadding="4")" +
                        (table.cycle ? " color=\"red\"" : "") + "><tr><td bgcolor=\"" +
-                       (table.cycle ? "mistyrose" : "lightgrey") + "\"><b>" + my_escaped(table.name) + "</b></td></tr>";
+                       (table.cycle ? "mistyrose" : "lightgrey") + "\"><b>" + my_label_text(table.name) +
+                       "</b></td></tr>";
     for (const std::string &column : table.key)
-        text += "<tr><td align=\"left\"><u>" + my_escaped(column) + "</u></td></tr>";
+        text += "<tr><td align=\"left\"><u>" + my_label_text(column) + "</u></td></tr>";
     return text + "</table>>];\n";
 }
 
@@ -104,7 +105,7 @@ static std::string my_as_dot(const cli_graph &g)
     for (const auto &[schema, tables] : my_groups(g)) {
         const bool is_cluster = !schema.empty();
         if (is_cluster)
-            text += "    subgraph cluster_" + std::to_string(number++) + " {\n        label=<" + my_escaped(schema) +
+            text += "    subgraph cluster_" + std::to_string(number++) + " {\n        label=<" + my_label_text(schema) +
                     ">; fontname=\"sans-serif\"; color=\"grey\";\n";
         for (const cli_graph_node *table : tables)
             text += my_dot_box(*table, is_cluster ? "        " : "    ");
@@ -113,7 +114,7 @@ static std::string my_as_dot(const cli_graph &g)
     for (const cli_graph_node &table : g.nodes)
         for (const cli_reference &reference : table.references)
             if (const cli_graph_node *to = cli_graph_target(g, reference))
-                text += "    \"" + my_escaped(table.id) + "\" -> \"" + my_escaped(to->id) + "\" [label=<" +
+                text += "    \"" + my_label_text(table.id) + "\" -> \"" + my_label_text(to->id) + "\" [label=<" +
                         my_edge_label(reference) + ">" + (my_is_cycle_edge(table, *to) ? ", color=\"red\"" : "") +
                         "];\n";
     return text + "}\n";
@@ -131,12 +132,12 @@ static std::string my_mermaid_boxes(const cli_graph &g)
     for (const auto &[schema, tables] : my_groups(g)) {
         const bool is_cluster = !schema.empty();
         if (is_cluster)
-            text += "    subgraph s" + std::to_string(number++) + "[\"" + my_escaped(schema) + "\"]\n";
+            text += "    subgraph s" + std::to_string(number++) + "[\"" + my_label_text(schema) + "\"]\n";
         for (const cli_graph_node *table : tables) {
             text += (is_cluster ? "        " : "    ") + my_mermaid_name(g, *table) + "[\"<b>" +
-                    my_escaped(table->name) + "</b>";
+                    my_label_text(table->name) + "</b>";
             for (const std::string &column : table->key)
-                text += "<br/><u>" + my_escaped(column) + "</u>";
+                text += "<br/><u>" + my_label_text(column) + "</u>";
             text += "\"]\n";
         }
         text += is_cluster ? "    end\n" : "";

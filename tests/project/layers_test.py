@@ -27,8 +27,16 @@ LAYERS = {
 PUBLIC_PATTERNS = ("*.h", "*_*.hpp")
 
 
+def sources_of(file):
+    """The sources that a command compiles: its file or, where a folder is compiled as one, those that its file includes."""
+    if not re.fullmatch(r"unity_.*_cxx\.cxx", file.name):
+        return [file]
+    included = re.findall(r'^#include "(.+)"$', file.read_text(encoding="utf-8"), re.MULTILINE)
+    return [Path(source) for source in included]
+
+
 def is_in(file, folder):
-    return folder.resolve() in file.resolve().parents
+    return any(folder.resolve() in source.resolve().parents for source in sources_of(file))
 
 
 class Layer:

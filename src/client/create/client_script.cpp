@@ -41,7 +41,7 @@ void tov_client__stream_script(KT_context *ctx, tov_schema *schema, const tov_cl
     KT_TRY(my_hand_out(ctx, taker, client_commit));
 }
 
-static void my_append(KT_context *ctx, void *script, const char *text) noexcept
+static void my_add_to_script(KT_context *ctx, void *script, const char *text) noexcept
 {
     KT_TRY(KT_string__append__sz(ctx, static_cast<KT_string *>(script), text));
 }
@@ -51,7 +51,7 @@ void tov_client__write_script__with(KT_context *ctx, tov_schema *schema, const t
 {
     kt_owned_string text{ctx};
     KT_TRY(KT_string__alloc(ctx, text.out()));
-    KT_TRY(tov_client__stream_script(ctx, schema, options, my_append, text));
+    KT_TRY(tov_client__stream_script(ctx, schema, options, my_add_to_script, text));
     text.move_to(script);
 }
 

@@ -20,7 +20,6 @@ struct check_function {
 } // namespace
 
 static constexpr const char *not_text = "a function is used on something other than a text";
-static constexpr int64_t utf_8_page = 65001;
 
 // A whole number that SQLite computes by an expression of its own.
 static host_value my_number(host_check_reader &reader, std::string_view place, const std::string &expr)
@@ -50,7 +49,7 @@ static host_value my_length(host_check_reader &reader, std::string_view place, s
     const bool counts_characters = host_read_collation(text.col->collation, text.col->comparison_style).sc;
     if (host_is_unicode(*text.col) && !counts_characters)
         return my_units(place, text, trimmed, false);
-    if (text.col->code_page == utf_8_page && !counts_characters)
+    if (text.col->code_page == host_utf_8_page && !counts_characters)
         return host_check_refuse(reader, "the length of a text in UTF-8 is used, which the server may count in units");
     return my_number(reader, place, "length(" + trimmed + ")");
 }
@@ -59,7 +58,7 @@ static host_value my_data_length(host_check_reader &reader, std::string_view pla
                                  std::array<host_value, 2> &arguments)
 {
     const host_value &value = arguments[0];
-    const bool is_utf_8 = value.col && value.col->code_page == utf_8_page;
+    const bool is_utf_8 = value.col && value.col->code_page == host_utf_8_page;
     if (value.kind == kind::binary)
         return my_number(reader, place, "length(" + value.expr + ")");
     if (value.kind != kind::text ||

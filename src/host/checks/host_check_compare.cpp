@@ -7,8 +7,6 @@
 
 using kind = host_value_kind;
 
-static constexpr size_t double_digits = 15;
-
 // Whether a 32-bit real holds the literal exactly.
 static bool my_fits_real4(std::string_view literal)
 {
@@ -19,7 +17,7 @@ static bool my_fits_real4(std::string_view literal)
 
 static const char *my_refuse_number(const host_value &value, const host_value &literal)
 {
-    if (host_count_digits(literal.literal) > double_digits)
+    if (host_count_digits(literal.literal) > host_double_digits)
         return "a number has more digits than SQLite compares exactly";
     if (value.kind == kind::real4 && !my_fits_real4(literal.literal))
         return "a 32-bit real is compared with a number that it does not hold exactly";

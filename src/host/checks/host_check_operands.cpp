@@ -50,9 +50,9 @@ bool host_check_failed(const host_value &value)
     return value.kind == host_value_kind::failed;
 }
 
-bool host_check_take(host_check_reader &reader, host_token_kind kind)
+bool host_check_take(host_check_reader &reader, host_token_kind wanted)
 {
-    if (reader.token.kind != kind)
+    if (reader.token.kind != wanted)
         return false;
     host_check_advance(reader);
     return true;

@@ -38,13 +38,12 @@ static std::string my_scaled(std::string_view literal, int64_t scale)
 // A number between two scaled integers is a double in SQLite, and on the right side of both if it has few digits.
 static const char *my_scale_literal(host_check_changes &changes, const host_value &value, const host_value &literal)
 {
-    constexpr size_t double_digits = 15;
     constexpr int64_t most_smallmoney = 214'748;
     const std::string scaled = my_scaled(literal.literal, value.scale);
     if (my_is_type(value, "smallmoney") && literal.literal.find('.') == std::string_view::npos &&
         (literal.kind != kind::whole_literal || std::stoll(std::string(literal.literal)) > most_smallmoney))
         return "a smallmoney is compared with a number beyond its range, which is an error on the server";
-    if (scaled.find('.') != std::string::npos && host_count_digits(scaled) > double_digits)
+    if (scaled.find('.') != std::string::npos && host_count_digits(scaled) > host_double_digits)
         return "a number has more digits than SQLite compares exactly";
     if (scaled != "0")
         host_change(changes, literal.place, scaled);

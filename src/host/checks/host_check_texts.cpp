@@ -13,8 +13,6 @@
 
 using kind = host_value_kind;
 
-static constexpr int64_t utf_8_page = 65001;
-
 static bool my_has_letter(std::string_view text, char least, char most)
 {
     return std::any_of(text.begin(), text.end(), [=](char byte) { return byte >= least && byte <= most; });
@@ -143,7 +141,7 @@ const char *host_match(host_check_changes &changes, const host_value &left, cons
         return "LIKE is used with an escape that is not one character";
     const bool is_unicode = host_is_unicode(*left.col) || my_is_national(pattern.literal);
     host_like_rules rules = my_rules(left);
-    rules.counts_units = rules.counts_units && (host_is_unicode(*left.col) || left.col->code_page == utf_8_page);
+    rules.counts_units = rules.counts_units && (host_is_unicode(*left.col) || left.col->code_page == host_utf_8_page);
     const host_like_pattern like = host_read_like(text, escape ? mark[0] : '\0', rules);
     if (like.refusal)
         return like.refusal;

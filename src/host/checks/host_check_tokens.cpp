@@ -3,11 +3,6 @@
 
 #include "kt_string.h"
 
-static bool my_is_digit(char byte)
-{
-    return byte >= '0' && byte <= '9';
-}
-
 static bool my_is_letter(char byte)
 {
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_';
@@ -21,7 +16,7 @@ static char my_at(std::string_view text, size_t at)
 static size_t my_count_digits(std::string_view text, size_t at)
 {
     size_t count = 0;
-    while (my_is_digit(my_at(text, at + count)))
+    while (host_is_digit(my_at(text, at + count)))
         count++;
     return count;
 }
@@ -51,7 +46,7 @@ static size_t my_text_length(std::string_view text)
 static size_t my_word_length(std::string_view text)
 {
     size_t length = 0;
-    while (my_is_letter(my_at(text, length)) || my_is_digit(my_at(text, length)))
+    while (my_is_letter(my_at(text, length)) || host_is_digit(my_at(text, length)))
         length++;
     return length;
 }
@@ -62,11 +57,11 @@ static host_token my_unknown(std::string_view rest)
     return {host_token_kind::unknown, rest.substr(0, rest.find_first_of(" \t\r\n()", 1))};
 }
 
-static host_token my_take(std::string_view &rest, host_token_kind kind, size_t length)
+static host_token my_take(std::string_view &rest, host_token_kind taken, size_t length)
 {
     if (length == 0)
         return my_unknown(rest);
-    const host_token token{kind, rest.substr(0, length)};
+    const host_token token{taken, rest.substr(0, length)};
     rest.remove_prefix(length);
     return token;
 }
@@ -113,7 +108,7 @@ host_token host_take_token(std::string_view &rest)
         return my_take_name(rest);
     if (first == '\'')
         return my_take(rest, host_token_kind::text, my_text_length(rest));
-    if (my_is_digit(first) || (first == '.' && my_is_digit(my_at(rest, 1))))
+    if (host_is_digit(first) || (first == '.' && host_is_digit(my_at(rest, 1))))
         return my_take(rest, host_token_kind::number, my_number_length(rest));
     if (my_is_letter(first)) {
         const size_t length = my_word_length(rest);

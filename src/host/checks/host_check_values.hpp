@@ -54,6 +54,9 @@ host_value host_number_value(std::string_view number);
 // What is computed from whole numbers.
 host_value host_integer_value();
 
+// A decimal number of so many digits is a double that no other such number is.
+inline constexpr size_t host_double_digits = 15;
+
 bool host_is_whole(host_value_kind kind);
 bool host_is_number_literal(host_value_kind kind);
 // The significant digits of a decimal number.

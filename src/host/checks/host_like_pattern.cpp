@@ -34,19 +34,14 @@ struct like_reader {
 
 } // namespace
 
-static bool my_is_letter(char byte)
+static bool my_is_ascii_letter(char byte)
 {
     return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
 }
 
-static bool my_is_digit(char byte)
-{
-    return byte >= '0' && byte <= '9';
-}
-
 static void my_add_char(like_reader &reader, std::string &chars, char byte)
 {
-    const bool is_letter = my_is_letter(byte);
+    const bool is_letter = my_is_ascii_letter(byte);
     if (byte < ' ' || byte > '~')
         reader.refusal = "LIKE is used with characters beyond ASCII, whose case and order SQLite does not know";
     else if (is_letter && !reader.rules.knows_letters)
@@ -58,11 +53,11 @@ static void my_add_char(like_reader &reader, std::string &chars, char byte)
 
 static void my_add_range(like_reader &reader, std::string &chars, char first, char last)
 {
-    const bool is_known = my_is_digit(first) ? my_is_digit(last)
-                                             : my_is_letter(first) && my_is_letter(last) && reader.rules.is_binary &&
-                                                   ((first ^ last) & 0x20) == 0;
+    const bool is_known = host_is_digit(first) ? host_is_digit(last)
+                                               : my_is_ascii_letter(first) && my_is_ascii_letter(last) &&
+                                                     reader.rules.is_binary && ((first ^ last) & 0x20) == 0;
     if (!is_known || first > last) {
-        reader.refusal = my_is_letter(first)
+        reader.refusal = my_is_ascii_letter(first)
                              ? "LIKE is used with a range of letters, which holds accented ones too on the server"
                              : "LIKE is used with a range other than of digits, whose order depends on the collation";
         return;
@@ -125,8 +120,9 @@ static void my_read_element(like_reader &reader)
 
 static bool my_is_range(std::string_view chars)
 {
-    const bool is_known = my_is_digit(chars.front()) ? my_is_digit(chars.back())
-                                                     : my_is_letter(chars.front()) && my_is_letter(chars.back());
+    const bool is_known = host_is_digit(chars.front())
+                              ? host_is_digit(chars.back())
+                              : my_is_ascii_letter(chars.front()) && my_is_ascii_letter(chars.back());
     return is_known && chars.back() - chars.front() == static_cast<int>(chars.size()) - 1;
 }
 

@@ -80,6 +80,11 @@ void host_model_reader::take(KT_context *ctx, const host_node &element)
     KT_TRY(my_find(element_types, element.type)->take(ctx, model_, element));
 }
 
+std::string_view host_keep_name(host_model &model, std::string_view name)
+{
+    return {model.texts.keep(name), name.size()};
+}
+
 void host_keep_last_part(KT_context *ctx, host_model &model, std::string_view name, const char **part)
 {
     if (name.empty())

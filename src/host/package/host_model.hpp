@@ -115,6 +115,8 @@ void host_take_description(KT_context *ctx, host_model &model, const host_node &
 // host_model_join.cpp: gives everything to the tables and columns it belongs to, and puts the tables in order.
 void host_join_model(KT_context *ctx, host_model &model);
 
+// A name as objects are known by it while the model is read.
+std::string_view host_keep_name(host_model &model, std::string_view name);
 // The last part of a bracketed name, as a string of the catalogue's; null for an empty one.
 void host_keep_last_part(KT_context *ctx, host_model &model, std::string_view name, const char **part);
 // A text that the catalogue keeps; null for an empty one.

@@ -6,21 +6,17 @@
 
 #define KT_HERE "src/host/package/host_model_constraints"
 
-static std::string_view my_keep(host_model &model, std::string_view text)
-{
-    return {model.texts.keep(text), text.size()};
-}
-
 static std::string_view my_keep_reference(host_model &model, const host_node &element, std::string_view relationship)
 {
-    return my_keep(model, host_reference(element, relationship));
+    return host_keep_name(model, host_reference(element, relationship));
 }
 
 static void my_keep_references(KT_context *ctx, host_model &model, const host_node &element,
                                std::string_view relationship, std::vector<std::string_view> &names)
 {
-    KT_TRY(host_for_each(ctx, element, relationship,
-                         [&](KT_context *, const host_node &child) { names.push_back(my_keep(model, child.name)); }));
+    KT_TRY(host_for_each(ctx, element, relationship, [&](KT_context *, const host_node &child) {
+        names.push_back(host_keep_name(model, child.name));
+    }));
 }
 
 // The columns of a key, in its order.

@@ -11,11 +11,6 @@
 
 #define KT_HERE "src/host/package/host_model_tables"
 
-static std::string_view my_keep(host_model &model, std::string_view text)
-{
-    return {model.texts.keep(text), text.size()};
-}
-
 static bool my_is_built_in(const host_node &reference)
 {
     return reference.value == "BuiltIns";
@@ -47,7 +42,7 @@ static void my_read_column_type(KT_context *ctx, host_model &model, const host_n
     if (!reference || reference->name.empty())
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "column %s has no type", std::string(element.name).c_str());
     if (!my_is_built_in(*reference)) {
-        model.alias_uses.push_back({place, my_keep(model, reference->name)});
+        model.alias_uses.push_back({place, host_keep_name(model, reference->name)});
         return;
     }
     host_name_parts name;
@@ -114,7 +109,7 @@ static void my_take_col(KT_context *ctx, host_model &model, const host_node &ele
         my_read_computed_col(model, element, col);
     else
         KT_TRY(my_read_plain_col(ctx, model, element, place, col));
-    model.cols.emplace(my_keep(model, element.name), place);
+    model.cols.emplace(host_keep_name(model, element.name), place);
 }
 
 // What a table may be that concerns nobody here.
@@ -163,7 +158,7 @@ static void my_take_history(host_model &model, const host_node &element, uint32_
     for (const std::string_view relationship : {"TemporalSystemVersioningHistoryTable", "HistoryTable"}) {
         const std::string_view history = host_reference(element, relationship);
         if (!history.empty())
-            model.histories.push_back({tbl, my_keep(model, history)});
+            model.histories.push_back({tbl, host_keep_name(model, history)});
     }
 }
 
@@ -172,7 +167,7 @@ void host_take_table(KT_context *ctx, host_model &model, const host_node &elemen
     const auto tbl = static_cast<uint32_t>(model.catalogue.tables.size());
     host_table &table = model.catalogue.tables.emplace_back();
     KT_TRY(my_name_table(ctx, model, element, table));
-    if (!model.tbls.emplace(my_keep(model, element.name), tbl).second)
+    if (!model.tbls.emplace(host_keep_name(model, element.name), tbl).second)
         KT_FAIL(KT_ERR_UNEXPECTED_VALUE, "table %s is there twice", std::string(element.name).c_str());
     table.is_memory_optimized = host_is_true(element, "IsMemoryOptimized");
     table.is_filetable = host_is_true(element, "IsFileTable");
@@ -210,7 +205,7 @@ void host_take_alias(KT_context *ctx, host_model &model, const host_node &elemen
     KT_TRY(host_split_name(ctx, host_reference(element, "Type"), name));
     KT_TRY(my_read_type(ctx, element, name.last(), type));
     host_set_declared_type(model.catalogue.texts, type, alias);
-    model.aliases.emplace(my_keep(model, element.name), std::move(alias));
+    model.aliases.emplace(host_keep_name(model, element.name), std::move(alias));
 }
 
 void host_take_clr_type(KT_context *ctx, host_model &model, const host_node &element)
@@ -219,7 +214,7 @@ void host_take_clr_type(KT_context *ctx, host_model &model, const host_node &ele
     KT_TRY(my_name_alias(ctx, model, element, alias));
     alias.is_assembly_type = true;
     alias.max_length = -1;
-    model.aliases.emplace(my_keep(model, element.name), std::move(alias));
+    model.aliases.emplace(host_keep_name(model, element.name), std::move(alias));
 }
 
 void host_take_sequence(KT_context *ctx, host_model &model, const host_node &element)

@@ -17,6 +17,8 @@
 #include <unordered_set>
 #include <vector>
 
+inline constexpr int64_t host_utf_8_page = 65001; // the code page
+
 struct host_default {
     const char *kind = nullptr; // "constraint" or "bound"
     int64_t id = 0;

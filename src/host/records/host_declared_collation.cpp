@@ -142,7 +142,7 @@ int32_t host_code_page(const char *collation)
 {
     std::string_view name = collation ? collation : "";
     if (my_has_option(name, "UTF8"))
-        return 65001;
+        return host_utf_8_page;
     if (name.starts_with("SQL_"))
         return my_named_code_page(name);
     std::string_view rest = name;

@@ -5,11 +5,6 @@
 
 #define KT_HERE "src/host/script/host_script_alter"
 
-static bool my_is(const host_tsql_token &token, std::string_view text)
-{
-    return token.kind == host_tsql_kind::word && host_same_text(token.text, text);
-}
-
 static void my_read_add(host_script_reader &reader, host_script_parts &parts)
 {
     host_tsql_cursor &cursor = reader.cursor;
@@ -212,7 +207,7 @@ static void my_switch_constraints(host_script_reader &reader, host_script_table 
 static void my_set_options(host_script_reader &reader, host_script_table &table)
 {
     host_tsql_cursor &cursor = reader.cursor;
-    if (!cursor.token.is('(') || !my_is(cursor.peek(), "SYSTEM_VERSIONING"))
+    if (!cursor.token.is('(') || !cursor.peek().is_word("SYSTEM_VERSIONING"))
         return host_skip_statement(reader);
     cursor.advance();
     cursor.advance();
@@ -255,7 +250,7 @@ static void my_read_action(host_script_reader &reader, const host_tsql_token &fi
     if (cursor.take(host_word::set))
         return my_set_options(reader, table);
     if (cursor.token.is(host_word::enable) || cursor.token.is(host_word::disable) ||
-        cursor.token.is(host_word::rebuild) || my_is(cursor.token, "SWITCH"))
+        cursor.token.is(host_word::rebuild) || cursor.token.is_word("SWITCH"))
         return host_skip_statement(reader);
     cursor.fail_expected("ADD, ALTER COLUMN, DROP, CHECK, NOCHECK or SET");
 }

@@ -8,11 +8,6 @@
 
 static constexpr size_t most_remembered = 1000; // declarations and defaults
 
-static bool my_is(const host_tsql_token &token, std::string_view text)
-{
-    return token.kind == host_tsql_kind::word && host_same_text(token.text, text);
-}
-
 void host_set_type(host_script_state &state, const host_tsql_type &type, host_column &record)
 {
     host_set_declared_type(state.texts, host_declared(type), record);
@@ -97,7 +92,7 @@ static void my_read_generated(host_script_reader &reader, host_column &record)
     };
     static constexpr host_generated kinds[] = {{"ROW", 1}, {"TRANSACTION_ID", 7}, {"SEQUENCE_NUMBER", 9}};
     for (const host_generated &kind : kinds) {
-        if (my_is(cursor.token, kind.word))
+        if (cursor.token.is_word(kind.word))
             record.generated_always_type = kind.start;
     }
     if (record.generated_always_type == 0)
@@ -231,7 +226,7 @@ static bool my_read_declaration(host_script_reader &reader, host_script_column &
         col.record.change().is_computed = true;
         col.record.change().is_nullable = true;
         col.record.change().computed = host_read_definition(reader);
-    } else if (my_is(first, "timestamp") && (cursor.token.is(',') || cursor.token.is(')'))) {
+    } else if (first.is_word("timestamp") && (cursor.token.is(',') || cursor.token.is(')'))) {
         host_set_type(reader.state, {"", "", "timestamp", false, {}, {}},
                       col.record.change()); // a type can be its name
     } else {

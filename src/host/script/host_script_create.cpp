@@ -7,11 +7,6 @@
 
 #define KT_HERE "src/host/script/host_script_create"
 
-static bool my_is(const host_tsql_token &token, std::string_view text)
-{
-    return token.kind == host_tsql_kind::word && host_same_text(token.text, text);
-}
-
 // Whether the statement takes effect; a finding says so where that is not known.
 static bool my_takes_effect(host_script_reader &reader, const host_tsql_token &first)
 {
@@ -108,8 +103,8 @@ static void my_create_sequence(host_script_reader &reader, const host_tsql_token
         } else if (cursor.take(host_word::increment)) {
             cursor.expect(host_word::by, "BY");
             read_number(sequence.increment);
-        } else if (my_is(cursor.token, "MINVALUE") || my_is(cursor.token, "MAXVALUE") || my_is(cursor.token, "CACHE") ||
-                   my_is(cursor.token, "CYCLE") || cursor.token.is(host_word::no) ||
+        } else if (cursor.token.is_word("MINVALUE") || cursor.token.is_word("MAXVALUE") ||
+                   cursor.token.is_word("CACHE") || cursor.token.is_word("CYCLE") || cursor.token.is(host_word::no) ||
                    cursor.token.kind == host_tsql_kind::number || cursor.token.is('-')) {
             cursor.advance();
         } else {
@@ -130,7 +125,7 @@ static bool my_may_follow_database(const host_tsql_token &token)
     return token.kind != host_tsql_kind::word || host_starts_statement(token.word) ||
            std::find(std::begin(words), std::end(words), token.word) != std::end(words) ||
            std::any_of(std::begin(others), std::end(others),
-                       [&](std::string_view other) { return my_is(token, other); });
+                       [&](std::string_view other) { return token.is_word(other); });
 }
 
 // A database's name is one word, and an option or another statement follows. Two words name something within it: an
@@ -189,7 +184,7 @@ static void my_alter_schema(host_script_reader &reader, const host_tsql_token &f
     cursor.expect(host_word::transfer, "TRANSFER");
     bool is_type = false;
     if (cursor.peek().is("::")) {
-        is_type = !my_is(cursor.token, "OBJECT");
+        is_type = !cursor.token.is_word("OBJECT");
         cursor.advance();
         cursor.advance();
     }

@@ -185,7 +185,7 @@ static constexpr host_fact_function functions[] = {
     {"ISNULL", host_fact_kind::unknown, my_isnull},
 };
 
-static host_facts my_read_arguments(host_script_reader &reader)
+static host_facts my_read_facts(host_script_reader &reader)
 {
     host_facts arguments;
     reader.cursor.expect('(');
@@ -203,7 +203,7 @@ host_fact host_ask_function(host_script_reader &reader, std::string_view name)
     for (const host_fact_function &function : functions) {
         if (!host_same_text(function.name, name))
             continue;
-        const host_facts arguments = my_read_arguments(reader);
+        const host_facts arguments = my_read_facts(reader);
         if (arguments.empty() || reader.cursor.failed())
             return {};
         const bool fits = function.first == host_fact_kind::unknown || arguments[0].kind == function.first;

@@ -7,11 +7,6 @@
 
 #define KT_HERE "src/host/script/host_script_indexes"
 
-static bool my_is(const host_tsql_token &token, std::string_view text)
-{
-    return token.kind == host_tsql_kind::word && host_same_text(token.text, text);
-}
-
 // UNIQUE, CLUSTERED, XML ... up to INDEX
 static void my_read_kind(host_script_reader &reader, host_script_constraint &index)
 {
@@ -54,7 +49,7 @@ static bool my_read_tail(host_script_reader &reader, host_script_constraint &ind
         }
     }
     const host_tsql_token options = cursor.token;
-    if (my_is(cursor.token, "USING") || cursor.token.is(host_word::for_)) {
+    if (cursor.token.is_word("USING") || cursor.token.is(host_word::for_)) {
         host_skip_statement(reader);
         return false;
     }

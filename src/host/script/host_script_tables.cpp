@@ -33,11 +33,6 @@ static void my_read_parts(host_script_reader &reader, host_script_parts &parts)
         cursor.fail_expected("',' or ')'");
 }
 
-static bool my_is(const host_tsql_token &token, std::string_view text)
-{
-    return token.kind == host_tsql_kind::word && host_same_text(token.text, text);
-}
-
 void host_read_versioning(host_script_reader &reader, bool &is_on, host_script_name &history)
 {
     host_tsql_cursor &cursor = reader.cursor;
@@ -48,7 +43,7 @@ void host_read_versioning(host_script_reader &reader, bool &is_on, host_script_n
     if (!cursor.take('('))
         return;
     while (!cursor.token.is(')') && !cursor.token.is_end()) {
-        const bool is_history = my_is(cursor.token, "HISTORY_TABLE");
+        const bool is_history = cursor.token.is_word("HISTORY_TABLE");
         cursor.advance();
         if (is_history && cursor.take('='))
             history = reader.read_name();
@@ -69,9 +64,9 @@ static void my_read_table_options(host_script_reader &reader, host_script_table 
         }
         const host_tsql_token option = cursor.token;
         cursor.advance();
-        if (my_is(option, "SYSTEM_VERSIONING"))
+        if (option.is_word("SYSTEM_VERSIONING"))
             host_read_versioning(reader, table.is_temporal, history);
-        else if (my_is(option, "MEMORY_OPTIMIZED") && cursor.take('='))
+        else if (option.is_word("MEMORY_OPTIMIZED") && cursor.take('='))
             table.is_memory_optimized = cursor.token.is(host_word::on);
     }
     cursor.expect(')');

@@ -42,7 +42,6 @@ static bool my_is_single(int64_t code_page, std::string_view utf8)
 // The width of a text in the unit of the column: UTF-16, bytes of UTF-8 or of a double-byte code page, or characters.
 static int64_t my_measure(const host_column &col, std::string_view text, bool is_unicode)
 {
-    constexpr int64_t utf_8 = 65001;
     const bool is_double = col.code_page == 932 || col.code_page == 936 || col.code_page == 949 || col.code_page == 950;
     int64_t width = 0;
     for (size_t n = 0; n < text.size(); n++) {
@@ -50,7 +49,7 @@ static int64_t my_measure(const host_column &col, std::string_view text, bool is
         const bool begins = (byte & 0xC0) != 0x80;
         const bool is_twice =
             is_unicode ? byte >= 0xF0 : is_double && byte >= 0xC0 && !my_is_single(col.code_page, text.substr(n, 3));
-        width += begins || (!is_unicode && col.code_page == utf_8) ? 1 : 0;
+        width += begins || (!is_unicode && col.code_page == host_utf_8_page) ? 1 : 0;
         width += is_twice ? 1 : 0;
     }
     return width;

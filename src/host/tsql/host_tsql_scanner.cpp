@@ -45,14 +45,9 @@ static bool my_is_name_byte(char byte)
     return name_bytes[static_cast<unsigned char>(byte)];
 }
 
-static bool my_is_digit(char byte)
-{
-    return byte >= '0' && byte <= '9';
-}
-
 static bool my_is_hex_digit(char byte)
 {
-    return my_is_digit(byte) || (byte >= 'a' && byte <= 'f') || (byte >= 'A' && byte <= 'F');
+    return host_is_digit(byte) || (byte >= 'a' && byte <= 'f') || (byte >= 'A' && byte <= 'F');
 }
 
 host_tsql_token host_tsql_scanner::take(host_tsql_kind kind, size_t end)
@@ -118,7 +113,7 @@ bool host_tsql_scanner::is_first_on_line() const
 static bool my_ends_separator(std::string_view rest)
 {
     rest = host_trimmed(rest);
-    while (!rest.empty() && my_is_digit(rest.front()))
+    while (!rest.empty() && host_is_digit(rest.front()))
         rest.remove_prefix(1);
     rest = host_trimmed(rest);
     return rest.empty() || rest == ";" || rest.starts_with("--") ||
@@ -153,7 +148,7 @@ host_tsql_token host_tsql_scanner::next_number()
         return take(host_tsql_kind::binary, end);
     }
     const auto skip_digits = [this, &end] {
-        while (end < script_.size() && my_is_digit(script_[end]))
+        while (end < script_.size() && host_is_digit(script_[end]))
             end++;
     };
     if (script_[end] == '$')
@@ -223,13 +218,13 @@ host_tsql_token host_tsql_scanner::next()
             return next_quoted(host_tsql_kind::name, 0, ']');
         return next_quoted(quoted_identifier_ ? host_tsql_kind::name : host_tsql_kind::text, 0, '"');
     case host_byte::mark:
-        if (byte == '.' && my_is_digit(peek(1)))
+        if (byte == '.' && host_is_digit(peek(1)))
             return next_number();
         if (byte == ':' && my_class(peek(1)) == host_byte::letter && is_first_on_line())
             return take(host_tsql_kind::command, line_end());
         return next_mark();
     default:
-        if (byte == '$' && (my_is_digit(peek(1)) || peek(1) == '.'))
+        if (byte == '$' && (host_is_digit(peek(1)) || peek(1) == '.'))
             return next_number();
         if (byte == '$' && my_class(peek(1)) == host_byte::letter)
             return next_word();

@@ -40,6 +40,10 @@ struct host_tsql_token {
     {
         return kind == host_tsql_kind::mark && text == mark;
     }
+    bool is_word(std::string_view other) const // whether or not it is one of ours
+    {
+        return kind == host_tsql_kind::word && host_same_text(text, other);
+    }
     bool is_name() const
     {
         return kind == host_tsql_kind::word || kind == host_tsql_kind::name;

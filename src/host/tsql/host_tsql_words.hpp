@@ -64,6 +64,10 @@ inline char host_lower(char byte)
 {
     return static_cast<char>(KT_char__folded(byte));
 }
+inline bool host_is_digit(char byte)
+{
+    return byte >= '0' && byte <= '9';
+}
 std::string_view host_trimmed(std::string_view text);
 // Compares without regard to the case of ASCII letters.
 inline bool host_same_text(std::string_view a, std::string_view b)

@@ -4,15 +4,10 @@
 
 #include <algorithm>
 
-static bool my_is_digit(char c) noexcept
-{
-    return c >= '0' && c <= '9';
-}
-
 static size_t my_count_digits(std::string_view text) noexcept
 {
     size_t count = 0;
-    while (count < text.size() && my_is_digit(text[count]))
+    while (count < text.size() && client_is_digit(text[count]))
         count++;
     return count;
 }

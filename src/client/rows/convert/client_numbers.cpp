@@ -66,22 +66,17 @@ static exact_limits my_limits(const client_server_type &type) noexcept
     return {-most, most, type.scale};
 }
 
-static bool my_is_digit(char c) noexcept
-{
-    return c >= '0' && c <= '9';
-}
-
 // Digits with at most one point, at least one digit, nothing else.
 static client_reject my_read_plain(std::string_view text, int scale, exact_digits &digits) noexcept
 {
     size_t at = 0;
-    for (; at < text.size() && my_is_digit(text[at]); at++)
+    for (; at < text.size() && client_is_digit(text[at]); at++)
         digits.add(text[at]);
     const size_t whole = at;
     int missing = scale;
     bool lost = false;
     if (at < text.size() && text[at] == '.') {
-        for (at++; at < text.size() && my_is_digit(text[at]); at++) {
+        for (at++; at < text.size() && client_is_digit(text[at]); at++) {
             if (missing > 0) {
                 digits.add(text[at]);
                 missing--;
@@ -191,7 +186,7 @@ template <class Float> static client_reject my_read_float(std::string_view text,
 client_reject client_read_float(const client_server_type &type, std::string_view text, double &value) noexcept
 {
     const bool negative = my_take_sign(text);
-    if (text.empty() || (!my_is_digit(text.front()) && text.front() != '.')) // no words, such as nan
+    if (text.empty() || (!client_is_digit(text.front()) && text.front() != '.')) // no words, such as nan
         return client_reject::not_a_number;
     const bool is_real = type.base == client_base::real;
     const client_reject reject = is_real ? my_read_float<float>(text, value) : my_read_float<double>(text, value);

@@ -21,6 +21,11 @@ enum class client_form : uint8_t {
     server,  // an expression that only the server could compute
 };
 
+inline bool client_is_digit(char c) noexcept
+{
+    return c >= '0' && c <= '9';
+}
+
 struct client_field {
     client_form form = client_form::null;
     std::string_view bytes;

@@ -11,8 +11,8 @@ static constexpr int patience = 5000;
 static constexpr int most_set_aside = 1000;
 
 // Pages are kept in 32 MB, so that a table's keys need not be read again and again.
-static constexpr const char *settings[] = {"PRAGMA foreign_keys=OFF", "PRAGMA recursive_triggers=ON",
-                                           "PRAGMA cache_size=-32768"};
+static constexpr const char *connection_settings[] = {"PRAGMA foreign_keys=OFF", "PRAGMA recursive_triggers=ON",
+                                                      "PRAGMA cache_size=-32768"};
 
 namespace {
 
@@ -44,7 +44,7 @@ void client_connection__open(KT_context *ctx, client_connection &database, const
         KT_FAIL(KT_ERR_SQLITE(code), "%s", database.functions->errstr(code));
     KT_TRY(KT_sqlite__normalise_dates(ctx, database.functions, database.connection));
     database.functions->busy_timeout(database.connection, patience);
-    for (const char *setting : settings)
+    for (const char *setting : connection_settings)
         KT_TRY(client_connection__run(ctx, database, setting));
 }
 

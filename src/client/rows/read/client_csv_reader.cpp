@@ -8,7 +8,7 @@
 #include <array>
 
 // So much is looked through for a quote that closes.
-static constexpr size_t most_open = size_t{64} * 1024 * 1024;
+static constexpr size_t most_of_quoted = size_t{64} * 1024 * 1024;
 
 namespace {
 
@@ -65,7 +65,7 @@ field_end csv_reader::read_quoted(std::string_view data, bool is_all, size_t &at
         at = data.find('"', at + 2);
     }
     if (at == data.npos)
-        return is_all || data.size() > most_open ? field_end::broken : field_end::more;
+        return is_all || data.size() > most_of_quoted ? field_end::broken : field_end::more;
     if (at + 1 == data.size() && !is_all)
         return field_end::more;
     std::string_view field = data.substr(from, at - from);

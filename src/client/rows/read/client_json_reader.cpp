@@ -7,7 +7,7 @@
 #include <algorithm>
 
 // An object that has not ended after so much is not one.
-static constexpr size_t most_open = size_t{64} * 1024 * 1024;
+static constexpr size_t most_of_object = size_t{64} * 1024 * 1024;
 
 namespace {
 
@@ -89,7 +89,7 @@ client_step json_reader::read_object(std::string_view data, bool is_all, client_
 {
     const client_json_extent extent = client_measure_json_object(data, before_);
     if (!extent.is_whole) {
-        if (!is_all && data.size() < most_open)
+        if (!is_all && data.size() < most_of_object)
             return client_step::more;
         return refuse_line(data, is_all ? client_reject::cut_row : client_reject::bad_row, row);
     }
