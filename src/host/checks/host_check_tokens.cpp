@@ -2,6 +2,7 @@
 #include "checks/host_check_tokens.hpp"
 
 #include "kt_string.h"
+#include "tsql/host_tsql_words.hpp"
 
 static bool my_is_letter(char byte)
 {

@@ -4,6 +4,8 @@
 // on the collation. So only ranges of digits are taken, and any where the collation compares bytes.
 #include "checks/host_like_pattern.hpp"
 
+#include "tsql/host_tsql_words.hpp"
+
 #include <algorithm>
 #include <iterator>
 #include <vector>
