@@ -7,6 +7,7 @@
 #include "kt_folded.hpp"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -62,6 +63,8 @@ static std::vector<client_fact_kind> my_changed_kinds(const std::vector<client_f
 static void my_compare_facts(const std::vector<client_fact> &a, const std::vector<client_fact> &b,
                              const sides &compared, const client_change &about, std::vector<client_change> &changes)
 {
+    if (client_have_same_facts(a, b))
+        return;
     for (const client_fact_kind kind : my_changed_kinds(a, b, compared)) {
         const client_fact *one = client_find_fact(a, kind);
         const client_fact *other = client_find_fact(b, kind);
@@ -148,6 +151,8 @@ static void my_compare_names(const client_part &a, const client_part &b, bool is
 static void my_compare_parts(const client_part &a, const client_part &b, bool is_guess, bool both_know,
                              std::vector<client_change> &changes)
 {
+    if (a.name == b.name && client_have_same_facts(a.facts, b.facts))
+        return;
     const client_change about{client_part_word(b.kind), "changed", client_label_of(b)};
     const bool is_renamed = a.name != b.name && (kt_equal_folded(a.name, b.name) || !client_is_same_name(a, b));
     if (is_renamed)
@@ -166,13 +171,24 @@ static void my_compare_pair(const std::vector<client_part> &old_parts, const std
         changes.push_back(my_whole_part(new_parts[pair.new_at], true));
 }
 
-// A column by the name that both documents have for it.
-static client_part my_col_to_compare(const client_part &col, bool both_know)
+// The name that both documents have for a column.
+static const std::string &my_name_to_compare(const client_part &col, bool both_know)
 {
-    client_part compared = col;
-    if (!both_know && !col.sqlite_name.empty())
-        compared.name = col.sqlite_name;
-    return compared;
+    return both_know || col.sqlite_name.empty() ? col.name : col.sqlite_name;
+}
+
+static void my_compare_col(const client_part &old_col, const client_part &new_col, bool is_guess, bool both_know,
+                           std::vector<client_change> &changes)
+{
+    const std::string &old_name = my_name_to_compare(old_col, both_know);
+    const std::string &new_name = my_name_to_compare(new_col, both_know);
+    if (old_name == new_name && client_have_same_facts(old_col.facts, new_col.facts))
+        return;
+    client_part a = old_col;
+    client_part b = new_col;
+    a.name = old_name;
+    b.name = new_name;
+    my_compare_parts(a, b, is_guess, both_know, changes);
 }
 
 static void my_compare_cols(const client_tbl_content &old_tbl, const client_tbl_content &new_tbl,
@@ -187,8 +203,7 @@ static void my_compare_cols(const client_tbl_content &old_tbl, const client_tbl_
         if (!both_know && !is_stored)
             continue;
         if (is_old && is_new)
-            my_compare_parts(my_col_to_compare(old_tbl.cols[col.old_at], both_know),
-                             my_col_to_compare(new_tbl.cols[col.new_at], both_know), col.is_guess, both_know, changes);
+            my_compare_col(old_tbl.cols[col.old_at], new_tbl.cols[col.new_at], col.is_guess, both_know, changes);
         else
             my_compare_pair(old_tbl.cols, new_tbl.cols, col, both_know, changes);
     }
@@ -198,20 +213,19 @@ static void my_compare_cols(const client_tbl_content &old_tbl, const client_tbl_
 static void my_compare_order(const client_tbl_content &old_tbl, const client_tbl_content &new_tbl,
                              const client_tbl_pair &pair, std::vector<client_change> &changes)
 {
-    std::vector<size_t> old_at;
+    std::vector<client_pair> both;
+    std::copy_if(pair.cols.begin(), pair.cols.end(), std::back_inserter(both),
+                 [](const client_pair &col) { return col.is_both(); });
+    const auto by_old_place = [](const client_pair &a, const client_pair &b) { return a.old_at < b.old_at; };
+    if (std::is_sorted(both.begin(), both.end(), by_old_place))
+        return;
     client_change change{"table", "changed", new_tbl.name,
                          {},      false,     client_traits_of(client_fact_kind::col_order).member};
-    for (const client_pair &col : pair.cols) {
-        if (!col.is_both())
-            continue;
-        change.new_text += (old_at.empty() ? "" : ", ") + new_tbl.cols[col.new_at].name;
-        old_at.push_back(col.old_at);
-    }
-    if (std::is_sorted(old_at.begin(), old_at.end()))
-        return;
-    std::sort(old_at.begin(), old_at.end());
-    for (const size_t at : old_at)
-        change.old_text += (change.old_text.empty() ? "" : ", ") + old_tbl.cols[at].name;
+    for (const client_pair &col : both)
+        change.new_text += (change.new_text.empty() ? "" : ", ") + new_tbl.cols[col.new_at].name;
+    std::sort(both.begin(), both.end(), by_old_place);
+    for (const client_pair &col : both)
+        change.old_text += (change.old_text.empty() ? "" : ", ") + old_tbl.cols[col.old_at].name;
     changes.push_back(std::move(change));
 }
 

@@ -1,5 +1,6 @@
 // The answer of a comparison: its changes as maps and lists.
 #include "compare/client_changes.hpp"
+#include "compare/client_same_tbls.hpp"
 #include "kt_folded.hpp"
 
 #define KT_HERE "src/client/compare/client_compare"
@@ -79,6 +80,20 @@ static void my_write_tbl(KT_context *ctx, const client_comparison &comparison, c
     KT_TRY(my_write_changes(ctx, changes, record));
 }
 
+// Options that rename can name any table, and so all of them are read.
+static void my_match(KT_context *ctx, tov_schema *old_schema, tov_schema *new_schema,
+                     const tov_client_compare_options &options, client_comparison &comparison)
+{
+    client_same_tbls same;
+    if (options.rename_count == 0)
+        KT_TRY(client_find_same_tbls(ctx, old_schema, new_schema, same));
+    KT_TRY(client_match(ctx, old_schema, new_schema, options, same, comparison));
+    if (client_are_paired(comparison, same))
+        return;
+    comparison = {};
+    KT_TRY(client_match(ctx, old_schema, new_schema, options, {}, comparison));
+}
+
 void tov_client__compare(KT_context *ctx, tov_schema *old_schema, tov_schema *new_schema,
                          const tov_client_compare_options *options, KT_vhash **changes) noexcept
 {
@@ -89,8 +104,7 @@ void tov_client__compare(KT_context *ctx, tov_schema *old_schema, tov_schema *ne
         KT_varray *tbls = nullptr;
         KT_TRY(tov_schema__check_shape(ctx, old_schema));
         KT_TRY(tov_schema__check_shape(ctx, new_schema));
-        KT_TRY(
-            client_match(ctx, old_schema, new_schema, options ? *options : tov_client_compare_options{}, comparison));
+        KT_TRY(my_match(ctx, old_schema, new_schema, options ? *options : tov_client_compare_options{}, comparison));
         KT_TRY(KT_vhash__alloc(ctx, result.out()));
         client_compare_wholes(comparison, of_whole);
         KT_TRY(my_write_changes(ctx, of_whole, result));

@@ -175,7 +175,7 @@ static void my_read_tbl_facts(KT_context *ctx, client_tbl_reading &reading)
 }
 
 static void my_read_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id, const client_renaming &renaming,
-                        client_tbl_content &tbl)
+                        const client_same_tbls &same, client_tbl_content &tbl)
 {
     const char *name = nullptr;
     client_tbl_reading reading{schema, renaming, tbl, nullptr, {}};
@@ -184,6 +184,8 @@ static void my_read_tbl(KT_context *ctx, tov_schema *schema, const char *tbl_id,
     tbl.id = tbl_id;
     tbl.sqlite_name = name ? name : "";
     KT_TRY(my_read_tbl_facts(ctx, reading));
+    if (!same.empty() && same.contains(kt_folded(tbl.id)))
+        return;
     KT_TRY(client_read_cols(ctx, reading));
     KT_TRY(client_read_keys(ctx, reading));
     KT_TRY(client_read_checks(ctx, reading));
@@ -239,7 +241,7 @@ static void my_read_whole(KT_context *ctx, tov_schema *schema, client_content &c
 }
 
 void client_read_content(KT_context *ctx, tov_schema *schema, const client_renaming &renaming,
-                         client_content &content) noexcept
+                         const client_same_tbls &same, client_content &content) noexcept
 {
     kt_contain(ctx, [&] {
         uint32_t count = 0;
@@ -249,7 +251,7 @@ void client_read_content(KT_context *ctx, tov_schema *schema, const client_renam
         for (uint32_t n = 0; n < count; n++) {
             const char *tbl_id = nullptr;
             KT_TRY(tov_schema__get_nth_tbl_id(ctx, schema, n, &tbl_id));
-            KT_TRY(my_read_tbl(ctx, schema, tbl_id, renaming, content.tbls[n]));
+            KT_TRY(my_read_tbl(ctx, schema, tbl_id, renaming, same, content.tbls[n]));
         }
     });
 }

@@ -8,6 +8,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 // What is known of a table or a part of one, in the order in which it is told.
@@ -102,9 +103,13 @@ struct client_renaming {
     std::map<std::string, std::map<std::string, std::string>> cols; // of an id, and a name in the table
 };
 
-// Reads a schema. The meanings of its facts have the names of the other one.
+// The ids, in lower case, of tables that need not be compared.
+using client_same_tbls = std::unordered_set<std::string>;
+
+// Reads a schema. The meanings of its facts have the names of the other one. Tables that need not be compared get their
+// names only.
 void client_read_content(KT_context *ctx, tov_schema *schema, const client_renaming &renaming,
-                         client_content &content) noexcept;
+                         const client_same_tbls &same, client_content &content) noexcept;
 
 // Whether what is known of both is the same.
 bool client_have_same_facts(const std::vector<client_fact> &a, const std::vector<client_fact> &b);

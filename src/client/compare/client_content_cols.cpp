@@ -41,31 +41,30 @@ static void my_describe_type(KT_context *ctx, const KT_vhash *type, std::string 
     text += members.empty() ? "" : ")";
 }
 
-static void my_find_record(KT_context *ctx, const client_tbl_reading &reading, const char *col_id,
-                           const KT_vhash **record)
+// The columns of the table in the document; null where it has none.
+static void my_find_cols(KT_context *ctx, const client_tbl_reading &reading, KT_vhash **cols)
 {
     const KT_vhash *document = nullptr;
-    KT_vhash *child = nullptr;
+    KT_vhash *tbl = nullptr;
     KT_TRY(tov_schema__get_document(ctx, reading.schema, &document));
-    KT_TRY(KT_vhash__get__vhash(ctx, document, "tbls", &child));
-    KT_TRY(KT_vhash__get__vhash(ctx, child, reading.tbl.id.c_str(), &child));
-    KT_TRY(KT_vhash__get__vhash(ctx, child, "cols", &child));
-    KT_TRY(KT_vhash__get__vhash(ctx, child, col_id, &child));
-    *record = child;
+    KT_TRY(KT_vhash__get__vhash(ctx, document, "tbls", &tbl));
+    KT_TRY(KT_vhash__get__vhash(ctx, tbl, reading.tbl.id.c_str(), &tbl));
+    KT_TRY(KT_vhash__check__vhash(ctx, tbl, "cols", cols));
 }
 
 // What SQLite's table has of it.
-static void my_add_stored(KT_context *ctx, const client_tbl_reading &reading, const char *col_id, client_part &col)
+static void my_add_stored(KT_context *ctx, const client_tbl_reading &reading, const KT_vhash *cols, const char *col_id,
+                          client_part &col)
 {
     const char *tbl_id = reading.tbl.id.c_str();
-    const KT_vhash *record = nullptr;
+    KT_vhash *record = nullptr;
     KT_vhash *type = nullptr;
     std::string stored_as;
     KT_bool notnull = 0;
     KT_bool has = 0;
     const char *default_name = nullptr;
     const char *defval = nullptr;
-    KT_TRY(my_find_record(ctx, reading, col_id, &record));
+    KT_TRY(KT_vhash__get__vhash(ctx, cols, col_id, &record));
     KT_TRY(KT_vhash__get__vhash(ctx, record, "type", &type));
     KT_TRY(my_describe_type(ctx, type, stored_as));
     client_add_fact(col.facts, client_fact_kind::stored_as, stored_as);
@@ -122,7 +121,7 @@ static void my_add_server_facts(KT_context *ctx, const client_tbl_reading &readi
     KT_TRY(client_add_text_of(ctx, facts, "description", col.facts, client_fact_kind::description));
 }
 
-static void my_read_col(KT_context *ctx, client_tbl_reading &reading, const KT_vhash *facts,
+static void my_read_col(KT_context *ctx, client_tbl_reading &reading, const KT_vhash *cols, const KT_vhash *facts,
                         const client_row_col &row_col)
 {
     client_part col{client_part_kind::col, row_col.name, row_col.col_id};
@@ -135,7 +134,7 @@ static void my_read_col(KT_context *ctx, client_tbl_reading &reading, const KT_v
     if (!row_col.stored)
         client_add_fact(col.facts, client_fact_kind::left_out, "yes");
     else
-        KT_TRY(my_add_stored(ctx, reading, row_col.col_id.c_str(), col));
+        KT_TRY(my_add_stored(ctx, reading, cols, row_col.col_id.c_str(), col));
     col.sqlite_name = row_col.stored ? row_col.name : "";
     if (facts && row_col.stored)
         client_add_fact(col.facts, client_fact_kind::name_in_sqlite, row_col.name);
@@ -145,7 +144,9 @@ static void my_read_col(KT_context *ctx, client_tbl_reading &reading, const KT_v
 void client_read_cols(KT_context *ctx, client_tbl_reading &reading)
 {
     client_row_tbl row_tbl;
+    KT_vhash *cols = nullptr;
     KT_varray *list = nullptr;
+    KT_TRY(my_find_cols(ctx, reading, &cols));
     KT_TRY(client_read_row_tbl(ctx, reading.schema, reading.tbl.id.c_str(), row_tbl));
     reading.tbl.has_facts = row_tbl.has_facts;
     if (row_tbl.has_facts) {
@@ -156,7 +157,7 @@ void client_read_cols(KT_context *ctx, client_tbl_reading &reading)
         KT_vhash *facts = nullptr;
         if (list)
             KT_TRY(KT_varray__get__vhash(ctx, list, static_cast<uint32_t>(n), &facts));
-        KT_TRY(my_read_col(ctx, reading, facts, row_tbl.cols[n]));
+        KT_TRY(my_read_col(ctx, reading, cols, facts, row_tbl.cols[n]));
         reading.col_names[kt_folded(row_tbl.cols[n].col_id)] = row_tbl.cols[n].name;
     }
 }

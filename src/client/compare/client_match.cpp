@@ -36,13 +36,18 @@ static std::vector<client_pair> my_pairs_in_order(const client_pairing &work)
 
 static void my_sort_by_name(client_comparison &comparison)
 {
-    const auto key = [&](const client_tbl_pair &pair) {
-        const std::string &name = pair.tbl.new_at != client_nothing ? comparison.new_content.tbls[pair.tbl.new_at].name
-                                                                    : comparison.old_content.tbls[pair.tbl.old_at].name;
-        return std::pair(kt_folded(name), name);
+    const auto name = [&](const client_tbl_pair &pair) -> const std::string & {
+        return pair.tbl.new_at != client_nothing ? comparison.new_content.tbls[pair.tbl.new_at].name
+                                                 : comparison.old_content.tbls[pair.tbl.old_at].name;
     };
-    std::stable_sort(comparison.tbls.begin(), comparison.tbls.end(),
-                     [&](const client_tbl_pair &a, const client_tbl_pair &b) { return key(a) < key(b); });
+    std::vector<std::pair<std::pair<std::string, std::string_view>, size_t>> keys; // and where the pair is
+    for (const client_tbl_pair &pair : comparison.tbls)
+        keys.push_back({{kt_folded(name(pair)), name(pair)}, keys.size()});
+    std::sort(keys.begin(), keys.end());
+    std::vector<client_tbl_pair> sorted;
+    for (const auto &[key, at] : keys)
+        sorted.push_back(std::move(comparison.tbls[at]));
+    comparison.tbls = std::move(sorted);
 }
 
 static void my_pair_all(const client_renames &renames, bool by_id, client_comparison &comparison)
@@ -65,7 +70,7 @@ static void my_pair_all(const client_renames &renames, bool by_id, client_compar
 
 static void my_note(std::map<std::string, std::string> &names, const std::string &old_name, const std::string &new_name)
 {
-    if (!old_name.empty() && !new_name.empty() && kt_folded(old_name) != kt_folded(new_name))
+    if (!old_name.empty() && !new_name.empty() && !kt_equal_folded(old_name, new_name))
         names[kt_folded(old_name)] = kt_folded(new_name);
 }
 
@@ -87,19 +92,20 @@ static client_renaming my_renaming_of(const client_comparison &comparison)
         }
         if (!cols.empty())
             renaming.cols[old_tbl.id] = std::move(cols);
-        if (kt_folded(old_tbl.sqlite_name) != kt_folded(new_tbl.sqlite_name))
+        if (!kt_equal_folded(old_tbl.sqlite_name, new_tbl.sqlite_name))
             renaming.tbls[old_tbl.id] = kt_folded(new_tbl.sqlite_name);
     }
     return renaming;
 }
 
 void client_match(KT_context *ctx, tov_schema *old_schema, tov_schema *new_schema,
-                  const tov_client_compare_options &options, client_comparison &comparison) noexcept
+                  const tov_client_compare_options &options, const client_same_tbls &same,
+                  client_comparison &comparison) noexcept
 {
     kt_contain(ctx, [&] {
         client_renames renames;
-        KT_TRY(client_read_content(ctx, old_schema, {}, comparison.old_content));
-        KT_TRY(client_read_content(ctx, new_schema, {}, comparison.new_content));
+        KT_TRY(client_read_content(ctx, old_schema, {}, same, comparison.old_content));
+        KT_TRY(client_read_content(ctx, new_schema, {}, same, comparison.new_content));
         KT_TRY(client_read_renames(ctx, options, comparison, renames));
         my_pair_all(renames, options.by_id, comparison);
         KT_TRY(client_check_renamed_cols(ctx, comparison, renames));
@@ -107,6 +113,6 @@ void client_match(KT_context *ctx, tov_schema *old_schema, tov_schema *new_schem
         if (renaming.tbls.empty() && renaming.cols.empty())
             return;
         comparison.old_content = {};
-        KT_TRY(client_read_content(ctx, old_schema, renaming, comparison.old_content));
+        KT_TRY(client_read_content(ctx, old_schema, renaming, same, comparison.old_content));
     });
 }

@@ -31,6 +31,7 @@ struct client_comparison {
     std::vector<client_tbl_pair> tbls; // in the order of names
 };
 
-// Reads both schemas and finds what belongs together.
+// Reads both schemas and finds what belongs together. Of the tables that are the same only the names are read.
 void client_match(KT_context *ctx, tov_schema *old_schema, tov_schema *new_schema,
-                  const tov_client_compare_options &options, client_comparison &comparison) noexcept;
+                  const tov_client_compare_options &options, const client_same_tbls &same,
+                  client_comparison &comparison) noexcept;

@@ -45,8 +45,10 @@ static std::unordered_set<std::string> my_common_shapes(const tbl_sides &sides, 
     for (const bool is_old : {true, false}) {
         std::unordered_set<std::string> met;
         for (size_t n = 0; n < (is_old ? sides.old_tbls : sides.new_tbls).size(); n++) {
-            std::string shape = is_old && !work.is_open(n) ? "" : my_shape_of(sides.at(is_old, n));
-            if ((is_old || !work.new_taken[n]) && !met.insert(shape).second)
+            if (is_old ? !work.is_open(n) : work.new_taken[n])
+                continue;
+            std::string shape = my_shape_of(sides.at(is_old, n));
+            if (!met.insert(shape).second)
                 common.insert(std::move(shape));
         }
     }

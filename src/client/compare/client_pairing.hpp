@@ -5,6 +5,7 @@
 #include "compare/client_renames.hpp"
 #include "kt_folded.hpp"
 
+#include <algorithm>
 #include <unordered_map>
 
 // The tables or columns of both sides while pairs are found.
@@ -35,6 +36,19 @@ struct client_pairing {
 // gives keys, accept(old, new) has the last word.
 template <class Key, class Accept> void client_join_equal(client_pairing &work, bool is_guess, Key key, Accept accept)
 {
+    // Mostly both sides begin alike: as long as they do, the n-th with a key is at the same place on both.
+    size_t same = 0;
+    for (; same < work.new_taken.size() && same < work.old_to_new.size(); same++) {
+        if (!work.is_open(same) || work.new_taken[same])
+            break;
+        const std::string own_key = key(true, same);
+        if (own_key != key(false, same) || (!own_key.empty() && !accept(same, same)))
+            break;
+        if (!own_key.empty())
+            work.join(same, same, is_guess);
+    }
+    if (std::find(work.new_taken.begin(), work.new_taken.end(), false) == work.new_taken.end())
+        return;
     std::unordered_map<std::string, std::vector<size_t>> new_by_key;
     for (size_t n = work.new_taken.size(); n-- > 0;) {
         if (!work.new_taken[n])

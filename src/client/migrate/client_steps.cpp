@@ -264,6 +264,6 @@ void client_plan_migration(KT_context *ctx, const tov_client_migrate_options &op
     KT_TRY(tov_schema__check_shape(ctx, migration.new_schema));
     KT_TRY(client_list_objects(ctx, migration.old_schema, old_options, migration.old_list));
     KT_TRY(client_list_objects(ctx, migration.new_schema, options.create, migration.new_list));
-    KT_TRY(client_match(ctx, migration.old_schema, migration.new_schema, options.compare, migration.comparison));
+    KT_TRY(client_match(ctx, migration.old_schema, migration.new_schema, options.compare, {}, migration.comparison));
     KT_TRY(my_plan_steps(ctx, migration));
 }
