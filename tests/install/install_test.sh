@@ -21,7 +21,8 @@ if [[ -z $build ]]; then
     if [[ $form == shared ]]; then
         shared=ON
     fi
-    cmake -S "$source_dir" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 \
+    # Compiled as the released build is, of which ccache then has every object.
+    cmake -S "$source_dir" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DTOV_SCHEMA_WERROR=ON \
         -DBUILD_SHARED_LIBS="$shared" -DTOV_SCHEMA_BUILD_TESTS=OFF -DTOV_SCHEMA_BUILD_COMMAND=OFF >"$work.log"
     cmake --build "$build" >>"$work.log" || { cat "$work.log" && exit 1; }
 fi
