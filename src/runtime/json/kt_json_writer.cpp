@@ -283,7 +283,9 @@ static inline char *my_write_member(my_writer *writer, char *out, my_level *leve
 static char *my_write(my_writer *writer, char *out, const KT_vhash *map) noexcept
 {
     my_level level = my_level_of(map);
-    if (!(out = my_grow(writer, out, map->layout->arena->json_size + my_member_room)))
+    const kt_arena *arena = map->layout->arena;
+    const size_t expected = map == arena->root ? arena->json_size : 0;
+    if (!(out = my_grow(writer, out, expected + my_member_room)))
         return nullptr;
     *out++ = '{';
     for (;;) {

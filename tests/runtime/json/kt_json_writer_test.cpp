@@ -203,4 +203,25 @@ TEST_F(JsonWriterTest, SurvivesFailingAllocationsForOneText)
     expect_all_or_nothing(ctx, map);
 }
 
+// What a document as a whole took in JSON says nothing of a map in it.
+TEST_F(JsonWriterTest, TakesRoomForWhatItWritesOnly)
+{
+    KT_vhash *read = nullptr;
+    KT_vhash *child = nullptr;
+    KT_string *json = nullptr;
+    KT_vhash__alloc__from_json__sz(ctx, &read,
+                                   (R"({"child":{"a":1},"text":")" + std::string(200000, 'x') + "\"}").c_str());
+    KT_vhash__get__vhash(ctx, read, "child", &child);
+    KT_string__alloc(ctx, &json);
+    {
+        kt_failing_alloc fault(kt_failing_alloc::mode::from_there_on, 100000);
+        fault.next();
+        KT_vhash__to_json(ctx, child, json);
+        EXPECT_FALSE(fault.fired());
+    }
+    EXPECT_OK(ctx);
+    EXPECT_EQ(take(ctx, json), R"({"a":1})");
+    KT_vhash__free(ctx, read);
+}
+
 } // namespace
