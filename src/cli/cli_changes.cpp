@@ -89,7 +89,7 @@ static const char *my_colour(char sign)
 
 static bool my_is_coloured()
 {
-    const char *no_colour = std::getenv("NO_COLOR");
+    const char *no_colour = std::getenv("NO_COLOR"); // NOLINT(concurrency-mt-unsafe): nothing sets a variable.
     return ::isatty(STDOUT_FILENO) && !(no_colour && *no_colour);
 }
 

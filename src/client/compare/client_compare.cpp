@@ -71,8 +71,8 @@ static void my_write_tbl(KT_context *ctx, const client_comparison &comparison, c
     KT_TRY(KT_varray__appendnew__vhash(ctx, tbls, &record));
     if (a && b) {
         KT_TRY(my_write_rename(ctx, *a, *b, pair.tbl.is_guess, record));
-    } else {
-        KT_TRY(KT_vhash__add__string__sz(ctx, record, "name", (a ? a : b)->name.c_str()));
+    } else if (const client_tbl_content *only = a ? a : b) {
+        KT_TRY(KT_vhash__add__string__sz(ctx, record, "name", only->name.c_str()));
         KT_TRY(KT_vhash__add__string__sz(ctx, record, "change", a ? "removed" : "added"));
     }
     KT_TRY(my_add_text(ctx, record, "old_id", a ? a->id : ""));

@@ -41,10 +41,12 @@ static void my_sort_by_name(client_comparison &comparison)
                                                  : comparison.old_content.tbls[pair.tbl.old_at].name;
     };
     std::vector<std::pair<std::pair<std::string, std::string_view>, size_t>> keys; // and where the pair is
+    keys.reserve(comparison.tbls.size());
     for (const client_tbl_pair &pair : comparison.tbls)
         keys.push_back({{kt_folded(name(pair)), name(pair)}, keys.size()});
     std::sort(keys.begin(), keys.end());
     std::vector<client_tbl_pair> sorted;
+    sorted.reserve(keys.size());
     for (const auto &[key, at] : keys)
         sorted.push_back(std::move(comparison.tbls[at]));
     comparison.tbls = std::move(sorted);

@@ -58,13 +58,13 @@ static host_value my_data_length(host_check_reader &reader, std::string_view pla
                                  std::array<host_value, 2> &arguments)
 {
     const host_value &value = arguments[0];
-    const bool is_utf_8 = value.col && value.col->code_page == host_utf_8_page;
+    const host_column *col = value.col;
+    const bool is_utf_8 = col && col->code_page == host_utf_8_page;
     if (value.kind == kind::binary)
         return my_number(reader, place, "length(" + value.expr + ")");
-    if (value.kind != kind::text ||
-        (!host_is_unicode(*value.col) && !is_utf_8 && host_is_multibyte(value.col->code_page)))
+    if (value.kind != kind::text || !col || (!host_is_unicode(*col) && !is_utf_8 && host_is_multibyte(col->code_page)))
         return host_check_refuse(reader, "DATALENGTH is used where SQLite counts other bytes");
-    if (host_is_unicode(*value.col))
+    if (host_is_unicode(*col))
         return my_units(place, value, value.expr, true);
     return my_number(reader, place,
                      is_utf_8 ? "length(CAST(" + value.expr + " AS BLOB))" : "length(" + value.expr + ")");

@@ -25,7 +25,7 @@ host_value host_check_refuse(host_check_reader &reader, const char *refusal, std
 host_value host_check_refuse_token(host_check_reader &reader);
 bool host_check_failed(const host_value &value);
 // Takes the token when it is of a kind, or a word, which is upper case.
-bool host_check_take(host_check_reader &reader, host_token_kind kind);
+bool host_check_take(host_check_reader &reader, host_token_kind wanted);
 bool host_check_take(host_check_reader &reader, std::string_view upper);
 
 // The column of a name token, which is the current one.

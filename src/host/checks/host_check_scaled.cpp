@@ -74,9 +74,9 @@ static bool my_is_operand(const host_value &value)
 }
 
 // A whole number becomes a smallmoney on the server, which has six digits before the point.
-static bool my_is_beyond_smallmoney(const host_value &left, const host_value &right)
+static bool my_is_beyond_smallmoney(const host_value &money, const host_value &other)
 {
-    return my_is_type(left, "smallmoney") && right.kind == kind::integer && right.digits > 5;
+    return my_is_type(money, "smallmoney") && other.kind == kind::integer && other.digits > 5;
 }
 
 // Brings two values to one scale.
@@ -110,10 +110,10 @@ static host_value my_result(int64_t scale, int64_t digits, const host_column *co
 }
 
 // A sum or product of money that overflows is an error on the server.
-static bool my_stays_money(const host_value &left, const host_value &right)
+static bool my_stays_money(const host_value &money, const host_value &other)
 {
-    return my_is_type(left, "money") &&
-           (my_is_type(right, "money") || host_is_whole(right.kind) || right.kind == kind::whole_literal);
+    return my_is_type(money, "money") &&
+           (my_is_type(other, "money") || host_is_whole(other.kind) || other.kind == kind::whole_literal);
 }
 
 static const char *my_add(host_check_changes &changes, host_value &left, host_value &right, host_value &sum)

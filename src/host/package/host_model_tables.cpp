@@ -205,7 +205,7 @@ void host_take_alias(KT_context *ctx, host_model &model, const host_node &elemen
     KT_TRY(host_split_name(ctx, host_reference(element, "Type"), name));
     KT_TRY(my_read_type(ctx, element, name.last(), type));
     host_set_declared_type(model.catalogue.texts, type, alias);
-    model.aliases.emplace(host_keep_name(model, element.name), std::move(alias));
+    model.aliases.emplace(host_keep_name(model, element.name), alias);
 }
 
 void host_take_clr_type(KT_context *ctx, host_model &model, const host_node &element)
@@ -214,7 +214,7 @@ void host_take_clr_type(KT_context *ctx, host_model &model, const host_node &ele
     KT_TRY(my_name_alias(ctx, model, element, alias));
     alias.is_assembly_type = true;
     alias.max_length = -1;
-    model.aliases.emplace(host_keep_name(model, element.name), std::move(alias));
+    model.aliases.emplace(host_keep_name(model, element.name), alias);
 }
 
 void host_take_sequence(KT_context *ctx, host_model &model, const host_node &element)

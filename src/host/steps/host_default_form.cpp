@@ -127,7 +127,7 @@ static host_stored_default my_store_real(std::string_view expr)
     if (!is_number || (expr.find_first_of(".eE") == std::string_view::npos && static_cast<double>(value) == exact))
         return {std::string(expr), ""};
     char shown[64];
-    const auto end = std::to_chars(shown, shown + sizeof shown, static_cast<double>(value)).ptr;
+    auto *const end = std::to_chars(shown, shown + sizeof shown, static_cast<double>(value)).ptr;
     std::string stored(shown, end);
     if (stored.find_first_of(".e") == std::string::npos)
         stored += ".0";

@@ -196,6 +196,15 @@ host_tsql_token host_tsql_scanner::next_mark()
     return take(host_tsql_kind::mark, at_ + (is_double ? 2U : 1U));
 }
 
+host_tsql_token host_tsql_scanner::next_in_quotes(char quote)
+{
+    if (quote == '\'')
+        return next_quoted(host_tsql_kind::text, 0, '\'');
+    if (quote == '[')
+        return next_quoted(host_tsql_kind::name, 0, ']');
+    return next_quoted(quoted_identifier_ ? host_tsql_kind::name : host_tsql_kind::text, 0, '"');
+}
+
 host_tsql_token host_tsql_scanner::next()
 {
     if (at_ < script_.size() &&
@@ -212,11 +221,7 @@ host_tsql_token host_tsql_scanner::next()
     case host_byte::digit:
         return next_number();
     case host_byte::quote:
-        if (byte == '\'')
-            return next_quoted(host_tsql_kind::text, 0, '\'');
-        if (byte == '[')
-            return next_quoted(host_tsql_kind::name, 0, ']');
-        return next_quoted(quoted_identifier_ ? host_tsql_kind::name : host_tsql_kind::text, 0, '"');
+        return next_in_quotes(byte);
     case host_byte::mark:
         if (byte == '.' && host_is_digit(peek(1)))
             return next_number();

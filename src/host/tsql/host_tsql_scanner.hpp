@@ -101,6 +101,7 @@ class host_tsql_scanner {
     host_tsql_token next_word();
     host_tsql_token next_number();
     host_tsql_token next_quoted(host_tsql_kind kind, size_t open, char close);
+    host_tsql_token next_in_quotes(char quote);
     host_tsql_token next_mark();
     size_t line_end() const;
 

@@ -60,11 +60,11 @@ field_end csv_reader::read_quoted(std::string_view data, bool is_all, size_t &at
     const size_t from = at + 1;
     bool is_doubled = false;
     at = data.find('"', from);
-    while (at != data.npos && at + 1 < data.size() && data[at + 1] == '"') {
+    while (at != std::string_view::npos && at + 1 < data.size() && data[at + 1] == '"') {
         is_doubled = true;
         at = data.find('"', at + 2);
     }
-    if (at == data.npos)
+    if (at == std::string_view::npos)
         return is_all || data.size() > most_of_quoted ? field_end::broken : field_end::more;
     if (at + 1 == data.size() && !is_all)
         return field_end::more;
@@ -132,7 +132,7 @@ client_step csv_reader::judge(field_end end, size_t at, client_row &row) const
 static size_t my_line_size(std::string_view data)
 {
     const size_t end = data.find('\n');
-    return end == data.npos ? data.size() : end + 1;
+    return end == std::string_view::npos ? data.size() : end + 1;
 }
 
 client_step csv_reader::read_row(std::string_view data, bool is_all, client_row &row)

@@ -21,7 +21,7 @@ class json_reader final : public client_reader {
 
   private:
     client_step read_object(std::string_view data, bool is_all, client_row &row);
-    client_step refuse_line(std::string_view data, client_reject reject, client_row &row) const;
+    static client_step refuse_line(std::string_view data, client_reject reject, client_row &row);
     std::string_view without(std::string_view data, const client_json_extent &extent);
     void pass(std::string_view data);
 
@@ -41,18 +41,18 @@ static size_t my_root_size(std::string_view data, bool is_all)
     for (const char mark : {'{', '"', ':', '['}) {
         if (mark == ':') {
             at = data.find('"', at);
-            at = at == data.npos ? data.size() : at + 1;
+            at = at == std::string_view::npos ? data.size() : at + 1;
         }
         skip_blanks();
         if (at == data.size())
-            return is_all ? 0 : data.npos;
+            return is_all ? 0 : std::string_view::npos;
         if (data[at] != mark)
             return 0;
         at++;
     }
     skip_blanks();
     if (at == data.size() && !is_all)
-        return data.npos;
+        return std::string_view::npos;
     return at < data.size() && data[at] == '{' ? at : 0;
 }
 
@@ -75,13 +75,13 @@ std::string_view json_reader::without(std::string_view data, const client_json_e
     return joined_;
 }
 
-client_step json_reader::refuse_line(std::string_view data, client_reject reject, client_row &row) const
+client_step json_reader::refuse_line(std::string_view data, client_reject reject, client_row &row)
 {
     const size_t end = data.find('\n');
     row.fields.clear();
     row.reject = reject;
-    row.size = end == data.npos ? data.size() : end + 1;
-    row.after = end == data.npos ? "\n" : "";
+    row.size = end == std::string_view::npos ? data.size() : end + 1;
+    row.after = end == std::string_view::npos ? "\n" : "";
     return client_step::row;
 }
 
@@ -103,8 +103,8 @@ client_step json_reader::read_object(std::string_view data, bool is_all, client_
 void json_reader::pass(std::string_view data)
 {
     const size_t end = data.rfind('\n');
-    before_ = end == data.npos ? before_ : 0;
-    before_ += client_count_units(end == data.npos ? data : data.substr(end + 1));
+    before_ = end == std::string_view::npos ? before_ : 0;
+    before_ += client_count_units(end == std::string_view::npos ? data : data.substr(end + 1));
 }
 
 client_step json_reader::read(std::string_view data, bool is_all, client_row &row)
@@ -114,7 +114,7 @@ client_step json_reader::read(std::string_view data, bool is_all, client_row &ro
     row.blamed = {};
     if (at_start_) {
         const size_t size = my_root_size(data, is_all);
-        if (size == data.npos)
+        if (size == std::string_view::npos)
             return client_step::more;
         at_start_ = false;
         row.size = size;
@@ -130,7 +130,7 @@ client_step json_reader::read(std::string_view data, bool is_all, client_row &ro
         return is_all ? client_step::end : client_step::more;
     if (from == 0 && data[0] == '{')
         step = read_object(data, is_all, row);
-    else if (from == 0 && data.find('\n') == data.npos && !is_all)
+    else if (from == 0 && data.find('\n') == std::string_view::npos && !is_all)
         return client_step::more;
     else if (from == 0)
         step = refuse_line(data, client_reject::bad_row, row);
