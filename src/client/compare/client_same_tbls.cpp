@@ -46,18 +46,18 @@ static void my_tell_apart(KT_context *ctx, const KT_vhash *tbls, const KT_vhash 
     }
 }
 
-static void my_drop_those_that_refer_to(KT_context *ctx, tov_schema *schema, const std::string &tbl_id,
-                                        client_same_tbls &same)
+static void my_refers_to_one_of(KT_context *ctx, tov_schema *schema, const char *tbl_id, const client_same_tbls &others,
+                                bool &refers)
 {
     kt_owned_nullhash ids{ctx};
     uint32_t count = 0;
-    KT_TRY(tov_schema__find_tbls_with_references_to(ctx, schema, tbl_id.c_str(), ids.out()));
+    KT_TRY(tov_schema__list_tbls_referenced_by(ctx, schema, tbl_id, ids.out()));
     if (ids)
         KT_TRY(KT_nullhash__count(ctx, ids, &count));
-    for (uint32_t n = 0; n < count; n++) {
+    for (uint32_t n = 0; n < count && !refers; n++) {
         const char *id = nullptr;
         KT_TRY(KT_nullhash__get_nth(ctx, ids, n, &id));
-        same.erase(kt_folded(id));
+        refers = others.contains(kt_folded(id));
     }
 }
 
@@ -73,17 +73,21 @@ static void my_find_same_tbls(KT_context *ctx, tov_schema *old_schema, tov_schem
     KT_TRY(my_tell_apart(ctx, old_tbls, new_tbls, same, others));
     uint32_t count = 0;
     KT_TRY(KT_vhash__count(ctx, new_tbls, &count));
+    std::vector<const char *> ids(count);
     for (uint32_t n = 0; n < count; n++) {
-        const char *id = nullptr;
         const KT_variant *tbl = nullptr;
-        KT_TRY(KT_vhash__get_nth_pair(ctx, new_tbls, n, &id, &tbl));
-        std::string folded = kt_folded(id);
-        if (!same.contains(folded))
-            others.insert(std::move(folded));
+        KT_TRY(KT_vhash__get_nth_pair(ctx, new_tbls, n, &ids[n], &tbl));
+        if (!same.contains(kt_folded(ids[n])))
+            others.insert(kt_folded(ids[n]));
     }
-    for (const std::string &id : others) {
-        same.erase(id); // of two ids that differ in letter case
-        KT_TRY(my_drop_those_that_refer_to(ctx, new_schema, id, same));
+    if (others.empty())
+        return;
+    for (const char *id : ids) {
+        const std::string folded = kt_folded(id);
+        bool refers = others.contains(folded); // as one of two ids that differ in letter case
+        KT_TRY(my_refers_to_one_of(ctx, new_schema, id, others, refers));
+        if (refers)
+            same.erase(folded);
     }
 }
 

@@ -84,8 +84,8 @@ TEST_F(SameTblsTest, WhatIsToldIsTheSameWhenAllTablesAreRead)
     for (int round = 0; round < 600; round++) {
         std::vector<tbl_model> tbls;
         for (int n = 0; n < 8; n++) {
-            const std::string ref = random() % 2 ? std::to_string(random() % 10) : "";
-            tbls.push_back({std::to_string(n), "T" + std::to_string(n), "C", "sint32", ref});
+            const std::string ref = random() % 2 ? (random() % 3 ? "t" : "T") + std::to_string(random() % 10) : "";
+            tbls.push_back({"t" + std::to_string(n), "T" + std::to_string(n), "C", "sint32", ref});
         }
         const std::string before = json_of(tbls);
         for (auto changes = random() % 5; changes > 0; changes--)
@@ -111,14 +111,16 @@ TEST_F(SameTblsTest, NoneOfTwoTablesWithOneIdIsLeftOut)
     EXPECT_EQ(compare(before, after), compare_all(before, after, false));
 }
 
-// A table that refers to another one by its id says something else when that id is another table's.
+// A table that refers to another one by its id says something else when that id is another table's, whose letter case
+// does not count.
 TEST_F(SameTblsTest, AReferenceIsToTheTableThatHasTheId)
 {
-    const std::string before =
-        json_of({{"1", "A", "C", "sint32", ""}, {"2", "B", "C", "sint32", ""}, {"3", "T", "C", "sint32", "1"}});
-    const std::string after =
-        json_of({{"2", "A", "C", "sint32", ""}, {"1", "B", "C", "sint32", ""}, {"3", "T", "C", "sint32", "1"}});
-    EXPECT_EQ(compare(before, after), "T: foreign key FK: refers to: A (Id) -> B (Id)\n");
+    for (const char *ref_tbl_id : {"X1", "x1"}) {
+        const tbl_model tbl{"3", "T", "C", "sint32", ref_tbl_id};
+        const std::string before = json_of({{"x1", "A", "C", "sint32", ""}, {"x2", "B", "C", "sint32", ""}, tbl});
+        const std::string after = json_of({{"x2", "A", "C", "sint32", ""}, {"x1", "B", "C", "sint32", ""}, tbl});
+        EXPECT_EQ(compare(before, after), "T: foreign key FK: refers to: A (Id) -> B (Id)\n");
+    }
 }
 
 } // namespace
