@@ -231,6 +231,15 @@ class ClientLoadVerdicts : public LoadTest {
     std::vector<client_declared_type> types;
 };
 
+// Sanitizers look at memory, and for that a part of the values is enough.
+#ifdef TOV_SANITIZED
+constexpr int random_values = 50;
+constexpr size_t types_apart = 4;
+#else
+constexpr int random_values = 300;
+constexpr size_t types_apart = 1;
+#endif
+
 struct checks_form {
     const char *name;
     int32_t checks;
@@ -258,7 +267,7 @@ TEST_F(ClientLoadVerdicts, AreTheSameWithAndWithoutTheChecks)
     const std::vector<std::string> known = edges();
     std::vector<std::vector<std::string>> values(types.size(), known);
     for (std::vector<std::string> &of_tbl : values) {
-        for (int more = 0; more < 300; more++)
+        for (int more = 0; more < random_values; more++)
             of_tbl.push_back(random_value(random, known));
     }
     for (const checks_form &form : checks_forms) {
@@ -318,9 +327,9 @@ TEST_F(ClientLoadVerdicts, AreTheSameWhereATypeIsNotTheServers)
         values.emplace_back(value);
     std::vector<client_declared_type> all_stored;
     std::vector<client_declared_type> all_facts;
-    for (const client_declared_type &type : stored) {
+    for (size_t n = 0; n < stored.size(); n += types_apart) {
         for (const client_declared_type &facts : types) {
-            all_stored.push_back(type);
+            all_stored.push_back(stored[n]);
             all_facts.push_back(facts);
         }
     }
